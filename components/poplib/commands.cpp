@@ -1,0 +1,50 @@
+#include "components/poplib/commands.h"
+
+namespace POPLib {
+
+namespace {
+Command openCommand(CommandKind kind, const std::string& line, std::int32_t messageNumber = 0,
+                    std::int32_t bodyLineLimit = 0) {
+    return {kind, line, line, messageNumber, bodyLineLimit};
+}
+} // namespace
+
+bool canBeSentAsArgument(std::string_view argument) noexcept {
+    constexpr std::size_t keywordBlankAndLineEnd = 7;
+    constexpr std::string_view forbidden("\r\n\0", 3);
+    return argument.size() + keywordBlankAndLineEnd <= kMaximumCommandOctets &&
+           argument.find_first_of(forbidden) == std::string_view::npos;
+}
+
+Command userCommand(std::string_view name) {
+    return openCommand(CommandKind::User, "USER " + std::string(name));
+}
+
+Command passCommand(std::string_view password) {
+    return {CommandKind::Pass, "PASS " + std::string(password), "PASS ****"};
+}
+
+Command statCommand() { return openCommand(CommandKind::Stat, "STAT"); }
+
+Command listCommand(std::int32_t messageNumber) {
+    return openCommand(CommandKind::List, "LIST " + std::to_string(messageNumber), messageNumber);
+}
+
+Command topCommand(std::int32_t messageNumber, std::int32_t bodyLineLimit) {
+    return openCommand(CommandKind::Top,
+                       "TOP " + std::to_string(messageNumber) + ' ' + std::to_string(bodyLineLimit),
+                       messageNumber, bodyLineLimit);
+}
+
+Command retrCommand(std::int32_t messageNumber, std::int32_t bodyLineLimit) {
+    return openCommand(CommandKind::Retr, "RETR " + std::to_string(messageNumber), messageNumber,
+                       bodyLineLimit);
+}
+
+Command deleCommand(std::int32_t messageNumber) {
+    return openCommand(CommandKind::Dele, "DELE " + std::to_string(messageNumber), messageNumber);
+}
+
+Command quitCommand() { return openCommand(CommandKind::Quit, "QUIT"); }
+
+} // namespace POPLib

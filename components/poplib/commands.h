@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace POPLib {
+
+enum class CommandKind { User, Pass, Stat, List, Top, Retr, Dele, Quit };
+
+/** One POP3 command (RFC 1939): what is sent, and what of it may be shown. */
+struct Command {
+    CommandKind kind = CommandKind::Quit;
+    /** Without the line end. */
+    std::string sent;
+    /** The same, without a secret. */
+    std::string shown;
+    /** The message that the command is about; 0 for the others. */
+    std::int32_t messageNumber = 0;
+    /** TOP and RETR: body lines to report at the most; 0 means all. */
+    std::int32_t bodyLineLimit = 0;
+};
+
+/** Longest command line, in octets, line end included (RFC 2449 section 4). */
+inline constexpr std::size_t kMaximumCommandOctets = 255;
+
+/**
+ * True when the text can stand as the argument of USER or PASS: no CR, LF or NUL, and short enough for one
+ * command line. Blanks are part of a password (RFC 1939 section 7).
+ */
+bool canBeSentAsArgument(std::string_view argument) noexcept;
+
+Command userCommand(std::string_view name);
+Command passCommand(std::string_view password);
+Command statCommand();
+Command listCommand(std::int32_t messageNumber);
+/** TOP asks for the header and the first body lines. */
+Command topCommand(std::int32_t messageNumber, std::int32_t bodyLineLimit);
+/** RETR brings the whole message; with a limit, only its first body lines are reported. */
+Command retrCommand(std::int32_t messageNumber, std::int32_t bodyLineLimit = 0);
+Command deleCommand(std::int32_t messageNumber);
+Command quitCommand();
+
+} // namespace POPLib

@@ -1,0 +1,265 @@
+#include "components/poplib/pop.h"
+
+#include <utility>
+
+#include "components/poplib/reply_text.h"
+#include "platform/checked.h"
+#include "platform/runtime_error.h"
+
+namespace POPLib {
+
+using platform::RuntimeError;
+namespace errors = platform::errors;
+
+namespace {
+int numberOf(transport::Outcome outcome) {
+    switch (outcome) {
+    case transport::Outcome::NameUnknown:
+        return errors::HostNotFound;
+    case transport::Outcome::Refused:
+        return errors::ConnectionRefused;
+    case transport::Outcome::Unreachable:
+        return errors::NetworkUnreachable;
+    default:
+        return errors::MailServerTrouble;
+    }
+}
+
+/** Sets the flag for as long as it lives. */
+class WhileRunning {
+  public:
+    explicit WhileRunning(bool& running) noexcept : running_(running) { running_ = true; }
+
+    ~WhileRunning() { running_ = false; }
+
+    WhileRunning(const WhileRunning&) = delete;
+    WhileRunning& operator=(const WhileRunning&) = delete;
+
+  private:
+    bool& running_;
+};
+} // namespace
+
+template <class Action>
+void POP::asRequest(const Action& action) {
+    if (running_) {
+        throw RuntimeError(errors::MailServerBusy);
+    }
+    const WhileRunning running(running_);
+    try {
+        action();
+    } catch (...) {
+        // Whoever threw, a listener included: an answer may be half read, so nothing further can be asked.
+        if (!logOnRefused_) {
+            closeSession();
+        }
+        throw;
+    }
+}
+
+void POP::issueRequest(Request request) {
+    switch (request) {
+    case Request::ConnectAndLogOn:
+        if (connection_.isOpen()) {
+            throw RuntimeError(errors::MailServerBusy);
+        }
+        asRequest([this] { logOn(); });
+        break;
+    case Request::LogOffAndDisconnect:
+        // A session that is busy belongs to the request further down the stack, which goes on with it.
+        if (!running_ && connection_.isOpen()) {
+            asRequest([this] { logOff(); });
+        }
+        break;
+    case Request::RetrieveCurrentMessage:
+        asRequest([this] { retrieve(); });
+        break;
+    case Request::DeleteCurrentMessage:
+        asRequest([this] { deleteMessage(); });
+        break;
+    }
+}
+
+std::int32_t POP::currentMessageSize() {
+    std::int32_t size = 0;
+    asRequest([&] {
+        const auto text = ask(listCommand(currentMessage_));
+        if (!text) {
+            return;
+        }
+        const TwoNumbers numbers = twoNumbers(*text);
+        if (numbers.first != currentMessage_) {
+            throw RuntimeError(errors::MailServerTrouble);
+        }
+        size = platform::checkedTo<std::int32_t>(numbers.second);
+    });
+    return size;
+}
+
+void POP::logOn() {
+    logOnRefused_ = false;
+    deletionPending_ = false;
+    roundTrips_ = 0;
+    patience_ = timeouts_.answer;
+    if (!canBeSentAsArgument(loginUser_) || !canBeSentAsArgument(loginPassword_)) {
+        throw RuntimeError(errors::LogOnRefused);
+    }
+    const auto server = transport::parseServerName(mailServer_, kDefaultPort);
+    if (!server) {
+        throw RuntimeError(errors::HostNotFound);
+    }
+    session_ = Pop3Session();
+    const transport::Outcome outcome = connection_.open(*server, QDeadlineTimer(patience_));
+    if (outcome != transport::Outcome::Done) {
+        throw RuntimeError(numberOf(outcome));
+    }
+    raise(awaitEvent()); // the greeting
+    mustAccept(userCommand(loginUser_));
+    mustAccept(passCommand(loginPassword_));
+    const auto totals = ask(statCommand());
+    if (!totals) {
+        throw RuntimeError(errors::MailServerTrouble);
+    }
+    const TwoNumbers numbers = twoNumbers(*totals);
+    messageCount_ = platform::checkedTo<std::int16_t>(numbers.first);
+    mailboxSize_ = platform::checkedTo<std::int32_t>(numbers.second);
+}
+
+void POP::logOff() {
+    if (logOnRefused_) {
+        // A courtesy: the server may have hung up already, and nothing depends on its answer.
+        patience_ = timeouts_.farewell;
+        static_cast<void>(platform::errorNumberOf([this] { ask(quitCommand()); }));
+        closeSession();
+        return;
+    }
+    const bool accepted = ask(quitCommand()).has_value();
+    closeSession();
+    // RFC 1939 section 6: -ERR to QUIT means that a message marked as deleted is still there.
+    if (!accepted && deletionPending_) {
+        throw RuntimeError(errors::MailServerTrouble);
+    }
+}
+
+void POP::retrieve() {
+    const bool wanted = bodyLineLimit_ > 0 && fetchContent(topCommand(currentMessage_, bodyLineLimit_));
+    if (!wanted) {
+        // TOP is optional (RFC 1939 section 7). A message that RETR does not bring either has no events.
+        fetchContent(retrCommand(currentMessage_, bodyLineLimit_));
+    }
+}
+
+void POP::deleteMessage() {
+    if (!ask(deleCommand(currentMessage_))) {
+        throw RuntimeError(errors::MailServerTrouble);
+    }
+    deletionPending_ = true;
+}
+
+/** Raises the events of a TOP or RETR answer; false when the server refused the command. */
+bool POP::fetchContent(Command command) {
+    if (!ask(std::move(command))) {
+        return false;
+    }
+    for (;;) {
+        const Event event = awaitEvent();
+        raise(event);
+        if (std::holds_alternative<ContentEnded>(event)) {
+            return true;
+        }
+    }
+}
+
+/** Sends a command and returns the text of its +OK answer, nothing for -ERR. */
+std::optional<std::string> POP::ask(Command command) {
+    session_.submit(std::move(command));
+    const Event event = awaitEvent();
+    raise(event);
+    if (const auto* accepted = std::get_if<Accepted>(&event)) {
+        return accepted->text;
+    }
+    return std::nullopt;
+}
+
+void POP::mustAccept(Command command) {
+    session_.submit(std::move(command));
+    const Event event = awaitEvent();
+    raise(event);
+    if (const auto* refused = std::get_if<Refused>(&event)) {
+        refusedLogOn(refused->text);
+    }
+}
+
+void POP::refusedLogOn(std::string_view text) {
+    logOnRefused_ = true;
+    throw RuntimeError(mayBeTriedLater(text) ? errors::MailServerBusy : errors::LogOnRefused);
+}
+
+void POP::sendQueued() {
+    const std::string output = session_.takeOutput();
+    if (output.empty()) {
+        return;
+    }
+    connection_.send(output);
+    ++roundTrips_;
+    if (PITrail) {
+        for (const std::string& shown : session_.shownOutput()) {
+            PITrail(Direction::ToServer, shown);
+        }
+    }
+}
+
+Event POP::awaitEvent() {
+    if (connection_.isOpen()) {
+        sendQueued();
+    }
+    std::uint64_t progress = session_.progress();
+    QDeadlineTimer deadline(patience_);
+    for (;;) {
+        // What has come is used up first, also from a server that has hung up since.
+        if (auto event = session_.nextEvent()) {
+            return *std::move(event);
+        }
+        if (!connection_.isOpen() || connection_.waitForBytes(deadline) != transport::Outcome::Done) {
+            throw RuntimeError(errors::MailServerTrouble);
+        }
+        session_.receive(connection_.takeBytes());
+        if (session_.progress() != progress) {
+            progress = session_.progress();
+            deadline.setRemainingTime(patience_);
+        }
+    }
+}
+
+void POP::raise(const Event& event) {
+    const auto trail = [this](const char* status, const std::string& text) {
+        if (PITrail) {
+            PITrail(Direction::FromServer, status + text);
+        }
+    };
+    if (const auto* header = std::get_if<HeaderLine>(&event)) {
+        if (Header) {
+            Header(header->field, header->value);
+        }
+    } else if (const auto* body = std::get_if<BodyLine>(&event)) {
+        if (Transfer) {
+            Transfer(platform::checkedTo<std::int32_t>(body->bytesTransferred), body->text);
+        }
+    } else if (const auto* greeted = std::get_if<Greeted>(&event)) {
+        trail("+OK ", greeted->text);
+    } else if (const auto* accepted = std::get_if<Accepted>(&event)) {
+        trail("+OK ", accepted->text);
+    } else if (const auto* refused = std::get_if<Refused>(&event)) {
+        trail("-ERR ", refused->text);
+    } else if (const auto* failed = std::get_if<Failed>(&event)) {
+        throw RuntimeError(failed->kind == FailureKind::TooLarge ? errors::OutOfMemory
+                                                                 : errors::MailServerTrouble);
+    }
+}
+
+void POP::closeSession() {
+    logOnRefused_ = false;
+    connection_.close();
+}
+
+} // namespace POPLib

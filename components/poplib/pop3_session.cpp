@@ -1,0 +1,187 @@
+#include "components/poplib/pop3_session.h"
+
+#include <utility>
+
+namespace POPLib {
+
+namespace {
+constexpr std::int64_t kLineEndOctets = 2;
+
+bool hasContent(CommandKind kind) noexcept { return kind == CommandKind::Top || kind == CommandKind::Retr; }
+
+/** A listing asks for some lines only; a message that is opened is wanted whole. */
+bool isListing(const Command& command) noexcept { return command.bodyLineLimit > 0; }
+
+/** What follows the status word, or nothing when the line does not start with that word. */
+std::optional<std::string_view> textAfter(std::string_view status, std::string_view line) {
+    if (!line.starts_with(status)) {
+        return std::nullopt;
+    }
+    line.remove_prefix(status.size());
+    if (line.empty()) {
+        return line;
+    }
+    if (line.front() != ' ') {
+        return std::nullopt;
+    }
+    return line.substr(1);
+}
+
+HeaderLine headerLine(std::string_view line) {
+    const auto isBlank = [](char character) { return character == ' ' || character == '\t'; };
+    if (isBlank(line.front())) {
+        return {{}, std::string(line)};
+    }
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) {
+        return {std::string(line), {}};
+    }
+    std::string_view value = line.substr(colon + 1);
+    // One blank after the colon is punctuation; any further one belongs to the value.
+    if (!value.empty() && isBlank(value.front())) {
+        value.remove_prefix(1);
+    }
+    return {std::string(line.substr(0, colon)), std::string(value)};
+}
+} // namespace
+
+void Pop3Session::submit(Command command) { waiting_.push_back(std::move(command)); }
+
+std::string Pop3Session::takeOutput() {
+    std::string output;
+    shownOutput_.clear();
+    // RFC 1939 section 4: the server speaks first.
+    if (state_ == State::Greeting || state_ == State::Over) {
+        return output;
+    }
+    while (!waiting_.empty() && underWay_.size() < maximumUnderWay_) {
+        output += waiting_.front().sent;
+        output += "\r\n";
+        shownOutput_.push_back(waiting_.front().shown);
+        underWay_.push_back(std::move(waiting_.front()));
+        waiting_.pop_front();
+    }
+    return output;
+}
+
+void Pop3Session::receive(std::string_view bytes) {
+    octets_ += bytes.size();
+    if (state_ != State::Over) {
+        input_.append(bytes);
+    }
+}
+
+std::optional<Event> Pop3Session::nextEvent() {
+    if (state_ == State::Over) {
+        return std::nullopt;
+    }
+    return inContent_ ? nextContent() : nextReply();
+}
+
+std::optional<Event> Pop3Session::nextReply() {
+    if (state_ != State::Greeting && underWay_.empty()) {
+        // An answer to nothing: whatever it is, it must not be taken for the answer to the next command.
+        return input_.size() > 0 ? std::optional(fail(FailureKind::OutOfStep)) : std::nullopt;
+    }
+    const std::optional<std::string_view> line = input_.nextReplyLine();
+    const std::size_t octets = line ? line->size() : input_.size();
+    if (octets > kMaximumReplyOctets) {
+        return fail(FailureKind::OutOfStep);
+    }
+    if (!line) {
+        return std::nullopt;
+    }
+    ++lines_;
+    if (const auto text = textAfter("+OK", *line)) {
+        return accept(*text);
+    }
+    const auto text = textAfter("-ERR", *line);
+    if (!text || state_ == State::Greeting) {
+        return fail(FailureKind::OutOfStep);
+    }
+    const CommandKind kind = underWay_.front().kind;
+    underWay_.pop_front();
+    return Refused{kind, std::string(*text)};
+}
+
+Event Pop3Session::accept(std::string_view text) {
+    if (state_ == State::Greeting) {
+        state_ = State::Authorization;
+        return Greeted{std::string(text)};
+    }
+    const CommandKind kind = underWay_.front().kind;
+    if (hasContent(kind)) {
+        inContent_ = true;
+        inBody_ = false;
+        contentOctets_ = 0;
+        bodyLines_ = 0;
+        return Accepted{kind, std::string(text)};
+    }
+    underWay_.pop_front();
+    if (kind == CommandKind::Pass) {
+        state_ = State::Transaction;
+    } else if (kind == CommandKind::Quit) {
+        state_ = State::Over;
+    }
+    return Accepted{kind, std::string(text)};
+}
+
+Event Pop3Session::fail(FailureKind kind) {
+    state_ = State::Over;
+    return Failed{kind};
+}
+
+bool Pop3Session::contentTooLarge(std::size_t lineOctets) const noexcept {
+    const bool listing = isListing(underWay_.front());
+    if (listing && lineOctets > kMaximumListingLineOctets) {
+        return true;
+    }
+    const std::int64_t limit = listing ? kMaximumListingOctets : kMaximumMessageOctets;
+    return contentOctets_ + static_cast<std::int64_t>(lineOctets) > limit;
+}
+
+std::optional<Event> Pop3Session::nextContent() {
+    // Lines past the wanted ones make no event; going on until there is one keeps them from piling up.
+    for (;;) {
+        const std::optional<std::string_view> line = input_.nextContentLine();
+        if (contentTooLarge(line ? line->size() : input_.size())) {
+            return fail(FailureKind::TooLarge);
+        }
+        if (!line) {
+            return std::nullopt;
+        }
+        ++lines_;
+        if (*line == ".") {
+            const CommandKind kind = underWay_.front().kind;
+            underWay_.pop_front();
+            inContent_ = false;
+            return ContentEnded{kind};
+        }
+        if (auto event = contentLine(*line)) {
+            return event;
+        }
+    }
+}
+
+std::optional<Event> Pop3Session::contentLine(std::string_view line) {
+    // RFC 1939 section 3: a line that starts with a dot has had one put before it.
+    if (line.starts_with('.')) {
+        line.remove_prefix(1);
+    }
+    contentOctets_ += static_cast<std::int64_t>(line.size()) + kLineEndOctets;
+    if (!inBody_) {
+        if (line.empty()) {
+            inBody_ = true;
+            return std::nullopt;
+        }
+        return headerLine(line);
+    }
+    const std::int32_t limit = underWay_.front().bodyLineLimit;
+    if (limit > 0 && bodyLines_ == limit) {
+        return std::nullopt;
+    }
+    ++bodyLines_;
+    return BodyLine{contentOctets_, std::string(line)};
+}
+
+} // namespace POPLib

@@ -1,0 +1,149 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "components/poplib/commands.h"
+#include "components/poplib/line_buffer.h"
+
+namespace POPLib {
+
+/** The server greeted; commands may be sent from now on. */
+struct Greeted {
+    std::string text;
+};
+
+/** The server answered a command with +OK. For TOP and RETR the content follows as events of its own. */
+struct Accepted {
+    CommandKind kind = CommandKind::Quit;
+    /** What stands after "+OK", without the blank between. */
+    std::string text;
+};
+
+/** The server answered a command with -ERR. The session is in step and goes on. */
+struct Refused {
+    CommandKind kind = CommandKind::Quit;
+    std::string text;
+};
+
+/** One header line. A folded continuation has no field, and its text keeps the blank it starts with. */
+struct HeaderLine {
+    std::string field;
+    std::string value;
+};
+
+/** One line of a message's body, without its line end and without a stuffed dot. */
+struct BodyLine {
+    /** Bytes of the message so far: unstuffed, line ends counted. */
+    std::int64_t bytesTransferred = 0;
+    std::string text;
+};
+
+/** The last line of a TOP or RETR answer has come. */
+struct ContentEnded {
+    CommandKind kind = CommandKind::Retr;
+};
+
+enum class FailureKind {
+    /** The bytes are no POP3, or an answer came that nothing had asked for. */
+    OutOfStep,
+    /** The server sends more than any message holds. */
+    TooLarge
+};
+
+/** The session cannot go on; no event follows and the connection is of no more use. */
+struct Failed {
+    FailureKind kind = FailureKind::OutOfStep;
+};
+
+using Event = std::variant<Greeted, Accepted, Refused, HeaderLine, BodyLine, ContentEnded, Failed>;
+
+/**
+ * The client's side of one POP3 session (RFC 1939) without any network: bytes go in, events and bytes to send
+ * come out. How the network has cut the bytes into pieces changes nothing.
+ *
+ *     session.submit(statCommand());
+ *     connection.send(session.takeOutput());
+ *     session.receive(bytes);
+ *     while (auto event = session.nextEvent()) { ... }
+ *
+ * Commands queue. Answers belong to commands in the order in which these were sent, so several may be under
+ * way at once where the server can do that (RFC 2449 section 6.6).
+ */
+class Pop3Session {
+  public:
+    enum class State {
+        Greeting,      ///< The server has not greeted yet; nothing is sent.
+        Authorization, ///< Before the password is accepted.
+        Transaction,   ///< Logged on.
+        Over           ///< QUIT was accepted, or the session has failed.
+    };
+
+    /** Longest status line, in octets. RFC 2449 section 4 has 512; some servers like to talk. */
+    static constexpr std::size_t kMaximumReplyOctets = 4096;
+    /** Longest line of a listing answer, in octets. */
+    static constexpr std::size_t kMaximumListingLineOctets = 1U << 20U;
+    /** Largest answer while listing, in octets. */
+    static constexpr std::int64_t kMaximumListingOctets = 64LL << 20;
+    /** Largest message, in octets. */
+    static constexpr std::int64_t kMaximumMessageOctets = 256LL << 20;
+
+    /** Puts a command at the end of the queue. */
+    void submit(Command command);
+
+    /** How many commands may be under way at once; 1 unless the server has offered pipelining. */
+    void setMaximumUnderWay(std::size_t commands) { maximumUnderWay_ = commands; }
+
+    /** Returns what is to be sent now; the commands in it count as under way from here on. */
+    std::string takeOutput();
+
+    /** The commands that the last takeOutput() put under way, as they may be shown. */
+    const std::vector<std::string>& shownOutput() const noexcept { return shownOutput_; }
+
+    /** Takes bytes from the server. */
+    void receive(std::string_view bytes);
+
+    /** Returns the next event of the bytes received so far, nothing when more bytes are needed. */
+    std::optional<Event> nextEvent();
+
+    State state() const noexcept { return state_; }
+
+    /**
+     * A number that grows with every complete line and with every few kilobytes: while it grows, the server is
+     * alive, even when one answer takes long.
+     */
+    std::uint64_t progress() const noexcept { return lines_ + octets_ / kOctetsOfProgress; }
+
+  private:
+    static constexpr std::uint64_t kOctetsOfProgress = 4096;
+
+    std::optional<Event> nextReply();
+    std::optional<Event> nextContent();
+    Event accept(std::string_view text);
+    Event fail(FailureKind kind);
+    bool contentTooLarge(std::size_t lineOctets) const noexcept;
+    std::optional<Event> contentLine(std::string_view line);
+
+    State state_ = State::Greeting;
+    std::deque<Command> waiting_;
+    std::deque<Command> underWay_;
+    std::size_t maximumUnderWay_ = 1;
+    std::vector<std::string> shownOutput_;
+    LineBuffer input_;
+    std::uint64_t lines_ = 0;
+    std::uint64_t octets_ = 0;
+
+    /** The first command under way has been accepted and its content is coming. */
+    bool inContent_ = false;
+    bool inBody_ = false;
+    std::int64_t contentOctets_ = 0;
+    std::int32_t bodyLines_ = 0;
+};
+
+} // namespace POPLib

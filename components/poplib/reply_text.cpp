@@ -1,0 +1,53 @@
+#include "components/poplib/reply_text.h"
+
+#include <charconv>
+#include <system_error>
+
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+namespace POPLib {
+
+namespace {
+/** Takes the number at the front of the text, and the blank behind it. */
+std::int64_t takeNumber(std::string_view& text) {
+    std::uint32_t small = 0;
+    const char* const end = text.data() + text.size();
+    const auto [next, problem] = std::from_chars(text.data(), end, small);
+    if (problem == std::errc::result_out_of_range) {
+        throw platform::RuntimeError(platform::errors::Overflow);
+    }
+    const bool ends = next == end || *next == ' ';
+    if (problem != std::errc{} || !ends) {
+        throw platform::RuntimeError(platform::errors::MailServerTrouble);
+    }
+    text.remove_prefix(static_cast<std::size_t>(next - text.data()));
+    if (!text.empty()) {
+        text.remove_prefix(1);
+    }
+    return small;
+}
+} // namespace
+
+TwoNumbers twoNumbers(std::string_view text) {
+    TwoNumbers numbers;
+    numbers.first = takeNumber(text);
+    numbers.second = takeNumber(text);
+    return numbers;
+}
+
+bool mayBeTriedLater(std::string_view text) {
+    const std::size_t end = text.find(']');
+    if (!text.starts_with('[') || end == std::string_view::npos) {
+        return false;
+    }
+    // Detail after the code's name, as in "[LOGIN-DELAY 900]" or "[SYS/TEMP/x]", does not change the meaning.
+    const std::string code = platform::upperCase(text.substr(1, end - 1));
+    const auto is = [&code](std::string_view known) {
+        return code.starts_with(known) && (code.size() == known.size() || code[known.size()] == ' ' ||
+                                           code[known.size()] == '/');
+    };
+    return is("IN-USE") || is("LOGIN-DELAY") || is("SYS/TEMP");
+}
+
+} // namespace POPLib

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace email {
+
+/** What is known of one waiting message. All texts are bytes as they came from the server. */
+struct MessageSummary {
+    std::string From;
+    std::string Subject;
+    std::string Date;
+    /** Every header line as name, ": ", value, CR LF; a continuation line has an empty name. */
+    std::string HeaderText;
+    /** Bytes, as the server reports them. */
+    std::int32_t Size = 0;
+    /** Every body line received, each followed by CR LF. */
+    std::string BodyText;
+    std::string ContentType;
+    /** The MIME boundary, without the leading "--". */
+    std::string Boundary;
+    /** File name of the attachment; set when the message is opened. */
+    std::string AttachmentName;
+};
+
+/** The table of message summaries, indexed by the message's number on the server. */
+class MessageTable {
+  public:
+    static constexpr int kSize = 200;
+
+    /** \throws RuntimeError 9 for a number outside 1 to 200. */
+    MessageSummary& at(int number);
+
+  private:
+    std::array<MessageSummary, kSize> summaries_;
+};
+
+} // namespace email

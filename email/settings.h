@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include <QString>
+
+namespace email {
+
+/**
+ * The 16 values of the settings file, each named after its key. Switches hold "yes" or "no" and are compared
+ * with the exact text "yes".
+ */
+struct Settings {
+    QString ShowSetup = QStringLiteral("yes");
+    QString POPServer = QStringLiteral("mail.example.org");
+    QString SMTPServer = QStringLiteral("mail.example.org");
+    QString DomainName = QStringLiteral("example.org");
+    QString Institution = QStringLiteral("Your Name Here");
+    QString PlayWav = QStringLiteral("no");
+    QString ShowDatabase = QStringLiteral("no");
+    QString SendAttachments = QStringLiteral("no");
+    QString SaveDirectory = QStringLiteral("A:\\");
+    QString AllowPrinting = QStringLiteral("no");
+    QString SaveCopy = QStringLiteral("no");
+    QString ShowGetMail = QStringLiteral("no");
+    /** Minutes between automatic checks for new mail; 0 means none. */
+    std::int16_t GetMailEvery = 0;
+    QString LDAPServer = QStringLiteral("directory.example.org");
+    QString LDAPSearchBase = QStringLiteral("c=us");
+    QString AddressLookup = QStringLiteral("Personal Address Book");
+};
+
+/** What the reader derives from the settings; never written to the file. */
+struct DerivedValues {
+    /** "@" and the mail domain: makes an address of a bare user name. */
+    QString AtDomain;
+    /** What the wave player is told when there is mail: "play" or "close". */
+    QString WavCommand = QStringLiteral("close");
+    /** The system-wide configuration directory, learnt at start-up. */
+    QString WindowsDirectory;
+};
+
+/** The settings file's name; it lies in the current directory, wherever the system-wide directory is. */
+inline constexpr const char* kSettingsFileName = "tolk.ini";
+
+/** True for the exact, case-sensitive text "yes". */
+bool isYes(const QString& value);
+
+/** The path that the system's own call gives, cut at its first NUL; empty when the call fails. */
+QString GetWinDirectory();
+
+/** The same with a call of the caller's choice: it fills the buffer and returns 0 when it fails. */
+QString GetWinDirectory(const std::function<std::size_t(char* buffer, std::size_t size)>& call);
+
+} // namespace email

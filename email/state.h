@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include <QString>
+
+#include "email/messages.h"
+#include "email/settings.h"
+
+/** What all windows share. It lives for the whole run and only on the user-interface thread. */
+namespace email {
+
+/** What is known of the mailbox, the person, and the message at hand. */
+struct State {
+    MessageTable Messages;
+    /** The message that the POP3 events fill; also the open one. */
+    std::int16_t CurrentMessage = 0;
+
+    std::int16_t MessageCount = 0;
+    /** The count at the end of the last retrieval; what lies above it is new mail. */
+    std::int16_t LastMessageCount = 0;
+    /** Bytes of the whole mailbox, as the server reports them. */
+    std::int32_t MailboxBytes = 0;
+    bool NewMailFound = false;
+    /** Entry i is the number of the message in grid row i + 1. */
+    std::array<std::int16_t, MessageTable::kSize> MessageNumbers{};
+
+    /** Kept from the log-on for every later session. */
+    QString UserName;
+    QString Password;
+
+    /** True only while a whole message is fetched: body lines then move the progress bar. */
+    bool Retrieving = false;
+};
+
+inline Settings settings;
+inline DerivedValues derived;
+inline State state;
+
+} // namespace email

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+
+#include <QString>
+
+namespace platform {
+
+enum class MessageIcon { None, Exclamation, Question };
+enum class MessageButtons { Ok, YesNo };
+enum class MessageAnswer { Ok, Yes, No };
+
+/** Everything a person sees of one message box. */
+struct MessageBox {
+    QString text;
+    QString title;
+    MessageIcon icon = MessageIcon::None;
+    MessageButtons buttons = MessageButtons::Ok;
+};
+
+/** Shows the box and waits, with the windows alive, until it is answered. Closing a Yes/No box means No. */
+MessageAnswer showMessageBox(const MessageBox& box);
+
+/** Shows a box with an OK button and no icon. */
+void showMessage(const QString& text, const QString& title);
+
+/** Puts a function in the place of the real box, for tests. An empty function brings the real one back. */
+void replaceMessageBox(std::function<MessageAnswer(const MessageBox&)> standIn);
+
+} // namespace platform

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <functional>
+
+namespace platform {
+
+/**
+ * Ends the whole program at once: no window is unloaded, no server is told. A caller returns right after it,
+ * because a test's stand-in does come back.
+ */
+void endProgram();
+
+/** Puts a function in the place of the real end, for tests. An empty function brings the real one back. */
+void replaceEndProgram(std::function<void()> standIn);
+
+} // namespace platform

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace platform {
+
+/** The numbers under which run-time errors are known to people and to the handlers' tables. */
+namespace errors {
+inline constexpr int None = 0;
+inline constexpr int InvalidProcedureCall = 5;
+inline constexpr int Overflow = 6;
+inline constexpr int OutOfMemory = 7;
+inline constexpr int SubscriptOutOfRange = 9;
+inline constexpr int TypeMismatch = 13;
+inline constexpr int FileNotFound = 53;
+inline constexpr int DeviceInputOutput = 57;
+inline constexpr int InputPastEndOfFile = 62;
+inline constexpr int DiskFull = 61;
+inline constexpr int DeviceUnavailable = 68;
+inline constexpr int PathFileAccess = 75;
+
+/** A request to a mail server while another runs, a second log-on, or a server that asks to try again later. */
+inline constexpr int MailServerBusy = 20102;
+/** The mail server refused the user name or the password. */
+inline constexpr int LogOnRefused = 20172;
+/** Silence, a lost connection, or an answer that no mail server gives. */
+inline constexpr int MailServerTrouble = 20302;
+inline constexpr int NetworkUnreachable = 25052;
+inline constexpr int ConnectionRefused = 25062;
+inline constexpr int HostNotFound = 26002;
+} // namespace errors
+
+/** A failure with the number that the handlers' tables know it by. */
+class RuntimeError : public std::exception {
+  public:
+    explicit RuntimeError(int number) : number_(number), text_("run-time error " + std::to_string(number)) {}
+
+    int number() const noexcept { return number_; }
+
+    const char* what() const noexcept override { return text_.c_str(); }
+
+  private:
+    int number_;
+    std::string text_;
+};
+
+/** Returns one sentence that says what the error of this number means and, where one can, what to do. */
+std::string meaningOf(int errorNumber);
+
+/**
+ * Runs the action and returns the number of the error that it raised, 0 when it raised none. Memory that
+ * cannot be had is error 7, as everywhere in the program.
+ */
+template <class Action>
+[[nodiscard]] int errorNumberOf(Action&& action) {
+    try {
+        std::forward<Action>(action)();
+    } catch (const RuntimeError& error) {
+        return error.number();
+    } catch (const std::bad_alloc&) {
+        return errors::OutOfMemory;
+    } catch (const std::length_error&) {
+        return errors::OutOfMemory;
+    }
+    return errors::None;
+}
+
+} // namespace platform

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include <QFile>
+#include <QString>
+
+namespace platform {
+
+/** A text file read line by line, as the settings file is. */
+class SequentialInput {
+  public:
+    /** Longest line, in bytes, that is taken for one: far beyond any setting, far below what memory holds. */
+    static constexpr std::size_t kMaximumLineBytes = 1U << 20U;
+
+    /**
+     * Opens the file.
+     * \throws RuntimeError 53 when there is none, 75 when it cannot be read or is not a plain file.
+     */
+    explicit SequentialInput(const QString& path);
+
+    /**
+     * Returns the next line without its line end, which is CR LF, LF or CR alone. A last line may lack one.
+     * \throws RuntimeError 62 when no line is left, 7 when a line is longer than kMaximumLineBytes, 57 when
+     * the disk fails.
+     */
+    std::string nextLine();
+
+    void close() { file_.close(); }
+
+  private:
+    /** Reads on when all bytes are used up; false at the end of the file. */
+    bool fill();
+
+    QFile file_;
+    std::string buffer_;
+    std::size_t used_ = 0;
+};
+
+/**
+ * Replaces the file's content as a whole: whatever goes wrong, the old content or the new one is there, never
+ * a mixture.
+ * \throws RuntimeError 75 when the file cannot be written, 57 when writing fails on the way.
+ */
+void writeWholeFile(const QString& path, const std::string& content);
+
+} // namespace platform

@@ -1,0 +1,132 @@
+#include "platform/text.h"
+
+#include <array>
+#include <cmath>
+
+#include <QRegularExpression>
+#include <QStringDecoder>
+#include <QTextBoundaryFinder>
+
+#include "platform/checked.h"
+
+namespace platform {
+
+namespace {
+/** What Windows-1252 has where Latin-1 has its second set of control characters, 0x80 to 0x9F. */
+constexpr std::array<char16_t, 32> kWindows1252High = {
+    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+
+QString fromWindows1252(std::string_view bytes) {
+    QString text;
+    text.reserve(static_cast<qsizetype>(bytes.size()));
+    for (const char byte : bytes) {
+        const auto code = static_cast<unsigned char>(byte);
+        const bool high = code >= 0x80 && code < 0xA0;
+        text.append(QChar(high ? kWindows1252High.at(code - 0x80U) : static_cast<char16_t>(code)));
+    }
+    return text;
+}
+
+bool isInvisibleControl(char16_t code) {
+    const bool bidirectional = code == 0x061C || (code >= 0x200B && code <= 0x200F) ||
+                               (code >= 0x2028 && code <= 0x202E) || (code >= 0x2060 && code <= 0x206F);
+    return bidirectional || (code >= 0x7F && code < 0xA0) || code == 0xFEFF;
+}
+} // namespace
+
+QString fromBytes(std::string_view bytes) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    QString text = decoder(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())));
+    return decoder.hasError() ? fromWindows1252(bytes) : text;
+}
+
+std::string toBytes(const QString& text) { return text.toStdString(); }
+
+std::size_t inStr(std::size_t start, std::string_view text, std::string_view wanted) noexcept {
+    if (start == 0 || start > text.size()) {
+        return 0;
+    }
+    const std::size_t found = text.find(wanted, start - 1);
+    return found == std::string_view::npos ? 0 : found + 1;
+}
+
+std::string_view mid(std::string_view text, std::int64_t start, std::int64_t length) {
+    if (start < 1 || length < 0) {
+        throw RuntimeError(errors::InvalidProcedureCall);
+    }
+    if (std::cmp_greater(start, text.size())) {
+        return {};
+    }
+    return text.substr(static_cast<std::size_t>(start - 1), static_cast<std::size_t>(length));
+}
+
+QString trimmedBlanks(const QString& text) {
+    const QChar blank = u' ';
+    qsizetype first = 0;
+    qsizetype end = text.size();
+    while (first < end && text.at(first) == blank) {
+        ++first;
+    }
+    while (end > first && text.at(end - 1) == blank) {
+        --end;
+    }
+    return text.sliced(first, end - first);
+}
+
+QString fitted(const QString& text, int width) {
+    QTextBoundaryFinder boundary(QTextBoundaryFinder::Grapheme, text);
+    int characters = 0;
+    while (characters < width && boundary.toNextBoundary() >= 0) {
+        ++characters;
+    }
+    const qsizetype end = characters < width ? text.size() : boundary.position();
+    return text.first(end) + QString(width - characters, u' ');
+}
+
+QString withControlsVisible(const QString& text) {
+    QString shown;
+    shown.reserve(text.size());
+    for (const QChar character : text) {
+        const char16_t code = character.unicode();
+        if (code == u'\t' || code == u'\r' || code == u'\n') {
+            shown.append(u' ');
+        } else if (code < 0x20) {
+            shown.append(QChar(static_cast<char16_t>(0x2400 + code))); // the control pictures
+        } else if (isInvisibleControl(code)) {
+            shown.append(QStringLiteral("<%1>").arg(code, 4, 16, QLatin1Char('0')).toUpper());
+        } else {
+            shown.append(character);
+        }
+    }
+    return shown;
+}
+
+std::string upperCase(std::string_view text) {
+    std::string upper(text);
+    for (char& character : upper) {
+        if (character >= 'a' && character <= 'z') {
+            character = static_cast<char>(character - 'a' + 'A');
+        }
+    }
+    return upper;
+}
+
+std::int16_t toInteger16(const QString& text) {
+    static const QRegularExpression decimal(
+        QStringLiteral(R"(\A *[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)? *\z)"));
+    if (!decimal.match(text).hasMatch()) {
+        throw RuntimeError(errors::TypeMismatch);
+    }
+    bool converted = false;
+    const double value = text.trimmed().toDouble(&converted);
+    // The text is a number by now, so what cannot be converted is too large.
+    const double rounded = converted ? std::nearbyint(value) : HUGE_VAL;
+    if (rounded < INT16_MIN || rounded > INT16_MAX) {
+        throw RuntimeError(errors::Overflow);
+    }
+    return static_cast<std::int16_t>(rounded);
+}
+
+} // namespace platform

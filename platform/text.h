@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include <QString>
+
+namespace platform {
+
+/** Mail bytes as a person reads them: UTF-8 where the bytes are valid UTF-8, otherwise Windows-1252. */
+QString fromBytes(std::string_view bytes);
+
+/** Typed text as the bytes that go out: UTF-8. */
+std::string toBytes(const QString& text);
+
+/** The 1-based position of the wanted text at or after `start` (1-based), 0 when there is none. */
+std::size_t inStr(std::size_t start, std::string_view text, std::string_view wanted) noexcept;
+
+/**
+ * The `length` characters of the text from the 1-based `start` on, fewer where the text ends before.
+ * \throws RuntimeError 5 when the start is not at least 1 or the length is negative.
+ */
+std::string_view mid(std::string_view text, std::int64_t start, std::int64_t length);
+
+/** The text without the blanks (U+0020) at its ends; other white space stays. */
+QString trimmedBlanks(const QString& text);
+
+/**
+ * The text cut, or padded with blanks on the right, to `width` characters as a person counts them: a letter
+ * with its combining marks is one and is never cut in two.
+ */
+QString fitted(const QString& text, int width);
+
+/**
+ * The text with control characters and direction overrides shown instead of obeyed, on one line: a name from
+ * a stranger must not rearrange what stands beside it. Tabs and line ends become blanks.
+ */
+QString withControlsVisible(const QString& text);
+
+/** The text in upper case; only the letters a to z change, as mail's own names know no others. */
+std::string upperCase(std::string_view text);
+
+/**
+ * A text as a signed 16-bit number: blanks around it are allowed, a fraction is rounded to the nearest whole
+ * number (a half to the even one).
+ * \throws RuntimeError 13 when the text is not a number, 6 when the number does not fit.
+ */
+std::int16_t toInteger16(const QString& text);
+
+} // namespace platform
