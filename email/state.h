@@ -2,10 +2,10 @@
 
 #include <array>
 #include <cstdint>
-#include <vector>
 
 #include <QString>
 
+#include "email/header_events.h"
 #include "email/messages.h"
 #include "email/settings.h"
 
@@ -15,6 +15,8 @@ namespace email {
 /** What is known of the mailbox, the person, and the message at hand. */
 struct State {
     MessageTable Messages;
+    /** Fills the summaries from header lines. */
+    HeaderEvents headerEvents;
     /** The message that the POP3 events fill; also the open one. */
     std::int16_t CurrentMessage = 0;
 
@@ -26,6 +28,9 @@ struct State {
     bool NewMailFound = false;
     /** Entry i is the number of the message in grid row i + 1. */
     std::array<std::int16_t, MessageTable::kSize> MessageNumbers{};
+
+    /** Cleared at start-up; nothing reads it. */
+    std::array<std::int16_t, MessageTable::kSize> StartUpNumbers{};
 
     /** Kept from the log-on for every later session. */
     QString UserName;

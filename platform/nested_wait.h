@@ -10,15 +10,23 @@ class NestedWait {
   public:
     NestedWait() noexcept { ++depth_; }
 
-    ~NestedWait() { --depth_; }
+    ~NestedWait() {
+        if (--depth_ == 0 && lastEnded_ != nullptr) {
+            lastEnded_();
+        }
+    }
 
     NestedWait(const NestedWait&) = delete;
     NestedWait& operator=(const NestedWait&) = delete;
 
     static bool anyRuns() noexcept { return depth_ > 0; }
 
+    /** The function is called whenever the outermost wait ends; it must not throw. None with nullptr. */
+    static void whenLastEnds(void (*function)()) noexcept { lastEnded_ = function; }
+
   private:
     inline static int depth_ = 0;
+    inline static void (*lastEnded_)() = nullptr;
 };
 
 } // namespace platform

@@ -1,0 +1,96 @@
+#include "components/controls/msflexgrid.h"
+
+#include <QHeaderView>
+#include <QScrollBar>
+
+#include "platform/runtime_error.h"
+
+namespace MSFlexGridLib {
+
+MSFlexGrid::MSFlexGrid(int columns, QWidget* parent)
+    : QTableWidget(1, columns, parent), alignments_(columns, Qt::AlignLeft | Qt::AlignVCenter) {
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setSelectionBehavior(QAbstractItemView::SelectRows);
+    setSelectionMode(QAbstractItemView::SingleSelection);
+    setAlternatingRowColors(true);
+    setShowGrid(false);
+    setWordWrap(false);
+    // Tab leaves the grid; the arrow keys walk through it.
+    setTabKeyNavigation(false);
+    setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    verticalHeader()->hide();
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    setHorizontalHeaderLabels(QStringList(columns, QString()));
+}
+
+void MSFlexGrid::mustHold(int row, int column) const {
+    if (row < 0 || row >= Rows() || column < 0 || column >= columnCount()) {
+        throw platform::RuntimeError(platform::errors::SubscriptOutOfRange);
+    }
+}
+
+void MSFlexGrid::setRows(int rows) { setRowCount(rows - 1); }
+
+QString MSFlexGrid::TextMatrix(int row, int column) const {
+    mustHold(row, column);
+    const QTableWidgetItem* cell = row == 0 ? horizontalHeaderItem(column) : item(row - 1, column);
+    return cell == nullptr ? QString() : cell->text();
+}
+
+void MSFlexGrid::setTextMatrix(int row, int column, const QString& text) {
+    mustHold(row, column);
+    if (row == 0) {
+        horizontalHeaderItem(column)->setText(text);
+        return;
+    }
+    QTableWidgetItem* cell = item(row - 1, column);
+    if (cell == nullptr) {
+        cell = new QTableWidgetItem;
+        cell->setTextAlignment(alignments_.at(column));
+        setItem(row - 1, column, cell);
+    }
+    cell->setText(text);
+    // A column may be too narrow for its text; blanks that only pad it are no news.
+    cell->setToolTip(text.trimmed().toHtmlEscaped());
+}
+
+int MSFlexGrid::Row() const {
+    const int row = currentRow();
+    return row < 0 ? -1 : row + 1;
+}
+
+void MSFlexGrid::Clear() {
+    clearContents();
+    setHorizontalHeaderLabels(QStringList(columnCount(), QString()));
+}
+
+void MSFlexGrid::RemoveItem(int row) {
+    if (row < 1 || row >= Rows()) {
+        throw platform::RuntimeError(platform::errors::SubscriptOutOfRange);
+    }
+    removeRow(row - 1);
+}
+
+void MSFlexGrid::setHighLight(int mode) {
+    setSelectionMode(mode == 0 ? QAbstractItemView::NoSelection : QAbstractItemView::SingleSelection);
+    if (mode == 0) {
+        clearSelection();
+    }
+}
+
+int MSFlexGrid::usableWidth() const {
+    constexpr int roundingOfFiveColumns = 3;
+    return width() - 2 * frameWidth() - verticalScrollBar()->sizeHint().width() - roundingOfFiveColumns;
+}
+
+void MSFlexGrid::setColAlignment(int column, int code) {
+    alignments_[column] = Qt::AlignLeft | (code == 1 ? Qt::AlignVCenter : Qt::AlignTop);
+    for (int row = 0; row < rowCount(); ++row) {
+        if (QTableWidgetItem* cell = item(row, column)) {
+            cell->setTextAlignment(alignments_.at(column));
+        }
+    }
+}
+
+} // namespace MSFlexGridLib

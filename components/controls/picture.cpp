@@ -1,0 +1,25 @@
+#include "components/controls/picture.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+
+#include "platform/runtime_error.h"
+
+namespace controls {
+
+QPixmap LoadPicture(const QString& fileName) {
+    if (fileName.isEmpty()) {
+        return {};
+    }
+    if (!QFileInfo(fileName).isFile()) {
+        throw platform::RuntimeError(platform::errors::FileNotFound);
+    }
+    QImageReader reader(fileName);
+    const QPixmap picture = QPixmap::fromImageReader(&reader);
+    if (picture.isNull()) {
+        throw platform::RuntimeError(kInvalidPicture);
+    }
+    return picture;
+}
+
+} // namespace controls

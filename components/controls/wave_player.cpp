@@ -1,0 +1,53 @@
+#include "components/controls/wave_player.h"
+
+#include <cstdint>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QLibrary>
+#include <QThreadPool>
+
+namespace controls {
+
+namespace {
+struct ca_context;
+
+/** The sound library, loaded at the first sound. It knows which sound system the machine has. */
+class SoundLibrary {
+  public:
+    SoundLibrary() : library_(QStringLiteral("canberra"), 0) {
+        const auto create = reinterpret_cast<int (*)(ca_context**)>(library_.resolve("ca_context_create"));
+        play_ = reinterpret_cast<Play>(library_.resolve("ca_context_play"));
+        if (create == nullptr || play_ == nullptr || create(&context_) != 0) {
+            context_ = nullptr;
+        }
+    }
+
+    void play(const QByteArray& path) const {
+        if (context_ != nullptr) {
+            play_(context_, 0, "media.filename", path.constData(), static_cast<const char*>(nullptr));
+        }
+    }
+
+  private:
+    using Play = int (*)(ca_context*, std::uint32_t, ...);
+
+    QLibrary library_;
+    Play play_ = nullptr;
+    ca_context* context_ = nullptr;
+};
+} // namespace
+
+void playWave(const QString& fileName) {
+    const QFileInfo file(fileName);
+    if (!file.isFile()) {
+        return;
+    }
+    // Reaching the sound system may take a while, and a window must not wait for a chime.
+    QThreadPool::globalInstance()->start([path = QFile::encodeName(file.absoluteFilePath())] {
+        static const SoundLibrary library;
+        library.play(path);
+    });
+}
+
+} // namespace controls

@@ -1,0 +1,73 @@
+#include "mailbox/mailbox_list.h"
+
+#include <QLabel>
+#include <QPushButton>
+
+#include "email/state.h"
+#include "platform/text.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
+
+namespace {
+constexpr int kNumberCharacters = 15;
+constexpr int kFromCharacters = 50;
+constexpr int kSubjectCharacters = 48;
+
+QString shownText(const std::string& bytes) {
+    return platform::trimmedBlanks(platform::withControlsVisible(platform::fromBytes(bytes)));
+}
+} // namespace
+
+void UpdateListControls() {
+    frmMain& main = mainWindow();
+    // Rows may have been written with painting switched off.
+    main.MailGrid->setRedraw(true);
+    if (email::state.MessageCount != 0) {
+        main.MailGrid->setHighLight(1);
+        main.MailGrid->setEnabled(true);
+        main.cmdDelete->setEnabled(true);
+        main.cmdRead->setEnabled(true);
+    } else {
+        main.cmdDelete->setEnabled(false);
+        main.cmdRead->setEnabled(false);
+        main.MailGrid->setEnabled(false);
+        main.MailGrid->setHighLight(0);
+    }
+}
+
+QString totalsText() {
+    return QString::number(email::state.MessageCount) + QStringLiteral(" messages ") +
+           QString::number(email::state.MailboxBytes) + QStringLiteral(" bytes total");
+}
+
+void showTotals() {
+    QLabel* const line = mainWindow().lStats;
+    line->setText(QString());
+    line->setText(totalsText());
+}
+
+void writeTitles() {
+    int column = 0;
+    for (const char* title : {"Num", "Date", "From", "Subject", "Bytes"}) {
+        mainWindow().MailGrid->setTextMatrix(0, column++, QLatin1String(title));
+    }
+}
+
+std::array<QString, 5> rowTexts(std::int16_t number, const email::MessageSummary& summary) {
+    return {platform::fitted(QString::number(number), kNumberCharacters), shownText(summary.Date),
+            platform::fitted(shownText(summary.From), kFromCharacters),
+            platform::fitted(shownText(summary.Subject), kSubjectCharacters),
+            u'(' + QString::number(summary.Size) + QStringLiteral(" bytes)")};
+}
+
+void writeRow(std::int16_t number, const email::MessageSummary& summary) {
+    int column = 0;
+    for (const QString& text : rowTexts(number, summary)) {
+        mainWindow().MailGrid->setTextMatrix(number, column++, text);
+    }
+}
+
+void frmMain::MailGrid_Click() {
+    const QString number = MailGrid->TextMatrix(MailGrid->Row(), 0);
+    SelectedMessage = platform::toInteger16(number);
+}

@@ -1,0 +1,180 @@
+#include <QLineEdit>
+#include <QPushButton>
+#include <QLabel>
+
+#include "email/state.h"
+#include "mailbox/mailbox_list.h"
+#include "platform/checked.h"
+#include "platform/message_box.h"
+#include "platform/program.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+#include "retrieval/summaries.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
+
+using email::settings;
+using email::state;
+using POPLib::Request;
+namespace errors = platform::errors;
+
+namespace {
+QString title(const char* suffix) { return settings.Institution + QLatin1String(suffix); }
+
+/** A name typed as name, "@", host brings its own servers and domain; they hold until the program ends. */
+void takeUserName(const QString& typed) {
+    const qsizetype at = typed.indexOf(u'@');
+    if (at < 0) {
+        state.UserName = typed;
+        return;
+    }
+    settings.POPServer = typed.sliced(at + 1);
+    settings.SMTPServer = settings.POPServer;
+    state.UserName = typed.first(at);
+    email::derived.AtDomain = u'@' + settings.POPServer;
+}
+
+void logOn(POPLib::POP& pop) {
+    pop.setMailServer(settings.POPServer);
+    pop.issueRequest(Request::ConnectAndLogOn);
+    state.MailboxBytes = pop.mailboxSize();
+    state.MessageCount = pop.messageCount();
+}
+
+void prepareList(const POPLib::POP& pop) {
+    frmMain& main = mainWindow();
+    // An empty list still shows one blank row.
+    main.MailGrid->setRows(state.MessageCount == 0 ? 2 : state.MessageCount + 1);
+    state.LastMessageCount = pop.messageCount();
+    main.barProgress->setMin(0);
+    if (pop.messageCount() != 0) {
+        main.barProgress->setMax(pop.messageCount());
+    }
+}
+
+void showMainWindowBusy() {
+    frmMain& main = mainWindow();
+    main.setHourglass(true);
+    for (QPushButton* button : {main.cmdRead, main.cmdCmpose, main.cmdDelete, main.cmdGetMail}) {
+        button->setEnabled(false);
+    }
+    main.MailGrid->setRedraw(false);
+    main.bringUp();
+    main.setWindowTitle(QStringLiteral("Welcome ") + state.UserName + QStringLiteral(" To ") +
+                        settings.Institution + QStringLiteral(" E-Mail"));
+}
+
+void showMainWindowReady() {
+    frmMain& main = mainWindow();
+    main.setHourglass(false);
+    for (QPushButton* button : {main.cmdCmpose, main.cmdDelete, main.cmdRead, main.cmdGetMail}) {
+        button->setEnabled(true);
+    }
+}
+
+void fetchAllSummaries(POPLib::POP& pop) {
+    frmMain& main = mainWindow();
+    for (state.CurrentMessage = 1; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
+        main.lStats->setText(QStringLiteral("Receiving ") + QString::number(state.CurrentMessage) +
+                             QStringLiteral(" of ") + QString::number(state.MessageCount));
+        fetchSummary(pop);
+        main.barProgress->setProgress(state.CurrentMessage);
+    }
+}
+
+void startCheckTimer() {
+    constexpr std::int32_t millisecondsPerMinute = 60'000;
+    controls::Timer* const timer = mainWindow().tmrCheckMail;
+    timer->setPeriod(platform::checkedMultiply(std::int32_t{settings.GetMailEvery}, millisecondsPerMinute));
+    if (settings.GetMailEvery != 0) {
+        timer->setEnabled(true);
+    }
+}
+
+void tellAndEnd(const QString& text, const char* titleSuffix) {
+    platform::showMessage(text, title(titleSuffix));
+    platform::endProgram();
+}
+} // namespace
+
+void frmLogin::cmdLogin_Click() {
+    if (tUser->text().isEmpty()) {
+        platform::showMessage(QStringLiteral("User name must be entered to get mail."), title(" E-Mail"));
+        return;
+    }
+    if (tpwd->text().isEmpty()) {
+        platform::showMessage(QStringLiteral("Password must be entered to get mail."), title(" E-Mail"));
+        return;
+    }
+    takeUserName(tUser->text());
+    POP1.setLoginUser(platform::toBytes(state.UserName));
+    setHourglass(true);
+    cmdLogin->setEnabled(false);
+    mainWindow().tmrCheckMail->setEnabled(false);
+    state.Password = tpwd->text();
+    POP1.setLoginPassword(platform::toBytes(state.Password));
+
+    const int error = platform::errorNumberOf([this] { getAllMail(); });
+    if (error != 0) {
+        logInFailed(error);
+    }
+}
+
+void frmLogin::getAllMail() {
+    logOn(POP1);
+    prepareList(POP1);
+    if (state.MessageCount > 0) {
+        MMControl1.setCommand(email::derived.WavCommand);
+    }
+    hide();
+    showMainWindowBusy();
+    fetchAllSummaries(POP1);
+    showTotals();
+    numberTheRows();
+    showMainWindowReady();
+    POP1.issueRequest(Request::LogOffAndDisconnect);
+    mainWindow().barProgress->setProgress(0);
+    UpdateListControls();
+    startCheckTimer();
+    setHourglass(false);
+}
+
+void frmLogin::logInFailed(int error) {
+    const QString number = QString::number(error);
+    const auto mayTryAgain = [this] {
+        setHourglass(false);
+        cmdLogin->setEnabled(true);
+    };
+    switch (error) {
+    case errors::MailServerBusy:
+        POP1.issueRequest(Request::LogOffAndDisconnect);
+        platform::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
+                              title(" Mail Error"));
+        mayTryAgain();
+        break;
+    case errors::LogOnRefused:
+        // While the box is open, so is the session: a check started under it meets a busy mail server.
+        platform::showMessage(QStringLiteral("Password Or User Name Wrong, Please Try Again ") + number,
+                              title(" Mail Error"));
+        POP1.issueRequest(Request::LogOffAndDisconnect);
+        mayTryAgain();
+        break;
+    case errors::MailServerTrouble:
+        tellAndEnd(QStringLiteral("There was trouble connecting with the Mail Server."), " E-Mail");
+        break;
+    case errors::HostNotFound:
+        tellAndEnd(QStringLiteral("Mail Server not found."), " E-Mail");
+        break;
+    case errors::ConnectionRefused:
+        tellAndEnd(QStringLiteral("Connection refused by host."), " E-Mail");
+        break;
+    case errors::NetworkUnreachable:
+        tellAndEnd(QStringLiteral("Network is unreachable."), " E-mail");
+        break;
+    default:
+        tellAndEnd(QStringLiteral("Error ") + number + QStringLiteral(" Please start program again "),
+                   " E-Mail");
+        break;
+    }
+}

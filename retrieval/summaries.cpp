@@ -1,0 +1,29 @@
+#include "retrieval/summaries.h"
+
+#include <cstddef>
+
+#include "components/poplib/pop.h"
+#include "email/header_events.h"
+#include "email/state.h"
+#include "mailbox/mailbox_list.h"
+
+namespace {
+/** Body lines fetched with the header for the list. */
+constexpr int kSummaryBodyLines = 25;
+} // namespace
+
+void fetchSummary(POPLib::POP& pop) {
+    pop.setCurrentMessage(email::state.CurrentMessage);
+    email::MessageSummary& summary = email::state.Messages.at(email::state.CurrentMessage);
+    summary.Size = pop.currentMessageSize();
+    email::resetForListing(summary);
+    pop.setBodyLineLimit(kSummaryBodyLines);
+    pop.issueRequest(POPLib::Request::RetrieveCurrentMessage);
+    writeRow(email::state.CurrentMessage, summary);
+}
+
+void numberTheRows() {
+    for (std::int16_t row = 0; row < email::state.MessageCount; ++row) {
+        email::state.MessageNumbers.at(static_cast<std::size_t>(row)) = static_cast<std::int16_t>(row + 1);
+    }
+}

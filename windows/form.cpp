@@ -1,0 +1,50 @@
+#include "windows/form.h"
+
+#include <QCloseEvent>
+#include <QFontMetrics>
+#include <QScreen>
+
+#include "windows/windows.h"
+#include "windows/wiring.h"
+
+Form::Form(const QString& objectName, const QString& caption) {
+    setObjectName(objectName);
+    setWindowTitle(caption);
+}
+
+void Form::setHourglass(bool on) {
+    if (on) {
+        setCursor(Qt::WaitCursor);
+    } else {
+        unsetCursor();
+    }
+}
+
+void Form::bringUp() {
+    show();
+    raise();
+    activateWindow();
+}
+
+void Form::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (isEnabled()) {
+        runHandler([this] { unload(*this); });
+    }
+}
+
+void Form::setTabSequence(std::initializer_list<QWidget*> controls) {
+    QWidget* previous = nullptr;
+    for (QWidget* control : controls) {
+        if (previous != nullptr) {
+            setTabOrder(previous, control);
+        }
+        previous = control;
+    }
+}
+
+void Form::resizeToText(int letters, int lines) {
+    const QFontMetrics metrics(font());
+    const QSize wanted(letters * metrics.averageCharWidth(), lines * metrics.lineSpacing());
+    resize(wanted.boundedTo(screen()->availableSize() * 9 / 10).expandedTo(minimumSizeHint()));
+}

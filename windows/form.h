@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QWidget>
+
+#include <initializer_list>
+
+/**
+ * A window of the program. Its class gives the looks: controls under their names, layout, wiring. What the
+ * window does is defined where that behaviour lives.
+ */
+class Form : public QWidget {
+  public:
+    /** Fills the window; runs once, before anybody else gets hold of it. */
+    virtual void Form_Load() = 0;
+
+    /** Says good-bye; the window is hidden and forgotten right after it. */
+    virtual void Form_Unload() = 0;
+
+    /** The hourglass over this window, or the normal pointer. */
+    void setHourglass(bool on);
+
+    /** Shows the window, and brings it to the front when it is already there. */
+    void bringUp();
+
+  protected:
+    Form(const QString& objectName, const QString& caption);
+
+    /** A disabled window cannot be closed; any other one is unloaded. */
+    void closeEvent(QCloseEvent* event) override;
+
+    /** The Tab key walks through the controls in this order. */
+    static void setTabSequence(std::initializer_list<QWidget*> controls);
+
+    /** Size in letters and lines of the window's font, kept within the screen. */
+    void resizeToText(int letters, int lines);
+};

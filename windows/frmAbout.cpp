@@ -1,0 +1,34 @@
+#include "windows/frmAbout.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QVBoxLayout>
+
+#include "windows/wiring.h"
+
+frmAbout::frmAbout() : Form(QStringLiteral("frmAbout"), QStringLiteral("About Brindlewake")) {
+    lblProduct = named<QLabel>("lblProduct", this);
+    QFont large = lblProduct->font();
+    large.setPointSizeF(large.pointSizeF() * 1.4);
+    lblProduct->setFont(large);
+    lblDevelopedBy = named<QLabel>("lblDevelopedBy", QStringLiteral("Developed by:"), this);
+    lblMaker = named<QLabel>("lblMaker", QStringLiteral("The Brindlewake team"), this);
+
+    cmdOkAbout = named<QPushButton>("cmdOkAbout", QStringLiteral("OK"), this);
+    cmdOkAbout->setAutoDefault(true);
+    connectHandler(cmdOkAbout, &QPushButton::clicked, this, &frmAbout::cmdOkAbout_Click);
+    auto* escape = new QShortcut(Qt::Key_Escape, this);
+    QObject::connect(escape, &QShortcut::activated, cmdOkAbout, &QPushButton::click);
+
+    auto* rows = new QVBoxLayout(this);
+    for (QLabel* label : {lblProduct, lblDevelopedBy, lblMaker}) {
+        label->setTextFormat(Qt::PlainText);
+        label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        rows->addWidget(label);
+    }
+    rows->addStretch();
+    rows->addWidget(cmdOkAbout, 0, Qt::AlignRight);
+    cmdOkAbout->setFocus();
+    resizeToText(50, 10);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "windows/form.h"
+
+class QLabel;
+class QPushButton;
+
+/** What the program is and who made it. */
+class frmAbout : public Form {
+  public:
+    frmAbout();
+
+    // app/about_window.cpp
+    void Form_Load() override;
+    void Form_Unload() override;
+    void cmdOkAbout_Click();
+
+    QLabel* lblProduct;
+    QLabel* lblDevelopedBy;
+    QLabel* lblMaker;
+    QPushButton* cmdOkAbout;
+};

@@ -1,0 +1,82 @@
+#include "windows/frmLogin.h"
+
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include "windows/wiring.h"
+
+namespace {
+/** The key codes and the mask that the window's key handler is written in. */
+int keyCodeOf(int key) {
+    constexpr int keyCodeF1 = 112;
+    const bool functionKey = key >= Qt::Key_F1 && key <= Qt::Key_F12;
+    return functionKey ? keyCodeF1 + key - Qt::Key_F1 : 0;
+}
+
+int shiftMaskOf(Qt::KeyboardModifiers modifiers) {
+    return (modifiers.testFlag(Qt::ShiftModifier) ? 1 : 0) + (modifiers.testFlag(Qt::ControlModifier) ? 2 : 0) +
+           (modifiers.testFlag(Qt::AltModifier) ? 4 : 0);
+}
+} // namespace
+
+frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlewake")) {
+    picLogo = named<QLabel>("picLogo", this);
+    picLogo->setAlignment(Qt::AlignCenter);
+    picLogo->setAccessibleName(QStringLiteral("Logo"));
+
+    lUser = named<QLabel>("lUser", QStringLiteral("User Name:"), this);
+    tUser = named<QLineEdit>("tUser", this);
+    lUser->setBuddy(tUser);
+    connectHandler(tUser, &QLineEdit::returnPressed, this, &frmLogin::tUser_Return);
+    lPwd = named<QLabel>("lPwd", QStringLiteral("Password:"), this);
+    tpwd = named<QLineEdit>("tpwd", this);
+    tpwd->setEchoMode(QLineEdit::Password);
+    lPwd->setBuddy(tpwd);
+
+    cmdLogin = named<QPushButton>("cmdLogin", QStringLiteral("&Get Mail"), this);
+    connectHandler(cmdLogin, &QPushButton::clicked, this, &frmLogin::cmdLogin_Click);
+    QObject::connect(tpwd, &QLineEdit::returnPressed, cmdLogin, &QPushButton::click);
+    cmdSetup = named<QPushButton>("cmdSetup", QStringLiteral("S&etup"), this);
+    connectHandler(cmdSetup, &QPushButton::clicked, this, &frmLogin::cmdSetup_Click);
+    tmrProgressTimer = named<controls::Timer>("tmrProgressTimer", this);
+
+    // The component raises these from inside its requests; an error in them travels on to who made the request.
+    POP1.Header = [this](const std::string& field, const std::string& value) { POP1_Header(field, value); };
+    POP1.Transfer = [this](std::int32_t bytes, const std::string& text) { POP1_Transfer(bytes, text); };
+    POP1.PITrail = [this](POPLib::Direction direction, const std::string& message) {
+        POP1_PITrail(direction, message);
+    };
+    layOut();
+}
+
+void frmLogin::layOut() {
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cmdSetup);
+    buttons->addWidget(cmdLogin);
+
+    auto* grid = new QGridLayout(this);
+    grid->addWidget(picLogo, 0, 0, 1, 2);
+    grid->addWidget(lUser, 1, 0);
+    grid->addWidget(tUser, 1, 1);
+    grid->addWidget(lPwd, 2, 0);
+    grid->addWidget(tpwd, 2, 1);
+    grid->addLayout(buttons, 3, 0, 1, 2);
+    grid->setRowStretch(0, 1);
+    grid->setColumnStretch(1, 1);
+
+    cmdLogin->setAutoDefault(true);
+    cmdSetup->setAutoDefault(true);
+    setTabSequence({tUser, tpwd, cmdLogin, cmdSetup});
+    tUser->setFocus();
+}
+
+void frmLogin::keyPressEvent(QKeyEvent* event) {
+    const int keyCode = keyCodeOf(event->key());
+    const int shift = shiftMaskOf(event->modifiers());
+    runHandler([&] { Form_KeyDown(keyCode, shift); });
+    Form::keyPressEvent(event);
+}

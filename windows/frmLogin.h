@@ -1,0 +1,50 @@
+#pragma once
+
+#include "components/controls/mmcontrol.h"
+#include "components/controls/timer.h"
+#include "components/poplib/pop.h"
+#include "windows/form.h"
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+/** The log-on window. Hidden after it, it stays for its POP3 client and its wave player. */
+class frmLogin : public Form {
+  public:
+    frmLogin();
+
+    // retrieval/login_window.cpp
+    void Form_Load() override;
+    void Form_Unload() override;
+    void Form_KeyDown(int KeyCode, int Shift);
+    void cmdSetup_Click();
+    void tUser_Return();
+
+    // retrieval/login.cpp
+    void cmdLogin_Click();
+    void getAllMail();
+    void logInFailed(int error);
+
+    // retrieval/message_events.cpp
+    void POP1_Header(const std::string& Field, const std::string& Value);
+    void POP1_Transfer(std::int32_t BytesTransferred, const std::string& Text);
+    void POP1_PITrail(POPLib::Direction Direction, const std::string& Message);
+
+    QLabel* picLogo;
+    QLabel* lUser;
+    QLineEdit* tUser;
+    QLabel* lPwd;
+    QLineEdit* tpwd;
+    QPushButton* cmdLogin;
+    QPushButton* cmdSetup;
+    controls::Timer* tmrProgressTimer;
+    MCI::MMControl MMControl1;
+    POPLib::POP POP1;
+
+  protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    void layOut();
+};

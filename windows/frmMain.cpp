@@ -1,0 +1,62 @@
+#include "windows/frmMain.h"
+
+#include <QAction>
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMenuBar>
+#include <QPushButton>
+
+#include "windows/wiring.h"
+
+frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake")) {
+    Frame1 = named<QFrame>("Frame1", this);
+    cmdRead = named<QPushButton>("cmdRead", QStringLiteral("&Read "), Frame1);
+    cmdDelete = named<QPushButton>("cmdDelete", QStringLiteral("&Delete"), Frame1);
+    cmdCmpose = named<QPushButton>("cmdCmpose", QStringLiteral("&Compose Mail"), Frame1);
+    cmdGetMail = named<QPushButton>("cmdGetMail", QStringLiteral("&Get New Mail"), Frame1);
+    cmdExit = named<QPushButton>("cmdExit", QStringLiteral("E&xit"), Frame1);
+    connectHandler(cmdExit, &QPushButton::clicked, this, &frmMain::cmdExit_Click);
+
+    mnuHelp = named<QAction>("mnuHelp", QStringLiteral("&About"), this);
+    connectHandler(mnuHelp, &QAction::triggered, this, &frmMain::mnuHelp_Click);
+
+    MailGrid = named<MSFlexGridLib::MSFlexGrid>("MailGrid", 5, this);
+    MailGrid->setAccessibleName(QStringLiteral("Waiting messages"));
+    connectHandler(MailGrid, &QTableWidget::cellClicked, this, &frmMain::MailGrid_Click);
+
+    lStats = named<QLabel>("lStats", this);
+    lStats->setTextFormat(Qt::PlainText);
+    barProgress = named<MSComctlLib::ProgressBar>("barProgress", this);
+    barProgress->setAccessibleName(QStringLiteral("Progress"));
+    tmrCheckMail = named<controls::Timer>("tmrCheckMail", this);
+
+    layOut();
+}
+
+void frmMain::layOut() {
+    auto* buttons = new QHBoxLayout(Frame1);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    for (QPushButton* button : {cmdRead, cmdDelete, cmdCmpose, cmdGetMail}) {
+        buttons->addWidget(button);
+    }
+    buttons->addStretch();
+    buttons->addWidget(cmdExit);
+
+    auto* foot = new QHBoxLayout;
+    foot->addWidget(lStats, 1);
+    foot->addWidget(barProgress);
+
+    auto* rows = new QVBoxLayout(this);
+    auto* menuBar = named<QMenuBar>("menuBar", this);
+    menuBar->addMenu(QStringLiteral("&Help"))->addAction(mnuHelp);
+    rows->setMenuBar(menuBar);
+    rows->addWidget(Frame1);
+    rows->addWidget(MailGrid, 1);
+    rows->addLayout(foot);
+
+    setTabSequence({cmdRead, cmdDelete, cmdCmpose, cmdGetMail, cmdExit, MailGrid});
+    resizeToText(130, 30);
+    // Start-up divides the grid's width among its columns, before the window is first seen.
+    layout()->activate();
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+
+#include "components/controls/msflexgrid.h"
+#include "components/controls/progress_bar.h"
+#include "components/controls/timer.h"
+#include "windows/form.h"
+
+class QAction;
+class QFrame;
+class QLabel;
+class QPushButton;
+
+/** The main window: the list of waiting messages and what can be done with them. */
+class frmMain : public Form {
+  public:
+    frmMain();
+
+    // app/start_up.cpp
+    void Form_Load() override;
+    void Form_Unload() override;
+    void cmdExit_Click();
+    void mnuHelp_Click();
+
+    // mailbox/mailbox_list.cpp
+    void MailGrid_Click();
+
+    QFrame* Frame1;
+    QPushButton* cmdRead;
+    QPushButton* cmdDelete;
+    QPushButton* cmdCmpose;
+    QPushButton* cmdGetMail;
+    QPushButton* cmdExit;
+    QAction* mnuHelp;
+    MSFlexGridLib::MSFlexGrid* MailGrid;
+    QLabel* lStats;
+    MSComctlLib::ProgressBar* barProgress;
+    controls::Timer* tmrCheckMail;
+
+    /** The number of the message whose row was clicked last; 0 until a row is clicked. */
+    std::int16_t SelectedMessage = 0;
+
+  private:
+    void layOut();
+};

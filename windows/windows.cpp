@@ -1,0 +1,104 @@
+#include "windows/windows.h"
+
+#include <algorithm>
+#include <vector>
+
+#include <QCoreApplication>
+
+#include "platform/nested_wait.h"
+#include "windows/frmAbout.h"
+#include "windows/frmFrom.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
+#include "windows/frmSetup.h"
+
+struct LoadedWindows::Windows {
+    std::unique_ptr<frmMain> main;
+    std::unique_ptr<frmAbout> about;
+    std::unique_ptr<frmFrom> message;
+    std::unique_ptr<frmLogin> login;
+    std::unique_ptr<frmSend> compose;
+    std::unique_ptr<frmSetup> setup;
+    /** Unloaded, but perhaps still in use by a handler further down the stack. */
+    std::vector<std::unique_ptr<Form>> retired;
+};
+
+namespace {
+LoadedWindows::Windows* current = nullptr;
+
+template <class Window>
+Window& loaded(std::unique_ptr<Window>& window) {
+    if (!window) {
+        window = std::make_unique<Window>();
+        // Already reachable while it loads, because loading one window may ask for another and come back.
+        window->Form_Load();
+    }
+    return *window;
+}
+
+/** Destroys the retired windows from the outermost event loop, where no handler is on the stack. */
+void destroyRetiredLater() {
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(),
+        [] {
+            if (current != nullptr && !platform::NestedWait::anyRuns()) {
+                current->retired.clear();
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+template <class Window>
+bool retireIfSame(std::unique_ptr<Window>& slot, const Form& window) {
+    if (slot.get() != &window) {
+        return false;
+    }
+    slot->hide();
+    current->retired.push_back(std::move(slot));
+    destroyRetiredLater();
+    return true;
+}
+} // namespace
+
+LoadedWindows::LoadedWindows() : windows_(std::make_unique<Windows>()) {
+    current = windows_.get();
+    platform::NestedWait::whenLastEnds(destroyRetiredLater);
+}
+
+LoadedWindows::~LoadedWindows() {
+    platform::NestedWait::whenLastEnds(nullptr);
+    windows_.reset();
+    current = nullptr;
+}
+
+frmAbout& aboutWindow() { return loaded(current->about); }
+
+frmFrom& messageWindow() { return loaded(current->message); }
+
+frmLogin& loginWindow() { return loaded(current->login); }
+
+frmMain& mainWindow() { return loaded(current->main); }
+
+frmSend& composeWindow() { return loaded(current->compose); }
+
+frmSetup& setupWindow() { return loaded(current->setup); }
+
+void unload(Form& window) {
+    window.Form_Unload();
+    // The main window takes the program with it and is never forgotten.
+    const bool retired = retireIfSame(current->about, window) || retireIfSame(current->message, window) ||
+                         retireIfSame(current->login, window) || retireIfSame(current->compose, window) ||
+                         retireIfSame(current->setup, window);
+    if (retired) {
+        keepAWindowVisible();
+    }
+}
+
+void keepAWindowVisible() {
+    const auto seen = [](const auto& window) { return window && window->isVisible(); };
+    if (!seen(current->main) && !seen(current->about) && !seen(current->message) && !seen(current->login) &&
+        !seen(current->compose) && !seen(current->setup)) {
+        mainWindow().bringUp();
+    }
+}
