@@ -35,6 +35,18 @@ void UpdateListControls() {
     }
 }
 
+void ResetMailList() {
+    email::state.MailboxBytes = 0;
+    email::state.MessageCount = 0;
+    email::state.LastMessageCount = 0;
+    MSFlexGridLib::MSFlexGrid* const grid = mainWindow().MailGrid;
+    grid->setRows(2);
+    grid->Clear();
+    writeTitles();
+    UpdateListControls();
+    showTotals();
+}
+
 QString totalsText() {
     return QString::number(email::state.MessageCount) + QStringLiteral(" messages ") +
            QString::number(email::state.MailboxBytes) + QStringLiteral(" bytes total");
@@ -71,3 +83,6 @@ void frmMain::MailGrid_Click() {
     const QString number = MailGrid->TextMatrix(MailGrid->Row(), 0);
     SelectedMessage = platform::toInteger16(number);
 }
+
+// Read opens the compose window, as Compose does; a message is opened by double-clicking its row.
+void frmMain::cmdRead_Click() { cmdCmpose_Click(); }

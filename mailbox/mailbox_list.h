@@ -10,6 +10,9 @@
 /** Enables Read, Delete and the grid when there are messages, disables them otherwise. */
 void UpdateListControls();
 
+/** Empties the list: counters, rows, summary line and controls. */
+void ResetMailList();
+
 /** The summary line of the mailbox: the count and the bytes as the server reports them. */
 QString totalsText();
 

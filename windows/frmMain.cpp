@@ -16,6 +16,8 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
     cmdCmpose = named<QPushButton>("cmdCmpose", QStringLiteral("&Compose Mail"), Frame1);
     cmdGetMail = named<QPushButton>("cmdGetMail", QStringLiteral("&Get New Mail"), Frame1);
     cmdExit = named<QPushButton>("cmdExit", QStringLiteral("E&xit"), Frame1);
+    connectHandler(cmdRead, &QPushButton::clicked, this, &frmMain::cmdRead_Click);
+    connectHandler(cmdCmpose, &QPushButton::clicked, this, &frmMain::cmdCmpose_Click);
     connectHandler(cmdExit, &QPushButton::clicked, this, &frmMain::cmdExit_Click);
 
     mnuHelp = named<QAction>("mnuHelp", QStringLiteral("&About"), this);
@@ -56,7 +58,7 @@ void frmMain::layOut() {
     rows->addLayout(foot);
 
     setTabSequence({cmdRead, cmdDelete, cmdCmpose, cmdGetMail, cmdExit, MailGrid});
-    resizeToText(130, 30);
+    resizeToText(150, 32);
     // Start-up divides the grid's width among its columns, before the window is first seen.
     layout()->activate();
 }

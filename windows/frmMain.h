@@ -25,6 +25,10 @@ class frmMain : public Form {
 
     // mailbox/mailbox_list.cpp
     void MailGrid_Click();
+    void cmdRead_Click();
+
+    // compose/compose_window.cpp
+    void cmdCmpose_Click();
 
     QFrame* Frame1;
     QPushButton* cmdRead;

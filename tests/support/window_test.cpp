@@ -1,0 +1,116 @@
+#include "tests/support/window_test.h"
+
+#include <filesystem>
+#include <ostream>
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+
+#include "components/controls/mmcontrol.h"
+#include "email/state.h"
+#include "platform/program.h"
+#include "tests/support/application.h"
+#include "windows/frmLogin.h"
+#include "windows/wiring.h"
+
+namespace support {
+
+email::SettingsFields schoolSettings(const QString& mailServer) {
+    email::SettingsFields fields = email::fieldsOf(email::Settings());
+    fields.POPServer = mailServer;
+    fields.SMTPServer = mailServer;
+    fields.Institution = QStringLiteral("Example School");
+    fields.PlayWav = QStringLiteral("yes");
+    fields.ShowGetMail = QStringLiteral("yes");
+    return fields;
+}
+
+WindowTest::WindowTest() : folderBefore_(std::filesystem::current_path()) {
+    application();
+    std::filesystem::current_path(folder.path());
+    platform::replaceMessageBox([this](const platform::MessageBox& box) {
+        boxes.push_back(box);
+        if (whileBoxIsOpen) {
+            whileBoxIsOpen(box);
+        }
+        return box.buttons == platform::MessageButtons::YesNo ? answer : platform::MessageAnswer::Ok;
+    });
+    platform::replaceEndProgram([this] { ++programEnds; });
+    MCI::replaceWavePlayer([this](const QString& fileName) { sounds.push_back(fileName); });
+    forgetEverything();
+}
+
+WindowTest::~WindowTest() {
+    windows_.reset();
+    platform::replaceMessageBox({});
+    platform::replaceEndProgram({});
+    MCI::replaceWavePlayer({});
+    std::filesystem::current_path(folderBefore_);
+}
+
+void WindowTest::forgetEverything() {
+    windows_.reset();
+    windows_ = std::make_unique<LoadedWindows>();
+    email::settings = {};
+    email::derived = {};
+    email::state = {};
+    boxes.clear();
+    sounds.clear();
+    programEnds = 0;
+}
+
+void WindowTest::writeSettings(const email::SettingsFields& fields) {
+    writeSettingsText(email::settingsFileText(fields, email::Settings()));
+}
+
+void WindowTest::writeSettingsText(const std::string& text) { folder.write("tolk.ini", text); }
+
+void WindowTest::startUp() {
+    runHandler([] {
+        mainWindow();
+        keepAWindowVisible();
+    });
+}
+
+void WindowTest::logIn(const QString& mailServer, const QString& userName) {
+    writeSettings(schoolSettings(mailServer));
+    startUp();
+    loginWindow().tUser->setText(userName);
+    loginWindow().tpwd->setText(QStringLiteral("secret"));
+    loginWindow().cmdLogin->click();
+}
+
+std::vector<QString> WindowTest::boxTexts() const {
+    std::vector<QString> texts;
+    for (const platform::MessageBox& box : boxes) {
+        texts.push_back(box.text);
+    }
+    return texts;
+}
+
+struct WhenItHolds::Watch {
+    QTimer timer;
+    bool hasRun = false;
+};
+
+WhenItHolds::WhenItHolds(std::function<bool()> condition, std::function<void()> action)
+    : watch_(std::make_unique<Watch>()) {
+    QObject::connect(&watch_->timer, &QTimer::timeout, &watch_->timer,
+                     [watch = watch_.get(), condition = std::move(condition), action = std::move(action)] {
+                         if (condition()) {
+                             watch->timer.stop();
+                             watch->hasRun = true;
+                             action();
+                         }
+                     });
+    watch_->timer.start(1);
+}
+
+WhenItHolds::~WhenItHolds() { EXPECT_TRUE(watch_->hasRun) << "what was waited for never came"; }
+
+bool WhenItHolds::hasRun() const { return watch_->hasRun; }
+
+} // namespace support
+
+void PrintTo(const QString& text, std::ostream* stream) { *stream << '"' << text.toStdString() << '"'; }

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QString>
+
+#include "email/settings_file.h"
+#include "platform/message_box.h"
+#include "tests/support/temporary_folder.h"
+#include "windows/windows.h"
+
+namespace support {
+
+/** Settings as an administrator would have prepared them, with the mail server of the test. */
+email::SettingsFields schoolSettings(const QString& mailServer);
+
+/**
+ * A test on the program's own windows. Each has a state of its own, a current folder of its own without any
+ * file in it, and stand-ins for what a test cannot have: message boxes and sounds are remembered, and the end
+ * of the program is counted while the handler goes on and returns.
+ */
+class WindowTest : public testing::Test {
+  protected:
+    WindowTest();
+    ~WindowTest() override;
+
+    /** Writes tolk.ini into the current folder. */
+    void writeSettings(const email::SettingsFields& fields);
+    void writeSettingsText(const std::string& text);
+
+    /** Starts the program as main() does. */
+    void startUp();
+
+    /** Ends all windows and forgets all state, boxes, sounds and ends: as if the program was never started. */
+    void forgetEverything();
+
+    /** Starts the program with these settings, types the name and the password, and presses Get Mail. */
+    void logIn(const QString& mailServer, const QString& userName = QStringLiteral("ann"));
+
+    /** The texts of all boxes so far. */
+    std::vector<QString> boxTexts() const;
+
+    TemporaryFolder folder;
+    std::vector<platform::MessageBox> boxes;
+    /** Runs while a box is open; takes the box. */
+    std::function<void(const platform::MessageBox&)> whileBoxIsOpen;
+    platform::MessageAnswer answer = platform::MessageAnswer::Yes;
+    std::vector<QString> sounds;
+    int programEnds = 0;
+
+  private:
+    std::string folderBefore_;
+    std::unique_ptr<LoadedWindows> windows_;
+};
+
+/**
+ * Runs the action once, from the event loop, as soon as the condition holds; for looking at the windows while
+ * a request waits. The test fails when it never holds.
+ */
+class WhenItHolds {
+  public:
+    WhenItHolds(std::function<bool()> condition, std::function<void()> action);
+    ~WhenItHolds();
+    WhenItHolds(const WhenItHolds&) = delete;
+    WhenItHolds& operator=(const WhenItHolds&) = delete;
+
+    bool hasRun() const;
+
+  private:
+    struct Watch;
+    std::unique_ptr<Watch> watch_;
+};
+
+} // namespace support
+
+/** Lets GoogleTest print texts. */
+void PrintTo(const QString& text, std::ostream* stream);

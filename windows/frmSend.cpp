@@ -1,0 +1,72 @@
+#include "windows/frmSend.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include "windows/wiring.h"
+
+frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake")) {
+    lblTo = named<QLabel>("lblTo", QStringLiteral("&To:"), this);
+    tTo = named<QLineEdit>("tTo", this);
+    lblTo->setBuddy(tTo);
+    cmdSendto = named<QPushButton>("cmdSendto", QStringLiteral("Find Address"), this);
+    cmdSendto->setAccessibleDescription(QStringLiteral("Finds an address to send to"));
+
+    lblCc = named<QLabel>("lblCc", QStringLiteral("C&c:"), this);
+    tCc = named<QLineEdit>("tCc", this);
+    lblCc->setBuddy(tCc);
+    cmdCCto = named<QPushButton>("cmdCCto", QStringLiteral("Find Address"), this);
+    cmdCCto->setAccessibleDescription(QStringLiteral("Finds an address to send a copy to"));
+
+    lblSubject = named<QLabel>("lblSubject", QStringLiteral("S&ubject:"), this);
+    tSubject = named<QLineEdit>("tSubject", this);
+    lblSubject->setBuddy(tSubject);
+
+    tMessage = named<QPlainTextEdit>("tMessage", this);
+    tMessage->setAccessibleName(QStringLiteral("Message"));
+    tMessage->setTabChangesFocus(true);
+
+    lblAttachment = named<QLabel>("lblAttachment", QStringLiteral("Attac&hment:"), this);
+    txtAttachment = named<QLineEdit>("txtAttachment", this);
+    lblAttachment->setBuddy(txtAttachment);
+    cmdAttach = named<QPushButton>("cmdAttach", QStringLiteral("&Attach..."), this);
+
+    lblSending = named<QLabel>("lblSending", this);
+    cmdSndit = named<QPushButton>("cmdSndit", QStringLiteral("&Send"), this);
+    cmdCancel = named<QPushButton>("cmdCancel", QStringLiteral("Cance&l"), this);
+    connectHandler(cmdCancel, &QPushButton::clicked, this, &frmSend::cmdCancel_Click);
+
+    layOut();
+}
+
+void frmSend::layOut() {
+    auto* fields = new QGridLayout;
+    fields->addWidget(lblTo, 0, 0);
+    fields->addWidget(tTo, 0, 1);
+    fields->addWidget(cmdSendto, 0, 2);
+    fields->addWidget(lblCc, 1, 0);
+    fields->addWidget(tCc, 1, 1);
+    fields->addWidget(cmdCCto, 1, 2);
+    fields->addWidget(lblSubject, 2, 0);
+    fields->addWidget(tSubject, 2, 1, 1, 2);
+    fields->addWidget(lblAttachment, 3, 0);
+    fields->addWidget(txtAttachment, 3, 1);
+    fields->addWidget(cmdAttach, 3, 2);
+
+    auto* foot = new QHBoxLayout;
+    foot->addWidget(lblSending, 1);
+    foot->addWidget(cmdSndit);
+    foot->addWidget(cmdCancel);
+
+    auto* rows = new QVBoxLayout(this);
+    rows->addLayout(fields);
+    rows->addWidget(tMessage, 1);
+    rows->addLayout(foot);
+
+    setTabSequence({tTo, cmdSendto, tCc, cmdCCto, tSubject, txtAttachment, cmdAttach, tMessage, cmdSndit,
+                    cmdCancel});
+    resizeToText(100, 32);
+}
