@@ -4,8 +4,14 @@
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
-void frmAbout::Form_Load() { lblProduct->setText(QStringLiteral("Brindlewake " BRINDLEWAKE_VERSION)); }
+void frmAbout::Form_Load() {
+    lblProduct->setText(QStringLiteral("Brindlewake " BRINDLEWAKE_VERSION));
+}
 
-void frmAbout::cmdOkAbout_Click() { unload(*this); }
+void frmAbout::cmdOkAbout_Click() {
+    unload(*this);
+}
 
-void frmAbout::Form_Unload() { mainWindow().activateWindow(); }
+void frmAbout::Form_Unload() {
+    mainWindow().activateWindow();
+}

@@ -74,4 +74,6 @@ void frmSetup::cmdExit_Click() {
     loginWindow().bringUp();
 }
 
-void frmSetup::Form_Unload() { loginWindow().setEnabled(true); }
+void frmSetup::Form_Unload() {
+    loginWindow().setEnabled(true);
+}

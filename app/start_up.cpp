@@ -89,8 +89,14 @@ void frmMain::Form_Load() {
     }
 }
 
-void frmMain::Form_Unload() { platform::endProgram(); }
+void frmMain::Form_Unload() {
+    platform::endProgram();
+}
 
-void frmMain::cmdExit_Click() { platform::endProgram(); }
+void frmMain::cmdExit_Click() {
+    platform::endProgram();
+}
 
-void frmMain::mnuHelp_Click() { aboutWindow().bringUp(); }
+void frmMain::mnuHelp_Click() {
+    aboutWindow().bringUp();
+}

@@ -32,7 +32,9 @@ void frmSend::Form_Load() {
     txtAttachment->setEnabled(attach);
 }
 
-void frmSend::cmdCancel_Click() { unload(*this); }
+void frmSend::cmdCancel_Click() {
+    unload(*this);
+}
 
 void frmSend::Form_Unload() {
     tTo->clear();

@@ -36,6 +36,7 @@ class HeaderEvents {
         /** Both quotes were found behind the parameter: what is added at the end changes nothing. */
         bool settled = false;
     };
+
     LastSearch last_;
 };
 

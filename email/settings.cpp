@@ -7,9 +7,13 @@
 
 namespace email {
 
-bool isYes(const QString& value) { return value == QLatin1String("yes"); }
+bool isYes(const QString& value) {
+    return value == QLatin1String("yes");
+}
 
-QString GetWinDirectory() { return GetWinDirectory(platform::GetWindowsDirectoryA); }
+QString GetWinDirectory() {
+    return GetWinDirectory(platform::GetWindowsDirectoryA);
+}
 
 QString GetWinDirectory(const std::function<std::size_t(char* buffer, std::size_t size)>& call) {
     std::string buffer(260, '\0');

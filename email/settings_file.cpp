@@ -50,11 +50,21 @@ void readSettings(const NextLine& nextLine, Settings& settings, DerivedValues& d
 }
 
 SettingsFields fieldsOf(const Settings& settings) {
-    return {settings.ShowSetup,      settings.POPServer,       settings.SMTPServer,
-            settings.DomainName,     settings.Institution,     settings.PlayWav,
-            settings.ShowDatabase,   settings.SendAttachments, settings.SaveDirectory,
-            settings.AllowPrinting,  settings.SaveCopy,        settings.ShowGetMail,
-            QString::number(settings.GetMailEvery), settings.LDAPServer, settings.LDAPSearchBase,
+    return {settings.ShowSetup,
+            settings.POPServer,
+            settings.SMTPServer,
+            settings.DomainName,
+            settings.Institution,
+            settings.PlayWav,
+            settings.ShowDatabase,
+            settings.SendAttachments,
+            settings.SaveDirectory,
+            settings.AllowPrinting,
+            settings.SaveCopy,
+            settings.ShowGetMail,
+            QString::number(settings.GetMailEvery),
+            settings.LDAPServer,
+            settings.LDAPSearchBase,
             settings.AddressLookup};
 }
 
@@ -62,7 +72,7 @@ std::string settingsFileText(const SettingsFields& fields, const Settings& curre
     const SettingsFields old = fieldsOf(current);
     QString text;
     const auto section = [&text](QLatin1String line) { text += line + QLatin1String("\r\n"); };
-    const auto setting = [&](QLatin1String key, QString SettingsFields::* field) {
+    const auto setting = [&](QLatin1String key, QString SettingsFields::*field) {
         const QString& value = (fields.*field).isEmpty() ? old.*field : fields.*field;
         text += key + u'=' + onOneLine(value) + QLatin1String("\r\n");
     };

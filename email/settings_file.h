@@ -16,11 +16,10 @@ using ShowSetupButton = std::function<void(bool visible)>;
 using NextLine = std::function<std::string()>;
 
 /**
- * Takes the 16 settings from the file's 19 lines, by position alone: a key's name is for people. Each value is
- * stored as soon as its line is read, so after a failure the earlier settings are the file's and the later ones
- * unchanged.
- * \throws RuntimeError 62 when there are fewer than 19 lines, 13 or 6 when GetMailEvery is no 16-bit number,
- * and whatever nextLine throws.
+ * Takes the 16 settings from the file's 19 lines, by position alone: a key's name is for people. Each value
+ * is stored as soon as its line is read, so after a failure the earlier settings are the file's and the later
+ * ones unchanged. \throws RuntimeError 62 when there are fewer than 19 lines, 13 or 6 when GetMailEvery is no
+ * 16-bit number, and whatever nextLine throws.
  */
 void readSettings(const NextLine& nextLine, Settings& settings, DerivedValues& derived,
                   const ShowSetupButton& showSetupButton);

@@ -85,4 +85,6 @@ void frmMain::MailGrid_Click() {
 }
 
 // Read opens the compose window, as Compose does; a message is opened by double-clicking its row.
-void frmMain::cmdRead_Click() { cmdCmpose_Click(); }
+void frmMain::cmdRead_Click() {
+    cmdCmpose_Click();
+}

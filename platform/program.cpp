@@ -20,6 +20,8 @@ void endProgram() {
     std::_Exit(EXIT_SUCCESS);
 }
 
-void replaceEndProgram(std::function<void()> standIn) { endProgramStandIn() = std::move(standIn); }
+void replaceEndProgram(std::function<void()> standIn) {
+    endProgramStandIn() = std::move(standIn);
+}
 
 } // namespace platform

@@ -23,7 +23,8 @@ inline constexpr int DiskFull = 61;
 inline constexpr int DeviceUnavailable = 68;
 inline constexpr int PathFileAccess = 75;
 
-/** A request to a mail server while another runs, a second log-on, or a server that asks to try again later. */
+/** A request to a mail server while another runs, a second log-on, or a server that asks to try again later.
+ */
 inline constexpr int MailServerBusy = 20102;
 /** The mail server refused the user name or the password. */
 inline constexpr int LogOnRefused = 20172;

@@ -42,7 +42,9 @@ QString fromBytes(std::string_view bytes) {
     return decoder.hasError() ? fromWindows1252(bytes) : text;
 }
 
-std::string toBytes(const QString& text) { return text.toStdString(); }
+std::string toBytes(const QString& text) {
+    return text.toStdString();
+}
 
 std::size_t inStr(std::size_t start, std::string_view text, std::string_view wanted) noexcept {
     if (start == 0 || start > text.size()) {

@@ -1,6 +1,6 @@
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QLabel>
 
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
@@ -20,7 +20,9 @@ using POPLib::Request;
 namespace errors = platform::errors;
 
 namespace {
-QString title(const char* suffix) { return settings.Institution + QLatin1String(suffix); }
+QString title(const char* suffix) {
+    return settings.Institution + QLatin1String(suffix);
+}
 
 /** A name typed as name, "@", host brings its own servers and domain; they hold until the program ends. */
 void takeUserName(const QString& typed) {

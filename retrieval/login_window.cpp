@@ -27,7 +27,9 @@ void frmLogin::Form_Load() {
 
 void frmLogin::Form_Unload() {}
 
-void frmLogin::cmdSetup_Click() { setupWindow().bringUp(); }
+void frmLogin::cmdSetup_Click() {
+    setupWindow().bringUp();
+}
 
 void frmLogin::Form_KeyDown(int KeyCode, int Shift) {
     // The way into the setup window where its button is hidden.
@@ -36,4 +38,6 @@ void frmLogin::Form_KeyDown(int KeyCode, int Shift) {
     }
 }
 
-void frmLogin::tUser_Return() { tpwd->setFocus(Qt::TabFocusReason); }
+void frmLogin::tUser_Return() {
+    tpwd->setFocus(Qt::TabFocusReason);
+}

@@ -17,8 +17,8 @@ int keyCodeOf(int key) {
 }
 
 int shiftMaskOf(Qt::KeyboardModifiers modifiers) {
-    return (modifiers.testFlag(Qt::ShiftModifier) ? 1 : 0) + (modifiers.testFlag(Qt::ControlModifier) ? 2 : 0) +
-           (modifiers.testFlag(Qt::AltModifier) ? 4 : 0);
+    return (modifiers.testFlag(Qt::ShiftModifier) ? 1 : 0) +
+           (modifiers.testFlag(Qt::ControlModifier) ? 2 : 0) + (modifiers.testFlag(Qt::AltModifier) ? 4 : 0);
 }
 } // namespace
 
@@ -43,7 +43,8 @@ frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlew
     connectHandler(cmdSetup, &QPushButton::clicked, this, &frmLogin::cmdSetup_Click);
     tmrProgressTimer = named<controls::Timer>("tmrProgressTimer", this);
 
-    // The component raises these from inside its requests; an error in them travels on to who made the request.
+    // The component raises these from inside its requests; an error in them travels on to who made the
+    // request.
     POP1.Header = [this](const std::string& field, const std::string& value) { POP1_Header(field, value); };
     POP1.Transfer = [this](std::int32_t bytes, const std::string& text) { POP1_Transfer(bytes, text); };
     POP1.PITrail = [this](POPLib::Direction direction, const std::string& message) {

@@ -66,7 +66,7 @@ void frmSend::layOut() {
     rows->addWidget(tMessage, 1);
     rows->addLayout(foot);
 
-    setTabSequence({tTo, cmdSendto, tCc, cmdCCto, tSubject, txtAttachment, cmdAttach, tMessage, cmdSndit,
-                    cmdCancel});
+    setTabSequence(
+        {tTo, cmdSendto, tCc, cmdCCto, tSubject, txtAttachment, cmdAttach, tMessage, cmdSndit, cmdCancel});
     resizeToText(100, 32);
 }

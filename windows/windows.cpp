@@ -72,17 +72,29 @@ LoadedWindows::~LoadedWindows() {
     current = nullptr;
 }
 
-frmAbout& aboutWindow() { return loaded(current->about); }
+frmAbout& aboutWindow() {
+    return loaded(current->about);
+}
 
-frmFrom& messageWindow() { return loaded(current->message); }
+frmFrom& messageWindow() {
+    return loaded(current->message);
+}
 
-frmLogin& loginWindow() { return loaded(current->login); }
+frmLogin& loginWindow() {
+    return loaded(current->login);
+}
 
-frmMain& mainWindow() { return loaded(current->main); }
+frmMain& mainWindow() {
+    return loaded(current->main);
+}
 
-frmSend& composeWindow() { return loaded(current->compose); }
+frmSend& composeWindow() {
+    return loaded(current->compose);
+}
 
-frmSetup& setupWindow() { return loaded(current->setup); }
+frmSetup& setupWindow() {
+    return loaded(current->setup);
+}
 
 void unload(Form& window) {
     window.Form_Unload();

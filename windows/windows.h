@@ -21,16 +21,17 @@ frmSend& composeWindow();
 frmSetup& setupWindow();
 
 /**
- * Runs the window's Form_Unload, hides the window and forgets it: its accessor makes a new one. The old one is
- * destroyed only when no handler can be using it any more. When no window is left to be seen, the main window
- * is shown, so that the program can always be ended by a person.
+ * Runs the window's Form_Unload, hides the window and forgets it: its accessor makes a new one. The old one
+ * is destroyed only when no handler can be using it any more. When no window is left to be seen, the main
+ * window is shown, so that the program can always be ended by a person.
  */
 void unload(Form& window);
 
 /** Shows the main window when no other window is to be seen. */
 void keepAWindowVisible();
 
-/** Owns the windows. One stands for as long as the accessors are used; a test may have one after the other. */
+/** Owns the windows. One stands for as long as the accessors are used; a test may have one after the other.
+ */
 class LoadedWindows {
   public:
     LoadedWindows();

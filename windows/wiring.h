@@ -5,8 +5,8 @@
 #include <QObject>
 
 /**
- * Runs a handler. An error that it does not trap ends in the generic report, a message box with the number and
- * what it means, after which the program goes on: no exception ever passes through Qt.
+ * Runs a handler. An error that it does not trap ends in the generic report, a message box with the number
+ * and what it means, after which the program goes on: no exception ever passes through Qt.
  */
 void runHandler(const std::function<void()>& handler);
 

@@ -7,9 +7,9 @@
 namespace MCI {
 
 /**
- * Plays a wave file at the commands "Open", "play" and "close". Nothing is opened before the first "play": the
- * sound system is loaded then, so that start-up does not pay for it. Without a sound device, or without the
- * file, "play" does nothing.
+ * Plays a wave file at the commands "Open", "play" and "close". Nothing is opened before the first "play":
+ * the sound system is loaded then, so that start-up does not pay for it. Without a sound device, or without
+ * the file, "play" does nothing.
  */
 class MMControl {
   public:

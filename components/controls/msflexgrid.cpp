@@ -30,7 +30,9 @@ void MSFlexGrid::mustHold(int row, int column) const {
     }
 }
 
-void MSFlexGrid::setRows(int rows) { setRowCount(rows - 1); }
+void MSFlexGrid::setRows(int rows) {
+    setRowCount(rows - 1);
+}
 
 QString MSFlexGrid::TextMatrix(int row, int column) const {
     mustHold(row, column);

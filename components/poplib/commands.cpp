@@ -24,7 +24,9 @@ Command passCommand(std::string_view password) {
     return {CommandKind::Pass, "PASS " + std::string(password), "PASS ****"};
 }
 
-Command statCommand() { return openCommand(CommandKind::Stat, "STAT"); }
+Command statCommand() {
+    return openCommand(CommandKind::Stat, "STAT");
+}
 
 Command listCommand(std::int32_t messageNumber) {
     return openCommand(CommandKind::List, "LIST " + std::to_string(messageNumber), messageNumber);
@@ -45,6 +47,8 @@ Command deleCommand(std::int32_t messageNumber) {
     return openCommand(CommandKind::Dele, "DELE " + std::to_string(messageNumber), messageNumber);
 }
 
-Command quitCommand() { return openCommand(CommandKind::Quit, "QUIT"); }
+Command quitCommand() {
+    return openCommand(CommandKind::Quit, "QUIT");
+}
 
 } // namespace POPLib

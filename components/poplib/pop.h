@@ -42,16 +42,16 @@ struct Timeouts {
  *     pop.issueRequest(Request::RetrieveCurrentMessage); // TOP or RETR; raises Header and Transfer
  *     pop.issueRequest(Request::LogOffAndDisconnect);    // QUIT
  *
- * A request blocks its caller, while the windows stay alive, and raises its events from the caller's own frame:
- * an error thrown by a listener reaches the caller of the request.
+ * A request blocks its caller, while the windows stay alive, and raises its events from the caller's own
+ * frame: an error thrown by a listener reaches the caller of the request.
  *
  * Every request can raise a RuntimeError:
- * 20102 when another request is running, for a log-on while a session is open, and when the server asks to try
- * again later; 20172 when the server refuses the name or the password, or these cannot be sent at all; 26002,
- * 25062, 25052 when the name is unknown, the connection refused, the network unreachable; 20302 for silence, a
- * lost connection and answers that are no POP3; 6 for a number that does not fit; 7 for a message that is too
- * large. After any error but a refused log-on the session is closed. A refused log-on stays open until the
- * log-off, and meanwhile a second log-on meets 20102.
+ * 20102 when another request is running, for a log-on while a session is open, and when the server asks to
+ * try again later; 20172 when the server refuses the name or the password, or these cannot be sent at all;
+ * 26002, 25062, 25052 when the name is unknown, the connection refused, the network unreachable; 20302 for
+ * silence, a lost connection and answers that are no POP3; 6 for a number that does not fit; 7 for a message
+ * that is too large. After any error but a refused log-on the session is closed. A refused log-on stays open
+ * until the log-off, and meanwhile a second log-on meets 20102.
  */
 class POP {
   public:

@@ -7,10 +7,14 @@ namespace POPLib {
 namespace {
 constexpr std::int64_t kLineEndOctets = 2;
 
-bool hasContent(CommandKind kind) noexcept { return kind == CommandKind::Top || kind == CommandKind::Retr; }
+bool hasContent(CommandKind kind) noexcept {
+    return kind == CommandKind::Top || kind == CommandKind::Retr;
+}
 
 /** A listing asks for some lines only; a message that is opened is wanted whole. */
-bool isListing(const Command& command) noexcept { return command.bodyLineLimit > 0; }
+bool isListing(const Command& command) noexcept {
+    return command.bodyLineLimit > 0;
+}
 
 /** What follows the status word, or nothing when the line does not start with that word. */
 std::optional<std::string_view> textAfter(std::string_view status, std::string_view line) {
@@ -45,7 +49,9 @@ HeaderLine headerLine(std::string_view line) {
 }
 } // namespace
 
-void Pop3Session::submit(Command command) { waiting_.push_back(std::move(command)); }
+void Pop3Session::submit(Command command) {
+    waiting_.push_back(std::move(command));
+}
 
 std::string Pop3Session::takeOutput() {
     std::string output;

@@ -115,8 +115,8 @@ class Pop3Session {
     State state() const noexcept { return state_; }
 
     /**
-     * A number that grows with every complete line and with every few kilobytes: while it grows, the server is
-     * alive, even when one answer takes long.
+     * A number that grows with every complete line and with every few kilobytes: while it grows, the server
+     * is alive, even when one answer takes long.
      */
     std::uint64_t progress() const noexcept { return lines_ + octets_ / kOctetsOfProgress; }
 

@@ -44,8 +44,8 @@ bool mayBeTriedLater(std::string_view text) {
     // Detail after the code's name, as in "[LOGIN-DELAY 900]" or "[SYS/TEMP/x]", does not change the meaning.
     const std::string code = platform::upperCase(text.substr(1, end - 1));
     const auto is = [&code](std::string_view known) {
-        return code.starts_with(known) && (code.size() == known.size() || code[known.size()] == ' ' ||
-                                           code[known.size()] == '/');
+        return code.starts_with(known) &&
+               (code.size() == known.size() || code[known.size()] == ' ' || code[known.size()] == '/');
     };
     return is("IN-USE") || is("LOGIN-DELAY") || is("SYS/TEMP");
 }

@@ -17,11 +17,12 @@ namespace transport {
 enum class Outcome { Done, NameUnknown, Refused, Unreachable, TimedOut, Lost };
 
 /**
- * One byte stream to a server. Waiting runs an event loop of its own, so the windows stay alive meanwhile, and
- * that loop does nothing but wait: what came is handed over to the caller, who acts on it in its own frame.
+ * One byte stream to a server. Waiting runs an event loop of its own, so the windows stay alive meanwhile,
+ * and that loop does nothing but wait: what came is handed over to the caller, who acts on it in its own
+ * frame.
  *
- * Everything above reads and writes plain bytes and never sees the socket, so that encryption can be put under
- * it here without a change elsewhere.
+ * Everything above reads and writes plain bytes and never sees the socket, so that encryption can be put
+ * under it here without a change elsewhere.
  */
 class Connection {
   public:

@@ -36,8 +36,8 @@ TEST_F(SetupWindow, UpdateWritesTheFieldsTellsToRestartAndEndsTheProgram) {
     setupWindow().txtSchool->setText(QStringLiteral("Other School"));
     setupWindow().cmdUpdate->click();
     EXPECT_THAT(folder.read("tolk.ini"), HasSubstr("\r\nInstitution=Other School\r\n"));
-    ASSERT_THAT(boxTexts(),
-                ElementsAre(QStringLiteral("You must restart Brindlewake in order for changes to take effect.")));
+    ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral(
+                                "You must restart Brindlewake in order for changes to take effect.")));
     EXPECT_EQ(boxes[0].title, QStringLiteral("Brindlewake"));
     EXPECT_EQ(boxes[0].icon, platform::MessageIcon::Exclamation);
     EXPECT_EQ(programEnds, 1);

@@ -47,7 +47,8 @@ class StartUp : public WindowTest {
     }
 
     void expectProblem(int number) {
-        ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("Problem starting Brindlewake. Error# %1").arg(number)));
+        ASSERT_THAT(boxTexts(),
+                    ElementsAre(QStringLiteral("Problem starting Brindlewake. Error# %1").arg(number)));
         EXPECT_EQ(boxes[0].title, QStringLiteral("Brindlewake"));
         EXPECT_EQ(boxes[0].icon, platform::MessageIcon::None);
         EXPECT_EQ(boxes[0].buttons, platform::MessageButtons::Ok);
@@ -221,7 +222,8 @@ TEST_F(StartUp, DividesTheGridsWidthAmongItsColumns) {
     const double width = grid.usableWidth();
     const std::array<double, 5> fractions = {0.05, 0.11, 0.365, 0.33, 0.145};
     for (int column = 0; column < 5; ++column) {
-        EXPECT_EQ(grid.columnWidth(column), std::lround(width * fractions.at(static_cast<std::size_t>(column))))
+        EXPECT_EQ(grid.columnWidth(column),
+                  std::lround(width * fractions.at(static_cast<std::size_t>(column))))
             << column;
     }
     EXPECT_GT(width, 600);

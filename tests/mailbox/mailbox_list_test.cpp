@@ -1,0 +1,196 @@
+#include "mailbox/mailbox_list.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "email/state.h"
+#include "platform/runtime_error.h"
+#include "tests/support/window_test.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
+
+using support::WindowTest;
+using testing::ElementsAre;
+
+namespace {
+class MailboxList : public WindowTest {
+  protected:
+    MailboxList() {
+        writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
+        startUp();
+        mainWindow().bringUp();
+    }
+
+    static void fill(std::int16_t messages) {
+        email::state.MessageCount = messages;
+        mainWindow().MailGrid->setRows(messages + 1);
+        for (std::int16_t number = 1; number <= messages; ++number) {
+            writeRow(number, email::state.Messages.at(number));
+        }
+        UpdateListControls();
+    }
+
+    static void click(int row) {
+        auto& grid = *mainWindow().MailGrid;
+        const QRect cell = grid.visualRect(grid.model()->index(row - 1, 1));
+        QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, cell.center());
+    }
+};
+
+email::MessageSummary summaryOf(const std::string& from, const std::string& subject, const std::string& date,
+                                std::int32_t size) {
+    email::MessageSummary summary;
+    summary.From = from;
+    summary.Subject = subject;
+    summary.Date = date;
+    summary.Size = size;
+    return summary;
+}
+} // namespace
+
+TEST_F(MailboxList, WithoutMessagesHasOneBlankRowDisabledButtonsAndZeroTotals) {
+    ResetMailList();
+    const auto& main = mainWindow();
+    EXPECT_EQ(main.MailGrid->Rows(), 2);
+    for (int column = 0; column < 5; ++column) {
+        EXPECT_EQ(main.MailGrid->TextMatrix(1, column), QString());
+    }
+    EXPECT_EQ(main.MailGrid->TextMatrix(0, 0), QStringLiteral("Num"));
+    EXPECT_EQ(main.MailGrid->TextMatrix(0, 4), QStringLiteral("Bytes"));
+    EXPECT_FALSE(main.cmdRead->isEnabled());
+    EXPECT_FALSE(main.cmdDelete->isEnabled());
+    EXPECT_FALSE(main.MailGrid->isEnabled());
+    EXPECT_EQ(main.lStats->text(), QStringLiteral("0 messages 0 bytes total"));
+}
+
+TEST_F(MailboxList, ResetForgetsWhatWasListed) {
+    fill(3);
+    email::state.MailboxBytes = 300;
+    email::state.LastMessageCount = 3;
+    ResetMailList();
+    EXPECT_EQ(email::state.MessageCount, 0);
+    EXPECT_EQ(email::state.LastMessageCount, 0);
+    EXPECT_EQ(email::state.MailboxBytes, 0);
+    EXPECT_EQ(mainWindow().MailGrid->Rows(), 2);
+    EXPECT_EQ(mainWindow().MailGrid->TextMatrix(1, 0), QString());
+}
+
+TEST_F(MailboxList, ReadWithARowSelectedOpensAnEmptyComposeWindowAndNotTheMessage) {
+    fill(2);
+    click(2);
+    mainWindow().cmdRead->click();
+    EXPECT_TRUE(composeWindow().isVisible());
+    EXPECT_FALSE(mainWindow().isEnabled());
+    EXPECT_EQ(composeWindow().tTo->text(), QString());
+    EXPECT_EQ(composeWindow().tCc->text(), QString());
+    EXPECT_EQ(composeWindow().tMessage->toPlainText(), QString());
+}
+
+TEST_F(MailboxList, ReadWithSaveCopyOpensTheComposeWindowWithTheSenderInCc) {
+    email::settings.SaveCopy = QStringLiteral("yes");
+    email::state.UserName = QStringLiteral("ann");
+    fill(1);
+    mainWindow().cmdRead->click();
+    EXPECT_EQ(composeWindow().tCc->text(), QStringLiteral("ann@example.org"));
+}
+
+TEST_F(MailboxList, ControlsFollowTheListFromEmptyToFilledAndBack) {
+    auto& main = mainWindow();
+    email::state.MessageCount = 1;
+    UpdateListControls();
+    EXPECT_TRUE(main.cmdRead->isEnabled());
+    EXPECT_TRUE(main.cmdDelete->isEnabled());
+    EXPECT_TRUE(main.MailGrid->isEnabled());
+    EXPECT_EQ(main.MailGrid->selectionMode(), QAbstractItemView::SingleSelection);
+    email::state.MessageCount = 0;
+    UpdateListControls();
+    EXPECT_FALSE(main.cmdRead->isEnabled());
+    EXPECT_FALSE(main.cmdDelete->isEnabled());
+    EXPECT_FALSE(main.MailGrid->isEnabled());
+    EXPECT_EQ(main.MailGrid->selectionMode(), QAbstractItemView::NoSelection);
+}
+
+TEST_F(MailboxList, UpdatingTheControlsTouchesNeitherRowsNorSummaryLine) {
+    fill(2);
+    mainWindow().lStats->setText(QStringLiteral("anything"));
+    const QString cell = mainWindow().MailGrid->TextMatrix(2, 0);
+    UpdateListControls();
+    EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("anything"));
+    EXPECT_EQ(mainWindow().MailGrid->TextMatrix(2, 0), cell);
+}
+
+TEST_F(MailboxList, ClickingRowThreeSelectsTheNumberThatItsFirstCellHolds) {
+    fill(4);
+    click(3);
+    EXPECT_EQ(mainWindow().SelectedMessage, 3);
+    mainWindow().MailGrid->setTextMatrix(3, 0, QStringLiteral("7"));
+    click(3);
+    EXPECT_EQ(mainWindow().SelectedMessage, 7);
+}
+
+TEST_F(MailboxList, TheSelectedMessageStaysWhenTheListChanges) {
+    fill(4);
+    click(3);
+    ResetMailList();
+    EXPECT_EQ(mainWindow().SelectedMessage, 3);
+}
+
+TEST_F(MailboxList, TotalsHaveNoGroupingAndOnePlural) {
+    email::state.MessageCount = 1;
+    email::state.MailboxBytes = 120345;
+    showTotals();
+    EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("1 messages 120345 bytes total"));
+    email::state.MessageCount = 3;
+    email::state.MailboxBytes = 10452;
+    showTotals();
+    EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("3 messages 10452 bytes total"));
+}
+
+TEST_F(MailboxList, ARowHasFixedWidths) {
+    const auto texts =
+        rowTexts(12, summaryOf(" Ann <ann@example.org> ", std::string(60, 's'), "  today ", 345));
+    EXPECT_EQ(texts[0], QStringLiteral("12") + QString(13, u' '));
+    EXPECT_EQ(texts[1], QStringLiteral("today"));
+    EXPECT_EQ(texts[2], QStringLiteral("Ann <ann@example.org>") + QString(29, u' '));
+    EXPECT_EQ(texts[3], QString(48, u's'));
+    EXPECT_EQ(texts[4], QStringLiteral("(345 bytes)"));
+}
+
+TEST_F(MailboxList, AWidthCountsCharactersAndCutsNoneInTwo) {
+    const std::string face = "\xF0\x9F\x98\x80"; // one character outside the first plane
+    std::string subject;
+    for (int i = 0; i < 60; ++i) {
+        subject += face;
+    }
+    const auto texts = rowTexts(1, summaryOf("", subject, "", 0));
+    EXPECT_EQ(texts[3].toStdString().size(), 48 * face.size());
+}
+
+TEST_F(MailboxList, AStrangersControlCharactersAreShownAndNotObeyed) {
+    const auto texts = rowTexts(1, summaryOf("a\x1b[31m\xE2\x80\xAE"
+                                             "gro.live",
+                                             "one\ttwo\nthree", "", 0));
+    EXPECT_TRUE(texts[2].startsWith(QStringLiteral(u"a\u241B[31m<202E>gro.live"))) << texts[2].toStdString();
+    EXPECT_TRUE(texts[3].startsWith(QStringLiteral("one two three")));
+}
+
+TEST_F(MailboxList, TheGridIsATableForScreenReaders) {
+    fill(2);
+    QAccessibleInterface* grid = QAccessible::queryAccessibleInterface(mainWindow().MailGrid);
+    ASSERT_NE(grid, nullptr);
+    EXPECT_EQ(grid->role(), QAccessible::Table);
+    ASSERT_NE(grid->tableInterface(), nullptr);
+    EXPECT_EQ(grid->tableInterface()->rowCount(), 2);
+    EXPECT_EQ(grid->tableInterface()->columnDescription(2), QStringLiteral("From"));
+}
+
+TEST_F(MailboxList, CellsOutsideTheGridAreSubscriptErrors) {
+    auto& grid = *mainWindow().MailGrid;
+    EXPECT_EQ(platform::errorNumberOf([&] { grid.setTextMatrix(2, 0, {}); }), 9);
+    EXPECT_EQ(platform::errorNumberOf([&] { grid.TextMatrix(0, 5); }), 9);
+    EXPECT_EQ(platform::errorNumberOf([&] { grid.RemoveItem(0); }), 9);
+}

@@ -1,0 +1,10 @@
+#include <gmock/gmock.h>
+
+#include "tests/support/application.h"
+
+int main(int argumentCount, char** arguments) {
+    testing::InitGoogleMock(&argumentCount, arguments);
+    const int result = RUN_ALL_TESTS();
+    support::endApplication();
+    return result;
+}

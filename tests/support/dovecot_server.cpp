@@ -1,0 +1,257 @@
+#include "tests/support/dovecot_server.h"
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <map>
+#include <stdexcept>
+
+#include <QDeadlineTimer>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <grp.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <pwd.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace support {
+
+namespace {
+constexpr const char* kExecutable = "/usr/sbin/dovecot";
+constexpr const char* kPop3Program = "/usr/lib/dovecot/pop3";
+/** The superuser's mail folder belongs to nobody, because Dovecot reads no mail as the superuser. */
+constexpr uid_t kNobody = 65534;
+constexpr std::chrono::seconds kStartTime{20};
+
+bool isSuperuser() {
+    return geteuid() == 0;
+}
+
+/** The build tree where the sockets' paths fit in (108 bytes, Dovecot's own names included) and need no
+ * quoting. */
+std::filesystem::path parentFolder() {
+    constexpr std::string_view build = BRINDLEWAKE_TEST_BUILD;
+    const bool usable = build.size() <= 64 && build.find(' ') == std::string_view::npos;
+    return usable ? std::filesystem::path(build) : std::filesystem::temp_directory_path();
+}
+
+sockaddr_in loopback(std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+/** A socket, closed at the end. */
+class Socket {
+  public:
+    Socket() : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
+
+    ~Socket() { close(descriptor_); }
+
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    int descriptor() const { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
+
+std::uint16_t freePort() {
+    const Socket listener;
+    sockaddr_in address = loopback(0);
+    socklen_t length = sizeof address;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    if (bind(listener.descriptor(), generic, length) != 0 ||
+        getsockname(listener.descriptor(), generic, &length) != 0) {
+        throw std::runtime_error("no free port");
+    }
+    return ntohs(address.sin_port);
+}
+
+/** True when the server at the port takes a connection and sends the start of a greeting before the deadline.
+ */
+bool greets(std::uint16_t port, const QDeadlineTimer& deadline) {
+    const Socket client;
+    const sockaddr_in address = loopback(port);
+    if (connect(client.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        return false;
+    }
+    pollfd waiting{client.descriptor(), POLLIN, 0};
+    if (poll(&waiting, 1, static_cast<int>(deadline.remainingTime())) != 1) {
+        return false;
+    }
+    std::array<char, 3> start{};
+    return recv(client.descriptor(), start.data(), start.size(), MSG_WAITALL) == 3 &&
+           std::string_view(start.data(), start.size()) == "+OK";
+}
+
+/** The child's side of the start: becomes Dovecot, bound to the life of the test. */
+[[noreturn]] void becomeDovecot(const char* configuration, const char* output, pid_t parent) {
+    setpgid(0, 0);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const int descriptor = open(output, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    // The parent may have died before its death could be asked for.
+    if (getppid() == parent && descriptor >= 0 && dup2(descriptor, STDOUT_FILENO) >= 0 &&
+        dup2(descriptor, STDERR_FILENO) >= 0) {
+        execl(kExecutable, kExecutable, "-F", "-c", configuration, nullptr);
+    }
+    _exit(127);
+}
+} // namespace
+
+std::string DovecotServer::whyUnavailable() {
+    if (access(kExecutable, X_OK) != 0 || access(kPop3Program, X_OK) != 0) {
+        return "Dovecot with POP3 is not installed on this computer.";
+    }
+    if (getpwuid(geteuid()) == nullptr || getgrgid(getegid()) == nullptr) {
+        return "Dovecot must know the user who runs it by a name, and this user has none.";
+    }
+    return {};
+}
+
+DovecotServer::DovecotServer(const Account& account) : folder_(parentFolder()) {
+    makeMailFolder();
+    // Somebody else may take the free port before Dovecot does.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        if (start(account)) {
+            return;
+        }
+        stop();
+    }
+    throw std::runtime_error("Dovecot does not start:\n" + log());
+}
+
+DovecotServer::~DovecotServer() {
+    stop();
+}
+
+void DovecotServer::makeMailFolder() const {
+    for (const char* name : {"box", "box/home", "box/mail", "box/mail/cur", "box/mail/new", "box/mail/tmp"}) {
+        std::filesystem::create_directory(folder_.path(name));
+        if (isSuperuser() && chown(folder_.path(name).c_str(), kNobody, kNobody) != 0) {
+            throw std::runtime_error("cannot give the mail folder away");
+        }
+    }
+}
+
+std::string DovecotServer::configuration() const {
+    const std::string path = folder_.path().string();
+    const std::string box = path + "/box";
+    std::string text = "base_dir = " + path + "/run\nstate_dir = " + path + "/run\nlog_path = " + path +
+                       "/log\n"
+                       "protocols = pop3\nlisten = 127.0.0.1\nssl = no\ndisable_plaintext_auth = no\n"
+                       "auth_mechanisms = plain\nauth_failure_delay = 0\nauth_username_chars =\n"
+                       "auth_username_format = %u\n"
+                       "passdb {\n  driver = passwd-file\n  args = scheme=PLAIN username_format=%u " +
+                       path +
+                       "/users\n}\n"
+                       "service pop3-login {\n  inet_listener pop3 {\n    address = 127.0.0.1\n    port = " +
+                       std::to_string(port_) +
+                       "\n  }\n  inet_listener pop3s {\n    port = 0\n  }\n}\n"
+                       // Failed log-ons are not made to wait.
+                       "service anvil {\n  unix_listener anvil-auth-penalty {\n    mode = 0\n  }\n}\n";
+    if (isSuperuser()) {
+        // Log-ons may not be served by the superuser, nor mail be read by it. Both are locked into their
+        // folders before they give up its rights, so it does not matter who may pass through the folders
+        // above.
+        text += "default_internal_user = root\ndefault_internal_group = root\nvalid_chroot_dirs = " + box +
+                "\nmail_location = maildir:/mail\nuserdb {\n  driver = static\n  args = uid=65534 gid=65534 "
+                "home=/home chroot=" +
+                box + "\n}\n";
+    } else {
+        const std::string user = getpwuid(geteuid())->pw_name;
+        const std::string group = getgrgid(getegid())->gr_name;
+        text += "default_internal_user = " + user + "\ndefault_internal_group = " + group +
+                "\ndefault_login_user = " + user + "\nmail_location = maildir:" + box +
+                "/mail\nuserdb {\n  driver = static\n  args = allow_all_users=yes home=" + box +
+                "/home\n}\n"
+                "service pop3-login {\n  chroot =\n}\nservice anvil {\n  chroot =\n}\n";
+    }
+    return text;
+}
+
+bool DovecotServer::start(const Account& account) {
+    port_ = freePort();
+    std::filesystem::create_directory(folder_.path("run"));
+    folder_.write("users", account.user + ":{PLAIN}" + account.password + "\n");
+    const std::string configurationPath = folder_.write("conf", configuration()).string();
+    const std::string outputPath = folder_.path("output").string();
+    const pid_t parent = getpid();
+    process_ = fork();
+    if (process_ == 0) {
+        becomeDovecot(configurationPath.c_str(), outputPath.c_str(), parent);
+    }
+    const QDeadlineTimer deadline(kStartTime);
+    while (!deadline.hasExpired()) {
+        if (greets(port_, deadline)) {
+            return true;
+        }
+        if (waitpid(process_, nullptr, WNOHANG) != 0) {
+            process_ = 0;
+            return false;
+        }
+        poll(nullptr, 0, 10); // between two attempts to connect
+    }
+    return false;
+}
+
+void DovecotServer::stop() {
+    if (process_ > 0) {
+        // The whole group at once: Dovecot's own farewell takes a second, and nothing is left to save.
+        kill(-process_, SIGKILL);
+        kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+    process_ = 0;
+}
+
+QString DovecotServer::address() const {
+    return QStringLiteral("127.0.0.1:%1").arg(port_);
+}
+
+void DovecotServer::deliver(std::string_view message) {
+    std::array<char, 64> name{};
+    std::snprintf(name.data(), name.size(), "%010d.M%06dP1.test", 1'700'000'000 + delivered_, delivered_);
+    ++delivered_;
+    const std::filesystem::path written = folder_.write(std::string("box/mail/tmp/") + name.data(), message);
+    if (isSuperuser() && chown(written.c_str(), kNobody, kNobody) != 0) {
+        throw std::runtime_error("cannot give the message away");
+    }
+    std::filesystem::rename(written, folder_.path("box/mail/new") / name.data());
+}
+
+std::vector<std::string> DovecotServer::messages() const {
+    std::map<std::string, std::string> messageByName;
+    for (const std::string place : {"box/mail/new/", "box/mail/cur/"}) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder_.path(place))) {
+            const std::string name = entry.path().filename().string();
+            messageByName[name] = folder_.read(place + name);
+        }
+    }
+    std::vector<std::string> messages;
+    for (auto& [name, message] : messageByName) {
+        messages.push_back(std::move(message));
+    }
+    return messages;
+}
+
+std::string DovecotServer::log() const {
+    std::string text;
+    for (const char* name : {"output", "log"}) {
+        if (std::filesystem::exists(folder_.path(name))) {
+            text += folder_.read(name);
+        }
+    }
+    return text;
+}
+
+} // namespace support

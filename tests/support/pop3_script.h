@@ -1,0 +1,72 @@
+#pragma once
+
+// A POP3 server with a mailbox, for ScriptedServer:
+//
+//     Pop3Mailbox mailbox({"From: a@example.org\r\nSubject: one\r\n\r\nbody\r\n", ...});
+//     mailbox.answer("TOP 2", "-ERR no such message\r\n");     // instead of the proper answer
+//     mailbox.on("RETR", [](Peer& peer) { peer.reset(); });    // or anything else
+//     ScriptedServer server(mailbox);
+//
+// The mailbox is a handle: copies share one state, so the test can go on using its own while the server runs
+// (deliver new mail between two sessions, look at what is left after a deletion, take an answer back).
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/support/scripted_server.h"
+
+namespace support {
+
+/** Answers USER, PASS, STAT, LIST, TOP, RETR, DELE, NOOP, RSET and QUIT from a list of messages (RFC 1939).
+ */
+class Pop3Mailbox {
+  public:
+    /** The messages as they are stored: lines end in CR LF, no dot is stuffed. */
+    explicit Pop3Mailbox(std::vector<std::string> messages = {});
+
+    /**
+     * Sends these bytes, as they are, instead of the proper answer. The command is a keyword ("TOP"), with
+     * its first argument ("TOP 2"), or the whole line ("TOP 2 25"); the most exact one counts. The greeting
+     * is "GREETING". Keywords are in capitals.
+     */
+    Pop3Mailbox& answer(const std::string& command, std::string bytes);
+
+    /** The same, with anything that a peer can be made to do. */
+    Pop3Mailbox& on(const std::string& command, Conversation action);
+
+    /** The proper answer to this command from now on. */
+    Pop3Mailbox& answerProperly(const std::string& command);
+
+    /** Only these are let in; without it, everybody is. */
+    Pop3Mailbox& allowOnly(std::string user, std::string password);
+
+    /** Puts a message at the end; a session that has begun does not see it (RFC 1939 section 3). */
+    Pop3Mailbox& deliver(std::string message);
+
+    /** Removes a message as another client would; the number counts from 1. */
+    Pop3Mailbox& remove(std::size_t number);
+
+    /** What is in the mailbox now; a deletion counts once QUIT has been answered. */
+    std::vector<std::string> messages() const;
+
+    /** Plays one connection. */
+    void operator()(Peer& peer) const;
+
+  private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+/** A message's lines with a dot before each leading dot, and the closing dot behind them (RFC 1939 section
+ * 3). */
+std::string stuffed(std::string_view message);
+
+/** The header, the blank line, and the first lines of the body. */
+std::string firstLines(std::string_view message, std::size_t bodyLines);
+
+} // namespace support
