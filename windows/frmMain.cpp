@@ -40,6 +40,7 @@ void frmMain::layOut() {
     auto* buttons = new QHBoxLayout(Frame1);
     buttons->setContentsMargins(0, 0, 0, 0);
     for (QPushButton* button : {cmdRead, cmdDelete, cmdCmpose, cmdGetMail}) {
+        button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
         buttons->addWidget(button);
     }
     buttons->addStretch();

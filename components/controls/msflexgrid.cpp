@@ -2,10 +2,29 @@
 
 #include <QHeaderView>
 #include <QScrollBar>
+#include <QStyledItemDelegate>
 
 #include "platform/runtime_error.h"
 
 namespace MSFlexGridLib {
+
+namespace {
+class CellPainter : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        // Blanks that pad a cell to its width are not worth three dots where the column is narrower.
+        while (option->text.endsWith(u' ')) {
+            option->text.chop(1);
+        }
+        // A row is one line high: what hangs from its top and what is centred stand on one line.
+        option->displayAlignment = (option->displayAlignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
+    }
+};
+} // namespace
 
 MSFlexGrid::MSFlexGrid(int columns, QWidget* parent)
     : QTableWidget(1, columns, parent), alignments_(columns, Qt::AlignLeft | Qt::AlignVCenter) {
@@ -15,6 +34,8 @@ MSFlexGrid::MSFlexGrid(int columns, QWidget* parent)
     setAlternatingRowColors(true);
     setShowGrid(false);
     setWordWrap(false);
+    setItemDelegate(new CellPainter(this));
+    verticalHeader()->setDefaultSectionSize(fontMetrics().height() + fontMetrics().height() / 2);
     // Tab leaves the grid; the arrow keys walk through it.
     setTabKeyNavigation(false);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);

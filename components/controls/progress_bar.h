@@ -4,10 +4,19 @@
 
 namespace MSComctlLib {
 
-/** A progress bar without a text. Values outside its range are taken as the nearer end. */
+/**
+ * A progress bar without a text, to be seen while there is progress. Values outside its range are taken as the
+ * nearer end.
+ */
 class ProgressBar : public QProgressBar {
   public:
-    explicit ProgressBar(QWidget* parent = nullptr) : QProgressBar(parent) { setTextVisible(false); }
+    explicit ProgressBar(QWidget* parent = nullptr) : QProgressBar(parent) {
+        setTextVisible(false);
+        QSizePolicy policy = sizePolicy();
+        policy.setRetainSizeWhenHidden(true);
+        setSizePolicy(policy);
+        hide();
+    }
 
     void setMin(int minimum) { setMinimum(minimum); }
 
@@ -18,7 +27,10 @@ class ProgressBar : public QProgressBar {
         }
     }
 
-    void setProgress(int value) { setValue(qBound(minimum(), value, maximum())); }
+    void setProgress(int value) {
+        setValue(qBound(minimum(), value, maximum()));
+        setVisible(value > minimum());
+    }
 };
 
 } // namespace MSComctlLib

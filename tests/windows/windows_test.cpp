@@ -1,0 +1,147 @@
+#include "windows/windows.h"
+
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
+
+#include "platform/nested_wait.h"
+#include "platform/runtime_error.h"
+#include "tests/support/window_test.h"
+#include "windows/frmAbout.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/wiring.h"
+
+using support::WindowTest;
+using testing::ElementsAre;
+
+namespace {
+class Windows : public WindowTest {
+  protected:
+    Windows() {
+        writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
+        startUp();
+    }
+
+    static void runEventLoop() {
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+    }
+};
+} // namespace
+
+TEST_F(Windows, AnUnloadedWindowIsForgottenAndItsAccessorMakesANewOne) {
+    aboutWindow().setWindowTitle(QStringLiteral("old"));
+    unload(aboutWindow());
+    EXPECT_EQ(aboutWindow().windowTitle(), QStringLiteral("About Brindlewake"));
+}
+
+TEST_F(Windows, AnUnloadedWindowIsDestroyedOnceTheEventLoopIsReached) {
+    const QPointer<QWidget> about = &aboutWindow();
+    unload(aboutWindow());
+    EXPECT_FALSE(about.isNull()) << "a handler further down may still use it";
+    runEventLoop();
+    EXPECT_TRUE(about.isNull());
+}
+
+TEST_F(Windows, AWindowUnloadedWhileAHandlerWaitsLivesUntilTheWaitIsOver) {
+    const QPointer<QWidget> about = &aboutWindow();
+    {
+        const platform::NestedWait wait;
+        unload(aboutWindow());
+        runEventLoop();
+        EXPECT_FALSE(about.isNull());
+    }
+    EXPECT_FALSE(about.isNull());
+    runEventLoop();
+    EXPECT_TRUE(about.isNull());
+}
+
+TEST_F(Windows, AWindowClosedUnderItsOwnMessageBoxLivesUntilTheHandlerIsThrough) {
+    const QPointer<QWidget> login = &loginWindow();
+    whileBoxIsOpen = [&](const platform::MessageBox&) {
+        loginWindow().close();
+        runEventLoop();
+        EXPECT_FALSE(login.isNull());
+    };
+    loginWindow().cmdLogin->click();
+    runEventLoop();
+    EXPECT_TRUE(login.isNull());
+    EXPECT_EQ(boxes.size(), 1U);
+}
+
+TEST_F(Windows, AnErrorThatAHandlerDoesNotTrapEndsInTheGenericReport) {
+    runHandler([] { throw platform::RuntimeError(platform::errors::DiskFull); });
+    ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral(
+                                "Run-time error 61\n\nThe disk is full. Make room on it and try again.")));
+    EXPECT_EQ(boxes[0].title, QStringLiteral("Brindlewake"));
+    EXPECT_EQ(programEnds, 0);
+}
+
+TEST_F(Windows, MemoryThatCannotBeHadIsError7) {
+    runHandler([] { throw std::bad_alloc(); });
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_TRUE(boxes[0].text.startsWith(QStringLiteral("Run-time error 7")));
+}
+
+namespace {
+/** Answers the real box that is about to open, by its button, and remembers how it looked. */
+struct BoxSeen {
+    QString title;
+    QString text;
+    QMessageBox::Icon icon = QMessageBox::NoIcon;
+    QMessageBox::StandardButtons buttons;
+};
+
+class RealMessageBox : public Windows {
+  protected:
+    RealMessageBox() { platform::replaceMessageBox({}); }
+
+    platform::MessageAnswer show(const platform::MessageBox& box, Qt::Key key,
+                                 Qt::KeyboardModifiers held = {}) {
+        const support::WhenItHolds opened(
+            [] {
+                const QWidget* modal = QApplication::activeModalWidget();
+                return modal != nullptr && modal->isActiveWindow();
+            },
+            [&] {
+                auto* real = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+                ASSERT_NE(real, nullptr);
+                seen = {real->windowTitle(), real->text(), real->icon(), real->standardButtons()};
+                QTest::keyClick(real, key, held);
+            });
+        return platform::showMessageBox(box);
+    }
+
+    BoxSeen seen;
+};
+} // namespace
+
+TEST_F(RealMessageBox, ShowsTextTitleIconAndButton) {
+    const auto reply = show({QStringLiteral("Text <b>as it is</b>"), QStringLiteral("Title"),
+                             platform::MessageIcon::Exclamation, platform::MessageButtons::Ok},
+                            Qt::Key_Return);
+    EXPECT_EQ(reply, platform::MessageAnswer::Ok);
+    EXPECT_EQ(seen.title, QStringLiteral("Title"));
+    EXPECT_EQ(seen.text, QStringLiteral("Text <b>as it is</b>"));
+    EXPECT_EQ(seen.icon, QMessageBox::Warning);
+    EXPECT_EQ(seen.buttons, QMessageBox::Ok);
+}
+
+TEST_F(RealMessageBox, EscapeMeansNo) {
+    const auto reply = show({QStringLiteral("Sure?"), QStringLiteral("Title"), platform::MessageIcon::None,
+                             platform::MessageButtons::YesNo},
+                            Qt::Key_Escape);
+    EXPECT_EQ(reply, platform::MessageAnswer::No);
+    EXPECT_EQ(seen.icon, QMessageBox::NoIcon);
+    EXPECT_EQ(seen.buttons, QMessageBox::Yes | QMessageBox::No);
+}
+
+TEST_F(RealMessageBox, YesMeansYes) {
+    const auto reply = show({QStringLiteral("Sure?"), QStringLiteral("Title"),
+                             platform::MessageIcon::Question, platform::MessageButtons::YesNo},
+                            Qt::Key_Y, Qt::AltModifier);
+    EXPECT_EQ(reply, platform::MessageAnswer::Yes);
+}
