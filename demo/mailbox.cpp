@@ -1,0 +1,63 @@
+#include "demo/mailbox.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "demo/mail_text.h"
+
+namespace demo {
+
+namespace {
+
+std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    if (!(content << file.rdbuf())) {
+        throw std::runtime_error("cannot read " + path.string());
+    }
+    return std::move(content).str();
+}
+
+} // namespace
+
+void Mailbox::load(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> paths;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().extension() == ".eml") {
+            paths.push_back(entry.path());
+        }
+    }
+    std::sort(paths.begin(), paths.end());
+    for (const auto& path : paths) {
+        if (!append(contentOf(path))) {
+            throw std::runtime_error("too large: " + path.string());
+        }
+    }
+}
+
+bool Mailbox::append(std::string_view text) {
+    std::string lines = withCrLf(text);
+    if (lines.size() > kMaximumMessageOctets || lines.size() > kMaximumOctets - octets_) {
+        return false;
+    }
+    octets_ += lines.size();
+    ++lastNumber_;
+    messages_.push_back(
+        std::make_shared<const Message>(Message{"demo-" + std::to_string(lastNumber_), std::move(lines)}));
+    return true;
+}
+
+void Mailbox::remove(const std::string& uniqueId) {
+    const auto found = std::find_if(messages_.begin(), messages_.end(), [&](const MessagePointer& message) {
+        return message->uniqueId == uniqueId;
+    });
+    if (found == messages_.end()) {
+        return;
+    }
+    octets_ -= (*found)->text.size();
+    messages_.erase(found);
+}
+
+} // namespace demo

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "demo/conversation.h"
+#include "demo/line_reader.h"
+#include "demo/mailbox.h"
+
+namespace demo {
+
+/**
+ * The server's side of one POP3 session (RFC 1939). Any user name is good, the password is kPassword. A
+ * session sees the mailbox as it was at log-on; deletions take effect with QUIT.
+ */
+class Pop3Conversation : public Conversation {
+  public:
+    static constexpr std::string_view kPassword = "demo";
+    /** Longest command line, in octets without its end (RFC 2449 section 4). */
+    static constexpr std::size_t kMaximumCommandOctets = 253;
+
+    explicit Pop3Conversation(Mailbox& mailbox) : mailbox_(mailbox) {}
+
+    std::string greeting() const override;
+    std::string receive(std::string_view bytes) override;
+
+    bool isOver() const override { return state_ == State::Over; }
+
+  private:
+    enum class State { Authorization, Transaction, Over };
+
+    struct Entry {
+        MessagePointer message;
+        bool deleted = false;
+    };
+
+    std::string answer(std::string_view line);
+    std::string answerBeforeLogOn(const std::string& command, std::string_view argument);
+    std::string answerAfterLogOn(const std::string& command, std::string_view argument);
+
+    std::string logOn(std::string_view password);
+    std::string statistics() const;
+    template <class Describe>
+    std::string listing(std::string_view argument, const Describe& describe) const;
+    std::string top(std::string_view argument) const;
+    std::string retrieve(std::string_view argument) const;
+    std::string markDeleted(std::string_view argument);
+    std::string unmarkAll();
+    std::string logOff();
+
+    /** Index of the undeleted message with the number that the text names. */
+    std::optional<std::size_t> indexOf(std::string_view number) const;
+
+    Mailbox& mailbox_;
+    LineReader input_;
+    State state_ = State::Authorization;
+    bool userNamed_ = false;
+    std::vector<Entry> entries_;
+};
+
+} // namespace demo

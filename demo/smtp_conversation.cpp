@@ -1,0 +1,209 @@
+#include "demo/smtp_conversation.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include <QDateTime>
+
+#include "demo/mail_text.h"
+
+namespace demo {
+
+namespace {
+
+constexpr std::string_view kOutOfOrder = "503 5.5.1 not now\r\n";
+constexpr std::string_view kTooLarge = "552 5.3.4 the message is too large\r\n";
+
+bool isVisible(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < '\x7f'; });
+}
+
+/** The address of "FROM:<address> parameters" or "TO:<address>", nothing when the text is not of that form.
+ */
+std::optional<std::string_view> pathOf(std::string_view argument, std::string_view keyword) {
+    if (upperCase(argument.substr(0, keyword.size())) != keyword) {
+        return std::nullopt;
+    }
+    argument.remove_prefix(keyword.size());
+    // A blank before the bracket is wrong but common.
+    while (argument.starts_with(' ')) {
+        argument.remove_prefix(1);
+    }
+    const std::size_t end = argument.find('>');
+    if (!argument.starts_with('<') || end == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view path = argument.substr(1, end - 1);
+    return std::all_of(path.begin(), path.end(), [](unsigned char c) { return c >= ' ' && c != 0x7f; })
+               ? std::optional(path)
+               : std::nullopt;
+}
+
+/** True when the sender's parameters announce more octets than are taken (RFC 1870 section 6.1). */
+bool announcesTooMuch(std::string_view argument) {
+    const std::string parameters = upperCase(argument);
+    const std::size_t start = parameters.find(" SIZE=");
+    if (start == std::string::npos) {
+        return false;
+    }
+    std::size_t size = 0;
+    const auto [end, error] =
+        std::from_chars(parameters.data() + start + 6, parameters.data() + parameters.size(), size);
+    return error == std::errc::result_out_of_range || size > Mailbox::kMaximumMessageOctets;
+}
+
+} // namespace
+
+std::string SmtpConversation::greeting() const {
+    return "220 demo.example.org Brindlewake demo mailbox ESMTP\r\n";
+}
+
+std::string SmtpConversation::receive(std::string_view bytes) {
+    input_.append(bytes);
+    std::string answers;
+    std::string line;
+    while (!isOver()) {
+        const bool inData = state_ == State::Data;
+        const LineReader::Result result =
+            input_.next(line, inData ? kMaximumTextLineOctets : kMaximumCommandOctets);
+        if (result == LineReader::Result::Incomplete) {
+            break;
+        }
+        const bool truncated = result == LineReader::Result::Truncated;
+        if (inData) {
+            answers += textLine(line, truncated);
+        } else {
+            answers += truncated ? "500 5.5.2 the line is too long\r\n" : answer(line);
+        }
+    }
+    return answers;
+}
+
+std::string SmtpConversation::answer(std::string_view line) {
+    const auto [command, argument] = splitCommand(line);
+    if (command == "EHLO" || command == "HELO") {
+        return hello(command, argument);
+    }
+    if (command == "MAIL") {
+        return sender(argument);
+    }
+    if (command == "RCPT") {
+        return recipient(argument);
+    }
+    if (command == "DATA") {
+        return startData();
+    }
+    if (command == "RSET") {
+        forgetMessage();
+        return "250 2.0.0 forgotten\r\n";
+    }
+    if (command == "NOOP") {
+        return "250 2.0.0 done\r\n";
+    }
+    if (command == "QUIT") {
+        state_ = State::Over;
+        return "221 2.0.0 good-bye\r\n";
+    }
+    return "500 5.5.1 not known\r\n";
+}
+
+std::string SmtpConversation::hello(const std::string& command, std::string_view name) {
+    if (name.empty() || !isVisible(name)) {
+        return "501 5.5.4 your name is needed\r\n";
+    }
+    clientName_ = name;
+    extended_ = command == "EHLO";
+    state_ = State::Sender;
+    forgetMessage();
+    if (!extended_) {
+        return "250 demo.example.org\r\n";
+    }
+    return "250-demo.example.org\r\n250-SIZE " + std::to_string(Mailbox::kMaximumMessageOctets) +
+           "\r\n250-8BITMIME\r\n250-ENHANCEDSTATUSCODES\r\n250 PIPELINING\r\n";
+}
+
+std::string SmtpConversation::sender(std::string_view argument) {
+    if (state_ != State::Sender) {
+        return std::string(kOutOfOrder);
+    }
+    if (!pathOf(argument, "FROM:")) {
+        return "501 5.1.7 that is no sender\r\n";
+    }
+    if (announcesTooMuch(argument)) {
+        return std::string(kTooLarge);
+    }
+    state_ = State::Recipients;
+    return "250 2.1.0 sender taken\r\n";
+}
+
+std::string SmtpConversation::recipient(std::string_view argument) {
+    if (state_ != State::Recipients) {
+        return std::string(kOutOfOrder);
+    }
+    const auto path = pathOf(argument, "TO:");
+    const std::size_t at = path ? path->rfind('@') : std::string_view::npos;
+    if (!path || at == std::string_view::npos || at == 0 || at + 1 == path->size()) {
+        return "501 5.1.3 that is no recipient\r\n";
+    }
+    if (recipients_ == kMaximumRecipients) {
+        return "452 4.5.3 too many recipients\r\n";
+    }
+    ++recipients_;
+    isLocal_ = isLocal_ || upperCase(path->substr(at + 1)) == upperCase(kLocalDomain);
+    return "250 2.1.5 recipient taken\r\n";
+}
+
+std::string SmtpConversation::startData() {
+    if (state_ != State::Recipients) {
+        return std::string(kOutOfOrder);
+    }
+    if (recipients_ == 0) {
+        return "554 5.5.1 no recipient\r\n";
+    }
+    state_ = State::Data;
+    return "354 the message, then a dot on a line of its own\r\n";
+}
+
+std::string SmtpConversation::textLine(std::string_view line, bool truncated) {
+    if (line == "." && !truncated) {
+        return endData();
+    }
+    if (line.starts_with('.')) {
+        line.remove_prefix(1);
+    }
+    tooLarge_ = tooLarge_ || truncated || text_.size() + line.size() + 2 > Mailbox::kMaximumMessageOctets;
+    if (tooLarge_) {
+        text_.clear();
+    } else {
+        text_.append(line).append("\r\n");
+    }
+    return {};
+}
+
+std::string SmtpConversation::endData() {
+    const bool tooLarge = tooLarge_;
+    const bool stored = tooLarge || !isLocal_ || mailbox_.append(receivedLine() + text_);
+    forgetMessage();
+    if (tooLarge) {
+        return std::string(kTooLarge);
+    }
+    return stored ? "250 2.0.0 message taken\r\n" : "452 4.3.1 the mailbox is full\r\n";
+}
+
+void SmtpConversation::forgetMessage() {
+    if (state_ != State::Hello) {
+        state_ = State::Sender;
+    }
+    recipients_ = 0;
+    isLocal_ = false;
+    tooLarge_ = false;
+    text_.clear();
+}
+
+std::string SmtpConversation::receivedLine() const {
+    return "Received: from " + clientName_ + " by demo.example.org with " + (extended_ ? "ESMTP" : "SMTP") +
+           "; " + QDateTime::currentDateTimeUtc().toString(Qt::RFC2822Date).toStdString() + "\r\n";
+}
+
+} // namespace demo

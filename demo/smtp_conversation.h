@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "demo/conversation.h"
+#include "demo/line_reader.h"
+#include "demo/mailbox.h"
+
+namespace demo {
+
+/**
+ * The server's side of one SMTP session (RFC 5321). Every well-formed recipient is accepted; a message goes
+ * into the mailbox when one of them is at kLocalDomain, otherwise it is dropped: the demo never sends
+ * anything on.
+ */
+class SmtpConversation : public Conversation {
+  public:
+    static constexpr std::string_view kLocalDomain = "example.org";
+    /** Longest command line, in octets without its end (RFC 5321 section 4.5.3.1.4). */
+    static constexpr std::size_t kMaximumCommandOctets = 510;
+    /** Longest line of a message, in octets. RFC 5321 section 4.5.3.1.6 has 1000; the demo takes what comes.
+     */
+    static constexpr std::size_t kMaximumTextLineOctets = 1U << 20U;
+    /** Recipients of one message (RFC 5321 section 4.5.3.1.8). */
+    static constexpr std::size_t kMaximumRecipients = 100;
+
+    explicit SmtpConversation(Mailbox& mailbox) : mailbox_(mailbox) {}
+
+    std::string greeting() const override;
+    std::string receive(std::string_view bytes) override;
+
+    bool isOver() const override { return state_ == State::Over; }
+
+  private:
+    enum class State { Hello, Sender, Recipients, Data, Over };
+
+    std::string answer(std::string_view line);
+    std::string hello(const std::string& command, std::string_view name);
+    std::string sender(std::string_view argument);
+    std::string recipient(std::string_view argument);
+    std::string startData();
+    std::string textLine(std::string_view line, bool truncated);
+    std::string endData();
+    void forgetMessage();
+
+    /** The trace line that every server adds on top (RFC 5321 section 4.4). */
+    std::string receivedLine() const;
+
+    Mailbox& mailbox_;
+    LineReader input_;
+    State state_ = State::Hello;
+    std::string clientName_;
+    bool extended_ = false;
+    std::size_t recipients_ = 0;
+    bool isLocal_ = false;
+    bool tooLarge_ = false;
+    std::string text_;
+};
+
+} // namespace demo
