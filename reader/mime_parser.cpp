@@ -1,0 +1,123 @@
+#include "reader/mime_parser.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+namespace {
+using platform::inStr;
+using platform::mid;
+
+std::int64_t asSigned(std::size_t position) {
+    return static_cast<std::int64_t>(position);
+}
+
+/** Takes one part after the other from a body, the text between one boundary and the next. */
+class Parts {
+  public:
+    Parts(std::string_view body, std::string_view boundary) : rest_(body), boundary_(boundary) {}
+
+    std::optional<std::string_view> next() {
+        const std::size_t start = inStr(1, rest_, boundary_) + boundary_.size();
+        const std::size_t end = inStr(start, rest_, boundary_);
+        if (end == 0) {
+            return std::nullopt;
+        }
+        const std::string_view part = mid(rest_, asSigned(start), asSigned(end) - asSigned(start));
+        rest_.remove_prefix(end - 1);
+        return part;
+    }
+
+  private:
+    std::string_view rest_;
+    std::string_view boundary_;
+};
+
+/** A part's type, and where its Content-Type line starts; the type stays where a part has no such line. */
+struct PartType {
+    std::string_view type;
+    /** 1-based; 0 when the part has no such line. */
+    std::size_t lineAt = 0;
+
+    void read(std::string_view part) {
+        constexpr std::size_t nameAndBlank = 14;
+        lineAt = inStr(1, part, "Content-Type:");
+        if (lineAt != 0) {
+            const std::size_t semicolon = inStr(lineAt, part, ";");
+            const std::size_t start = lineAt + nameAndBlank;
+            type = mid(part, asSigned(start), asSigned(semicolon) - asSigned(start));
+        }
+    }
+
+    /** The part from its Content-Type line on. \throws RuntimeError 5 when it has none. */
+    std::string_view cut(std::string_view part) const {
+        return mid(part, asSigned(lineAt), asSigned(part.size()));
+    }
+};
+
+/** The text between the first quote at or after the position and the next quote. */
+std::string_view quoted(std::string_view text, std::size_t from) {
+    if (from == 0) {
+        throw platform::RuntimeError(platform::errors::InvalidProcedureCall);
+    }
+    const std::size_t opening = inStr(from, text, "\"");
+    const std::size_t closing = inStr(opening + 1, text, "\"");
+    return mid(text, asSigned(opening) + 1, asSigned(closing) - asSigned(opening) - 1);
+}
+
+void stripTwice(StrippedText& text) {
+    text.strip();
+    text.strip();
+}
+
+bool isAttachment(std::string_view type) {
+    return type.starts_with("application") || type.starts_with("audio") || type.starts_with("video") ||
+           type.starts_with("image");
+}
+
+/** The last plain text among the alternatives replaces all text so far. */
+void takeAlternative(std::string_view part, StrippedText& text) {
+    const std::size_t parameter = inStr(1, part, "boundary=");
+    if (parameter == 0) {
+        return;
+    }
+    Parts parts(part, quoted(part, parameter));
+    PartType type;
+    for (int number = 1; number <= kMaximumParts; ++number) {
+        const auto inner = parts.next();
+        if (!inner) {
+            return;
+        }
+        type.read(*inner);
+        if (type.type == "text/plain") {
+            text.set(type.cut(*inner));
+            stripTwice(text);
+        }
+    }
+}
+} // namespace
+
+void parseMultipart(std::string_view body, std::string_view boundary, const MimeTarget& target) {
+    Parts parts(body, boundary);
+    PartType type;
+    for (int number = 1; number <= kMaximumParts; ++number) {
+        const auto part = parts.next();
+        if (!part) {
+            return;
+        }
+        type.read(*part);
+        if (type.type == "text/html" || type.type == "text/plain") {
+            target.text.setOrAppend(withoutPartHeaders(type.cut(*part)));
+            stripTwice(target.text);
+        } else if (isAttachment(type.type)) {
+            target.attachment(quoted(*part, inStr(1, *part, "name=")), *part);
+        } else if (type.type.starts_with("message/rfc822")) {
+            target.text.setOrAppend(withoutPartHeaders(type.cut(*part)));
+        } else if (type.type == "multipart/alternative") {
+            takeAlternative(*part, target.text);
+        }
+    }
+}
