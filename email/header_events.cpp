@@ -69,8 +69,8 @@ void resetForListing(MessageSummary& summary) {
     summary.HeaderText.clear();
     summary.ContentType.clear();
     summary.Boundary.clear();
-    summary.Subject = "'";
-    summary.Date = "'";
+    summary.Subject = '\'';
+    summary.Date = '\'';
 }
 
 } // namespace email

@@ -2,6 +2,63 @@
 
 namespace platform {
 
+namespace {
+/** What the numbers of sending mean; empty for any other number. */
+std::string meaningOfSendingError(int errorNumber) {
+    switch (errorNumber) {
+    case errors::BadAddress:
+        return "An e-mail address is not complete or not correct. The message was not sent.";
+    case errors::NoRecipient:
+        return "The message has no recipient. It was not sent.";
+    case errors::FieldHoldsLineEnd:
+        return "An address or the subject holds a line end. The message was not sent.";
+    case errors::BadHeaderLine:
+        return "A header line of the message is not correct. The message was not sent.";
+    case errors::GreetingRefused:
+        return "The mail server offers no service. The message was not sent.";
+    case errors::HelloRefused:
+        return "The mail server does not serve this computer. The message was not sent.";
+    case errors::SenderRefused:
+        return "The mail server refused the sender's address. The message was not sent.";
+    case errors::RecipientRefused:
+        return "The mail server refused a recipient. The message was sent to nobody; check the addresses.";
+    case errors::DataRefused:
+        return "The mail server does not take a message for these recipients. It was not sent.";
+    case errors::MessageRefused:
+        return "The mail server refused the message. It was not sent.";
+    case errors::GreetingRefusedForNow:
+        return "The mail server offers no service now. The message was not sent; try again later.";
+    case errors::HelloRefusedForNow:
+        return "The mail server does not serve this computer now. The message was not sent; try again later.";
+    case errors::SenderRefusedForNow:
+        return "The mail server does not take mail from the sender now. It was not sent; try again later.";
+    case errors::RecipientRefusedForNow:
+        return "The mail server does not take mail for a recipient now. It was sent to nobody; try again "
+               "later.";
+    case errors::DataRefusedForNow:
+        return "The mail server cannot take a message now. It was not sent; try again later.";
+    case errors::MessageRefusedForNow:
+        return "The mail server did not take the message now. It was not sent; try again later.";
+    case errors::MessageTooLarge:
+        return "The message is larger than the mail server allows. It was not sent.";
+    case errors::SendingLost:
+        return "The connection broke before the message was complete. It was not sent; try again.";
+    case errors::SendingTimedOut:
+        return "The mail server was silent for too long. The message was not sent; try again later.";
+    case errors::SendingOutOfStep:
+        return "The mail server gave an answer that makes no sense. The message was not sent.";
+    case errors::ConfirmationLost:
+        return "The connection broke before the mail server confirmed. The message may have been sent.";
+    case errors::ConfirmationTimedOut:
+        return "The mail server did not confirm in time. The message may have been sent.";
+    case errors::ConfirmationUnclear:
+        return "The mail server's last answer makes no sense. The message may have been sent.";
+    default:
+        return {};
+    }
+}
+} // namespace
+
 std::string meaningOf(int errorNumber) {
     switch (errorNumber) {
     case errors::InvalidProcedureCall:
@@ -14,6 +71,8 @@ std::string meaningOf(int errorNumber) {
         return "A message number lies outside the list.";
     case errors::TypeMismatch:
         return "A text that should be a number is not one.";
+    case errors::BadFileName:
+        return "A file name holds a character that it must not hold. Rename the file and try again.";
     case errors::FileNotFound:
         return "A file was not found.";
     case errors::DeviceInputOutput:
@@ -39,7 +98,8 @@ std::string meaningOf(int errorNumber) {
     case errors::HostNotFound:
         return "The mail server was not found. Check its name.";
     default:
-        return "The program met a condition that it does not know.";
+        const std::string sending = meaningOfSendingError(errorNumber);
+        return sending.empty() ? "The program met a condition that it does not know." : sending;
     }
 }
 

@@ -16,6 +16,7 @@ inline constexpr int Overflow = 6;
 inline constexpr int OutOfMemory = 7;
 inline constexpr int SubscriptOutOfRange = 9;
 inline constexpr int TypeMismatch = 13;
+inline constexpr int BadFileName = 52;
 inline constexpr int FileNotFound = 53;
 inline constexpr int DeviceInputOutput = 57;
 inline constexpr int InputPastEndOfFile = 62;
@@ -30,6 +31,34 @@ inline constexpr int MailServerBusy = 20102;
 inline constexpr int LogOnRefused = 20172;
 /** Silence, a lost connection, or an answer that no mail server gives. */
 inline constexpr int MailServerTrouble = 20302;
+
+// Sending mail. From 20401 on nothing was sent because of the message itself; 2041x and 2042x are refusals by
+// the server, for good and for now, and nothing was sent either; 20431 to 20434 end an attempt before the
+// message was complete. Only after 20442 to 20444 may the message be on its way all the same.
+inline constexpr int BadAddress = 20401;
+inline constexpr int NoRecipient = 20402;
+inline constexpr int FieldHoldsLineEnd = 20403;
+inline constexpr int BadHeaderLine = 20404;
+inline constexpr int GreetingRefused = 20411;
+inline constexpr int HelloRefused = 20412;
+inline constexpr int SenderRefused = 20413;
+inline constexpr int RecipientRefused = 20414;
+inline constexpr int DataRefused = 20415;
+inline constexpr int MessageRefused = 20416;
+inline constexpr int GreetingRefusedForNow = 20421;
+inline constexpr int HelloRefusedForNow = 20422;
+inline constexpr int SenderRefusedForNow = 20423;
+inline constexpr int RecipientRefusedForNow = 20424;
+inline constexpr int DataRefusedForNow = 20425;
+inline constexpr int MessageRefusedForNow = 20426;
+inline constexpr int MessageTooLarge = 20431;
+inline constexpr int SendingLost = 20432;
+inline constexpr int SendingTimedOut = 20433;
+inline constexpr int SendingOutOfStep = 20434;
+inline constexpr int ConfirmationLost = 20442;
+inline constexpr int ConfirmationTimedOut = 20443;
+inline constexpr int ConfirmationUnclear = 20444;
+
 inline constexpr int NetworkUnreachable = 25052;
 inline constexpr int ConnectionRefused = 25062;
 inline constexpr int HostNotFound = 26002;
@@ -49,7 +78,7 @@ class RuntimeError : public std::exception {
     std::string text_;
 };
 
-/** Returns one sentence that says what the error of this number means and, where one can, what to do. */
+/** Returns what the error of this number means and, where one can, what to do. */
 std::string meaningOf(int errorNumber);
 
 /**

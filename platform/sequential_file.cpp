@@ -65,7 +65,8 @@ void writeWholeFile(const QString& path, const std::string& content) {
         throw RuntimeError(errors::PathFileAccess);
     }
     const auto size = static_cast<qint64>(content.size());
-    if (file.write(content.data(), size) != size || !file.commit()) {
+    // Flushed by itself, because committing does not tell of a disk that was too full for the last bytes.
+    if (file.write(content.data(), size) != size || !file.flush() || !file.commit()) {
         throw RuntimeError(errors::DeviceInputOutput);
     }
 }

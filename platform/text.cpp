@@ -3,7 +3,6 @@
 #include <array>
 #include <cmath>
 
-#include <QRegularExpression>
 #include <QStringDecoder>
 #include <QTextBoundaryFinder>
 
@@ -30,9 +29,43 @@ QString fromWindows1252(std::string_view bytes) {
 }
 
 bool isInvisibleControl(char16_t code) {
-    const bool bidirectional = code == 0x061C || (code >= 0x200B && code <= 0x200F) ||
+    const bool bidirectional = code == 0x061C || code == 0x200B || (code >= 0x200E && code <= 0x200F) ||
                                (code >= 0x2028 && code <= 0x202E) || (code >= 0x2060 && code <= 0x206F);
     return bidirectional || (code >= 0x7F && code < 0xA0) || code == 0xFEFF;
+}
+
+/** Blanks, a sign, digits with a point among or before them, an exponent, blanks. */
+bool isDecimal(QStringView text) {
+    const auto take = [&text](QStringView characters) {
+        const bool taken = !text.isEmpty() && characters.contains(text.front());
+        text = taken ? text.sliced(1) : text;
+        return taken;
+    };
+    const auto takeAll = [&take](QStringView characters) {
+        int count = 0;
+        while (take(characters)) {
+            ++count;
+        }
+        return count;
+    };
+    constexpr QStringView digits = u"0123456789";
+    takeAll(u" ");
+    take(u"+-");
+    int found = takeAll(digits);
+    if (take(u".")) {
+        found += takeAll(digits);
+    }
+    if (found == 0) {
+        return false;
+    }
+    if (take(u"eE")) {
+        take(u"+-");
+        if (takeAll(digits) == 0) {
+            return false;
+        }
+    }
+    takeAll(u" ");
+    return text.isEmpty();
 }
 } // namespace
 
@@ -116,15 +149,11 @@ std::string upperCase(std::string_view text) {
 }
 
 std::int16_t toInteger16(const QString& text) {
-    static const QRegularExpression decimal(
-        QStringLiteral(R"(\A *[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)? *\z)"));
-    if (!decimal.match(text).hasMatch()) {
+    if (!isDecimal(text)) {
         throw RuntimeError(errors::TypeMismatch);
     }
-    bool converted = false;
-    const double value = text.trimmed().toDouble(&converted);
-    // The text is a number by now, so what cannot be converted is too large.
-    const double rounded = converted ? std::nearbyint(value) : HUGE_VAL;
+    // The text is a number by now: what is too large for a double comes as infinity, what is too small as 0.
+    const double rounded = std::nearbyint(text.trimmed().toDouble());
     if (rounded < INT16_MIN || rounded > INT16_MAX) {
         throw RuntimeError(errors::Overflow);
     }

@@ -1,11 +1,7 @@
 #include "windows/form.h"
 
-#include <QCloseEvent>
 #include <QFontMetrics>
 #include <QScreen>
-
-#include "windows/windows.h"
-#include "windows/wiring.h"
 
 Form::Form(const QString& objectName, const QString& caption) {
     setObjectName(objectName);
@@ -24,13 +20,6 @@ void Form::bringUp() {
     show();
     raise();
     activateWindow();
-}
-
-void Form::closeEvent(QCloseEvent* event) {
-    event->ignore();
-    if (isEnabled()) {
-        runHandler([this] { unload(*this); });
-    }
 }
 
 void Form::setTabSequence(std::initializer_list<QWidget*> controls) {

@@ -36,6 +36,17 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
     layOut();
 }
 
+void frmMain::showEvent(QShowEvent* event) {
+    // Made when it is first seen: a menu bar loads every kind of picture that there is, for its own arrow.
+    if (layout()->menuBar() == nullptr) {
+        auto* menuBar = named<QMenuBar>("menuBar", this);
+        menuBar->addMenu(QStringLiteral("&Help"))->addAction(mnuHelp);
+        layout()->setMenuBar(menuBar);
+        menuBar->show();
+    }
+    Form::showEvent(event);
+}
+
 void frmMain::layOut() {
     auto* buttons = new QHBoxLayout(Frame1);
     buttons->setContentsMargins(0, 0, 0, 0);
@@ -51,9 +62,6 @@ void frmMain::layOut() {
     foot->addWidget(barProgress);
 
     auto* rows = new QVBoxLayout(this);
-    auto* menuBar = named<QMenuBar>("menuBar", this);
-    menuBar->addMenu(QStringLiteral("&Help"))->addAction(mnuHelp);
-    rows->setMenuBar(menuBar);
     rows->addWidget(Frame1);
     rows->addWidget(MailGrid, 1);
     rows->addLayout(foot);

@@ -45,6 +45,9 @@ class frmMain : public Form {
     /** The number of the message whose row was clicked last; 0 until a row is clicked. */
     std::int16_t SelectedMessage = 0;
 
+  protected:
+    void showEvent(QShowEvent* event) override;
+
   private:
     void layOut();
 };

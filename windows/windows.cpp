@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include <QCloseEvent>
 #include <QCoreApplication>
 
 #include "platform/nested_wait.h"
@@ -12,6 +13,7 @@
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 #include "windows/frmSetup.h"
+#include "windows/wiring.h"
 
 struct LoadedWindows::Windows {
     std::unique_ptr<frmMain> main;
@@ -94,6 +96,14 @@ frmSend& composeWindow() {
 
 frmSetup& setupWindow() {
     return loaded(current->setup);
+}
+
+// Here and not with the rest of the class, so that a window's looks need to know of no other window.
+void Form::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (isEnabled()) {
+        runHandler([this] { unload(*this); });
+    }
 }
 
 void unload(Form& window) {

@@ -5,8 +5,8 @@
 namespace MSComctlLib {
 
 /**
- * A progress bar without a text, to be seen while there is progress. Values outside its range are taken as the
- * nearer end.
+ * A progress bar without a text, to be seen while there is progress. Values outside its range are taken as
+ * the nearer end.
  */
 class ProgressBar : public QProgressBar {
   public:

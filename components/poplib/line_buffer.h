@@ -21,6 +21,9 @@ class LineBuffer {
     /** The next line that ends in CR LF; a lone LF or CR belongs to the line. */
     std::optional<std::string_view> nextContentLine() { return next(true); }
 
+    /** True when the bytes that have not been given out end in CR. */
+    bool endsInCarriageReturn() const noexcept { return size() > 0 && bytes_.back() == '\r'; }
+
     /** Bytes that have not been given out. */
     std::size_t size() const noexcept { return bytes_.size() - used_; }
 

@@ -60,14 +60,15 @@ void POP::asRequest(const Action& action) {
 void POP::issueRequest(Request request) {
     switch (request) {
     case Request::ConnectAndLogOn:
-        if (connection_.isOpen()) {
+        // A refused log-on keeps the session until its log-off, also when the server has hung up meanwhile.
+        if (logOnRefused_ || connection_.isOpen()) {
             throw RuntimeError(errors::MailServerBusy);
         }
         asRequest([this] { logOn(); });
         break;
     case Request::LogOffAndDisconnect:
         // A session that is busy belongs to the request further down the stack, which goes on with it.
-        if (!running_ && connection_.isOpen()) {
+        if (!running_ && (logOnRefused_ || connection_.isOpen())) {
             asRequest([this] { logOff(); });
         }
         break;
@@ -83,12 +84,13 @@ void POP::issueRequest(Request request) {
 std::int32_t POP::currentMessageSize() {
     std::int32_t size = 0;
     asRequest([&] {
-        const auto text = ask(listCommand(currentMessage_));
+        const Command list = listCommand(currentMessage_);
+        const auto text = ask(list);
         if (!text) {
             return;
         }
         const TwoNumbers numbers = twoNumbers(*text);
-        if (numbers.first != currentMessage_) {
+        if (numbers.first != list.messageNumber) {
             throw RuntimeError(errors::MailServerTrouble);
         }
         size = platform::checkedTo<std::int32_t>(numbers.second);
@@ -108,14 +110,17 @@ void POP::logOn() {
     if (!server) {
         throw RuntimeError(errors::HostNotFound);
     }
+    // Whoever runs while this waits may set another name for a log-on of its own.
+    const Command user = userCommand(loginUser_);
+    const Command password = passCommand(loginPassword_);
     session_ = Pop3Session();
     const transport::Outcome outcome = connection_.open(*server, QDeadlineTimer(patience_));
     if (outcome != transport::Outcome::Done) {
         throw RuntimeError(numberOf(outcome));
     }
     raise(awaitEvent()); // the greeting
-    mustAccept(userCommand(loginUser_));
-    mustAccept(passCommand(loginPassword_));
+    mustAccept(user);
+    mustAccept(password);
     const auto totals = ask(statCommand());
     if (!totals) {
         throw RuntimeError(errors::MailServerTrouble);
@@ -142,10 +147,11 @@ void POP::logOff() {
 }
 
 void POP::retrieve() {
+    const Command whole = retrCommand(currentMessage_, bodyLineLimit_);
     const bool wanted = bodyLineLimit_ > 0 && fetchContent(topCommand(currentMessage_, bodyLineLimit_));
     if (!wanted) {
         // TOP is optional (RFC 1939 section 7). A message that RETR does not bring either has no events.
-        fetchContent(retrCommand(currentMessage_, bodyLineLimit_));
+        fetchContent(whole);
     }
 }
 
@@ -196,6 +202,11 @@ void POP::refusedLogOn(std::string_view text) {
 }
 
 void POP::sendQueued() {
+    // What has come unasked must be seen before a command goes out that it could pass for the answer to.
+    if (session_.underWay() == 0 && session_.state() != Pop3Session::State::Greeting &&
+        connection_.hasBytes()) {
+        session_.receive(connection_.takeBytes());
+    }
     const std::string output = session_.takeOutput();
     if (output.empty()) {
         return;
@@ -220,14 +231,14 @@ Event POP::awaitEvent() {
         if (auto event = session_.nextEvent()) {
             return *std::move(event);
         }
-        if (!connection_.isOpen() || connection_.waitForBytes(deadline) != transport::Outcome::Done) {
-            throw RuntimeError(errors::MailServerTrouble);
-        }
-        session_.receive(connection_.takeBytes());
         if (session_.progress() != progress) {
             progress = session_.progress();
             deadline.setRemainingTime(patience_);
         }
+        if (!connection_.isOpen() || connection_.waitForBytes(deadline) != transport::Outcome::Done) {
+            throw RuntimeError(errors::MailServerTrouble);
+        }
+        session_.receive(connection_.takeBytes());
     }
 }
 
@@ -259,6 +270,8 @@ void POP::raise(const Event& event) {
 
 void POP::closeSession() {
     logOnRefused_ = false;
+    // Nothing of an answer that was not read to its end may reach a later request.
+    session_ = Pop3Session();
     connection_.close();
 }
 

@@ -60,6 +60,11 @@ std::string Pop3Session::takeOutput() {
     if (state_ == State::Greeting || state_ == State::Over) {
         return output;
     }
+    if (underWay_.empty() && input_.size() > 0) {
+        // An answer to nothing: whatever it is, it must not be taken for the answer to the next command.
+        spokeOutOfTurn_ = true;
+        return output;
+    }
     while (!waiting_.empty() && underWay_.size() < maximumUnderWay_) {
         output += waiting_.front().sent;
         output += "\r\n";
@@ -86,12 +91,11 @@ std::optional<Event> Pop3Session::nextEvent() {
 
 std::optional<Event> Pop3Session::nextReply() {
     if (state_ != State::Greeting && underWay_.empty()) {
-        // An answer to nothing: whatever it is, it must not be taken for the answer to the next command.
-        return input_.size() > 0 ? std::optional(fail(FailureKind::OutOfStep)) : std::nullopt;
+        spokeOutOfTurn_ = spokeOutOfTurn_ || input_.size() > 0;
+        return spokeOutOfTurn_ ? std::optional(fail(FailureKind::OutOfStep)) : std::nullopt;
     }
     const std::optional<std::string_view> line = input_.nextReplyLine();
-    const std::size_t octets = line ? line->size() : input_.size();
-    if (octets > kMaximumReplyOctets) {
+    if (lineOctets(line) > kMaximumReplyOctets) {
         return fail(FailureKind::OutOfStep);
     }
     if (!line) {
@@ -132,6 +136,11 @@ Event Pop3Session::accept(std::string_view text) {
     return Accepted{kind, std::string(text)};
 }
 
+/** Length of the line, or of what has come of it; there, a last CR may be half a line end. */
+std::size_t Pop3Session::lineOctets(const std::optional<std::string_view>& line) const noexcept {
+    return line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
+}
+
 Event Pop3Session::fail(FailureKind kind) {
     state_ = State::Over;
     return Failed{kind};
@@ -150,7 +159,7 @@ std::optional<Event> Pop3Session::nextContent() {
     // Lines past the wanted ones make no event; going on until there is one keeps them from piling up.
     for (;;) {
         const std::optional<std::string_view> line = input_.nextContentLine();
-        if (contentTooLarge(line ? line->size() : input_.size())) {
+        if (contentTooLarge(lineOctets(line))) {
             return fail(FailureKind::TooLarge);
         }
         if (!line) {

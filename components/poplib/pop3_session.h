@@ -114,6 +114,9 @@ class Pop3Session {
 
     State state() const noexcept { return state_; }
 
+    /** Commands that have been sent and not answered. */
+    std::size_t underWay() const noexcept { return underWay_.size(); }
+
     /**
      * A number that grows with every complete line and with every few kilobytes: while it grows, the server
      * is alive, even when one answer takes long.
@@ -127,6 +130,7 @@ class Pop3Session {
     std::optional<Event> nextContent();
     Event accept(std::string_view text);
     Event fail(FailureKind kind);
+    std::size_t lineOctets(const std::optional<std::string_view>& line) const noexcept;
     bool contentTooLarge(std::size_t lineOctets) const noexcept;
     std::optional<Event> contentLine(std::string_view line);
 
@@ -136,6 +140,8 @@ class Pop3Session {
     std::size_t maximumUnderWay_ = 1;
     std::vector<std::string> shownOutput_;
     LineBuffer input_;
+    /** Bytes came that no command under way had asked for. */
+    bool spokeOutOfTurn_ = false;
     std::uint64_t lines_ = 0;
     std::uint64_t octets_ = 0;
 

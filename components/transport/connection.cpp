@@ -1,119 +1,122 @@
 #include "components/transport/connection.h"
 
 #include <QEventLoop>
-#include <QNetworkProxy>
-#include <QTcpSocket>
 #include <QTimer>
 
 #include "platform/nested_wait.h"
 
 namespace transport {
 
-namespace {
-Outcome outcomeOf(QAbstractSocket::SocketError error) {
-    switch (error) {
-    case QAbstractSocket::HostNotFoundError:
-        return Outcome::NameUnknown;
-    case QAbstractSocket::ConnectionRefusedError:
-        return Outcome::Refused;
-    case QAbstractSocket::NetworkError:
-        return Outcome::Unreachable;
-    case QAbstractSocket::SocketTimeoutError:
-        return Outcome::TimedOut;
-    default:
-        return Outcome::Lost;
-    }
-}
-} // namespace
-
-Connection::Connection() = default;
-
-Connection::~Connection() = default;
-
 template <class Condition>
 Outcome Connection::waitUntil(const Condition& condition, QDeadlineTimer deadline) {
     const platform::NestedWait wait;
-    // A handler that runs inside this wait may close the stream; the socket itself outlives the wait.
-    QTcpSocket* const socket = socket_.get();
+    // The stream outlives the wait: whoever runs inside it may not close this connection.
+    Stream& stream = *stream_;
     QEventLoop loop;
-    const auto wake = [&loop] { loop.quit(); };
-    QObject::connect(socket, &QTcpSocket::stateChanged, &loop, wake);
-    QObject::connect(socket, &QTcpSocket::readyRead, &loop, wake);
-    QObject::connect(socket, &QTcpSocket::bytesWritten, &loop, wake);
+    stream.changed = [&loop] { loop.quit(); };
     QTimer alarm;
     alarm.setSingleShot(true);
-    QObject::connect(&alarm, &QTimer::timeout, &loop, wake);
-    while (!condition()) {
-        if (socket->state() == QAbstractSocket::UnconnectedState) {
-            return Outcome::Lost;
+    QObject::connect(&alarm, &QTimer::timeout, &loop, &QEventLoop::quit);
+    Outcome outcome = Outcome::Done;
+    while (!condition(stream)) {
+        if (stream.state() == Stream::State::Closed) {
+            outcome = Outcome::Lost;
+            break;
         }
         // A message box opened by somebody else's timer can keep this loop from returning past the deadline;
         // what came meanwhile still counts, which is why the condition is looked at first.
         if (deadline.hasExpired()) {
-            return Outcome::TimedOut;
+            outcome = Outcome::TimedOut;
+            break;
         }
         if (!deadline.isForever()) {
             alarm.start(static_cast<int>(deadline.remainingTime()));
         }
-        loop.exec(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+        loop.exec();
     }
-    return Outcome::Done;
+    stream.changed = nullptr;
+    return outcome;
 }
 
 Outcome Connection::open(const ServerName& server, QDeadlineTimer deadline) {
-    socket_ = std::make_unique<QTcpSocket>();
-    socket_->setProxy(QNetworkProxy::NoProxy);
-    socket_->setReadBufferSize(kReadBufferBytes);
-    socket_->connectToHost(server.host, server.port);
-    QTcpSocket* const socket = socket_.get();
-    const Outcome outcome =
-        waitUntil([socket] { return socket->state() == QAbstractSocket::ConnectedState; }, deadline);
-    if (outcome != Outcome::Done) {
-        const Outcome reason = outcome == Outcome::TimedOut ? outcome : outcomeOf(socket_->error());
-        socket_->abort();
-        return reason;
+    stream_ = makeStream();
+    if (!stream_) {
+        return Outcome::Unreachable;
     }
-    // Commands are short and each one is waited for: none may linger for company.
-    socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    return Outcome::Done;
+    stream_->open(server.host, server.port);
+    const Outcome outcome =
+        waitUntil([](const Stream& stream) { return stream.state() == Stream::State::Open; }, deadline);
+    if (outcome == Outcome::Done) {
+        return outcome;
+    }
+    const Outcome reason = outcome == Outcome::TimedOut ? outcome : stream_->failure();
+    stream_->abort();
+    return reason;
 }
 
 bool Connection::isOpen() const {
-    return socket_ && (socket_->state() == QAbstractSocket::ConnectedState || socket_->bytesAvailable() > 0);
+    return stream_ && (stream_->state() == Stream::State::Open || stream_->bytesAvailable() > 0);
 }
 
 void Connection::send(std::string_view bytes) {
-    socket_->write(bytes.data(), static_cast<qint64>(bytes.size()));
-    socket_->flush();
+    stream_->write(bytes);
+    stream_->flush();
+}
+
+void Connection::enqueue(std::string_view bytes) {
+    stream_->write(bytes);
 }
 
 Outcome Connection::waitForBytes(QDeadlineTimer deadline) {
-    return waitUntil([this] { return socket_->bytesAvailable() > 0; }, deadline);
+    return waitUntil([](const Stream& stream) { return stream.bytesAvailable() > 0; }, deadline);
 }
 
 Outcome Connection::waitUntilSent(QDeadlineTimer deadline) {
-    return waitUntil([this] { return socket_->bytesToWrite() == 0; }, deadline);
+    return waitUntil([](const Stream& stream) { return stream.unsentBytes() == 0; }, deadline);
+}
+
+Outcome Connection::waitUntilSentOrAnswered(QDeadlineTimer deadline) {
+    // A stream that loses its connection forgets what it had still to send, which must not look like success.
+    return waitUntil(
+        [](const Stream& stream) {
+            const bool sent = stream.state() == Stream::State::Open && stream.unsentBytes() == 0;
+            return stream.bytesAvailable() > 0 || sent;
+        },
+        deadline);
+}
+
+bool Connection::hasBytes() const {
+    return stream_ && stream_->bytesAvailable() > 0;
+}
+
+long long Connection::unsentBytes() const {
+    return stream_ ? stream_->unsentBytes() : 0;
+}
+
+QString Connection::localAddress() const {
+    return stream_ ? stream_->localAddress() : QString();
 }
 
 std::string Connection::takeBytes() {
-    std::string bytes(static_cast<std::size_t>(std::min(kReadBytes, socket_->bytesAvailable())), '\0');
-    const qint64 taken = socket_->read(bytes.data(), static_cast<qint64>(bytes.size()));
-    bytes.resize(static_cast<std::size_t>(std::max<qint64>(taken, 0)));
-    return bytes;
+    return stream_->read(kReadBytes);
 }
 
 void Connection::close() {
-    if (!socket_) {
+    if (!stream_) {
         return;
     }
-    if (socket_->state() == QAbstractSocket::ConnectedState && socket_->bytesToWrite() > 0) {
-        // The socket sends what is left and then deletes itself.
-        QTcpSocket* const leaving = socket_.release();
-        QObject::connect(leaving, &QTcpSocket::disconnected, leaving, &QObject::deleteLater);
-        leaving->disconnectFromHost();
+    if (stream_->state() == Stream::State::Open && stream_->unsentBytes() > 0) {
+        stream_->leave();
+        stream_.reset();
         return;
     }
-    socket_->abort();
+    stream_->abort();
+}
+
+void Connection::abort() {
+    if (stream_) {
+        stream_->abort();
+    }
 }
 
 } // namespace transport

@@ -8,26 +8,22 @@
 #include <QDeadlineTimer>
 
 #include "components/transport/server_name.h"
-
-class QTcpSocket;
+#include "components/transport/stream.h"
 
 namespace transport {
-
-/** How a wait for the network ended. */
-enum class Outcome { Done, NameUnknown, Refused, Unreachable, TimedOut, Lost };
 
 /**
  * One byte stream to a server. Waiting runs an event loop of its own, so the windows stay alive meanwhile,
  * and that loop does nothing but wait: what came is handed over to the caller, who acts on it in its own
  * frame.
  *
- * Everything above reads and writes plain bytes and never sees the socket, so that encryption can be put
- * under it here without a change elsewhere.
+ * Everything above reads and writes plain bytes and never sees the stream itself, so that encryption can be
+ * put under it without a change elsewhere.
  */
 class Connection {
   public:
-    Connection();
-    ~Connection();
+    Connection() = default;
+    ~Connection() = default;
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
@@ -40,11 +36,32 @@ class Connection {
     /** Puts the bytes on their way; does not wait. */
     void send(std::string_view bytes);
 
+    /**
+     * The same for bytes of which many more follow: they leave during the next wait, so that the windows stay
+     * alive however fast the network is.
+     */
+    void enqueue(std::string_view bytes);
+
     /** Waits until there are bytes to take. Done, TimedOut, or Lost when the stream has ended. */
     [[nodiscard]] Outcome waitForBytes(QDeadlineTimer deadline);
 
     /** Waits until all that was sent has been handed to the system. Done, TimedOut or Lost. */
     [[nodiscard]] Outcome waitUntilSent(QDeadlineTimer deadline);
+
+    /**
+     * Waits until all that was sent has been handed to the system, or until there are bytes to take, which a
+     * server that will have no more of it may send. Done, TimedOut or Lost.
+     */
+    [[nodiscard]] Outcome waitUntilSentOrAnswered(QDeadlineTimer deadline);
+
+    /** True when there are bytes to take. */
+    bool hasBytes() const;
+
+    /** Bytes that were sent and have not been handed to the system. */
+    long long unsentBytes() const;
+
+    /** The address of our end of the stream, as text; empty when it is not open. */
+    QString localAddress() const;
 
     /** Returns the bytes that have come, at most kReadBytes of them. */
     std::string takeBytes();
@@ -52,15 +69,16 @@ class Connection {
     /** Closes in an orderly way after what was sent; does not wait. */
     void close();
 
+    /** Closes at once: what has not been handed to the system never leaves. */
+    void abort();
+
     static constexpr long long kReadBytes = 64LL << 10;
-    /** What a server may have sent ahead of us, in bytes; beyond it the network slows the server down. */
-    static constexpr long long kReadBufferBytes = 256LL << 10;
 
   private:
     template <class Condition>
     Outcome waitUntil(const Condition& condition, QDeadlineTimer deadline);
 
-    std::unique_ptr<QTcpSocket> socket_;
+    std::unique_ptr<Stream> stream_;
 };
 
 } // namespace transport
