@@ -208,7 +208,7 @@ TEST(HeaderEvents, TheSameSummaryListedAgainStartsAfresh) {
 TEST(HeaderEvents, AHundredThousandContinuationLinesTakeTimeInProportion) {
     const std::string line(70, 'b');
     for (const char* start :
-         {"text/plain;", "multipart/mixed; boundary=\"b\"; x=\"", "multipart/mixed; x=\"y\"; boundary="}) {
+         {"text/plain;", R"(multipart/mixed; boundary="b"; x=")", "multipart/mixed; x=\"y\"; boundary="}) {
         MessageSummary summary;
         HeaderEvents events;
         const auto begin = std::chrono::steady_clock::now();

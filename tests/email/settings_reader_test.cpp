@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -152,7 +153,7 @@ TEST(SettingsReader, AFileWithALineMissingInTheMiddleShiftsTheLaterValues) {
     lines.erase(lines.begin() + 7); // [Application Options]
     lines.at(14) = "16";            // what is line 16 now would otherwise be no number
     lines.at(15) = "16";
-    lines.push_back("one more");
+    lines.emplace_back("one more");
     const Reading reading = readLines(lines);
     EXPECT_EQ(reading.error, 0);
     EXPECT_EQ(reading.settings.Institution.toStdString(), "Hill School");
@@ -352,6 +353,10 @@ struct LineCase {
     const char* line;
     const char* value;
 };
+
+void PrintTo(const LineCase& test, std::ostream* stream) {
+    *stream << test.name;
+}
 
 class ValueOfLine : public testing::TestWithParam<LineCase> {};
 

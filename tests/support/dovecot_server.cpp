@@ -238,6 +238,7 @@ std::vector<std::string> DovecotServer::messages() const {
         }
     }
     std::vector<std::string> messages;
+    messages.reserve(messageByName.size());
     for (auto& [name, message] : messageByName) {
         messages.push_back(std::move(message));
     }

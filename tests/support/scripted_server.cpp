@@ -315,6 +315,11 @@ std::size_t ScriptedServer::connections() const {
     return connections_;
 }
 
+std::size_t ScriptedServer::connectionsEnded() const {
+    const std::scoped_lock lock(mutex_);
+    return ended_;
+}
+
 std::size_t ScriptedServer::octetsSent() const {
     const std::scoped_lock lock(mutex_);
     return octetsSent_;

@@ -177,6 +177,9 @@ class ScriptedServer {
     /** Connections accepted so far. */
     std::size_t connections() const;
 
+    /** Of these, the ones that have ended. */
+    std::size_t connectionsEnded() const;
+
     /** Octets sent so far, over all connections. */
     std::size_t octetsSent() const;
 

@@ -64,7 +64,9 @@ void WindowTest::writeSettings(const email::SettingsFields& fields) {
     writeSettingsText(email::settingsFileText(fields, email::Settings()));
 }
 
-void WindowTest::writeSettingsText(const std::string& text) { folder.write("tolk.ini", text); }
+void WindowTest::writeSettingsText(const std::string& text) {
+    folder.write("tolk.ini", text);
+}
 
 void WindowTest::startUp() {
     runHandler([] {
@@ -107,10 +109,16 @@ WhenItHolds::WhenItHolds(std::function<bool()> condition, std::function<void()> 
     watch_->timer.start(1);
 }
 
-WhenItHolds::~WhenItHolds() { EXPECT_TRUE(watch_->hasRun) << "what was waited for never came"; }
+WhenItHolds::~WhenItHolds() {
+    EXPECT_TRUE(watch_->hasRun) << "what was waited for never came";
+}
 
-bool WhenItHolds::hasRun() const { return watch_->hasRun; }
+bool WhenItHolds::hasRun() const {
+    return watch_->hasRun;
+}
 
 } // namespace support
 
-void PrintTo(const QString& text, std::ostream* stream) { *stream << '"' << text.toStdString() << '"'; }
+void PrintTo(const QString& text, std::ostream* stream) {
+    *stream << '"' << text.toStdString() << '"';
+}

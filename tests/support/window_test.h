@@ -37,7 +37,8 @@ class WindowTest : public testing::Test {
     /** Starts the program as main() does. */
     void startUp();
 
-    /** Ends all windows and forgets all state, boxes, sounds and ends: as if the program was never started. */
+    /** Ends all windows and forgets all state, boxes, sounds and ends: as if the program was never started.
+     */
     void forgetEverything();
 
     /** Starts the program with these settings, types the name and the password, and presses Get Mail. */

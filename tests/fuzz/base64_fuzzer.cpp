@@ -1,0 +1,83 @@
+// Decoding in pieces gives what decoding character by character gives, the only error is the documented one,
+// and what was encoded comes back.
+
+#include <string>
+#include <string_view>
+
+#include "components/netcodelib/base64_decoder.h"
+#include "components/netcodelib/base64_encoder.h"
+#include "components/netcodelib/leading_fields.h"
+#include "platform/runtime_error.h"
+#include "tests/fuzz/fuzz_input.h"
+
+namespace {
+
+struct Result {
+    std::string bytes;
+    int error = 0;
+
+    bool operator==(const Result&) const = default;
+};
+
+/** The pieces have the sizes that the input decides, one character each once it is used up. */
+Result decoded(std::string_view text, fuzz::Input decisions) {
+    NetCodeLib::Base64Decoder decoder;
+    Result result;
+    result.error = platform::errorNumberOf([&] {
+        while (!text.empty()) {
+            const std::string_view piece = text.substr(0, 1 + decisions.below(256));
+            decoder.append(piece, result.bytes);
+            text.remove_prefix(piece.size());
+        }
+        decoder.finish(result.bytes);
+    });
+    return result;
+}
+
+std::string encodedInPieces(std::string_view bytes, fuzz::Input decisions) {
+    NetCodeLib::Base64Encoder encoder;
+    std::string text;
+    while (!bytes.empty()) {
+        const std::string_view piece = bytes.substr(0, 1 + decisions.below(256));
+        encoder.append(piece, text);
+        bytes.remove_prefix(piece.size());
+    }
+    encoder.finish(text);
+    return text;
+}
+
+std::string withoutFields(std::string_view text, std::size_t pieceOctets) {
+    NetCodeLib::LeadingFields fields;
+    std::string left;
+    while (!text.empty()) {
+        const std::string_view piece = text.substr(0, pieceOctets);
+        left += fields.take(piece);
+        text.remove_prefix(piece.size());
+    }
+    left += fields.takeLast();
+    return left;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    const fuzz::Input decisions(data, size < 16 ? size : 16);
+    const std::string_view text = input.rest();
+
+    const Result slow = decoded(text, fuzz::Input(nullptr, 0));
+    const Result fast = decoded(text, decisions);
+    fuzz::require(fast.error == slow.error, "the error does not depend on the pieces");
+    fuzz::require(fast.error != 0 || fast.bytes == slow.bytes, "the bytes do not depend on the pieces");
+    fuzz::require(fast.error == 0 || fast.error == NetCodeLib::kEncodedTextCut,
+                  "only the documented error is raised");
+    fuzz::require(fast.bytes.size() <= text.size() / 4 * 3 + 3, "no more bytes than the text can hold");
+
+    const std::string encoded = encodedInPieces(text, decisions);
+    fuzz::require(decoded(encoded, decisions) == Result{std::string(text), 0}, "what was encoded comes back");
+    fuzz::require(withoutFields(encoded, size) == encoded, "encoded text is never taken for header lines");
+
+    const std::string left = withoutFields(text, 1);
+    fuzz::require(left.size() <= text.size() && text.ends_with(left), "what is left is the text's end");
+    return 0;
+}

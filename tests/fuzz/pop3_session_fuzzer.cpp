@@ -1,0 +1,124 @@
+// However the network cuts the server's bytes, the session makes the same events and sends the same commands.
+//
+// Input: number of commands, one byte for each, number of pieces, one byte for the size of each, and what the
+// server sends after its greeting.
+
+#include <string>
+#include <vector>
+
+#include "components/poplib/pop3_session.h"
+#include "tests/fuzz/fuzz_input.h"
+
+namespace {
+
+using POPLib::Pop3Session;
+
+POPLib::Command command(std::size_t choice) {
+    switch (choice) {
+    case 0:
+        return POPLib::userCommand("bob");
+    case 1:
+        return POPLib::passCommand("secret");
+    case 2:
+        return POPLib::statCommand();
+    case 3:
+        return POPLib::listCommand(1);
+    case 4:
+        return POPLib::topCommand(1, 25);
+    case 5:
+        return POPLib::retrCommand(1);
+    case 6:
+        return POPLib::retrCommand(1, 2);
+    case 7:
+        return POPLib::deleCommand(1);
+    default:
+        return POPLib::quitCommand();
+    }
+}
+
+std::string described(const POPLib::Event& event) {
+    struct Describer {
+        std::string operator()(const POPLib::Greeted& greeted) const { return "greeted" + greeted.text; }
+
+        std::string operator()(const POPLib::Accepted& accepted) const {
+            return "accepted" + std::to_string(static_cast<int>(accepted.kind)) + accepted.text;
+        }
+
+        std::string operator()(const POPLib::Refused& refused) const {
+            return "refused" + std::to_string(static_cast<int>(refused.kind)) + refused.text;
+        }
+
+        std::string operator()(const POPLib::HeaderLine& header) const {
+            fuzz::require(header.field.find(':') == std::string::npos, "no colon in a field's name");
+            fuzz::require(header.value.find("\r\n") == std::string::npos, "no line end in a value");
+            return "header" + header.field + '\n' + header.value;
+        }
+
+        std::string operator()(const POPLib::BodyLine& body) const {
+            fuzz::require(body.text.find("\r\n") == std::string::npos, "no line end in a body line");
+            fuzz::require(body.bytesTransferred >= static_cast<std::int64_t>(body.text.size()) + 2,
+                          "a line counts towards the bytes transferred");
+            return "body" + std::to_string(body.bytesTransferred) + '\n' + body.text;
+        }
+
+        std::string operator()(const POPLib::ContentEnded& ended) const {
+            return "ended" + std::to_string(static_cast<int>(ended.kind));
+        }
+
+        std::string operator()(const POPLib::Failed& failed) const {
+            return "failed" + std::to_string(static_cast<int>(failed.kind));
+        }
+    };
+
+    return std::visit(Describer{}, event);
+}
+
+struct Run {
+    std::vector<std::string> events;
+    std::string sent;
+
+    bool operator==(const Run&) const = default;
+};
+
+/** All commands are under way before the server answers the first one, as with pipelining. */
+Run play(const std::vector<std::size_t>& choices, std::string_view bytes,
+         const std::vector<std::size_t>& sizes) {
+    Pop3Session session;
+    session.setMaximumUnderWay(choices.size() + 1);
+    for (const std::size_t choice : choices) {
+        session.submit(command(choice));
+    }
+    Run run;
+    const auto receive = [&](std::string_view piece) {
+        session.receive(piece);
+        while (const auto event = session.nextEvent()) {
+            run.events.push_back(described(*event));
+        }
+        run.sent += session.takeOutput();
+    };
+    receive("+OK ready\r\n");
+    for (std::size_t index = 0; !bytes.empty(); ++index) {
+        const std::size_t size = sizes.empty() ? bytes.size() : sizes[index % sizes.size()];
+        receive(bytes.substr(0, size));
+        bytes.remove_prefix(std::min(size, bytes.size()));
+    }
+    return run;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    std::vector<std::size_t> choices(input.below(12));
+    for (std::size_t& choice : choices) {
+        choice = input.below(9);
+    }
+    std::vector<std::size_t> sizes(1 + input.below(6));
+    for (std::size_t& piece : sizes) {
+        piece = 1 + input.below(40);
+    }
+    const Run whole = play(choices, input.rest(), {});
+    fuzz::require(play(choices, input.rest(), sizes) == whole, "pieces change nothing");
+    fuzz::require(play(choices, input.rest(), {1}) == whole, "single octets change nothing");
+    return 0;
+}

@@ -1,0 +1,122 @@
+#include "components/poplib/line_buffer.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/pieces.h"
+
+namespace {
+
+using POPLib::LineBuffer;
+using testing::ElementsAreArray;
+
+struct Case {
+    const char* name;
+    std::string bytes;
+    std::vector<std::string> replyLines;
+    std::vector<std::string> contentLines;
+};
+
+const std::vector<Case>& cases() {
+    static const std::vector<Case> table{
+        {"Nothing", "", {}, {}},
+        {"NoLineEnd", "abc", {}, {}},
+        {"OneLine", "abc\r\n", {"abc"}, {"abc"}},
+        {"EmptyLines", "\r\n\r\n", {"", ""}, {"", ""}},
+        {"LineFeedAlone", "a\nb\r\n", {"a", "b"}, {"a\nb"}},
+        {"LineFeedFirst", "\nb\r\n", {"", "b"}, {"\nb"}},
+        {"CarriageReturnAlone", "a\rb\r\n", {"a\rb"}, {"a\rb"}},
+        {"TwoCarriageReturns", "a\r\r\n", {"a\r"}, {"a\r"}},
+        {"LineFeedCarriageReturn", "a\n\rb\r\n", {"a", "\rb"}, {"a\n\rb"}},
+        {"CarriageReturnAtTheEnd", "a\r\nb\r", {"a"}, {"a"}},
+        {"Nul", std::string("a\0b\r\n", 5), {std::string("a\0b", 3)}, {std::string("a\0b", 3)}},
+        {"ManyLines", "a\r\nbc\r\ndef\r\nx", {"a", "bc", "def"}, {"a", "bc", "def"}},
+    };
+    return table;
+}
+
+class LineBufferCase : public testing::TestWithParam<Case> {
+  protected:
+    /** The lines that come of the bytes in pieces of this size, all taken as soon as they are there. */
+    std::vector<std::string> lines(std::size_t pieceOctets, bool content) const {
+        LineBuffer buffer;
+        std::vector<std::string> lines;
+        support::forEachPiece(GetParam().bytes, pieceOctets, [&](std::string_view piece) {
+            buffer.append(piece);
+            while (const auto line = content ? buffer.nextContentLine() : buffer.nextReplyLine()) {
+                lines.emplace_back(*line);
+            }
+        });
+        return lines;
+    }
+};
+
+TEST_P(LineBufferCase, GivesTheSameLinesForPiecesOfEverySize) {
+    for (const std::size_t pieceOctets : support::kPieceSizes) {
+        SCOPED_TRACE(pieceOctets);
+        EXPECT_THAT(lines(pieceOctets, false), ElementsAreArray(GetParam().replyLines));
+        EXPECT_THAT(lines(pieceOctets, true), ElementsAreArray(GetParam().contentLines));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, LineBufferCase, testing::ValuesIn(cases()),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(LineBuffer, CountsTheBytesThatHaveNotBeenGivenOut) {
+    LineBuffer buffer;
+    EXPECT_EQ(buffer.size(), 0U);
+    buffer.append("ab\r\nc");
+    EXPECT_EQ(buffer.size(), 5U);
+    buffer.nextReplyLine();
+    EXPECT_EQ(buffer.size(), 1U);
+    buffer.append("d");
+    EXPECT_EQ(buffer.size(), 2U);
+}
+
+TEST(LineBuffer, KeepsTheLinesGivenOutUntilMoreBytesCome) {
+    LineBuffer buffer;
+    buffer.append("first\r\nsecond\r\n");
+    const auto first = buffer.nextReplyLine();
+    const auto second = buffer.nextReplyLine();
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(*first, "first");
+    EXPECT_EQ(*second, "second");
+}
+
+TEST(LineBuffer, ChangesBetweenTheTwoKindsOfLineAtALineEnd) {
+    LineBuffer buffer;
+    buffer.append("+OK\na\nb\r\n-ERR\n");
+    EXPECT_EQ(buffer.nextReplyLine(), "+OK");
+    EXPECT_EQ(buffer.nextContentLine(), "a\nb");
+    EXPECT_EQ(buffer.nextReplyLine(), "-ERR");
+    EXPECT_EQ(buffer.nextReplyLine(), std::nullopt);
+}
+
+TEST(LineBuffer, LooksAtEachByteOfALongLineOnce) {
+    constexpr std::size_t octets = 4U << 20U;
+    LineBuffer buffer;
+    for (std::size_t index = 0; index < octets; ++index) {
+        buffer.append("x");
+        ASSERT_EQ(buffer.nextContentLine(), std::nullopt);
+    }
+    buffer.append("\r\n");
+    EXPECT_EQ(buffer.nextContentLine()->size(), octets);
+}
+
+TEST(LineBuffer, DropsGivenOutLinesWithoutMovingTheRestEachTime) {
+    std::string lines;
+    for (int line = 0; line < 500'000; ++line) {
+        lines += "ab\r\n";
+    }
+    LineBuffer buffer;
+    buffer.append(lines);
+    for (int line = 0; line < 500'000; ++line) {
+        ASSERT_EQ(buffer.nextReplyLine(), "ab");
+        buffer.append("c");
+    }
+    EXPECT_EQ(buffer.size(), 500'000U);
+}
+
+} // namespace

@@ -1,0 +1,199 @@
+// Every recorded dialogue, read by the session in pieces of every size, and played to the POP3 component.
+
+#include <cctype>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/poplib/pop_fixture.h"
+#include "tests/support/pieces.h"
+#include "tests/support/transcript.h"
+
+namespace {
+
+using POPLib::Pop3Session;
+namespace errors = platform::errors;
+using support::Transcript;
+using testing::ElementsAreArray;
+using testing::Values;
+using testing::ValuesIn;
+
+std::string testName(std::string name) {
+    for (char& character : name) {
+        character = std::isalnum(static_cast<unsigned char>(character)) != 0 ? character : '_';
+    }
+    return name;
+}
+
+using NameAndPieces = std::tuple<std::string, std::size_t>;
+
+constexpr std::size_t kWhole = std::string_view::npos;
+
+std::string nameWithPieces(const testing::TestParamInfo<NameAndPieces>& test) {
+    const auto& [name, pieceOctets] = test.param;
+    return testName(name) + (pieceOctets == kWhole ? "_Whole" : "_PiecesOf" + std::to_string(pieceOctets));
+}
+
+/** Feeds the bytes and adds what comes of them to the events. */
+void feed(Pop3Session& session, std::string_view bytes, std::size_t pieceOctets,
+          std::vector<std::string>& events) {
+    support::forEachPiece(bytes, pieceOctets, [&](std::string_view piece) {
+        session.receive(piece);
+        while (const auto event = session.nextEvent()) {
+            events.push_back(support::described(*event));
+        }
+    });
+}
+
+class Pop3TranscriptInPieces : public testing::TestWithParam<NameAndPieces> {};
+
+TEST_P(Pop3TranscriptInPieces, GivesItsEventsAndItsCommands) {
+    const auto& [name, pieceOctets] = GetParam();
+    const Transcript transcript = support::readPop3Transcript(name);
+    Pop3Session session;
+    for (const POPLib::Command& command : support::commandsOf(transcript)) {
+        session.submit(command);
+    }
+    EXPECT_EQ(session.takeOutput(), "") << "the server speaks first";
+    std::vector<std::string> events;
+    for (const Transcript::Turn& turn : transcript.turns) {
+        if (turn.speaker == Transcript::Speaker::Server) {
+            feed(session, turn.text, pieceOctets, events);
+        } else {
+            EXPECT_EQ(session.takeOutput(), turn.text + "\r\n");
+        }
+    }
+    EXPECT_EQ(session.takeOutput(), "");
+    EXPECT_THAT(events, ElementsAreArray(transcript.events));
+}
+
+INSTANTIATE_TEST_SUITE_P(Dialogues, Pop3TranscriptInPieces,
+                         testing::Combine(ValuesIn(support::pop3TranscriptNames()),
+                                          ValuesIn(support::kPieceSizes)),
+                         nameWithPieces);
+
+class PipelinedPop3Transcript : public testing::TestWithParam<std::string> {};
+
+/** The dialogue with as many commands under way as the session allows, all answers in one piece. */
+std::vector<std::string> eventsOfPipelinedSession(const Transcript& transcript, std::string& output) {
+    Pop3Session session;
+    session.setMaximumUnderWay(8);
+    for (const POPLib::Command& command : support::commandsOf(transcript)) {
+        session.submit(command);
+    }
+    std::vector<std::string> events;
+    const std::string bytes = transcript.serverBytes();
+    const std::size_t greeting = bytes.find('\n') + 1;
+    feed(session, std::string_view(bytes).substr(0, greeting), std::string_view::npos, events);
+    std::string_view answers = std::string_view(bytes).substr(greeting);
+    output = session.takeOutput();
+    while (!answers.empty()) {
+        feed(session, answers.substr(0, 7), 7, events);
+        answers.remove_prefix(std::min<std::size_t>(7, answers.size()));
+        output += session.takeOutput();
+    }
+    return events;
+}
+
+/** Dialogues in which the server's greeting lets the client speak. */
+std::vector<std::string> namesWithCommands() {
+    std::vector<std::string> names = support::pop3TranscriptNames();
+    std::erase_if(names, [](const std::string& name) {
+        return support::readPop3Transcript(name).clientLines().empty();
+    });
+    return names;
+}
+
+TEST_P(PipelinedPop3Transcript, GivesTheSameEventsAndCommands) {
+    const Transcript transcript = support::readPop3Transcript(GetParam());
+    std::string output;
+    EXPECT_THAT(eventsOfPipelinedSession(transcript, output), ElementsAreArray(transcript.events));
+    std::string expected;
+    for (const std::string& line : transcript.clientLines()) {
+        expected += line + "\r\n";
+    }
+    EXPECT_EQ(output, expected);
+}
+
+class Pop3TranscriptPlayed : public support::PopTest, public testing::WithParamInterface<NameAndPieces> {
+  protected:
+    /** Makes the component do what the client's lines say; returns the error that ends it, 0 for none. */
+    int perform(const std::vector<POPLib::Command>& commands) {
+        using POPLib::CommandKind;
+        const POPLib::Command* before = nullptr;
+        for (const POPLib::Command& command : commands) {
+            const bool insteadOfTop = before != nullptr && before->kind == CommandKind::Top &&
+                                      command.kind == CommandKind::Retr &&
+                                      before->messageNumber == command.messageNumber;
+            const int error = insteadOfTop ? 0 : perform(command);
+            if (error != 0) {
+                return error;
+            }
+            before = &command;
+        }
+        return 0;
+    }
+
+  private:
+    int perform(const POPLib::Command& command) {
+        using POPLib::CommandKind;
+        using POPLib::Request;
+        if (command.messageNumber != 0) {
+            pop.setCurrentMessage(static_cast<std::int16_t>(command.messageNumber));
+        }
+        pop.setBodyLineLimit(command.bodyLineLimit);
+        switch (command.kind) {
+        case CommandKind::List:
+            return platform::errorNumberOf([this] { pop.currentMessageSize(); });
+        case CommandKind::Top:
+        case CommandKind::Retr:
+            return request(Request::RetrieveCurrentMessage);
+        case CommandKind::Dele:
+            return request(Request::DeleteCurrentMessage);
+        case CommandKind::Quit:
+            return request(Request::LogOffAndDisconnect);
+        default:
+            return 0; // part of the log-on
+        }
+    }
+};
+
+TEST_P(Pop3TranscriptPlayed, GivesItsCommandsItsContentAndItsError) {
+    const auto& [name, pieceOctets] = GetParam();
+    const Transcript transcript = support::readPop3Transcript(name);
+    const std::vector<std::string> lines = transcript.clientLines();
+    for (const std::string& line : lines) {
+        if (line.starts_with("PASS ")) {
+            pop.setLoginPassword(line.substr(5));
+        }
+    }
+    support::ScriptedServer server(support::scriptOf(transcript, pieceOctets));
+    pop.setMailServer(server.address());
+    int error = logOn();
+    if (error == 0) {
+        error = perform(support::commandsOf(transcript));
+    }
+    EXPECT_EQ(error, transcript.error);
+    EXPECT_EQ(logOff(), 0);
+    EXPECT_TRUE(server.waitForEndOf(1));
+    std::vector<std::string> heard = server.commands();
+    // This server hangs up after a refusal, so the farewell that follows one may or may not reach it.
+    const bool refused = error == errors::LogOnRefused || error == errors::MailServerBusy;
+    if (refused && heard.back() == "QUIT") {
+        heard.pop_back();
+    }
+    EXPECT_THAT(heard, ElementsAreArray(lines));
+    EXPECT_THAT(content, ElementsAreArray(transcript.contentEvents()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Dialogues, PipelinedPop3Transcript, ValuesIn(namesWithCommands()),
+                         [](const auto& test) { return testName(test.param); });
+
+INSTANTIATE_TEST_SUITE_P(Dialogues, Pop3TranscriptPlayed,
+                         testing::Combine(ValuesIn(support::pop3TranscriptNames()),
+                                          Values(kWhole, std::size_t{1}, std::size_t{3})),
+                         nameWithPieces);
+
+} // namespace

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+
+#include <gtest/gtest.h>
+
+#include "components/poplib/pop.h"
+#include "platform/runtime_error.h"
+#include "tests/support/application.h"
+#include "tests/support/pop3_script.h"
+#include "tests/support/scripted_server.h"
+#include "tests/support/transcript.h"
+
+namespace support {
+
+/** A POP3 component that remembers what it raises. */
+class PopTest : public testing::Test {
+  protected:
+    PopTest() {
+        application();
+        pop.setLoginUser("bob");
+        pop.setLoginPassword("secret");
+        pop.Header = [this](const std::string& field, const std::string& value) {
+            content.push_back(describedHeader(field, value));
+        };
+        pop.Transfer = [this](std::int32_t bytesTransferred, const std::string& text) {
+            content.push_back(describedBody(bytesTransferred, text));
+        };
+        pop.PITrail = [this](POPLib::Direction direction, const std::string& message) {
+            trail.push_back((direction == POPLib::Direction::ToServer ? "> " : "< ") + message);
+        };
+    }
+
+    /** The number of the error that the request raises; 0 for none. */
+    int request(POPLib::Request code) {
+        return platform::errorNumberOf([&] { pop.issueRequest(code); });
+    }
+
+    int logOn() { return request(POPLib::Request::ConnectAndLogOn); }
+
+    int logOn(const ScriptedServer& server) {
+        pop.setMailServer(server.address());
+        return logOn();
+    }
+
+    int logOff() { return request(POPLib::Request::LogOffAndDisconnect); }
+
+    int retrieve(std::int16_t number, std::int32_t bodyLineLimit = 25) {
+        pop.setCurrentMessage(number);
+        pop.setBodyLineLimit(bodyLineLimit);
+        return request(POPLib::Request::RetrieveCurrentMessage);
+    }
+
+    int remove(std::int16_t number) {
+        pop.setCurrentMessage(number);
+        return request(POPLib::Request::DeleteCurrentMessage);
+    }
+
+    /** The size that the server tells, or the negative number of the error. */
+    std::int32_t sizeOf(std::int16_t number) {
+        pop.setCurrentMessage(number);
+        std::int32_t size = 0;
+        const int error = platform::errorNumberOf([&] { size = pop.currentMessageSize(); });
+        return error == 0 ? size : -error;
+    }
+
+    /** Log-on, size and first lines of every message, log-off, as the login window does it; the first error.
+     */
+    int listing() {
+        if (const int error = logOn(); error != 0) {
+            return error;
+        }
+        for (std::int16_t number = 1; number <= pop.messageCount(); ++number) {
+            if (const std::int32_t size = sizeOf(number); size < 0) {
+                return -size;
+            }
+            if (const int error = retrieve(number); error != 0) {
+                return error;
+            }
+        }
+        return logOff();
+    }
+
+    /** Lets timers and sockets work until it is so; false after the time limit. */
+    template <class Condition>
+    static bool eventsRunUntil(const Condition& condition) {
+        const QDeadlineTimer limit(ScriptedServer::kTimeLimit);
+        while (!condition() && !limit.hasExpired()) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        }
+        return condition();
+    }
+
+    POPLib::POP pop;
+    /** Header and body events, in the words of dialogues. */
+    std::vector<std::string> content;
+    /** "> " and a command, "< " and an answer. */
+    std::vector<std::string> trail;
+};
+
+} // namespace support

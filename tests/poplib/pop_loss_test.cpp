@@ -1,0 +1,158 @@
+// Connections that end where they should not.
+
+#include <algorithm>
+
+#include <gmock/gmock.h>
+
+#include "tests/poplib/pop_fixture.h"
+
+namespace {
+
+using support::Ending;
+using support::Peer;
+using support::Pop3Mailbox;
+using support::ScriptedServer;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::SizeIs;
+namespace errors = platform::errors;
+
+const std::vector<std::string> kMessages{"From: ann@example.org\r\nSubject: one\r\n\r\nHello\r\n.\r\n",
+                                         "Subject: two\r\nX: a\r\n b\r\n\r\n"};
+
+support::Conversation ending(Ending how) {
+    return [how](Peer& peer) { how == Ending::Reset ? peer.reset() : peer.close(); };
+}
+
+std::string nameOf(Ending how) {
+    return how == Ending::Reset ? "Reset" : "Closed";
+}
+
+class PopLoss : public support::PopTest {};
+
+class LossAfterCommand : public PopLoss,
+                         public testing::WithParamInterface<std::tuple<const char*, Ending>> {};
+
+TEST_P(LossAfterCommand, IsTroubleAndALaterAttemptWorks) {
+    const auto [command, how] = GetParam();
+    Pop3Mailbox mailbox(kMessages);
+    mailbox.on(command, ending(how));
+    ScriptedServer server(mailbox);
+    pop.setMailServer(server.address());
+    EXPECT_EQ(listing(), errors::MailServerTrouble);
+    EXPECT_EQ(logOff(), 0) << "a session that has broken is closed already";
+    mailbox.answerProperly(command);
+    EXPECT_EQ(listing(), 0);
+}
+
+std::string lossName(const testing::TestParamInfo<std::tuple<const char*, Ending>>& test) {
+    std::string name = std::get<0>(test.param) + nameOf(std::get<1>(test.param));
+    std::erase(name, ' ');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, LossAfterCommand,
+                         testing::Combine(testing::Values("GREETING", "USER", "PASS", "STAT", "LIST 1",
+                                                          "TOP 1", "LIST 2", "TOP 2", "QUIT"),
+                                          testing::Values(Ending::Close, Ending::Reset)),
+                         lossName);
+
+class LossAfterOctet : public PopLoss, public testing::WithParamInterface<Ending> {};
+
+TEST_P(LossAfterOctet, IsTroubleAndNoEventIsMadeUp) {
+    ScriptedServer server{Pop3Mailbox(kMessages)};
+    pop.setMailServer(server.address());
+    ASSERT_EQ(listing(), 0);
+    const std::size_t total = server.octetsSent();
+    const std::vector<std::string> whole = std::exchange(content, {});
+    ASSERT_THAT(whole, SizeIs(7));
+    for (std::size_t octets = 0; octets < total; ++octets) {
+        SCOPED_TRACE(octets);
+        server.cutAfter(octets, GetParam());
+        ASSERT_EQ(listing(), errors::MailServerTrouble);
+        ASSERT_LE(content.size(), whole.size());
+        ASSERT_TRUE(std::equal(content.begin(), content.end(), whole.begin()));
+        content.clear();
+    }
+    server.cutAfter(total);
+    EXPECT_EQ(listing(), 0);
+    EXPECT_THAT(content, ElementsAreArray(whole));
+    // A reset at once, before the client knows that it is connected, makes the socket try again by itself.
+    EXPECT_GE(server.connections(), total + 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Octets, LossAfterOctet, testing::Values(Ending::Close, Ending::Reset),
+                         [](const auto& test) { return nameOf(test.param); });
+
+TEST_F(PopLoss, WhatTheServerSentBeforeItHungUpIsUsed) {
+    Pop3Mailbox mailbox(kMessages);
+    mailbox.on("TOP 1", [](Peer& peer) {
+        peer.send("+OK\r\n" + support::stuffed("Subject: " + std::string(500'000, 'x') + "\r\n\r\nbody\r\n"));
+        peer.close();
+    });
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(retrieve(1), 0);
+    EXPECT_THAT(content, SizeIs(2));
+    EXPECT_EQ(retrieve(2), errors::MailServerTrouble);
+}
+
+TEST_F(PopLoss, AServerThatHangsUpBetweenTwoRequestsIsTroubleOnlyForTheNext) {
+    Pop3Mailbox mailbox(kMessages);
+    mailbox.on("STAT", [](Peer& peer) {
+        peer.send("+OK 2 100\r\n");
+        peer.close();
+    });
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(sizeOf(1), -errors::MailServerTrouble);
+    mailbox.answerProperly("STAT");
+    EXPECT_EQ(logOn(), 0);
+}
+
+TEST_F(PopLoss, AConnectionThatBrokeUnnoticedDoesNotKeepANewSessionOut) {
+    Pop3Mailbox mailbox(kMessages);
+    mailbox.on("STAT", [](Peer& peer) {
+        peer.send("+OK 2 100\r\n");
+        peer.close();
+    });
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    ASSERT_TRUE(eventsRunUntil([&server] { return server.connectionsEnded() == 1; }));
+    EXPECT_EQ(logOn(), 0);
+}
+
+TEST_F(PopLoss, ADeletionIsNoSuccessUntilTheServerHasSaidSo) {
+    for (const Ending how : {Ending::Close, Ending::Reset}) {
+        Pop3Mailbox mailbox(kMessages);
+        mailbox.on("QUIT", ending(how));
+        ScriptedServer server(mailbox);
+        ASSERT_EQ(logOn(server), 0);
+        EXPECT_EQ(remove(1), 0);
+        EXPECT_EQ(logOff(), errors::MailServerTrouble);
+        EXPECT_THAT(mailbox.messages(), SizeIs(2));
+    }
+}
+
+TEST_F(PopLoss, ALostConnectionBeforeQuitDeletesNothing) {
+    Pop3Mailbox mailbox(kMessages);
+    mailbox.on("DELE", ending(Ending::Close));
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(remove(1), errors::MailServerTrouble);
+    EXPECT_EQ(logOff(), 0);
+    EXPECT_THAT(mailbox.messages(), SizeIs(2));
+    EXPECT_THAT(server.keywords(), ElementsAre("USER", "PASS", "STAT", "DELE"));
+}
+
+TEST_F(PopLoss, ADeletionIsCarriedOutAtTheLogOff) {
+    Pop3Mailbox mailbox(kMessages);
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(remove(1), 0);
+    EXPECT_THAT(mailbox.messages(), SizeIs(2));
+    EXPECT_EQ(logOff(), 0);
+    EXPECT_THAT(mailbox.messages(), ElementsAre(kMessages[1]));
+}
+
+} // namespace

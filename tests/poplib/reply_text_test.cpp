@@ -1,0 +1,104 @@
+#include "components/poplib/reply_text.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "platform/runtime_error.h"
+
+namespace {
+
+struct Numbers {
+    const char* name;
+    std::string text;
+    std::int64_t first;
+    std::int64_t second;
+    int error;
+};
+
+const std::vector<Numbers>& numbers() {
+    static const std::vector<Numbers> table{
+        {"Plain", "2 320", 2, 320, 0},
+        {"Zero", "0 0", 0, 0, 0},
+        {"LeadingZeros", "007 0010", 7, 10, 0},
+        {"WordsBehind", "2 320 octets in 2 messages", 2, 320, 0},
+        {"BlankBehind", "2 320 ", 2, 320, 0},
+        {"NumbersBehind", "1 2 99999999999999999999", 1, 2, 0},
+        {"LargestOf32Bits", "4294967295 4294967295", 4294967295, 4294967295, 0},
+        {"OneMoreThan32Bits", "4294967296 1", 0, 0, 6},
+        {"SecondTooLarge", "1 4294967296", 0, 0, 6},
+        {"MoreThan64Bits", "99999999999999999999999 1", 0, 0, 6},
+        {"Empty", "", 0, 0, 20302},
+        {"Blank", " ", 0, 0, 20302},
+        {"OneNumber", "7", 0, 0, 20302},
+        {"OneNumberAndBlank", "7 ", 0, 0, 20302},
+        {"Words", "seven 9", 0, 0, 20302},
+        {"SecondInWords", "7 nine", 0, 0, 20302},
+        {"Negative", "-1 1", 0, 0, 20302},
+        {"SecondNegative", "1 -1", 0, 0, 20302},
+        {"Plus", "+1 1", 0, 0, 20302},
+        {"LettersBehindNumber", "1x 1", 0, 0, 20302},
+        {"LettersBehindSecondNumber", "1 1x", 0, 0, 20302},
+        {"Fraction", "1.5 1", 0, 0, 20302},
+        {"Hexadecimal", "0x10 1", 0, 0, 20302},
+        {"BlankFirst", " 1 1", 0, 0, 20302},
+        {"Nul", std::string("1\0 1", 4), 0, 0, 20302},
+    };
+    return table;
+}
+
+class TwoNumbersCase : public testing::TestWithParam<Numbers> {};
+
+TEST_P(TwoNumbersCase, ReadsThemOrSaysWhyNot) {
+    POPLib::TwoNumbers read;
+    const int error = platform::errorNumberOf([&] { read = POPLib::twoNumbers(GetParam().text); });
+    EXPECT_EQ(error, GetParam().error);
+    EXPECT_EQ(read.first, GetParam().first);
+    EXPECT_EQ(read.second, GetParam().second);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, TwoNumbersCase, testing::ValuesIn(numbers()),
+                         [](const auto& test) { return test.param.name; });
+
+struct Code {
+    const char* name;
+    std::string text;
+    bool later;
+};
+
+const std::vector<Code>& codes() {
+    static const std::vector<Code> table{
+        {"InUse", "[IN-USE] mailbox locked", true},
+        {"LoginDelay", "[LOGIN-DELAY] too soon", true},
+        {"SysTemp", "[SYS/TEMP] disk full", true},
+        {"LowerCase", "[in-use]", true},
+        {"NoTextBehind", "[IN-USE]", true},
+        {"DetailAfterBlank", "[LOGIN-DELAY 900] too soon", true},
+        {"DetailAfterSlash", "[SYS/TEMP/QUOTA] full", true},
+        {"SysPerm", "[SYS/PERM] broken", false},
+        {"Sys", "[SYS]", false},
+        {"Authentication", "[AUTH] wrong password", false},
+        {"LongerName", "[IN-USERS] wrong", false},
+        {"ShorterName", "[IN-US]", false},
+        {"NotAtTheStart", "wrong [IN-USE]", false},
+        {"NeverClosed", "[IN-USE", false},
+        {"NoBracket", "IN-USE]", false},
+        {"EmptyCode", "[]", false},
+        {"BlankInCode", "[ IN-USE]", false},
+        {"Empty", "", false},
+        {"Words", "wrong password", false},
+    };
+    return table;
+}
+
+class ResponseCode : public testing::TestWithParam<Code> {};
+
+TEST_P(ResponseCode, TellsWhetherALaterAttemptMaySucceed) {
+    EXPECT_EQ(POPLib::mayBeTriedLater(GetParam().text), GetParam().later);
+}
+
+INSTANTIATE_TEST_SUITE_P(Codes, ResponseCode, testing::ValuesIn(codes()),
+                         [](const auto& test) { return test.param.name; });
+
+} // namespace

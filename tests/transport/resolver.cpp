@@ -1,0 +1,38 @@
+#include "tests/transport/resolver.h"
+
+#include <string_view>
+
+#include <dlfcn.h>
+#include <netdb.h>
+
+namespace {
+using Resolve = int(const char*, const char*, const addrinfo*, addrinfo**);
+
+int systemResolve(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
+    static auto* const resolve = reinterpret_cast<Resolve*>(::dlsym(RTLD_NEXT, "getaddrinfo"));
+    return resolve(node, service, hints, result);
+}
+
+int resolveBoth(const char* service, const addrinfo* hints, addrinfo** result) {
+    if (const int problem = systemResolve("::1", service, hints, result); problem != 0) {
+        return problem;
+    }
+    addrinfo* last = *result;
+    while (last->ai_next != nullptr) {
+        last = last->ai_next;
+    }
+    return systemResolve("127.0.0.1", service, hints, &last->ai_next);
+}
+} // namespace
+
+extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
+    const std::string_view name = node == nullptr ? "" : node;
+    if (name == support::kUnknownName) {
+        return EAI_NONAME;
+    }
+    if (name == support::kUnansweredName) {
+        return EAI_AGAIN;
+    }
+    return name == support::kNameWithTwoAddresses ? resolveBoth(service, hints, result)
+                                                  : systemResolve(node, service, hints, result);
+}
