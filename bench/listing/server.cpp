@@ -1,0 +1,41 @@
+#include <charconv>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <string_view>
+
+#include "bench/listing/delayed_listener.h"
+#include "bench/listing/sample_mailbox.h"
+
+namespace {
+int numberOf(std::string_view text) {
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number < 0) {
+        throw std::invalid_argument("not a number: " + std::string(text));
+    }
+    return number;
+}
+
+void serve(std::string_view messages, std::string_view delay) {
+    demo::Mailbox mailbox;
+    bench::fillWithSamples(mailbox, numberOf(messages));
+    bench::DelayedListener listener(mailbox, std::chrono::milliseconds(numberOf(delay)));
+    std::cout << listener.port() << std::endl;
+    listener.serve();
+}
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    if (argumentCount != 3) {
+        std::cerr << "usage: bench_pop3_server <messages> <delay of an answer in milliseconds>\n";
+        return 2;
+    }
+    try {
+        serve(arguments[1], arguments[2]);
+    } catch (const std::exception& error) {
+        std::cerr << "bench_pop3_server: " << error.what() << '\n';
+        return 1;
+    }
+    return 0;
+}
