@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace NetCodeLib {
+
+/** The error of encoded text that stops in the middle of a byte: the rest of it has been lost on the way. */
+inline constexpr int kEncodedTextCut = 20402;
+
+/**
+ * Turns base64 text back into bytes, as patiently as mail needs it. The text may come in pieces of any size;
+ * memory does not grow with it.
+ *
+ * - Line ends, blanks and any other foreign character are ignored, wherever they stand (RFC 2045 section
+ *   6.8): so is the "--" that begins the next boundary.
+ * - Padding ends the data, and nothing after it is looked at. RFC 2045 takes "=" as evidence of the end, and
+ *   what mailing lists write under an attachment consists mostly of letters of the alphabet. The price: of
+ *   several texts that were padded one by one and put together only the first is decoded.
+ * - At the end of the text padding may be missing, in whole or in part. Bits that padding leaves over are
+ *   dropped, whatever their value.
+ * - A character that is left over alone, before padding or at the end, holds less than a byte: the text has
+ *   been cut. A text cut between two groups of four cannot be told from a whole one.
+ *
+ *     decoder.append(piece, bytes); ... decoder.finish(bytes);
+ */
+class Base64Decoder {
+  public:
+    /**
+     * Adds the bytes that this piece completes.
+     * \throws RuntimeError kEncodedTextCut; the decoder can then begin anew.
+     */
+    void append(std::string_view text, std::string& bytes);
+
+    /** Adds the last bytes. The decoder can then begin anew. \throws RuntimeError kEncodedTextCut. */
+    void finish(std::string& bytes);
+
+  private:
+    char* take(char character, char* out);
+    char* endData(char* out);
+    void raiseIfCut();
+
+    /** The bits of the characters taken since the last whole group, and how many these are: 0 to 3. */
+    std::uint32_t bits_ = 0;
+    int characters_ = 0;
+    bool ended_ = false;
+    bool cut_ = false;
+};
+
+} // namespace NetCodeLib

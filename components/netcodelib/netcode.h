@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include <QString>
+
+namespace NetCodeLib {
+
+/** What the codec is told to do. */
+enum class Action : std::uint8_t { None = 0, Decode = 1, Encode = 2 };
+
+/**
+ * The transfer codec: turns a file into encoded text, or encoded text back into a file.
+ *
+ *     codec.setOverwrite(true);
+ *     codec.setSourceFile("C:\\DOCS\\REPORT.TXT"); codec.setTargetFile("C:\\REPORT.B64");
+ *     codec.setCodingFormat(NetCode::kBase64);
+ *     codec.setAction(Action::Encode);
+ *     codec.targetFile();
+ *
+ * Files are named by drive paths. A file of any size is worked off in pieces, in constant memory. The file
+ * that comes out may be read by the user only and is never executable.
+ *
+ * An encoded file is written where it stands, and removed when encoding fails. A decoded file takes the
+ * target's place when all of it has been decoded; when decoding fails, the target stays as it was. Either
+ * way no half of a file is left that could be taken for a whole one.
+ */
+class NetCode {
+  public:
+    /** The only coding format: base64 (RFC 2045 section 6.8). */
+    static constexpr int kBase64 = 1;
+
+    /**
+     * Called now and then while the codec works, and at the end, with bytes of the source. An error that it
+     * raises ends the work like any other.
+     */
+    std::function<void(std::int64_t bytesDone, std::int64_t bytesInAll)> Progress;
+
+    /** Whether a target that exists already may be replaced; if not, it is error 75. */
+    void setOverwrite(bool overwrite) noexcept { overwrite_ = overwrite; }
+
+    void setSourceFile(const QString& drivePath) { sourceFile_ = drivePath; }
+
+    void setTargetFile(const QString& drivePath) { targetFile_ = drivePath; }
+
+    QString targetFile() const { return targetFile_; }
+
+    /** \throws RuntimeError 5 for any format but kBase64. */
+    void setCodingFormat(int format);
+
+    /** The name that the coded file is known by. Base64 text carries no name, so nothing depends on it. */
+    void setFileName(const QString& name) { fileName_ = name; }
+
+    QString fileName() const { return fileName_; }
+
+    /**
+     * Does it, and returns when it is done; None does nothing.
+     * \throws RuntimeError 53 when there is no source file, 75 when a file is no plain file, may not be read
+     * or written, or is source and target at once, 68 when a drive is not ready, 57 when the source changes
+     * while it is read or a disk fails, 61 when the disk is full, kEncodedTextCut when the source's encoded
+     * text is incomplete.
+     */
+    void setAction(Action action);
+
+  private:
+    template <class Coder>
+    void convert(Coder coder);
+
+    QString sourceFile_;
+    QString targetFile_;
+    QString fileName_;
+    bool overwrite_ = false;
+};
+
+} // namespace NetCodeLib

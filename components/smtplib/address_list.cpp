@@ -1,0 +1,191 @@
+#include "components/smtplib/address_list.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "components/smtplib/address_tokens.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+namespace SMTPLib {
+
+namespace {
+using Kind = AddressToken::Kind;
+namespace errors = platform::errors;
+
+[[noreturn]] void refuse() {
+    throw platform::RuntimeError(errors::BadAddress);
+}
+
+/** Letters, digits, hyphens; and underscores, which real host names have. */
+bool isDomainLabel(std::string_view label) {
+    constexpr std::size_t maximumOctets = 63;
+    return !label.empty() && label.size() <= maximumOctets && label.front() != '-' && label.back() != '-' &&
+           std::all_of(label.begin(), label.end(), [](char character) {
+               return character == '-' || character == '_' || (character >= '0' && character <= '9') ||
+                      (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+           });
+}
+
+bool isDomainName(std::string_view name) {
+    for (;;) {
+        const std::size_t dot = name.find('.');
+        if (!isDomainLabel(name.substr(0, dot))) {
+            return false;
+        }
+        if (dot == std::string_view::npos) {
+            return true;
+        }
+        name.remove_prefix(dot + 1);
+    }
+}
+
+std::string localPartOnWire(const AddressToken& token) {
+    if (isDotAtom(token.text)) {
+        return token.text;
+    }
+    const bool printable = std::all_of(token.text.begin(), token.text.end(),
+                                       [](char character) { return character >= ' ' && character <= '~'; });
+    if (token.kind != Kind::Quoted || token.text.empty() || !printable) {
+        refuse();
+    }
+    std::string quoted = "\"";
+    for (const char character : token.text) {
+        if (character == '"' || character == '\\') {
+            quoted += '\\';
+        }
+        quoted += character;
+    }
+    return quoted + '"';
+}
+
+/** The words before the angle brackets, with a blank between any two. */
+void setDisplayName(Address& address, const std::vector<AddressToken>& words) {
+    for (const AddressToken& word : words) {
+        if (word.kind == Kind::Literal) {
+            refuse();
+        }
+        address.nameWasQuoted = address.nameWasQuoted || word.kind == Kind::Quoted;
+        address.displayName += (&word == &words.front() ? "" : " ") + word.text;
+    }
+}
+
+class AddressListParser {
+  public:
+    explicit AddressListParser(std::string_view text) : tokens_(text) { advance(); }
+
+    std::vector<Address> parse() {
+        while (token_.kind != Kind::End) {
+            parseItem();
+        }
+        if (inGroup_) {
+            refuse();
+        }
+        return std::move(addresses_);
+    }
+
+  private:
+    void advance() { token_ = tokens_.next(); }
+
+    void parseItem() {
+        const std::vector<AddressToken> words = takeWords();
+        if (token_.is('@')) {
+            addresses_.push_back(addressOf(words));
+            endItem();
+        } else if (token_.is('<')) {
+            advance();
+            Address address = addressOf(takeWords());
+            setDisplayName(address, words);
+            addresses_.push_back(std::move(address));
+            mustBe('>');
+            endItem();
+        } else if (token_.is(':') && !words.empty() && !inGroup_) {
+            inGroup_ = true;
+            advance();
+        } else if (words.empty()) {
+            endItem();
+        } else {
+            refuse();
+        }
+    }
+
+    std::vector<AddressToken> takeWords() {
+        std::vector<AddressToken> words;
+        while (token_.kind != Kind::Special && token_.kind != Kind::End) {
+            words.push_back(std::exchange(token_, tokens_.next()));
+        }
+        return words;
+    }
+
+    void mustBe(char special) {
+        if (!token_.is(special)) {
+            refuse();
+        }
+        advance();
+    }
+
+    /** The address whose words before the "@" these are; the "@" and the domain are taken. */
+    Address addressOf(const std::vector<AddressToken>& words) {
+        mustBe('@');
+        const AddressToken domain = std::exchange(token_, {});
+        advance();
+        if (words.size() != 1 || words.front().kind == Kind::Literal) {
+            refuse();
+        }
+        const bool isLiteral = domain.kind == Kind::Literal && domain.text != "[]";
+        if (!isLiteral && (domain.kind != Kind::Word || !isDomainName(domain.text))) {
+            refuse();
+        }
+        Address address;
+        address.localPart = localPartOnWire(words.front());
+        address.domain = domain.text;
+        constexpr std::size_t bracketsAndSign = 3;
+        if (address.localPart.size() > kMaximumLocalPartOctets ||
+            address.domain.size() > kMaximumDomainOctets ||
+            address.localPart.size() + address.domain.size() + bracketsAndSign > kMaximumPathOctets) {
+            refuse();
+        }
+        return address;
+    }
+
+    /** Takes the comma behind an item, or the end of the group with a comma behind it. */
+    void endItem() {
+        if (token_.is(';') && inGroup_) {
+            inGroup_ = false;
+            advance();
+        }
+        if (token_.kind != Kind::End) {
+            mustBe(',');
+        }
+    }
+
+    AddressTokens tokens_;
+    AddressToken token_;
+    bool inGroup_ = false;
+    std::vector<Address> addresses_;
+};
+} // namespace
+
+std::vector<Address> parseAddressList(std::string_view text) {
+    if (text.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos) {
+        throw platform::RuntimeError(errors::FieldHoldsLineEnd);
+    }
+    return AddressListParser(text).parse();
+}
+
+std::vector<std::string> distinctMailboxes(const std::vector<Address>& recipients,
+                                           const std::vector<Address>& copies) {
+    std::vector<std::string> mailboxes;
+    std::unordered_set<std::string> known;
+    for (const auto* list : {&recipients, &copies}) {
+        for (const Address& address : *list) {
+            if (known.insert(address.localPart + '@' + platform::upperCase(address.domain)).second) {
+                mailboxes.push_back(address.mailbox());
+            }
+        }
+    }
+    return mailboxes;
+}
+
+} // namespace SMTPLib

@@ -1,0 +1,143 @@
+#include "components/smtplib/folded_field.h"
+
+#include <algorithm>
+
+#include <QByteArray>
+#include <QString>
+
+#include "components/smtplib/address_tokens.h"
+#include "platform/text.h"
+
+namespace SMTPLib {
+
+namespace {
+constexpr std::string_view kBlanks = " \t";
+
+/** UTF-8 octets in one encoded word. In base64 they make a word that fits behind any field's name. */
+constexpr std::size_t kOctetsOfEncodedWord = 39;
+
+/** Longest unit that is left as it is: with the name before it, it stays below what a line may have. */
+constexpr std::size_t kMaximumUnitCharacters = 900;
+
+/** Longest name in quotes; a longer one would have to be folded inside them. */
+constexpr std::size_t kMaximumQuotedCharacters = 70;
+
+bool isPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char character) {
+        return (character >= ' ' && character <= '~') || character == '\t';
+    });
+}
+
+bool continuesCharacter(char octet) {
+    return (static_cast<unsigned char>(octet) & 0xC0U) == 0x80U;
+}
+
+/** Returns the text as units that each hold one encoded word, never with a part of a character. */
+std::vector<std::string> encodedWords(std::string_view text) {
+    // What is no UTF-8 is read as it would be shown, so that the label in the encoded word is true.
+    const std::string valid = platform::toBytes(platform::fromBytes(text));
+    std::vector<std::string> words;
+    for (std::size_t start = 0; start < valid.size();) {
+        std::size_t end = std::min(start + kOctetsOfEncodedWord, valid.size());
+        while (end < valid.size() && continuesCharacter(valid[end])) {
+            --end;
+        }
+        const QByteArray octets(valid.data() + start, static_cast<qsizetype>(end - start));
+        words.push_back(" =?UTF-8?B?" + octets.toBase64().toStdString() + "?=");
+        start = end;
+    }
+    return words;
+}
+
+/** Cuts before each run of blanks; blanks at the end stay with the last word, as no line may have only
+ * blanks. */
+std::vector<std::string> wordsWithBlanksBefore(std::string_view text) {
+    std::vector<std::string> units;
+    while (!text.empty()) {
+        const std::size_t word = std::min(text.find_first_not_of(kBlanks), text.size());
+        std::size_t end = std::min(text.find_first_of(kBlanks, word), text.size());
+        if (text.find_first_not_of(kBlanks, end) == std::string_view::npos) {
+            end = text.size();
+        }
+        units.emplace_back(text.substr(0, end));
+        text.remove_prefix(end);
+    }
+    return units;
+}
+
+bool anyTooLong(const std::vector<std::string>& units) {
+    return std::any_of(units.begin(), units.end(),
+                       [](const std::string& unit) { return unit.size() > kMaximumUnitCharacters; });
+}
+
+std::string quotedText(std::string_view text) {
+    std::string quoted = " \"";
+    for (const char character : text) {
+        if (character == '"' || character == '\\') {
+            quoted += '\\';
+        }
+        quoted += character;
+    }
+    return quoted + '"';
+}
+} // namespace
+
+FoldedField::FoldedField(std::string_view nameAndColon) : text_(nameAndColon) {}
+
+void FoldedField::makeRoomFor(std::size_t characters) {
+    if (!onlyName_ && text_.size() - lineStart_ + characters > kPreferredLineCharacters) {
+        text_ += "\r\n";
+        lineStart_ = text_.size();
+    }
+    onlyName_ = false;
+}
+
+void FoldedField::add(std::string_view unit) {
+    makeRoomFor(unit.size());
+    text_ += unit;
+}
+
+void FoldedField::addTogether(const std::vector<std::string>& units) {
+    std::size_t characters = 0;
+    for (const std::string& unit : units) {
+        characters += unit.size();
+    }
+    if (characters > kPreferredLineCharacters) {
+        for (const std::string& unit : units) {
+            add(unit);
+        }
+        return;
+    }
+    makeRoomFor(characters);
+    for (const std::string& unit : units) {
+        text_ += unit;
+    }
+}
+
+std::vector<std::string> unitsOfText(std::string_view text) {
+    if (text.empty()) {
+        return {};
+    }
+    std::vector<std::string> units = wordsWithBlanksBefore(' ' + std::string(text));
+    return isPlain(text) && !anyTooLong(units) ? units : encodedWords(text);
+}
+
+std::vector<std::string> unitsOfName(std::string_view name, bool quoted) {
+    if (name.empty()) {
+        return {};
+    }
+    if (!isPlain(name)) {
+        return encodedWords(name);
+    }
+    const bool atoms = std::all_of(name.begin(), name.end(), [](char character) {
+        return isAtomCharacter(character) || character == ' ';
+    });
+    if (atoms && !quoted) {
+        std::vector<std::string> units = wordsWithBlanksBefore(' ' + std::string(name));
+        return anyTooLong(units) ? encodedWords(name) : units;
+    }
+    const std::string unit = quotedText(name);
+    return unit.size() > kMaximumQuotedCharacters ? encodedWords(name) : std::vector<std::string>{unit};
+}
+
+} // namespace SMTPLib

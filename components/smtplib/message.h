@@ -1,0 +1,52 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <QDateTime>
+#include <QString>
+
+#include "components/smtplib/address_list.h"
+
+namespace SMTPLib {
+
+/** One message as it is typed. Texts are UTF-8. */
+struct Message {
+    /** One address, as "bob@example.org". */
+    std::string sender;
+    /** Addresses with commas between them; parseAddressList() says what they may look like. */
+    std::string recipients;
+    std::string copies;
+    std::string subject;
+    /** Further header lines, each with CR LF behind it; empty for none. */
+    std::string additionalHeaders;
+    /** With its angle brackets. A message that is tried again keeps its own. */
+    std::string messageId;
+    std::string body;
+    /** The drive path of a file whose content follows the body; empty for none. */
+    QString dataFile;
+};
+
+/** What of a message goes over the wire before its body. */
+struct PreparedMessage {
+    std::string sender;
+    /** Of recipients and copies together, each one once. */
+    std::vector<std::string> mailboxes;
+    /** With the blank line behind it. */
+    std::string header;
+};
+
+/**
+ * Checks all fields and makes the header of them. An empty Message-ID is left out.
+ * \throws RuntimeError 20403 when a field holds CR, LF or NUL, 20401 for an address that is none, 20402 when
+ * there is no recipient, 20404 for a wrong header line or Message-ID.
+ */
+PreparedMessage prepareMessage(const Message& message, const QDateTime& now);
+
+/**
+ * Returns a Message-ID for a message of this sender that no other message has (RFC 5322 section 3.6.4).
+ * \throws RuntimeError 20403 or 20401 when the sender is no address.
+ */
+std::string newMessageId(const std::string& sender, const QDateTime& now);
+
+} // namespace SMTPLib

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <QDateTime>
+
+#include "components/smtplib/address_list.h"
+
+namespace SMTPLib {
+
+/** What the header of a message is made of. */
+struct HeaderFields {
+    Address sender;
+    std::vector<Address> recipients;
+    std::vector<Address> copies;
+    /** UTF-8. */
+    std::string subject;
+    QDateTime date;
+    /** With its angle brackets; empty for none. */
+    std::string messageId;
+    /** Further lines, each with CR LF behind it. They may name none of the fields that are made here. */
+    std::string additionalLines;
+};
+
+/**
+ * Returns the header's lines, each with CR LF: From, To and Cc where there is somebody to name, Subject,
+ * Date, Message-ID, and the additional lines as they are. Lines are folded at blanks (RFC 5322 sections 2.1.1
+ * and 2.2.3); what is not ASCII goes out as encoded words (RFC 2047).
+ *
+ * \throws RuntimeError 20403 when the subject holds CR, LF or NUL, 20404 when the Message-ID or an additional
+ * line is none.
+ */
+std::string messageHeader(const HeaderFields& fields);
+
+/** A date as header lines have it (RFC 5322 section 3.3): English names, numeric zone, whatever the locale.
+ */
+std::string dateText(const QDateTime& date);
+
+/**
+ * Checks lines that are to become part of a header: every one has a name, a colon and a CR LF, or continues
+ * the one before; all are printable ASCII and no longer than a line may be.
+ * \throws RuntimeError 20404 when one is not so, or names a field that the client writes itself.
+ */
+void checkAdditionalLines(std::string_view lines);
+
+} // namespace SMTPLib

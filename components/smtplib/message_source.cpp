@@ -1,0 +1,66 @@
+#include "components/smtplib/message_source.h"
+
+#include <algorithm>
+
+#include "platform/runtime_error.h"
+
+namespace SMTPLib {
+
+MessageSource::MessageSource(std::string_view header, std::string_view body, const QString& dataFile)
+    : header_(header), body_(body), dataFile_(dataFile) {
+    if (!dataFile.isEmpty()) {
+        file_.emplace(dataFile);
+    }
+}
+
+MessageTotals MessageSource::measure() {
+    MessageTotals totals;
+    for (std::string piece; next(piece);) {
+        totals.octets += static_cast<std::int64_t>(piece.size());
+        totals.eightBit = totals.eightBit || std::any_of(piece.begin(), piece.end(), [](char octet) {
+                              return static_cast<unsigned char>(octet) >= 0x80;
+                          });
+    }
+    part_ = Part::Header;
+    bodyUsed_ = 0;
+    if (file_) {
+        const std::int64_t measured = file_->size();
+        file_.emplace(dataFile_);
+        // The server will be told the size, and half of a file that somebody still writes is worth nothing.
+        if (file_->size() != measured) {
+            throw platform::RuntimeError(platform::errors::DeviceInputOutput);
+        }
+    }
+    return totals;
+}
+
+bool MessageSource::next(std::string& piece) {
+    piece.clear();
+    // A piece of the file may be less than a line, and make no text yet.
+    while (piece.empty() && part_ != Part::End) {
+        if (part_ == Part::Header) {
+            piece = header_;
+            part_ = Part::Body;
+        } else if (part_ == Part::Body) {
+            const std::string_view text = body_.substr(bodyUsed_, kPieceOctets);
+            wire_.add(text, piece);
+            bodyUsed_ += text.size();
+            part_ = bodyUsed_ < body_.size() ? Part::Body : Part::File;
+        } else {
+            readFile(piece);
+        }
+    }
+    return !piece.empty();
+}
+
+void MessageSource::readFile(std::string& piece) {
+    buffer_.resize(kPieceOctets);
+    const std::string_view octets = file_ ? file_->read(buffer_) : std::string_view();
+    wire_.add(octets, piece);
+    if (octets.empty()) {
+        wire_.finish(piece);
+        part_ = Part::End;
+    }
+}
+
+} // namespace SMTPLib

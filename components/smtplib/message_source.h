@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <QString>
+
+#include "components/smtplib/wire_text.h"
+#include "platform/private_file.h"
+
+namespace SMTPLib {
+
+/** What a message amounts to on the wire. */
+struct MessageTotals {
+    /** Line ends counted, doubled dots not. */
+    std::int64_t octets = 0;
+    /** There are octets beyond ASCII. */
+    bool eightBit = false;
+};
+
+/**
+ * Header, body and data file as one stream of text for the wire. It is read twice, first for its size and
+ * then to be sent, and no more than a piece of the file is in memory.
+ *
+ *     MessageSource source(header, body, path);
+ *     const MessageTotals totals = source.measure();
+ *     for (std::string piece; source.next(piece); ) { ... }
+ */
+class MessageSource {
+  public:
+    /** Octets of the file that one piece is made of. */
+    static constexpr std::size_t kPieceOctets = 64U << 10U;
+
+    /**
+     * Opens the file; an empty path, which is one of the system's own, means none. Header and body must
+     * outlive the source.
+     * \throws RuntimeError 53 when there is no such file, 75 when it cannot be read or is not a plain one.
+     */
+    MessageSource(std::string_view header, std::string_view body, const QString& dataFile);
+
+    /** True when there is a file to read, which may take its time. */
+    bool hasFile() const { return file_.has_value(); }
+
+    /**
+     * Reads everything once and begins again.
+     * \throws RuntimeError 57 when the disk fails or the file changes meanwhile, and what opening it can
+     * raise.
+     */
+    MessageTotals measure();
+
+    /**
+     * Puts the next piece of the text in place of what the string holds; false when the text has ended.
+     * \throws RuntimeError 57 when the disk fails, or when the file has changed since it was opened.
+     */
+    bool next(std::string& piece);
+
+  private:
+    enum class Part { Header, Body, File, End };
+
+    void readFile(std::string& piece);
+
+    std::string_view header_;
+    std::string_view body_;
+    QString dataFile_;
+    std::optional<platform::RegularInput> file_;
+    Part part_ = Part::Header;
+    std::size_t bodyUsed_ = 0;
+    WireText wire_;
+    std::string buffer_;
+};
+
+} // namespace SMTPLib

@@ -1,0 +1,86 @@
+#include "components/smtplib/reply_reader.h"
+
+#include <algorithm>
+#include <charconv>
+#include <system_error>
+#include <utility>
+
+#include "platform/text.h"
+
+namespace SMTPLib {
+
+namespace {
+/** The three digits that a line starts with, or nothing. No reply starts with another digit than 2 to 5. */
+std::optional<int> codeOf(std::string_view line) {
+    int code = 0;
+    const std::string_view digits = line.substr(0, 3);
+    const auto [end, problem] = std::from_chars(digits.data(), digits.data() + digits.size(), code);
+    if (problem != std::errc{} || digits.size() != 3 || end != digits.data() + 3 || code < 200 ||
+        code > 599) {
+        return std::nullopt;
+    }
+    return code;
+}
+
+std::int64_t limitOf(std::string_view text) {
+    std::int64_t limit = 0;
+    const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), limit);
+    return problem == std::errc{} && end == text.data() + text.size() && limit > 0 ? limit : 0;
+}
+} // namespace
+
+Extensions extensionsOf(const Reply& reply) {
+    Extensions extensions;
+    // The first line is the server's name.
+    for (std::size_t index = 1; index < reply.lines.size(); ++index) {
+        const std::string_view line = reply.lines[index];
+        const std::size_t blank = line.find(' ');
+        const std::string keyword = platform::upperCase(line.substr(0, blank));
+        if (keyword == "SIZE") {
+            extensions.size = true;
+            extensions.sizeLimit = blank == std::string_view::npos ? 0 : limitOf(line.substr(blank + 1));
+        } else if (keyword == "8BITMIME") {
+            extensions.eightBit = true;
+        }
+    }
+    return extensions;
+}
+
+std::optional<Reply> ReplyReader::next() {
+    std::size_t used = 0;
+    bool complete = false;
+    while (!broken_ && !complete) {
+        const std::size_t lineFeed = input_.find('\n', std::max(used, lookedUntil_));
+        const std::size_t end = lineFeed == std::string::npos ? input_.size() : lineFeed;
+        // A CR before the LF is no part of the line.
+        if (end - used > kMaximumLineOctets + 1) {
+            broken_ = true;
+        } else if (lineFeed == std::string::npos) {
+            break;
+        } else {
+            complete = takeLine(std::string_view(input_).substr(used, lineFeed - used));
+            used = lineFeed + 1;
+        }
+    }
+    input_.erase(0, used);
+    lookedUntil_ = complete ? 0 : input_.size();
+    return complete ? std::optional(std::exchange(reply_, {})) : std::nullopt;
+}
+
+bool ReplyReader::takeLine(std::string_view line) {
+    if (line.ends_with('\r')) {
+        line.remove_suffix(1);
+    }
+    const std::optional<int> code = codeOf(line);
+    const char mark = line.size() > 3 ? line[3] : ' ';
+    const bool belongs = reply_.lines.empty() || code == reply_.code;
+    if (!code || !belongs || (mark != ' ' && mark != '-') || reply_.lines.size() == kMaximumLines) {
+        broken_ = true;
+        return false;
+    }
+    reply_.code = *code;
+    reply_.lines.emplace_back(line.substr(std::min<std::size_t>(line.size(), 4)));
+    return mark == ' ';
+}
+
+} // namespace SMTPLib

@@ -1,0 +1,256 @@
+#include "components/smtplib/smtp.h"
+
+
+#include "components/smtplib/error_numbers.h"
+#include "platform/background.h"
+#include "platform/drives.h"
+#include "platform/runtime_error.h"
+
+namespace SMTPLib {
+
+using platform::RuntimeError;
+using transport::Outcome;
+namespace errors = platform::errors;
+
+namespace {
+/** Sets the flag for as long as it lives. */
+class WhileRunning {
+  public:
+    explicit WhileRunning(bool& running) noexcept : running_(running) { running_ = true; }
+
+    ~WhileRunning() { running_ = false; }
+
+    WhileRunning(const WhileRunning&) = delete;
+    WhileRunning& operator=(const WhileRunning&) = delete;
+
+  private:
+    bool& running_;
+};
+} // namespace
+
+void SMTP::setBlocking(bool blocking) {
+    if (!blocking) {
+        throw RuntimeError(errors::InvalidProcedureCall);
+    }
+}
+
+template <class Action>
+void SMTP::asRequest(const Action& action) {
+    if (running_) {
+        throw RuntimeError(errors::MailServerBusy);
+    }
+    const WhileRunning running(running_);
+    try {
+        action();
+    } catch (...) {
+        // Whoever threw, a listener included: what the server expects next may be anything.
+        closeSession();
+        throw;
+    }
+}
+
+void SMTP::issueRequest(Request request) {
+    switch (request) {
+    case Request::OpenConnection:
+        if (connection_.isOpen()) {
+            throw RuntimeError(errors::MailServerBusy);
+        }
+        asRequest([this] { open(); });
+        break;
+    case Request::TransmitMessage:
+        asRequest([this] { transmit(); });
+        break;
+    case Request::CloseConnection:
+        // A session that is busy belongs to the request further down the stack, which goes on with it.
+        if (!running_ && connection_.isOpen()) {
+            asRequest([this] { close(); });
+        }
+        break;
+    }
+}
+
+void SMTP::open() {
+    const auto server = transport::parseServerName(host_, kDefaultPort);
+    if (!server) {
+        throw RuntimeError(errors::HostNotFound);
+    }
+    const Outcome outcome = connection_.open(*server, QDeadlineTimer(timeouts_.connection));
+    if (outcome != Outcome::Done) {
+        throw RuntimeError(SMTPLib::numberOf(outcome));
+    }
+    session_ = SmtpSession(addressLiteral(connection_.localAddress()));
+    mustCome<Opened>();
+}
+
+void SMTP::transmit() {
+    if (!connection_.isOpen()) {
+        throw RuntimeError(errors::SendingLost);
+    }
+    const QDateTime now = QDateTime::currentDateTime();
+    if (message_.messageId.empty()) {
+        message_.messageId = newMessageId(message_.sender, now);
+    }
+    // A listener, or a timer inside a wait, may set properties meanwhile; this message keeps what it has.
+    const Message message = message_;
+    PreparedMessage prepared = prepareMessage(message, now);
+    const QString dataFile = message.dataFile.isEmpty() ? QString() : platform::nativePath(message.dataFile);
+    MessageSource source(prepared.header, message.body, dataFile);
+    const MessageTotals totals = measured(source);
+    session_.begin(
+        {std::move(prepared.sender), std::move(prepared.mailboxes), totals.octets, totals.eightBit});
+    mustCome<ContentWanted>();
+    sendContent(source, totals.octets);
+    mustCome<Accepted>();
+    message_.messageId.clear();
+}
+
+MessageTotals SMTP::measured(MessageSource& source) const {
+    MessageTotals totals;
+    if (source.hasFile()) {
+        platform::runInBackground([&] { totals = source.measure(); });
+    } else {
+        totals = source.measure();
+    }
+    return totals;
+}
+
+/** Sends the text and the final dot; stops, without the dot, when the server speaks before its turn. */
+void SMTP::sendContent(MessageSource& source, std::int64_t totalOctets) {
+    std::int64_t doneOctets = 0;
+    const auto progress = [&] {
+        if (Progress) {
+            Progress(doneOctets, totalOctets);
+        }
+    };
+    progress();
+    for (std::string piece; source.next(piece);) {
+        if (session_.hasUnusedBytes() || connection_.hasBytes()) {
+            return;
+        }
+        session_.addContent(piece);
+        connection_.enqueue(session_.takeOutput());
+        const Outcome outcome = connection_.waitUntilSentOrAnswered(QDeadlineTimer(timeouts_.dataBlock));
+        if (outcome != Outcome::Done) {
+            throw RuntimeError(SMTPLib::numberOf(outcome));
+        }
+        doneOctets += static_cast<std::int64_t>(piece.size());
+        progress();
+    }
+    if (!session_.hasUnusedBytes() && !connection_.hasBytes()) {
+        session_.endContent();
+    }
+}
+
+void SMTP::close() {
+    if (session_.canQuit()) {
+        session_.quit();
+        awaitEvent();
+    }
+    closeSession();
+}
+
+/** Waits for the event that this one is to be. \throws RuntimeError the number of any other one. */
+template <class Wanted>
+void SMTP::mustCome() {
+    const Event event = awaitEvent();
+    if (!std::holds_alternative<Wanted>(event)) {
+        throw RuntimeError(numberOf(event));
+    }
+}
+
+/** Sends what is to be sent and waits for the next event that decides something. */
+Event SMTP::awaitEvent() {
+    QDeadlineTimer deadline(patience());
+    for (;;) {
+        // What has come is used up first, also from a server that has hung up since.
+        while (auto event = session_.nextEvent()) {
+            if (const auto* replied = std::get_if<Replied>(&*event)) {
+                raise(replied->reply);
+            } else {
+                return *std::move(event);
+            }
+        }
+        if (sendOutput()) {
+            deadline = QDeadlineTimer(patience());
+        }
+        const Outcome outcome = connection_.isOpen() ? connection_.waitForBytes(deadline) : Outcome::Lost;
+        if (outcome != Outcome::Done) {
+            return Failed{outcome == Outcome::TimedOut ? FailureKind::TimedOut : FailureKind::Lost};
+        }
+        session_.receive(connection_.takeBytes());
+    }
+}
+
+bool SMTP::sendOutput() {
+    const std::string output = session_.takeOutput();
+    if (output.empty() || !connection_.isOpen()) {
+        return false;
+    }
+    connection_.send(output);
+    if (PITrail) {
+        for (const std::string& shown : session_.shownOutput()) {
+            PITrail(Direction::ToServer, shown);
+        }
+    }
+    return true;
+}
+
+void SMTP::raise(const Reply& reply) const {
+    if (!PITrail) {
+        return;
+    }
+    for (const std::string& line : reply.lines) {
+        const char mark = &line == &reply.lines.back() ? ' ' : '-';
+        PITrail(Direction::FromServer, std::to_string(reply.code) + mark + line);
+    }
+}
+
+int SMTP::numberOf(const Event& event) const {
+    if (const auto* refused = std::get_if<Refused>(&event)) {
+        return SMTPLib::numberOf(*refused);
+    }
+    if (std::holds_alternative<TooLarge>(event)) {
+        return errors::MessageTooLarge;
+    }
+    const auto* const failed = std::get_if<Failed>(&event);
+    // A final dot that never left this computer has not made a message complete.
+    const bool dotLeft = session_.mayHaveBeenSent() && connection_.unsentBytes() == 0;
+    return SMTPLib::numberOf(failed != nullptr ? failed->kind : FailureKind::OutOfStep, dotLeft);
+}
+
+std::chrono::milliseconds SMTP::patience() const {
+    switch (session_.state()) {
+    case SmtpSession::State::Greeting:
+        return timeouts_.greeting;
+    case SmtpSession::State::Hello:
+        return timeouts_.hello;
+    case SmtpSession::State::Sender:
+        return timeouts_.sender;
+    case SmtpSession::State::Recipients:
+        return timeouts_.recipient;
+    case SmtpSession::State::Data:
+        return timeouts_.data;
+    case SmtpSession::State::Content:
+        return timeouts_.dataBlock;
+    case SmtpSession::State::Confirmation:
+        return timeouts_.confirmation;
+    default:
+        return timeouts_.farewell;
+    }
+}
+
+/** Closes, with a QUIT that nobody waits for where the server would understand one. */
+void SMTP::closeSession() {
+    if (!connection_.isOpen()) {
+        connection_.abort();
+    } else if (session_.canQuit()) {
+        session_.quit();
+        connection_.send(session_.takeOutput());
+        connection_.close();
+    } else {
+        // Half a message may still be on its way; it must not leave after its failure has been told.
+        connection_.abort();
+    }
+}
+
+} // namespace SMTPLib

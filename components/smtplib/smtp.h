@@ -1,0 +1,143 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include <QString>
+
+#include "components/smtplib/message.h"
+#include "components/smtplib/message_source.h"
+#include "components/smtplib/smtp_session.h"
+#include "components/transport/connection.h"
+
+namespace SMTPLib {
+
+/** The request codes of the component. */
+enum class Request : std::uint8_t { CloseConnection = 2, TransmitMessage = 3, OpenConnection = 4 };
+
+enum class Direction { ToServer, FromServer };
+
+/** How long the component waits (RFC 5321 section 4.5.3.2, but for the first and the last). Tests shorten it.
+ */
+struct Timeouts {
+    /** For the name and the connection. */
+    std::chrono::milliseconds connection = std::chrono::minutes(1);
+    std::chrono::milliseconds greeting = std::chrono::minutes(5);
+    std::chrono::milliseconds hello = std::chrono::minutes(5);
+    std::chrono::milliseconds sender = std::chrono::minutes(5);
+    std::chrono::milliseconds recipient = std::chrono::minutes(5);
+    std::chrono::milliseconds data = std::chrono::minutes(2);
+    /** For each piece of the message to leave. */
+    std::chrono::milliseconds dataBlock = std::chrono::minutes(3);
+    /** After the final dot. Giving up early makes duplicates, as the server may have the message already. */
+    std::chrono::milliseconds confirmation = std::chrono::minutes(10);
+    /** For the answer to QUIT, on which nothing depends. */
+    std::chrono::milliseconds farewell = std::chrono::seconds(5);
+};
+
+/**
+ * The SMTP client (RFC 5321). One message takes:
+ *
+ *     smtp.setBlocking(true);
+ *     smtp.setHost(...);
+ *     smtp.issueRequest(Request::OpenConnection);   // greeting, EHLO
+ *     smtp.setSender(...); smtp.setRecipients(...); smtp.setCopies(...); smtp.setSubject(...);
+ *     smtp.setAdditionalHeaders(...); smtp.setBody(...); smtp.setDataFile(...);
+ *     smtp.issueRequest(Request::TransmitMessage);  // MAIL, RCPT, DATA; raises Progress
+ *     smtp.issueRequest(Request::CloseConnection);  // QUIT
+ *
+ * A request blocks its caller, while the windows stay alive, and raises its events from the caller's own
+ * frame: an error thrown by a listener reaches the caller of the request.
+ *
+ * Every request can raise a RuntimeError. 20102 when another request is running, and for opening while a
+ * session is open; 26002, 25062, 25052 when the name is unknown, the connection refused, the network
+ * unreachable; 53, 68, 75, 57 when the data file cannot be read; and those of 204xx, which tell why the
+ * message was not sent, or that it may have been (20442 to 20444). After any error the session is closed.
+ * Closing while another request runs, or with nothing open, does nothing, and closing raises no error of its
+ * own: what the server has confirmed is sent.
+ *
+ * All recipients get the message, or none: the first one whom the server refuses ends the attempt. The
+ * component sends nothing twice by itself.
+ */
+class SMTP {
+  public:
+    static constexpr std::uint16_t kDefaultPort = 25;
+
+    /** Raised for every command and every line of an answer, as it came; never with text of the message. */
+    std::function<void(Direction direction, const std::string& message)> PITrail;
+    /** Raised while a message is transmitted, with the octets that have left and those that there are. */
+    std::function<void(std::int64_t bytesDone, std::int64_t bytesTotal)> Progress;
+
+    explicit SMTP(Timeouts timeouts = {}) : timeouts_(timeouts) {}
+
+    /**
+     * Requests return when they are done. There is no other way, so true changes nothing.
+     * \throws RuntimeError 5 for false.
+     */
+    void setBlocking(bool blocking);
+
+    /** `host`, `host:port` or `[address]:port`. */
+    void setHost(const QString& host) { host_ = host; }
+
+    void setTimeouts(Timeouts timeouts) { timeouts_ = timeouts; }
+
+    /** One address. */
+    void setSender(std::string sender) { message_.sender = std::move(sender); }
+
+    /** Addresses with commas between them; see parseAddressList(). */
+    void setRecipients(std::string recipients) { message_.recipients = std::move(recipients); }
+
+    void setCopies(std::string copies) { message_.copies = std::move(copies); }
+
+    /** UTF-8. */
+    void setSubject(std::string subject) { message_.subject = std::move(subject); }
+
+    /** Header lines besides those that the component writes, each with CR LF behind it. */
+    void setAdditionalHeaders(std::string lines) { message_.additionalHeaders = std::move(lines); }
+
+    /** Any text; WireText says what is made of it. No MIME header is added. */
+    void setBody(std::string body) { message_.body = std::move(body); }
+
+    /** The drive path of a file whose content follows the body directly; empty for none. */
+    void setDataFile(const QString& path) { message_.dataFile = path; }
+
+    /**
+     * The Message-ID. When it is empty, the transmission makes one and leaves it here, so that the same
+     * message tried again has the same one and its readers can tell. A confirmed message empties it.
+     */
+    void setMessageId(std::string id) { message_.messageId = std::move(id); }
+
+    const std::string& messageId() const noexcept { return message_.messageId; }
+
+    void issueRequest(Request request);
+
+  private:
+    template <class Action>
+    void asRequest(const Action& action);
+    void open();
+    void transmit();
+    void close();
+    MessageTotals measured(MessageSource& source) const;
+    void sendContent(MessageSource& source, std::int64_t totalOctets);
+
+    template <class Wanted>
+    void mustCome();
+    Event awaitEvent();
+    bool sendOutput();
+    void raise(const Reply& reply) const;
+    int numberOf(const Event& event) const;
+    std::chrono::milliseconds patience() const;
+    void closeSession();
+
+    Timeouts timeouts_;
+    QString host_;
+    Message message_;
+    transport::Connection connection_;
+    SmtpSession session_;
+    bool running_ = false;
+};
+
+} // namespace SMTPLib

@@ -1,0 +1,104 @@
+#include "components/smtplib/wire_text.h"
+
+namespace SMTPLib {
+
+namespace {
+bool continuesCharacter(char octet) noexcept {
+    return (static_cast<unsigned char>(octet) & 0xC0U) == 0x80U;
+}
+
+/**
+ * How far the text goes on without CR, LF and NUL. It looks no further than one line is long, so that text
+ * full of one of them costs no more than other text.
+ */
+std::size_t octetsOfRun(std::string_view text) {
+    text = text.substr(0, kMaximumTextLineOctets);
+    for (const char end : {'\n', '\r', '\0'}) {
+        text = text.substr(0, text.find(end));
+    }
+    return text.size();
+}
+
+/** How many octets of a line, of which more than the maximum are known, stay before the break. */
+std::size_t octetsBeforeBreak(std::string_view line) {
+    const std::size_t blank = line.substr(0, kMaximumTextLineOctets).find_last_of(" \t");
+    if (blank != std::string_view::npos) {
+        return blank + 1;
+    }
+    constexpr std::size_t longestCharacter = 4;
+    std::size_t end = kMaximumTextLineOctets;
+    while (continuesCharacter(line[end]) && kMaximumTextLineOctets - end < longestCharacter) {
+        --end;
+    }
+    // What has no start of a character there is no UTF-8.
+    return continuesCharacter(line[end]) ? kMaximumTextLineOctets : end;
+}
+} // namespace
+
+void WireText::add(std::string_view piece, std::string& output) {
+    while (!piece.empty()) {
+        if (piece.front() == '\0') {
+            piece.remove_prefix(1);
+            continue;
+        }
+        if (carriageReturn_) {
+            endLine(output);
+            carriageReturn_ = false;
+            if (piece.front() == '\n') {
+                piece.remove_prefix(1);
+                continue;
+            }
+        }
+        const std::size_t run = octetsOfRun(piece);
+        addToLine(piece.substr(0, run), output);
+        piece.remove_prefix(run);
+        if (piece.starts_with('\r')) {
+            carriageReturn_ = true;
+            piece.remove_prefix(1);
+        } else if (piece.starts_with('\n')) {
+            endLine(output);
+            piece.remove_prefix(1);
+        }
+    }
+}
+
+void WireText::finish(std::string& output) {
+    if (carriageReturn_ || !line_.empty()) {
+        endLine(output);
+        carriageReturn_ = false;
+    }
+}
+
+void WireText::addToLine(std::string_view run, std::string& output) {
+    while (line_.size() + run.size() > kMaximumTextLineOctets) {
+        const std::size_t octets = kMaximumTextLineOctets + 1 - line_.size();
+        line_.append(run.substr(0, octets));
+        run.remove_prefix(octets);
+        const std::size_t kept = octetsBeforeBreak(line_);
+        output.append(line_, 0, kept);
+        output += "\r\n";
+        line_.erase(0, kept);
+    }
+    line_.append(run);
+}
+
+void WireText::endLine(std::string& output) {
+    output += line_;
+    output += "\r\n";
+    line_.clear();
+}
+
+void DotStuffer::add(std::string_view piece, std::string& output) {
+    while (!piece.empty()) {
+        if (atLineStart_ && piece.front() == '.') {
+            output += '.';
+        }
+        const std::size_t lineFeed = piece.find('\n');
+        atLineStart_ = lineFeed != std::string_view::npos;
+        const std::size_t octets = atLineStart_ ? lineFeed + 1 : piece.size();
+        output.append(piece.substr(0, octets));
+        piece.remove_prefix(octets);
+    }
+}
+
+} // namespace SMTPLib

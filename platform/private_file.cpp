@@ -1,0 +1,267 @@
+#include "platform/private_file.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <optional>
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "platform/runtime_error.h"
+
+namespace platform {
+
+namespace {
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+// Opening a pipe or a device must neither wait nor make a terminal the program's own.
+constexpr int kAlways = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+
+std::string systemPath(const QString& nativePath) {
+    if (nativePath.contains(QChar(u'\0'))) {
+        throw RuntimeError(errors::PathFileAccess);
+    }
+    return QFile::encodeName(nativePath).toStdString();
+}
+
+void requireOwnPlainFile(const struct stat& status) {
+    if (!S_ISREG(status.st_mode) || status.st_uid != ::geteuid() || status.st_nlink > 1) {
+        throw RuntimeError(errors::PathFileAccess);
+    }
+}
+
+struct stat statusOf(const FileDescriptor& file) {
+    struct stat status {};
+
+    if (::fstat(file.number(), &status) != 0) {
+        throw RuntimeError(openingErrorNumber(errno));
+    }
+    return status;
+}
+
+/** Opens a file that is there for writing, without changing it yet; nothing when there is none. */
+std::optional<FileDescriptor> openExisting(const std::string& path) {
+    struct stat status {};
+
+    if (::lstat(path.c_str(), &status) != 0) {
+        if (errno == ENOENT) {
+            return std::nullopt;
+        }
+        throw RuntimeError(openingErrorNumber(errno));
+    }
+    // Asked before, because opening a device may already set it in motion, and after, because another file
+    // may have come in its place meanwhile.
+    requireOwnPlainFile(status);
+    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_NOFOLLOW | kAlways));
+    if (!file.isOpen()) {
+        throw RuntimeError(openingErrorNumber(errno));
+    }
+    requireOwnPlainFile(statusOf(file));
+    return file;
+}
+
+FileDescriptor createNew(const std::string& path) {
+    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | kAlways, kOwnerOnly));
+    if (!file.isOpen()) {
+        throw RuntimeError(openingErrorNumber(errno));
+    }
+    return file;
+}
+
+/** Takes away rights that an older file may give. */
+void makePrivate(const FileDescriptor& file) {
+    const mode_t mode = statusOf(file).st_mode & static_cast<mode_t>(ALLPERMS);
+    if ((mode & ~kOwnerOnly) == 0 || ::fchmod(file.number(), mode & kOwnerOnly) == 0) {
+        return;
+    }
+    // The file systems of memory sticks keep no rights; there the rights of the whole stick hold.
+    if (errno != EPERM && errno != EOPNOTSUPP) {
+        throw RuntimeError(openingErrorNumber(errno));
+    }
+}
+
+/** A name next to the path for mkostemp. It does not contain the path's own name, which may be the longest.
+ */
+std::string temporaryNameBeside(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1) + ".brindlewake-XXXXXX";
+}
+} // namespace
+
+int openingErrorNumber(int systemError) noexcept {
+    switch (systemError) {
+    case ENOSPC:
+    case EDQUOT:
+        return errors::DiskFull;
+    case ENOMEM:
+        return errors::OutOfMemory;
+    case EIO:
+        return errors::DeviceInputOutput;
+    case ENODEV:
+    case ENOMEDIUM:
+        return errors::DeviceUnavailable;
+    default:
+        return errors::PathFileAccess;
+    }
+}
+
+int writingErrorNumber(int systemError) noexcept {
+    const int number = openingErrorNumber(systemError);
+    const bool rights = systemError == EACCES || systemError == EPERM || systemError == EROFS;
+    return number == errors::PathFileAccess && !rights ? errors::DeviceInputOutput : number;
+}
+
+FileDescriptor::~FileDescriptor() {
+    if (isOpen()) {
+        ::close(number_);
+    }
+}
+
+RegularInput::RegularInput(const QString& nativePath) {
+    const std::string path = systemPath(nativePath);
+
+    struct stat status {};
+
+    if (::stat(path.c_str(), &status) != 0) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR;
+        // A link that leads nowhere is there.
+        if (missing && ::lstat(path.c_str(), &status) != 0) {
+            throw RuntimeError(errors::FileNotFound);
+        }
+        throw RuntimeError(errors::PathFileAccess);
+    }
+    if (S_ISREG(status.st_mode)) {
+        file_ = FileDescriptor(::open(path.c_str(), O_RDONLY | kAlways));
+    }
+    if (!file_.isOpen()) {
+        throw RuntimeError(errors::PathFileAccess);
+    }
+    status = statusOf(file_);
+    if (!S_ISREG(status.st_mode)) {
+        throw RuntimeError(errors::PathFileAccess);
+    }
+    size_ = status.st_size;
+}
+
+std::string_view RegularInput::read(std::span<char> buffer) {
+    ssize_t bytes = -1;
+    do {
+        bytes = ::read(file_.number(), buffer.data(), buffer.size());
+    } while (bytes < 0 && errno == EINTR);
+    if (bytes < 0) {
+        throw RuntimeError(errors::DeviceInputOutput);
+    }
+    bytesRead_ += bytes;
+    if (bytesRead_ > size_ || (bytes == 0 && bytesRead_ < size_)) {
+        throw RuntimeError(errors::DeviceInputOutput);
+    }
+    return {buffer.data(), static_cast<std::size_t>(bytes)};
+}
+
+bool RegularInput::isFileOf(const QString& nativePath) const {
+    struct stat other {};
+    const struct stat own = statusOf(file_);
+    return ::stat(systemPath(nativePath).c_str(), &other) == 0 && other.st_dev == own.st_dev &&
+           other.st_ino == own.st_ino;
+}
+
+PrivateOutput::PrivateOutput(const QString& nativePath, Writing writing, Existing existing)
+    : path_(systemPath(nativePath)), writing_(writing), existing_(existing) {
+    if (writing_ == Writing::BesideTarget) {
+        openBeside();
+    } else {
+        openInPlace();
+    }
+}
+
+PrivateOutput::~PrivateOutput() {
+    if (!finished_) {
+        undo();
+    }
+}
+
+void PrivateOutput::openInPlace() {
+    writtenPath_ = path_;
+    auto existing = existing_ == Existing::Replace ? openExisting(path_) : std::nullopt;
+    created_ = !existing.has_value();
+    file_ = created_ ? createNew(path_) : *std::move(existing);
+    makePrivate(file_);
+    if (writing_ == Writing::InPlace && ::ftruncate(file_.number(), 0) != 0) {
+        throw RuntimeError(writingErrorNumber(errno));
+    }
+    bytesBefore_ = ::lseek(file_.number(), 0, SEEK_END);
+    if (bytesBefore_ < 0) {
+        throw RuntimeError(errors::DeviceInputOutput);
+    }
+}
+
+void PrivateOutput::openBeside() {
+    struct stat status {};
+
+    if (existing_ == Existing::Refuse && ::lstat(path_.c_str(), &status) == 0) {
+        throw RuntimeError(errors::PathFileAccess);
+    }
+    // Replacing needs rights to the folder only; what may not be written into is not replaced either.
+    openExisting(path_);
+    writtenPath_ = temporaryNameBeside(path_);
+    file_ = FileDescriptor(::mkostemp(writtenPath_.data(), O_CLOEXEC));
+    if (!file_.isOpen()) {
+        throw RuntimeError(openingErrorNumber(errno));
+    }
+    created_ = true;
+}
+
+void PrivateOutput::write(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file_.number(), bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) {
+            continue;
+        }
+        if (written < 0) {
+            throw RuntimeError(writingErrorNumber(errno));
+        }
+        bytesWritten_ += written;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void PrivateOutput::finish() {
+    if (statusOf(file_).st_size != bytesBefore_ + bytesWritten_) {
+        throw RuntimeError(errors::DeviceInputOutput);
+    }
+    // A network's disk may tell only at closing that it is full. A second descriptor is closed to hear it,
+    // as the first one is needed for undoing.
+    const int second = ::dup(file_.number());
+    if (second < 0 || ::close(second) != 0) {
+        throw RuntimeError(writingErrorNumber(errno));
+    }
+    if (writing_ == Writing::BesideTarget) {
+        const unsigned flags = existing_ == Existing::Refuse ? RENAME_NOREPLACE : 0U;
+        if (::renameat2(AT_FDCWD, writtenPath_.c_str(), AT_FDCWD, path_.c_str(), flags) != 0) {
+            throw RuntimeError(openingErrorNumber(errno));
+        }
+    }
+    finished_ = true;
+}
+
+void PrivateOutput::undo() noexcept {
+    if (writing_ == Writing::Append && !created_) {
+        // Nothing can be done when even this fails; the caller has an error to report already.
+        static_cast<void>(!::ftruncate(file_.number(), bytesBefore_));
+        return;
+    }
+
+    struct stat named {};
+
+    struct stat own {};
+
+    const bool still = ::fstat(file_.number(), &own) == 0 && ::lstat(writtenPath_.c_str(), &named) == 0 &&
+                       named.st_dev == own.st_dev && named.st_ino == own.st_ino;
+    if (still) {
+        ::unlink(writtenPath_.c_str());
+    }
+}
+
+} // namespace platform

@@ -1,0 +1,142 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <QString>
+
+namespace platform {
+
+/** The error number for a system error that came while a file was opened or put in its place. */
+int openingErrorNumber(int systemError) noexcept;
+
+/** The error number for a system error that came while a file was written: 61 for a full disk or quota. */
+int writingErrorNumber(int systemError) noexcept;
+
+/** An open file, closed when it goes. */
+class FileDescriptor {
+  public:
+    FileDescriptor() = default;
+
+    explicit FileDescriptor(int number) noexcept : number_(number) {}
+
+    FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
+
+    FileDescriptor(const FileDescriptor&) = delete;
+    FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+    ~FileDescriptor();
+
+    bool isOpen() const noexcept { return number_ >= 0; }
+
+    int number() const noexcept { return number_; }
+
+  private:
+    int number_ = -1;
+};
+
+/** A plain file that is read in pieces, from its start to the end that it had when it was opened. */
+class RegularInput {
+  public:
+    /**
+     * Opens the file; a link to a plain file is followed. Never waits.
+     * \throws RuntimeError 53 when there is none, 75 when it may not be read or is a folder, a pipe or a
+     * device.
+     */
+    explicit RegularInput(const QString& nativePath);
+
+    /** Bytes of the whole file. */
+    std::int64_t size() const noexcept { return size_; }
+
+    std::int64_t bytesRead() const noexcept { return bytesRead_; }
+
+    /**
+     * Reads on into the buffer, which must not be empty, and returns what came; nothing at the end.
+     * \throws RuntimeError 57 when the file has shrunk or grown since it was opened, or the disk fails.
+     */
+    std::string_view read(std::span<char> buffer);
+
+    /** Whether the path leads to the very file that is being read. */
+    bool isFileOf(const QString& nativePath) const;
+
+  private:
+    FileDescriptor file_;
+    std::int64_t size_ = 0;
+    std::int64_t bytesRead_ = 0;
+};
+
+enum class Writing {
+    /** The file itself is emptied and written; a failure removes it. */
+    InPlace,
+    /** The file keeps what it has and gets more; a failure takes away what was added. */
+    Append,
+    /** A new file next to it is written and takes its place at the end; a failure leaves the old one. */
+    BesideTarget
+};
+
+enum class Existing { Replace, Refuse };
+
+/**
+ * A file that only the user may read, mode 0600, written in pieces.
+ *
+ *     PrivateOutput output(path, Writing::InPlace);
+ *     output.write(bytes); ...
+ *     output.finish();
+ *
+ * Whatever stands in the file's place must be the user's own plain file, under no second name. Somebody may
+ * have put a link there, for the program to overwrite the file at its other end; or a pipe, to make it wait.
+ * The folders on the way are trusted.
+ *
+ * Without a finish() that succeeds the file was never written: see Writing for what is left then.
+ */
+class PrivateOutput {
+  public:
+    /**
+     * Opens the file, or makes it. Never waits.
+     * \throws RuntimeError 75 when what is there is a link, a folder, a pipe, a device, somebody else's, of
+     * several names, not to be replaced, or when the folder is missing or closed to the user; 61 when the
+     * disk is full.
+     */
+    PrivateOutput(const QString& nativePath, Writing writing, Existing existing = Existing::Replace);
+
+    ~PrivateOutput();
+
+    PrivateOutput(const PrivateOutput&) = delete;
+    PrivateOutput& operator=(const PrivateOutput&) = delete;
+
+    /** \throws RuntimeError 61 when the disk is full, 57 when it fails otherwise. */
+    void write(std::string_view bytes);
+
+    /**
+     * Makes the file count. Call it once, last.
+     * \throws RuntimeError 61 when the disk turns out to be full, 57 when it fails, or when somebody else
+     * has written into the file, 75 when the file cannot be put in its place.
+     */
+    void finish();
+
+  private:
+    void openInPlace();
+    void openBeside();
+    void undo() noexcept;
+
+    std::string path_;
+    Writing writing_;
+    Existing existing_;
+    /** What is being written: the target itself, or the file beside it. */
+    std::string writtenPath_;
+    FileDescriptor file_;
+    bool created_ = false;
+    bool finished_ = false;
+    std::int64_t bytesBefore_ = 0;
+    std::int64_t bytesWritten_ = 0;
+};
+
+} // namespace platform

@@ -1,0 +1,39 @@
+#include "components/smtplib/commands.h"
+
+#include <string>
+
+#include <QHostAddress>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace SMTPLib;
+
+TEST(AddressLiteral, IsTheAddressInBrackets) {
+    const auto literalOf = [](const char* address) {
+        return addressLiteral(QHostAddress(QString::fromLatin1(address)));
+    };
+    EXPECT_EQ(literalOf("192.0.2.1"), "[192.0.2.1]");
+    EXPECT_EQ(literalOf("::ffff:192.0.2.1"), "[192.0.2.1]");
+    EXPECT_EQ(literalOf("2001:db8::1"), "[IPv6:2001:db8::1]");
+    EXPECT_EQ(literalOf("fe80::1%eth0"), "[IPv6:fe80::1]") << "the zone means nothing to the server";
+    EXPECT_EQ(addressLiteral(QHostAddress()), "[127.0.0.1]");
+}
+
+TEST(MailCommand, TellsWhatTheServerKnows) {
+    const Envelope ascii{"bob@example.org", {}, 1234, false};
+    const Envelope eightBit{"bob@example.org", {}, 1234, true};
+    EXPECT_EQ(mailCommand(ascii, false, false), "MAIL FROM:<bob@example.org>");
+    EXPECT_EQ(mailCommand(ascii, true, true), "MAIL FROM:<bob@example.org> SIZE=1234");
+    EXPECT_EQ(mailCommand(eightBit, true, true), "MAIL FROM:<bob@example.org> SIZE=1234 BODY=8BITMIME");
+    EXPECT_EQ(mailCommand(eightBit, true, false), "MAIL FROM:<bob@example.org> SIZE=1234");
+}
+
+TEST(MailCommand, IsNeverTooLong) {
+    const Envelope longest{std::string(254, 'x'), {}, INT64_MAX, true};
+    EXPECT_LE(mailCommand(longest, true, true).size() + 2, kMaximumCommandOctets);
+    EXPECT_LE(rcptCommand(longest.sender).size() + 2, kMaximumCommandOctets);
+}
+
+} // namespace

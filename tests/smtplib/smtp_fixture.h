@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+
+#include <gtest/gtest.h>
+
+#include "components/smtplib/smtp.h"
+#include "platform/runtime_error.h"
+#include "tests/smtplib/smtp_script.h"
+#include "tests/support/application.h"
+#include "tests/support/scripted_server.h"
+
+namespace support {
+
+/** An SMTP component that remembers what it raises. */
+class SmtpTest : public testing::Test {
+  protected:
+    SmtpTest() {
+        application();
+        smtp.setBlocking(true);
+        smtp.PITrail = [this](SMTPLib::Direction direction, const std::string& message) {
+            trail.push_back((direction == SMTPLib::Direction::ToServer ? "> " : "< ") + message);
+        };
+        smtp.Progress = [this](std::int64_t bytesDone, std::int64_t bytesTotal) {
+            progress.emplace_back(bytesDone, bytesTotal);
+        };
+    }
+
+    /** A message from Bob to Ann and Carl. */
+    void fillIn() {
+        smtp.setSender("bob@example.org");
+        smtp.setRecipients("Ann <ann@example.org>");
+        smtp.setCopies("carl@example.org");
+        smtp.setSubject("Hello");
+        smtp.setBody("text\r\n");
+    }
+
+    /** The number of the error that the request raises; 0 for none. */
+    int request(SMTPLib::Request code) {
+        return platform::errorNumberOf([&] { smtp.issueRequest(code); });
+    }
+
+    int open() { return request(SMTPLib::Request::OpenConnection); }
+
+    int open(const ScriptedServer& server) {
+        smtp.setHost(server.address());
+        return open();
+    }
+
+    int transmit() { return request(SMTPLib::Request::TransmitMessage); }
+
+    int close() { return request(SMTPLib::Request::CloseConnection); }
+
+    /** Opens, transmits and closes, as the compose window does it; the first error. */
+    int send() {
+        if (const int error = open(); error != 0) {
+            return error;
+        }
+        if (const int error = transmit(); error != 0) {
+            return error;
+        }
+        return close();
+    }
+
+    int send(const ScriptedServer& server) {
+        smtp.setHost(server.address());
+        return send();
+    }
+
+    /** Lets timers and sockets work until it is so; false after the time limit. */
+    template <class Condition>
+    static bool eventsRunUntil(const Condition& condition) {
+        const QDeadlineTimer limit(ScriptedServer::kTimeLimit);
+        while (!condition() && !limit.hasExpired()) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        }
+        return condition();
+    }
+
+    SMTPLib::SMTP smtp;
+    /** "> " and a command, "< " and a line of an answer. */
+    std::vector<std::string> trail;
+    std::vector<std::pair<std::int64_t, std::int64_t>> progress;
+};
+
+} // namespace support

@@ -1,0 +1,214 @@
+// Connections that end where they should not. What counts is whether the person may send the message again.
+
+#include <algorithm>
+#include <set>
+
+#include <gmock/gmock.h>
+
+#include "tests/smtplib/smtp_fixture.h"
+#include "tests/support/temporary_folder.h"
+
+namespace {
+
+using support::Ending;
+using support::Peer;
+using support::ScriptedServer;
+using support::SmtpMailbox;
+using testing::Contains;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+namespace errors = platform::errors;
+
+support::Conversation ending(Ending how) {
+    return [how](Peer& peer) { how == Ending::Reset ? peer.reset() : peer.close(); };
+}
+
+std::string nameOf(Ending how) {
+    return how == Ending::Reset ? "Reset" : "Closed";
+}
+
+class SmtpLoss : public support::SmtpTest {
+  protected:
+    SmtpLoss() { fillIn(); }
+
+    SmtpMailbox mailbox;
+};
+
+class LossAtCommand : public SmtpLoss, public testing::WithParamInterface<std::tuple<const char*, Ending>> {};
+
+TEST_P(LossAtCommand, TellsWhetherTheMessageMayHaveBeenSent) {
+    const auto [command, how] = GetParam();
+    mailbox.on(command, ending(how));
+    ScriptedServer server(mailbox);
+    const bool complete = std::string_view(command) == ".";
+    EXPECT_EQ(send(server), complete ? errors::ConfirmationLost : errors::SendingLost);
+    EXPECT_EQ(close(), 0);
+    EXPECT_THAT(mailbox.messages(), IsEmpty());
+    mailbox.answerProperly(command);
+    EXPECT_EQ(send(), 0);
+    EXPECT_EQ(server.connections(), 2U);
+}
+
+std::string lossName(const testing::TestParamInfo<std::tuple<const char*, Ending>>& test) {
+    const std::string command = std::get<0>(test.param);
+    return (command == "." ? "FinalDot" : command) + nameOf(std::get<1>(test.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, LossAtCommand,
+                         testing::Combine(testing::Values("GREETING", "EHLO", "MAIL", "RCPT", "DATA", "."),
+                                          testing::Values(Ending::Close, Ending::Reset)),
+                         lossName);
+
+class LossAfterOctet : public SmtpLoss, public testing::WithParamInterface<Ending> {
+  protected:
+    /** Cuts everything after so many octets, sends, and checks that the number tells no lie. */
+    void checkCutAfter(ScriptedServer& server, std::size_t octets, std::size_t invitationEnd,
+                       std::size_t confirmationEnd) {
+        SCOPED_TRACE(octets);
+        server.cutAfter(octets, GetParam());
+        const int error = send();
+        const std::size_t connection = server.connections();
+        ASSERT_TRUE(server.waitForEndOf(connection));
+        const std::vector<std::string> heard = server.commands(connection - 1);
+        const bool dotHeard = std::find(heard.begin(), heard.end(), ".") != heard.end();
+        if (octets < invitationEnd) {
+            ASSERT_EQ(error, errors::SendingLost);
+            ASSERT_FALSE(dotHeard);
+        } else if (octets >= confirmationEnd) {
+            // A reset may take the confirmation along, just as it may leave it.
+            ASSERT_THAT(error, testing::AnyOf(0, errors::ConfirmationLost));
+            ASSERT_TRUE(error == 0 || GetParam() == Ending::Reset);
+        } else if (dotHeard) {
+            ASSERT_EQ(error, errors::ConfirmationLost);
+        } else {
+            // The server has gone with its invitation; the dot may have left all the same, unheard.
+            ASSERT_THAT(error, testing::AnyOf(errors::SendingLost, errors::ConfirmationLost));
+        }
+    }
+};
+
+TEST_P(LossAfterOctet, NeverHidesThatTheMessageMayHaveBeenSent) {
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(send(server), 0);
+    ASSERT_TRUE(server.waitForEndOf(1));
+    const std::size_t farewell = std::string_view("221 bye\r\n").size();
+    const std::size_t confirmation = std::string_view("250 taken\r\n").size();
+    const std::size_t confirmationEnd = server.octetsSent() - farewell;
+    for (std::size_t octets = 0; octets <= server.octetsSent() && octets <= confirmationEnd + farewell;
+         ++octets) {
+        ASSERT_NO_FATAL_FAILURE(
+            checkCutAfter(server, octets, confirmationEnd - confirmation, confirmationEnd));
+    }
+    server.cutNoMore();
+    EXPECT_EQ(send(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Octets, LossAfterOctet, testing::Values(Ending::Close, Ending::Reset),
+                         [](const auto& test) { return nameOf(test.param); });
+
+/** A message that no socket swallows at once. */
+class LossOfALargeMessage : public SmtpLoss {
+  protected:
+    LossOfALargeMessage() { smtp.setBody(std::string(40'000'000, 'x')); }
+
+    /** Answers DATA and does this once some lines have come. */
+    void afterSomeLines(const support::Conversation& action) {
+        mailbox.on("DATA", [action](Peer& peer) {
+            peer.send("354 go on\r\n");
+            for (int line = 0; line < 20; ++line) {
+                peer.readLine();
+            }
+            action(peer);
+        });
+    }
+};
+
+TEST_F(LossOfALargeMessage, BeforeTheFinalDotItWasCertainlyNotSent) {
+    for (const Ending how : {Ending::Close, Ending::Reset}) {
+        afterSomeLines(ending(how));
+        ScriptedServer server(mailbox);
+        EXPECT_EQ(send(server), errors::SendingLost);
+        ASSERT_TRUE(server.waitForEndOf(1));
+        EXPECT_THAT(server.commands(), Not(Contains(".")));
+    }
+}
+
+TEST_F(LossOfALargeMessage, ARefusalInTheMiddleEndsTheSending) {
+    for (const auto& [answer, error] : {std::pair("552 too much\r\n", errors::MessageTooLarge),
+                                        std::pair("554-no\r\n554 no\r\n", errors::MessageRefused),
+                                        std::pair("421 shutting down\r\n", errors::MessageRefusedForNow),
+                                        std::pair("250 thanks\r\n", errors::ConfirmationUnclear),
+                                        std::pair("354 go on\r\n", errors::SendingOutOfStep),
+                                        std::pair("what?\r\n", errors::SendingOutOfStep)}) {
+        afterSomeLines([bytes = std::string(answer)](Peer& peer) {
+            peer.send(bytes);
+            peer.holdSilent();
+        });
+        ScriptedServer server(mailbox);
+        EXPECT_EQ(send(server), error) << answer;
+        ASSERT_TRUE(server.waitForEndOf(1));
+        EXPECT_THAT(server.commands(), Not(Contains(".")));
+        EXPECT_LT(progress.back().first, progress.back().second);
+        progress.clear();
+    }
+}
+
+TEST_F(LossOfALargeMessage, AServerThatStopsReadingIsGivenUp) {
+    SMTPLib::Timeouts timeouts;
+    timeouts.dataBlock = std::chrono::milliseconds(200);
+    smtp.setTimeouts(timeouts);
+    mailbox.on("DATA", [](Peer& peer) {
+        peer.send("354 go on\r\n");
+        peer.trickle("2", std::chrono::milliseconds(0)); // half of an answer counts as none
+        peer.readLine();
+        peer.holdSilent();
+    });
+    ScriptedServer server(mailbox);
+    EXPECT_EQ(send(server), errors::SendingTimedOut);
+    ASSERT_TRUE(server.waitForEndOf(1));
+    EXPECT_THAT(server.commands(), Not(Contains(".")));
+}
+
+TEST_F(SmtpLoss, AListenerThatThrowsEndsTheSession) {
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(open(server), 0);
+    smtp.Progress = [](std::int64_t, std::int64_t) { throw platform::RuntimeError(errors::OutOfMemory); };
+    EXPECT_EQ(transmit(), errors::OutOfMemory);
+    ASSERT_TRUE(server.waitForEndOf(1));
+    EXPECT_THAT(server.commands(), Not(Contains(".")));
+    smtp.Progress = {};
+    EXPECT_EQ(send(), 0) << "a later attempt works";
+    EXPECT_THAT(mailbox.messages(), SizeIs(1));
+}
+
+TEST_F(SmtpLoss, ADataFileThatChangesWhileItIsSentMakesNoMessage) {
+    const support::TemporaryFolder folder;
+    folder.write("data", std::string(1'000'000, 'x'));
+    smtp.setDataFile(folder.qtPath("data"));
+    smtp.Progress = [&folder](std::int64_t done, std::int64_t) {
+        if (done > 0) {
+            folder.write("data", "short");
+        }
+    };
+    ScriptedServer server(mailbox);
+    EXPECT_EQ(send(server), errors::DeviceInputOutput);
+    ASSERT_TRUE(server.waitForEndOf(1));
+    EXPECT_THAT(server.commands(), Not(Contains(".")));
+}
+
+TEST_F(SmtpLoss, AConnectionThatBrokeUnnoticedDoesNotKeepANewSessionOut) {
+    mailbox.on("EHLO", [](Peer& peer) {
+        peer.send("250 mail\r\n");
+        peer.close();
+    });
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(open(server), 0);
+    EXPECT_EQ(transmit(), errors::SendingLost);
+    ASSERT_EQ(open(server), 0);
+    ASSERT_TRUE(eventsRunUntil([&server] { return server.connectionsEnded() == 2; }));
+    mailbox.answerProperly("EHLO");
+    EXPECT_EQ(send(), 0);
+}
+
+} // namespace

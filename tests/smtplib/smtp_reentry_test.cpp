@@ -1,0 +1,127 @@
+// Requests made while another one runs, or while a session is open: timers fire inside waits and under boxes.
+
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include "tests/smtplib/smtp_fixture.h"
+
+namespace {
+
+using support::Peer;
+using support::ScriptedServer;
+using support::SmtpMailbox;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::SizeIs;
+namespace errors = platform::errors;
+
+class SmtpReentry : public support::SmtpTest {
+  protected:
+    SmtpReentry() { fillIn(); }
+
+    /** Runs the action inside the wait that follows, once the server has heard so many lines. */
+    template <class Action>
+    void insideTheWait(ScriptedServer& server, std::size_t lines, const Action& action) {
+        QObject::connect(&watch, &QTimer::timeout, &watch, [this, &server, lines, action] {
+            if (server.commands().size() >= lines) {
+                watch.stop();
+                action();
+                actionRan = true;
+                server.release();
+            }
+        });
+        watch.start(1);
+    }
+
+    void holdAndSay(const std::string& command, const std::string& bytes) {
+        mailbox.on(command, [bytes](Peer& peer) {
+            peer.holdSilent();
+            peer.send(bytes);
+        });
+    }
+
+    SmtpMailbox mailbox;
+    QTimer watch;
+    bool actionRan = false;
+};
+
+TEST_F(SmtpReentry, ARequestInsideATransmissionMeetsABusyServerAndDoesNoHarm) {
+    holdAndSay("MAIL", "250 ok\r\n");
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(open(server), 0);
+    insideTheWait(server, 2, [this] {
+        EXPECT_EQ(open(), errors::MailServerBusy);
+        EXPECT_EQ(transmit(), errors::MailServerBusy);
+        EXPECT_EQ(close(), 0) << "the session belongs to the request further down the stack";
+    });
+    EXPECT_EQ(transmit(), 0);
+    EXPECT_TRUE(actionRan);
+    EXPECT_EQ(close(), 0);
+    EXPECT_THAT(mailbox.messages(), SizeIs(1));
+    EXPECT_EQ(server.connections(), 1U);
+}
+
+TEST_F(SmtpReentry, ARequestWhileTheConnectionIsOpenedMeetsABusyServer) {
+    holdAndSay("EHLO", "250 mail\r\n");
+    ScriptedServer server(mailbox);
+    insideTheWait(server, 1, [this] {
+        EXPECT_EQ(open(), errors::MailServerBusy);
+        EXPECT_EQ(transmit(), errors::MailServerBusy);
+        EXPECT_EQ(close(), 0);
+    });
+    EXPECT_EQ(send(server), 0);
+    EXPECT_TRUE(actionRan);
+    EXPECT_EQ(server.connections(), 1U);
+}
+
+TEST_F(SmtpReentry, AListenerThatMakesARequestMeetsABusyServer) {
+    ScriptedServer server(mailbox);
+    std::vector<int> numbers;
+    smtp.PITrail = [&](SMTPLib::Direction, const std::string& message) {
+        if (message == "DATA") {
+            numbers = {open(), transmit(), close()};
+        }
+    };
+    EXPECT_EQ(send(server), 0);
+    EXPECT_THAT(numbers, ElementsAre(errors::MailServerBusy, errors::MailServerBusy, 0));
+    EXPECT_THAT(mailbox.messages(), SizeIs(1));
+}
+
+TEST_F(SmtpReentry, OpeningWhileASessionIsOpenMeetsABusyServer) {
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(open(server), 0);
+    EXPECT_EQ(open(), errors::MailServerBusy);
+    EXPECT_EQ(transmit(), 0) << "the open session is unharmed";
+    EXPECT_EQ(close(), 0);
+}
+
+TEST_F(SmtpReentry, AMessageKeepsWhatItHadWhenItsTransmissionBegan) {
+    holdAndSay("MAIL", "250 ok\r\n");
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(open(server), 0);
+    insideTheWait(server, 2, [this] {
+        smtp.setRecipients("eve@example.org");
+        smtp.setSubject("Other");
+        smtp.setBody("other");
+    });
+    EXPECT_EQ(transmit(), 0);
+    EXPECT_TRUE(actionRan);
+    EXPECT_THAT(mailbox.messages().at(0), HasSubstr("Subject: Hello\r\n"));
+    EXPECT_THAT(server.commands(), testing::Not(testing::Contains("RCPT TO:<eve@example.org>")));
+}
+
+TEST_F(SmtpReentry, ClosingWithNothingOpenDoesNothing) {
+    EXPECT_EQ(close(), 0);
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(open(server), 0);
+    EXPECT_EQ(close(), 0);
+    EXPECT_EQ(close(), 0);
+    EXPECT_THAT(server.keywords(), ElementsAre("EHLO", "QUIT"));
+}
+
+TEST_F(SmtpReentry, TransmittingWithNothingOpenSendsNothing) {
+    EXPECT_EQ(transmit(), errors::SendingLost);
+}
+
+} // namespace
