@@ -1,12 +1,15 @@
+#include <QCloseEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
 #include "email/state.h"
+#include "platform/message_box.h"
 #include "windows/frmFrom.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 #include "windows/windows.h"
+#include "windows/wiring.h"
 
 void frmMain::cmdCmpose_Click() {
     setEnabled(false);
@@ -36,12 +39,45 @@ void frmSend::cmdCancel_Click() {
     unload(*this);
 }
 
+void frmSend::cmdAttach_Click() {
+    dlgAttach.setFilter(QStringLiteral("All Files *.* | *.*"));
+    dlgAttach.ShowOpen(this);
+    if (!dlgAttach.FileName().isEmpty()) {
+        txtAttachment->setText(dlgAttach.FileName());
+    }
+}
+
+void frmSend::cmdSendto_Click() {
+    platform::showMessage(QStringLiteral("No address look-up is available here. Please type the address."),
+                          email::settings.Institution + QStringLiteral(" E-Mail"));
+}
+
+void frmSend::cmdCCto_Click() {
+    cmdSendto_Click();
+}
+
 void frmSend::Form_Unload() {
     tTo->clear();
     tCc->clear();
     tSubject->clear();
+    giveControlBack();
+}
+
+void frmSend::giveControlBack() {
     // Reply and Forward disable the message window, so an enabled one means that the main window asked.
     Form& opener = messageWindow().isEnabled() ? static_cast<Form&>(mainWindow()) : messageWindow();
     opener.setEnabled(true);
     opener.bringUp();
+}
+
+void frmSend::closeEvent(QCloseEvent* event) {
+    if (!sending_) {
+        Form::closeEvent(event);
+        return;
+    }
+    event->ignore();
+    runHandler([this] {
+        hide();
+        giveControlBack();
+    });
 }

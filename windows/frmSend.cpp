@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QShortcut>
 
 #include "windows/wiring.h"
 
@@ -39,6 +40,22 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
     cmdCancel = named<QPushButton>("cmdCancel", QStringLiteral("Cance&l"), this);
     connectHandler(cmdCancel, &QPushButton::clicked, this, &frmSend::cmdCancel_Click);
 
+    connectHandler(cmdAttach, &QPushButton::clicked, this, &frmSend::cmdAttach_Click);
+    connectHandler(cmdSendto, &QPushButton::clicked, this, &frmSend::cmdSendto_Click);
+    connectHandler(cmdCCto, &QPushButton::clicked, this, &frmSend::cmdCCto_Click);
+    connectHandler(cmdSndit, &QPushButton::clicked, this, &frmSend::cmdSndit_Click);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
+        QObject::connect(shortcut, &QShortcut::activated, cmdSndit, &QPushButton::click);
+    }
+    barSending = named<MSComctlLib::ProgressBar>("barSending", this);
+    barSending->setAccessibleName(QStringLiteral("Progress"));
+
+    // The component raises these from inside its requests.
+    SMTP1.PITrail = [this](SMTPLib::Direction direction, const std::string& message) {
+        SMTP1_PITrail(direction, message);
+    };
+    SMTP1.Progress = [this](std::int64_t done, std::int64_t total) { SMTP1_Progress(done, total); };
     layOut();
 }
 
@@ -57,7 +74,8 @@ void frmSend::layOut() {
     fields->addWidget(cmdAttach, 3, 2);
 
     auto* foot = new QHBoxLayout;
-    foot->addWidget(lblSending, 1);
+    foot->addWidget(lblSending);
+    foot->addWidget(barSending, 1);
     foot->addWidget(cmdSndit);
     foot->addWidget(cmdCancel);
 

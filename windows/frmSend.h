@@ -1,5 +1,9 @@
 #pragma once
 
+#include "components/controls/common_dialog.h"
+#include "components/controls/progress_bar.h"
+#include "components/netcodelib/netcode.h"
+#include "components/smtplib/smtp.h"
 #include "windows/form.h"
 
 class QLabel;
@@ -16,6 +20,14 @@ class frmSend : public Form {
     void Form_Load() override;
     void Form_Unload() override;
     void cmdCancel_Click();
+    void cmdAttach_Click();
+    void cmdSendto_Click();
+    void cmdCCto_Click();
+
+    // compose/send.cpp
+    void cmdSndit_Click();
+    void SMTP1_PITrail(SMTPLib::Direction Direction, const std::string& Message);
+    void SMTP1_Progress(std::int64_t bytesDone, std::int64_t bytesTotal);
 
     QLabel* lblTo;
     QLineEdit* tTo;
@@ -32,7 +44,19 @@ class frmSend : public Form {
     QLabel* lblSending;
     QPushButton* cmdSndit;
     QPushButton* cmdCancel;
+    MSComctlLib::ProgressBar* barSending;
+    MSComDlg::CommonDialog dlgAttach;
+    NetCodeLib::NetCode ctrNetcode;
+    SMTPLib::SMTP SMTP1;
+
+  protected:
+    /** Closed while it sends, the window only hides: should the message not go out, it comes back with it. */
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     void layOut();
+    void send();
+    void giveControlBack();
+
+    bool sending_ = false;
 };

@@ -1,0 +1,143 @@
+#include <utility>
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include "compose/composer.h"
+#include "email/state.h"
+#include "platform/background.h"
+#include "platform/drives.h"
+#include "platform/message_box.h"
+#include "platform/private_file.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+#include "windows/frmSend.h"
+#include "windows/windows.h"
+
+using SMTPLib::Request;
+
+namespace {
+constexpr const char* kEncodedFile = "C:\\_brndwake.tmp";
+
+QString title() {
+    return email::settings.Institution + QStringLiteral(" E-Mail");
+}
+
+/** The text as typed, in bytes, with lines that end in CR LF. */
+std::string typedText(const QPlainTextEdit& box) {
+    QString text = box.toPlainText();
+    text.replace(QStringLiteral("\n"), QStringLiteral("\r\n"));
+    return platform::toBytes(text);
+}
+
+QString encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachment,
+                         std::string_view closingLine) {
+    codec.setSourceFile(attachment);
+    codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
+    codec.setTargetFile(QLatin1String(kEncodedFile));
+    codec.setOverwrite(true);
+    // Both only read and write files, and a large one takes its time.
+    platform::runInBackground([&codec, closingLine] {
+        codec.setAction(NetCodeLib::Action::Encode);
+        platform::PrivateOutput encoded(platform::nativePath(codec.targetFile()), platform::Writing::Append);
+        encoded.write(closingLine);
+        encoded.finish();
+    });
+    return codec.targetFile();
+}
+
+void refuse(const QString& text, QLineEdit* missing) {
+    platform::showMessage(text, title());
+    missing->setFocus();
+}
+
+/** Sets a flag for as long as it lives. */
+class While {
+  public:
+    explicit While(bool& flag) noexcept : flag_(flag) { flag_ = true; }
+
+    ~While() { flag_ = false; }
+
+    While(const While&) = delete;
+    While& operator=(const While&) = delete;
+
+  private:
+    bool& flag_;
+};
+} // namespace
+
+void frmSend::cmdSndit_Click() {
+    // The windows live on while a file is encoded, and Send may be pressed again meanwhile.
+    if (sending_) {
+        return;
+    }
+    const While sending(sending_);
+    const int error = platform::errorNumberOf([this] { send(); });
+    if (error == 0) {
+        return;
+    }
+    setHourglass(false);
+    lblSending->setText(QString());
+    barSending->setProgress(0);
+    cmdSndit->setEnabled(true);
+    cmdCancel->setEnabled(true);
+    setEnabled(true);
+    if (!isVisible()) {
+        bringUp();
+    }
+    platform::showMessage(QStringLiteral("Unable to send message. Error# ") + QString::number(error),
+                          title());
+}
+
+void frmSend::send() {
+    // Composed before anything is checked, so that the encoded file is written even when the send is refused.
+    const ComposedMessage message = Compose(typedText(*tMessage), txtAttachment->text(),
+                                            [this](const QString& file, std::string_view line) {
+                                                return encodeAttachment(ctrNetcode, file, line);
+                                            });
+    if (tTo->text().isEmpty()) {
+        refuse(QStringLiteral("You need to enter an e-mail address to send to."), tTo);
+        return;
+    }
+    if (tSubject->text().isEmpty()) {
+        refuse(QStringLiteral("You need to enter a subject."), tSubject);
+        return;
+    }
+    lblSending->setText(QStringLiteral("Sending Mail... "));
+    for (QPushButton* button : {cmdSndit, cmdCancel, cmdAttach}) {
+        button->setEnabled(false);
+    }
+    SMTP1.setBlocking(true);
+    SMTP1.setHost(email::settings.SMTPServer);
+    SMTP1.issueRequest(Request::OpenConnection);
+    SMTP1.setSender(platform::toBytes(email::state.UserName + email::derived.AtDomain));
+    SMTP1.setRecipients(platform::toBytes(tTo->text()));
+    SMTP1.setCopies(platform::toBytes(tCc->text()));
+    SMTP1.setSubject(platform::toBytes(tSubject->text()));
+    SMTP1.setAdditionalHeaders(message.ExtraHeaders);
+    SMTP1.setBody(message.MessageBody);
+    SMTP1.setDataFile(message.encodedFile);
+    setHourglass(true);
+    SMTP1.issueRequest(Request::TransmitMessage);
+    setHourglass(false);
+    SMTP1.issueRequest(Request::CloseConnection);
+
+    lblSending->setText(QString());
+    barSending->setProgress(0);
+    platform::showMessage(QStringLiteral("Your message has been sent."), title());
+    cmdSndit->setEnabled(true);
+    cmdCancel->setEnabled(true);
+    unload(*this);
+}
+
+void frmSend::SMTP1_PITrail(SMTPLib::Direction /*Direction*/, const std::string& /*Message*/) {
+    // The dialogue is neither logged nor shown.
+}
+
+void frmSend::SMTP1_Progress(std::int64_t bytesDone, std::int64_t bytesTotal) {
+    constexpr std::int64_t steps = 1000;
+    barSending->setMax(steps);
+    barSending->setProgress(bytesTotal > 0 ? static_cast<int>(bytesDone * steps / bytesTotal) : 0);
+}
