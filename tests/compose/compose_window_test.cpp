@@ -1,0 +1,138 @@
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "components/controls/common_dialog.h"
+#include "email/state.h"
+#include "tests/support/window_test.h"
+#include "windows/frmFrom.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
+
+using support::WindowTest;
+using testing::ElementsAre;
+
+namespace {
+class ComposeWindow : public WindowTest {
+  protected:
+    void start(const email::SettingsFields& fields) {
+        writeSettings(fields);
+        startUp();
+        email::state.UserName = QStringLiteral("ann");
+        mainWindow().bringUp();
+    }
+
+    void SetUp() override { start(school); }
+
+    email::SettingsFields school = support::schoolSettings(QStringLiteral("mail.example.org"));
+};
+
+class ComposeWindowWith : public ComposeWindow {
+  protected:
+    void SetUp() override {}
+};
+} // namespace
+
+TEST_F(ComposeWindow, ComposeDisablesTheMainWindowAndAwaitsTheRecipient) {
+    mainWindow().cmdCmpose->click();
+    EXPECT_FALSE(mainWindow().isEnabled());
+    EXPECT_TRUE(composeWindow().isVisible());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&composeWindow()));
+    EXPECT_TRUE(composeWindow().tTo->hasFocus());
+    EXPECT_EQ(composeWindow().tCc->text(), QString());
+    EXPECT_EQ(composeWindow().lblSending->text(), QString());
+}
+
+TEST_F(ComposeWindow, SaveCopyPutsTheSenderIntoAnEmptyCc) {
+    email::settings.SaveCopy = QStringLiteral("yes");
+    mainWindow().cmdCmpose->click();
+    EXPECT_EQ(composeWindow().tCc->text(), QStringLiteral("ann@example.org"));
+}
+
+TEST_F(ComposeWindow, SaveCopyAddsTheSenderToTheAddressesInCc) {
+    email::settings.SaveCopy = QStringLiteral("yes");
+    composeWindow().tCc->setText(QStringLiteral("bob@example.org"));
+    mainWindow().cmdCmpose->click();
+    EXPECT_EQ(composeWindow().tCc->text(), QStringLiteral("bob@example.org, ann@example.org"));
+}
+
+TEST_F(ComposeWindow, SaveCopyWithACapitalYKeepsNoCopy) {
+    email::settings.SaveCopy = QStringLiteral("Yes");
+    mainWindow().cmdCmpose->click();
+    EXPECT_EQ(composeWindow().tCc->text(), QString());
+}
+
+TEST_F(ComposeWindow, WithoutShowDatabaseFindAddressIsHidden) {
+    EXPECT_TRUE(composeWindow().cmdSendto->isHidden());
+    EXPECT_TRUE(composeWindow().cmdCCto->isHidden());
+}
+
+TEST_F(ComposeWindowWith, ShowDatabaseFindAddressIsShownAndSaysPlainlyThatThereIsNone) {
+    school.ShowDatabase = QStringLiteral("yes");
+    start(school);
+    EXPECT_FALSE(composeWindow().cmdSendto->isHidden());
+    EXPECT_FALSE(composeWindow().cmdCCto->isHidden());
+    EXPECT_EQ(composeWindow().cmdSendto->text(), QStringLiteral("Find Address"));
+    EXPECT_EQ(composeWindow().cmdCCto->text(), QStringLiteral("Find Address"));
+    composeWindow().cmdSendto->click();
+    composeWindow().cmdCCto->click();
+    const QString text = QStringLiteral("No address look-up is available here. Please type the address.");
+    EXPECT_THAT(boxTexts(), ElementsAre(text, text));
+}
+
+TEST_F(ComposeWindow, WithoutSendAttachmentsNothingCanBeAttached) {
+    EXPECT_FALSE(composeWindow().cmdAttach->isEnabled());
+    EXPECT_FALSE(composeWindow().lblAttachment->isEnabled());
+    EXPECT_FALSE(composeWindow().txtAttachment->isEnabled());
+}
+
+TEST_F(ComposeWindowWith, SendAttachmentsTheChosenFileComesAsADrivePath) {
+    school.SendAttachments = QStringLiteral("yes");
+    start(school);
+    qputenv("BRINDLEWAKE_DRIVE_D", QByteArray::fromStdString(folder.path().string()));
+    folder.write("report.txt", "x");
+    MSComDlg::replaceOpenDialog([this] { return folder.qtPath("report.txt"); });
+    EXPECT_TRUE(composeWindow().cmdAttach->isEnabled());
+    EXPECT_TRUE(composeWindow().txtAttachment->isEnabled());
+    composeWindow().cmdAttach->click();
+    EXPECT_EQ(composeWindow().txtAttachment->text(), QStringLiteral("D:\\report.txt"));
+    MSComDlg::replaceOpenDialog([] { return QString(); });
+    composeWindow().cmdAttach->click();
+    EXPECT_EQ(composeWindow().txtAttachment->text(), QStringLiteral("D:\\report.txt"))
+        << "left without a choice";
+    MSComDlg::replaceOpenDialog({});
+}
+
+TEST_F(ComposeWindow, TheFilterShowsAllFilesWithADotInTheirNameOrWithout) {
+    EXPECT_EQ(MSComDlg::qtFilter(QStringLiteral("All Files *.* | *.*")), QStringLiteral("All Files *.* (*)"));
+}
+
+TEST_F(ComposeWindow, CancelGivesTheMainWindowBackWithoutSending) {
+    mainWindow().cmdCmpose->click();
+    composeWindow().tTo->setText(QStringLiteral("bob@example.org"));
+    composeWindow().cmdCancel->click();
+    EXPECT_TRUE(mainWindow().isEnabled());
+    EXPECT_TRUE(mainWindow().isVisible());
+    EXPECT_FALSE(composeWindow().isVisible());
+    EXPECT_EQ(composeWindow().tTo->text(), QString());
+    EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(ComposeWindow, ClosedWhileTheMessageWindowIsDisabledGivesThatOneBack) {
+    messageWindow().setEnabled(false);
+    messageWindow().show();
+    mainWindow().setEnabled(false);
+    composeWindow().show();
+    composeWindow().close();
+    EXPECT_TRUE(messageWindow().isEnabled());
+    EXPECT_FALSE(mainWindow().isEnabled());
+}
+
+TEST_F(ComposeWindow, TypedTextCanBeUndone) {
+    composeWindow().show();
+    QTest::keyClicks(composeWindow().tMessage, QStringLiteral("word"));
+    QTest::keyClick(composeWindow().tMessage, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(composeWindow().tMessage->toPlainText(), QString());
+}

@@ -1,0 +1,259 @@
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
+
+#include "email/state.h"
+#include "tests/smtplib/smtp_script.h"
+#include "tests/support/window_test.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
+
+using support::ScriptedServer;
+using support::SmtpMailbox;
+using support::WhenItHolds;
+using support::WindowTest;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+class Send : public WindowTest {
+  protected:
+    Send() : server(mailbox) {
+        qputenv("BRINDLEWAKE_DRIVE_C", QByteArray::fromStdString(folder.path().string()));
+        auto fields = support::schoolSettings(server.address());
+        fields.SendAttachments = QStringLiteral("yes");
+        writeSettings(fields);
+        startUp();
+        email::state.UserName = QStringLiteral("ann");
+        mainWindow().bringUp();
+        mainWindow().cmdCmpose->click();
+    }
+
+    static void write(const QString& to, const QString& subject, const QString& text,
+                      const QString& attachment = QString()) {
+        auto& window = composeWindow();
+        window.tTo->setText(to);
+        window.tSubject->setText(subject);
+        window.tMessage->setPlainText(text);
+        window.txtAttachment->setText(attachment);
+    }
+
+    static void press() { composeWindow().cmdSndit->click(); }
+
+    void expectFailure(int number) {
+        ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("Unable to send message. Error# %1").arg(number)));
+        EXPECT_EQ(boxes[0].title, QStringLiteral("Example School E-Mail"));
+        EXPECT_EQ(boxes[0].buttons, platform::MessageButtons::Ok);
+        auto& window = composeWindow();
+        EXPECT_TRUE(window.isVisible());
+        EXPECT_TRUE(window.isEnabled());
+        EXPECT_TRUE(window.cmdSndit->isEnabled());
+        EXPECT_TRUE(window.cmdCancel->isEnabled());
+        EXPECT_NE(window.cursor().shape(), Qt::WaitCursor);
+        EXPECT_FALSE(mainWindow().isEnabled());
+    }
+
+    const QString bob = QStringLiteral("bob@example.org");
+    SmtpMailbox mailbox;
+    ScriptedServer server;
+};
+} // namespace
+
+TEST_F(Send, TellsThatTheMessageHasBeenSentAndGivesTheMainWindowBack) {
+    write(bob, QStringLiteral("Hello"), QStringLiteral("One\nTwo"));
+    press();
+    ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("Your message has been sent.")));
+    EXPECT_EQ(boxes[0].title, QStringLiteral("Example School E-Mail"));
+    EXPECT_TRUE(mainWindow().isEnabled());
+    EXPECT_FALSE(composeWindow().isVisible());
+    EXPECT_EQ(composeWindow().tMessage->toPlainText(), QString());
+    ASSERT_EQ(mailbox.messages().size(), 1U);
+    const std::string message = mailbox.messages()[0];
+    EXPECT_THAT(message, HasSubstr("From: ann@example.org\r\n"));
+    EXPECT_THAT(message, HasSubstr("To: bob@example.org\r\n"));
+    EXPECT_THAT(message, HasSubstr("Subject: Hello\r\n"));
+    EXPECT_THAT(message, Not(HasSubstr("Cc:")));
+    EXPECT_THAT(message, HasSubstr("\r\n\r\nOne\r\nTwo\r\n"));
+}
+
+TEST_F(Send, AnAttachmentGoesOutAsTheComposerMadeIt) {
+    folder.write("report.bin", "ABC");
+    write(bob, QStringLiteral("File"), QStringLiteral("See there"), QStringLiteral("C:\\report.bin"));
+    press();
+    ASSERT_EQ(mailbox.messages().size(), 1U);
+    EXPECT_THAT(
+        mailbox.messages()[0],
+        HasSubstr("\r\nThis is a multi-part message in MIME format.\r\n"
+                  "----*******Brindlewake************\r\n\r\nContent-Type: text/plain;\r\n\r\nSee there\r\n"
+                  "----*******Brindlewake************\r\n"
+                  "Content-Type: application/octet-stream; name=\"report.bin\"\r\n"
+                  "Content-Transfer-Encoding: base64\r\n\r\nQUJD\r\n"
+                  "----*******Brindlewake************--\r\n"));
+    EXPECT_EQ(folder.read("_brndwake.tmp"), "QUJD\r\n----*******Brindlewake************--\r\n");
+}
+
+TEST_F(Send, AnEmptyToStillWritesTheEncodedFileAndIsThenRefused) {
+    folder.write("report.bin", "ABC");
+    write(QString(), QStringLiteral("File"), QString(), QStringLiteral("C:\\report.bin"));
+    press();
+    ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("You need to enter an e-mail address to send to.")));
+    EXPECT_EQ(boxes[0].title, QStringLiteral("Example School E-Mail"));
+    EXPECT_EQ(folder.read("_brndwake.tmp"), "QUJD\r\n----*******Brindlewake************--\r\n");
+    EXPECT_EQ(server.connections(), 0U);
+    EXPECT_TRUE(composeWindow().isVisible());
+    EXPECT_EQ(composeWindow().focusWidget(), composeWindow().tTo);
+}
+
+TEST_F(Send, AnEmptySubjectIsRefused) {
+    write(bob, QString(), QStringLiteral("x"));
+    press();
+    ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("You need to enter a subject.")));
+    EXPECT_EQ(composeWindow().focusWidget(), composeWindow().tSubject);
+    EXPECT_EQ(server.connections(), 0U);
+}
+
+TEST_F(Send, ASubjectOfOnlyBlanksIsNotEmpty) {
+    write(bob, QStringLiteral("   "), QStringLiteral("x"));
+    press();
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Your message has been sent.")));
+}
+
+TEST_F(Send, WhileItSendsTheButtonsAreDisabledAndTheLabelSaysSo) {
+    mailbox.on("DATA", [](support::Peer& peer) {
+        peer.holdSilent();
+        peer.send("554 no\r\n");
+    });
+    const WhenItHolds look([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+                           [&] {
+                               auto& window = composeWindow();
+                               EXPECT_EQ(window.lblSending->text(), QStringLiteral("Sending Mail... "));
+                               EXPECT_FALSE(window.cmdSndit->isEnabled());
+                               EXPECT_FALSE(window.cmdCancel->isEnabled());
+                               EXPECT_FALSE(window.cmdAttach->isEnabled());
+                               EXPECT_EQ(window.cursor().shape(), Qt::WaitCursor);
+                               server.release();
+                           });
+    write(bob, QStringLiteral("s"), QStringLiteral("x"));
+    press();
+    EXPECT_EQ(boxes.size(), 1U);
+}
+
+TEST_F(Send, ARefusedRecipientLeavesEverythingForAnotherTryButTheAttachButton) {
+    mailbox.answer("RCPT", "550 no such user\r\n");
+    write(bob, QStringLiteral("s"), QStringLiteral("my text"));
+    composeWindow().tCc->setText(QStringLiteral("carol@example.org"));
+    press();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_TRUE(boxes[0].text.startsWith(QStringLiteral("Unable to send message. Error# 204")));
+    EXPECT_EQ(composeWindow().tTo->text(), bob);
+    EXPECT_EQ(composeWindow().tCc->text(), QStringLiteral("carol@example.org"));
+    EXPECT_EQ(composeWindow().tSubject->text(), QStringLiteral("s"));
+    EXPECT_EQ(composeWindow().tMessage->toPlainText(), QStringLiteral("my text"));
+    EXPECT_TRUE(composeWindow().cmdSndit->isEnabled());
+    EXPECT_TRUE(composeWindow().cmdCancel->isEnabled());
+    EXPECT_FALSE(composeWindow().cmdAttach->isEnabled()) << "left disabled on this path";
+    EXPECT_THAT(mailbox.messages(), IsEmpty());
+
+    mailbox.answerProperly("RCPT");
+    press();
+    EXPECT_EQ(boxes.size(), 2U);
+    EXPECT_EQ(mailbox.messages().size(), 1U);
+}
+
+TEST_F(Send, AnotherTryKeepsTheMessageId) {
+    // The first attempt's message is taken and then refused, so that both can be looked at.
+    mailbox.answer(".", "451 try again\r\n");
+    write(bob, QStringLiteral("s"), QStringLiteral("x"));
+    press();
+    const std::string first = composeWindow().SMTP1.messageId();
+    EXPECT_THAT(first, Not(IsEmpty()));
+    mailbox.answerProperly(".");
+    press();
+    ASSERT_EQ(mailbox.messages().size(), 1U);
+    EXPECT_THAT(mailbox.messages()[0], HasSubstr(first));
+}
+
+TEST_F(Send, AMissingAttachmentIsTheErrorOfTheMissingFile) {
+    write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("C:\\gone.txt"));
+    press();
+    expectFailure(53);
+    EXPECT_EQ(server.connections(), 0U);
+}
+
+TEST_F(Send, AFolderForAnAttachmentIsRefused) {
+    write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("Z:\\tmp"));
+    press();
+    expectFailure(75);
+}
+
+TEST_F(Send, AnAttachmentsNameWithAQuoteIsRefused) {
+    folder.write("a\"b", "x");
+    write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("C:\\a\"b"));
+    press();
+    expectFailure(52);
+    EXPECT_EQ(server.connections(), 0U);
+}
+
+TEST_F(Send, AnUnknownServerIsItsError) {
+    email::settings.SMTPServer = QStringLiteral("mail.invalid");
+    write(bob, QStringLiteral("s"), QStringLiteral("x"));
+    press();
+    expectFailure(26002);
+}
+
+TEST_F(Send, ALineEndInASubjectThatSomebodyElseWroteMakesNoHeader) {
+    write(bob, QStringLiteral("RE: x\r\nBcc: eve@example.org"), QStringLiteral("x"));
+    press();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_TRUE(boxes[0].text.startsWith(QStringLiteral("Unable to send message. Error# 204")));
+    EXPECT_THAT(mailbox.messages(), IsEmpty());
+    EXPECT_THAT(server.commands(), Not(Contains(HasSubstr("eve"))));
+}
+
+TEST_F(Send, ClosedWhileItSendsTheWindowHidesAndTheMessageIsSentOnce) {
+    mailbox.on("DATA", [](support::Peer& peer) {
+        peer.holdSilent();
+        peer.send("451 not now\r\n");
+    });
+    const WhenItHolds close([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+                            [&] {
+                                composeWindow().close();
+                                EXPECT_FALSE(composeWindow().isVisible());
+                                EXPECT_TRUE(mainWindow().isEnabled());
+                                server.release();
+                            });
+    write(bob, QStringLiteral("s"), QStringLiteral("precious"));
+    press();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_TRUE(composeWindow().isVisible()) << "what was not sent comes back";
+    EXPECT_EQ(composeWindow().tMessage->toPlainText(), QStringLiteral("precious"));
+    EXPECT_EQ(server.connections(), 1U);
+}
+
+TEST_F(Send, CtrlReturnSends) {
+    write(bob, QStringLiteral("s"), QStringLiteral("x"));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&composeWindow()));
+    QTest::keyClick(composeWindow().tMessage, Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(mailbox.messages().size(), 1U);
+}
+
+TEST_F(Send, PressedAgainWhileTheFirstOneRunsDoesNothing) {
+    mailbox.on("DATA", [](support::Peer& peer) {
+        peer.holdSilent();
+        peer.send("451 not now\r\n");
+    });
+    const WhenItHolds again([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+                            [&] {
+                                composeWindow().cmdSndit_Click();
+                                server.release();
+                            });
+    write(bob, QStringLiteral("s"), QStringLiteral("x"));
+    press();
+    EXPECT_EQ(boxes.size(), 1U);
+    EXPECT_EQ(server.connections(), 1U);
+}
