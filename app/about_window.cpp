@@ -1,8 +1,8 @@
-#include <QLabel>
-
 #include "windows/frmAbout.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
+
+#include <QLabel>
 
 void frmAbout::Form_Load() {
     lblProduct->setText(QStringLiteral("Brindlewake " BRINDLEWAKE_VERSION));

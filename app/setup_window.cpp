@@ -1,6 +1,3 @@
-#include <QComboBox>
-#include <QLineEdit>
-
 #include "email/settings_file.h"
 #include "email/state.h"
 #include "platform/message_box.h"
@@ -9,6 +6,9 @@
 #include "windows/frmLogin.h"
 #include "windows/frmSetup.h"
 #include "windows/windows.h"
+
+#include <QComboBox>
+#include <QLineEdit>
 
 namespace {
 email::SettingsFields fieldsOf(const frmSetup& window) {

@@ -1,8 +1,3 @@
-#include <array>
-#include <cmath>
-
-#include <QPushButton>
-
 #include "email/settings_file.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
@@ -17,6 +12,11 @@
 #include "windows/frmSend.h"
 #include "windows/frmSetup.h"
 #include "windows/windows.h"
+
+#include <QPushButton>
+
+#include <array>
+#include <cmath>
 
 namespace {
 void prepareColumns(MSFlexGridLib::MSFlexGrid& grid) {

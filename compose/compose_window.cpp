@@ -1,8 +1,3 @@
-#include <QCloseEvent>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-
 #include "email/state.h"
 #include "platform/message_box.h"
 #include "windows/frmFrom.h"
@@ -10,6 +5,11 @@
 #include "windows/frmSend.h"
 #include "windows/windows.h"
 #include "windows/wiring.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 
 void frmMain::cmdCmpose_Click() {
     setEnabled(false);

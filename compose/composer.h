@@ -1,10 +1,10 @@
 #pragma once
 
+#include <QString>
+
 #include <functional>
 #include <string>
 #include <string_view>
-
-#include <QString>
 
 /** What one send hands to the SMTP client. */
 struct ComposedMessage {

@@ -1,10 +1,3 @@
-#include <utility>
-
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-
 #include "compose/composer.h"
 #include "email/state.h"
 #include "platform/background.h"
@@ -15,6 +8,13 @@
 #include "platform/text.h"
 #include "windows/frmSend.h"
 #include "windows/windows.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+
+#include <utility>
 
 using SMTPLib::Request;
 

@@ -1,10 +1,10 @@
 #include "email/header_events.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <utility>
-
-#include "platform/text.h"
 
 namespace email {
 

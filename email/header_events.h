@@ -1,10 +1,10 @@
 #pragma once
 
+#include "email/messages.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
-
-#include "email/messages.h"
 
 namespace email {
 

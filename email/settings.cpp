@@ -1,9 +1,9 @@
 #include "email/settings.h"
 
-#include <string_view>
-
 #include "platform/text.h"
 #include "platform/windows_directory.h"
+
+#include <string_view>
 
 namespace email {
 

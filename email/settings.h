@@ -1,10 +1,10 @@
 #pragma once
 
+#include <QString>
+
 #include <cstdint>
 #include <functional>
 #include <string>
-
-#include <QString>
 
 namespace email {
 

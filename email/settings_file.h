@@ -1,11 +1,11 @@
 #pragma once
 
-#include <functional>
-#include <string>
+#include "email/settings.h"
 
 #include <QString>
 
-#include "email/settings.h"
+#include <functional>
+#include <string>
 
 namespace email {
 

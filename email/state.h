@@ -1,13 +1,13 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
-
-#include <QString>
-
 #include "email/header_events.h"
 #include "email/messages.h"
 #include "email/settings.h"
+
+#include <QString>
+
+#include <array>
+#include <cstdint>
 
 /** What all windows share. It lives for the whole run and only on the user-interface thread. */
 namespace email {

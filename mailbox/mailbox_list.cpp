@@ -1,12 +1,12 @@
 #include "mailbox/mailbox_list.h"
 
-#include <QLabel>
-#include <QPushButton>
-
 #include "email/state.h"
 #include "platform/text.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
+
+#include <QLabel>
+#include <QPushButton>
 
 namespace {
 constexpr int kNumberCharacters = 15;

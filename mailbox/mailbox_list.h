@@ -1,11 +1,11 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
+#include "email/messages.h"
 
 #include <QString>
 
-#include "email/messages.h"
+#include <array>
+#include <cstdint>
 
 /** Enables Read, Delete and the grid when there are messages, disables them otherwise. */
 void UpdateListControls();

@@ -1,13 +1,13 @@
 #include "platform/background.h"
 
-#include <atomic>
-#include <exception>
-#include <thread>
+#include "platform/nested_wait.h"
 
 #include <QEventLoop>
 #include <QMetaObject>
 
-#include "platform/nested_wait.h"
+#include <atomic>
+#include <exception>
+#include <thread>
 
 namespace platform {
 

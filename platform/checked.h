@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/runtime_error.h"
+
 #include <concepts>
 #include <utility>
-
-#include "platform/runtime_error.h"
 
 namespace platform {
 

@@ -1,12 +1,12 @@
 #include "platform/drives.h"
 
-#include <algorithm>
+#include "platform/runtime_error.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QStorageInfo>
 
-#include "platform/runtime_error.h"
+#include <algorithm>
 
 namespace platform {
 

@@ -1,11 +1,11 @@
 #include "platform/message_box.h"
 
-#include <utility>
+#include "platform/nested_wait.h"
 
 #include <QApplication>
 #include <QMessageBox>
 
-#include "platform/nested_wait.h"
+#include <utility>
 
 namespace platform {
 

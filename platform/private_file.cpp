@@ -1,17 +1,16 @@
 #include "platform/private_file.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstdlib>
-#include <optional>
+#include "platform/runtime_error.h"
 
 #include <QFile>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "platform/runtime_error.h"
 
 namespace platform {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <QString>
+
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
 #include <utility>
-
-#include <QString>
 
 namespace platform {
 

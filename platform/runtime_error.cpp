@@ -97,6 +97,8 @@ std::string meaningOf(int errorNumber) {
         return "The mail server refused the connection. Check its name and port.";
     case errors::HostNotFound:
         return "The mail server was not found. Check its name.";
+    case errors::EncodedTextCut:
+        return "The attachment's text is incomplete; a part of it was lost on the way.";
     default:
         const std::string sending = meaningOfSendingError(errorNumber);
         return sending.empty() ? "The program met a condition that it does not know." : sending;

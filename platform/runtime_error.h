@@ -62,6 +62,8 @@ inline constexpr int ConfirmationUnclear = 20444;
 inline constexpr int NetworkUnreachable = 25052;
 inline constexpr int ConnectionRefused = 25062;
 inline constexpr int HostNotFound = 26002;
+/** An attachment's encoded text that ends too early. */
+inline constexpr int EncodedTextCut = 20502;
 } // namespace errors
 
 /** A failure with the number that the handlers' tables know it by. */

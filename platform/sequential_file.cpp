@@ -1,9 +1,9 @@
 #include "platform/sequential_file.h"
 
+#include "platform/runtime_error.h"
+
 #include <QFileInfo>
 #include <QSaveFile>
-
-#include "platform/runtime_error.h"
 
 namespace platform {
 

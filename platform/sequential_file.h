@@ -1,11 +1,11 @@
 #pragma once
 
+#include <QFile>
+#include <QString>
+
 #include <cstddef>
 #include <memory>
 #include <string>
-
-#include <QFile>
-#include <QString>
 
 namespace platform {
 

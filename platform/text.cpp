@@ -1,12 +1,12 @@
 #include "platform/text.h"
 
-#include <array>
-#include <cmath>
+#include "platform/checked.h"
 
 #include <QStringDecoder>
 #include <QTextBoundaryFinder>
 
-#include "platform/checked.h"
+#include <array>
+#include <cmath>
 
 namespace platform {
 

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <QString>
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include <QString>
 
 namespace platform {
 

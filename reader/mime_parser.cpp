@@ -1,11 +1,11 @@
 #include "reader/mime_parser.h"
 
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
-
-#include "platform/runtime_error.h"
-#include "platform/text.h"
 
 namespace {
 using platform::inStr;

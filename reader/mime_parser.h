@@ -1,10 +1,10 @@
 #pragma once
 
-#include <functional>
-#include <string_view>
-
 #include "email/messages.h"
 #include "reader/part_headers.h"
+
+#include <functional>
+#include <string_view>
 
 /** Where the parser puts what it finds, while it finds it: what is there stays when a later part fails. */
 struct MimeTarget {

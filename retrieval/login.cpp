@@ -1,7 +1,3 @@
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
@@ -13,6 +9,10 @@
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 
 using email::settings;
 using email::state;

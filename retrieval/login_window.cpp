@@ -1,13 +1,13 @@
-#include <QKeyEvent>
-#include <QLabel>
-#include <QLineEdit>
-
 #include "components/controls/picture.h"
 #include "platform/runtime_error.h"
 #include "retrieval/wave_player_setup.h"
 #include "windows/frmLogin.h"
 #include "windows/frmSetup.h"
 #include "windows/windows.h"
+
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
 
 namespace {
 constexpr int kKeyF9 = 120;

@@ -1,11 +1,11 @@
 #include "retrieval/summaries.h"
 
-#include <cstddef>
-
 #include "components/poplib/pop.h"
 #include "email/header_events.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
+
+#include <cstddef>
 
 namespace {
 /** Body lines fetched with the header for the list. */

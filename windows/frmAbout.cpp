@@ -1,11 +1,11 @@
 #include "windows/frmAbout.h"
 
+#include "windows/wiring.h"
+
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
 #include <QVBoxLayout>
-
-#include "windows/wiring.h"
 
 frmAbout::frmAbout() : Form(QStringLiteral("frmAbout"), QStringLiteral("About Brindlewake")) {
     lblProduct = named<QLabel>("lblProduct", this);

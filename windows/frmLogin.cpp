@@ -1,12 +1,12 @@
 #include "windows/frmLogin.h"
 
+#include "windows/wiring.h"
+
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-
-#include "windows/wiring.h"
 
 namespace {
 /** The key codes and the mask that the window's key handler is written in. */

@@ -1,13 +1,13 @@
 #include "windows/frmMain.h"
 
+#include "windows/wiring.h"
+
 #include <QAction>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
-
-#include "windows/wiring.h"
 
 frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake")) {
     Frame1 = named<QFrame>("Frame1", this);

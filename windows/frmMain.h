@@ -1,11 +1,11 @@
 #pragma once
 
-#include <cstdint>
-
 #include "components/controls/msflexgrid.h"
 #include "components/controls/progress_bar.h"
 #include "components/controls/timer.h"
 #include "windows/form.h"
+
+#include <cstdint>
 
 class QAction;
 class QFrame;

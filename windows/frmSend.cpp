@@ -1,13 +1,13 @@
 #include "windows/frmSend.h"
 
+#include "windows/wiring.h"
+
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QShortcut>
-
-#include "windows/wiring.h"
 
 frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake")) {
     lblTo = named<QLabel>("lblTo", QStringLiteral("&To:"), this);

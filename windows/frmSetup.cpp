@@ -1,5 +1,7 @@
 #include "windows/frmSetup.h"
 
+#include "windows/wiring.h"
+
 #include <QComboBox>
 #include <QFormLayout>
 #include <QGroupBox>
@@ -7,8 +9,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScrollArea>
-
-#include "windows/wiring.h"
 
 namespace {
 /** A combo box whose value is its text, which may also be typed: settings files hold what people write. */

@@ -1,11 +1,5 @@
 #include "windows/windows.h"
 
-#include <algorithm>
-#include <vector>
-
-#include <QCloseEvent>
-#include <QCoreApplication>
-
 #include "platform/nested_wait.h"
 #include "windows/frmAbout.h"
 #include "windows/frmFrom.h"
@@ -14,6 +8,12 @@
 #include "windows/frmSend.h"
 #include "windows/frmSetup.h"
 #include "windows/wiring.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+
+#include <algorithm>
+#include <vector>
 
 struct LoadedWindows::Windows {
     std::unique_ptr<frmMain> main;

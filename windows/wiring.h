@@ -1,8 +1,8 @@
 #pragma once
 
-#include <functional>
-
 #include <QObject>
+
+#include <functional>
 
 /**
  * Runs a handler. An error that it does not trap ends in the generic report, a message box with the number

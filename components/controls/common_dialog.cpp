@@ -1,12 +1,12 @@
 #include "components/controls/common_dialog.h"
 
-#include <utility>
+#include "platform/drives.h"
+#include "platform/nested_wait.h"
 
 #include <QFileDialog>
 #include <QStringList>
 
-#include "platform/drives.h"
-#include "platform/nested_wait.h"
+#include <utility>
 
 namespace MSComDlg {
 

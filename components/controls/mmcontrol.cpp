@@ -1,8 +1,8 @@
 #include "components/controls/mmcontrol.h"
 
-#include <utility>
-
 #include "components/controls/wave_player.h"
+
+#include <utility>
 
 namespace MCI {
 

@@ -1,10 +1,10 @@
 #include "components/controls/msflexgrid.h"
 
+#include "platform/runtime_error.h"
+
 #include <QHeaderView>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
-
-#include "platform/runtime_error.h"
 
 namespace MSFlexGridLib {
 

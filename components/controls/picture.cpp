@@ -1,9 +1,9 @@
 #include "components/controls/picture.h"
 
+#include "platform/runtime_error.h"
+
 #include <QFileInfo>
 #include <QImageReader>
-
-#include "platform/runtime_error.h"
 
 namespace controls {
 

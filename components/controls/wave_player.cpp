@@ -1,11 +1,11 @@
 #include "components/controls/wave_player.h"
 
-#include <cstdint>
-
 #include <QFile>
 #include <QFileInfo>
 #include <QLibrary>
 #include <QThreadPool>
+
+#include <cstdint>
 
 namespace controls {
 

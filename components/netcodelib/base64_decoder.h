@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/runtime_error.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -7,7 +9,7 @@
 namespace NetCodeLib {
 
 /** The error of encoded text that stops in the middle of a byte: the rest of it has been lost on the way. */
-inline constexpr int kEncodedTextCut = 20402;
+inline constexpr int kEncodedTextCut = platform::errors::EncodedTextCut;
 
 /**
  * Turns base64 text back into bytes, as patiently as mail needs it. The text may come in pieces of any size;

@@ -1,15 +1,15 @@
 // The one source that knows sockets. It is a library of its own, loaded at the first connection.
 
-#include <chrono>
-#include <memory>
-#include <utility>
+#include "components/transport/stream.h"
 
 #include <QHostAddress>
 #include <QNetworkProxy>
 #include <QTcpSocket>
 #include <QTimer>
 
-#include "components/transport/stream.h"
+#include <chrono>
+#include <memory>
+#include <utility>
 
 namespace {
 using transport::Outcome;

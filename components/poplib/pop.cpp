@@ -1,10 +1,10 @@
 #include "components/poplib/pop.h"
 
-#include <utility>
-
 #include "components/poplib/reply_text.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
+
+#include <utility>
 
 namespace POPLib {
 

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "components/poplib/pop3_session.h"
+#include "components/transport/connection.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "components/poplib/pop3_session.h"
-#include "components/transport/connection.h"
 
 namespace POPLib {
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "components/poplib/commands.h"
+#include "components/poplib/line_buffer.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -8,9 +11,6 @@
 #include <string_view>
 #include <variant>
 #include <vector>
-
-#include "components/poplib/commands.h"
-#include "components/poplib/line_buffer.h"
 
 namespace POPLib {
 

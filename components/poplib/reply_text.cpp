@@ -1,10 +1,10 @@
 #include "components/poplib/reply_text.h"
 
-#include <charconv>
-#include <system_error>
-
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+
+#include <charconv>
+#include <system_error>
 
 namespace POPLib {
 

@@ -23,8 +23,7 @@ bool isDomainLabel(std::string_view label) {
     constexpr std::size_t maximumOctets = 63;
     return !label.empty() && label.size() <= maximumOctets && label.front() != '-' && label.back() != '-' &&
            std::all_of(label.begin(), label.end(), [](char character) {
-               return character == '-' || character == '_' || (character >= '0' && character <= '9') ||
-                      (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+               return character == '-' || character == '_' || isLetterOrDigit(character);
            });
 }
 

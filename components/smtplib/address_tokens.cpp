@@ -24,10 +24,14 @@ bool isControl(char character) noexcept {
 }
 } // namespace
 
+bool isLetterOrDigit(char character) noexcept {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9');
+}
+
 bool isAtomCharacter(char character) noexcept {
     constexpr std::string_view signs = "!#$%&'*+-/=?^_`{|}~";
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9') || signs.find(character) != std::string_view::npos;
+    return isLetterOrDigit(character) || signs.find(character) != std::string_view::npos;
 }
 
 bool isDotAtom(std::string_view text) noexcept {
@@ -100,9 +104,9 @@ AddressToken AddressTokens::quoted() {
 AddressToken AddressTokens::literal() {
     AddressToken token{AddressToken::Kind::Literal, "["};
     ++position_;
+    // Addresses of the network and names of address families; RFC 5322 has more, which no server looks for.
     for (char character = take(); character != ']'; character = take()) {
-        constexpr std::string_view forbidden = "[\\<> \t";
-        if (forbidden.find(character) != std::string_view::npos || isBeyondAscii(character)) {
+        if (!isLetterOrDigit(character) && character != '.' && character != ':' && character != '-') {
             refuse();
         }
         token.text += character;

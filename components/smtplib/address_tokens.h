@@ -46,6 +46,9 @@ class AddressTokens {
     std::size_t position_ = 0;
 };
 
+/** True for ASCII's letters and digits, whatever the locale. */
+bool isLetterOrDigit(char character) noexcept;
+
 /** True for the characters of an atom (RFC 5322 section 3.2.3). */
 bool isAtomCharacter(char character) noexcept;
 

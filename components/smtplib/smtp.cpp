@@ -1,6 +1,5 @@
 #include "components/smtplib/smtp.h"
 
-
 #include "components/smtplib/error_numbers.h"
 #include "platform/background.h"
 #include "platform/drives.h"

@@ -1,9 +1,9 @@
 #include "components/transport/connection.h"
 
+#include "platform/nested_wait.h"
+
 #include <QEventLoop>
 #include <QTimer>
-
-#include "platform/nested_wait.h"
 
 namespace transport {
 

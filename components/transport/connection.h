@@ -1,14 +1,14 @@
 #pragma once
 
+#include "components/transport/server_name.h"
+#include "components/transport/stream.h"
+
+#include <QDeadlineTimer>
+
 #include <chrono>
 #include <memory>
 #include <string>
 #include <string_view>
-
-#include <QDeadlineTimer>
-
-#include "components/transport/server_name.h"
-#include "components/transport/stream.h"
 
 namespace transport {
 

@@ -160,7 +160,7 @@ TEST(Base64Decoder, IgnoresAForeignCharacterAtEveryPlace) {
     encoder.append(bytes, text);
     for (std::size_t place = 0; place <= text.size(); ++place) {
         std::string disturbed = text;
-        disturbed.insert(place, "~");
+        disturbed.insert(place, 1, '~');
         ASSERT_TRUE(decoded(disturbed) == (Result{bytes, 0})) << place;
     }
 }

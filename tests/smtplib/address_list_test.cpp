@@ -142,6 +142,7 @@ const std::vector<Bad> kBad{
     {"EmptyLiteral", "ann@[]"},
     {"LiteralWithBlank", "ann@[192.0.2.1 SIZE]"},
     {"LiteralWithBracket", "ann@[a>b]"},
+    {"LiteralWithComma", "ann@[IPv6:2001:db8::,]"},
     {"LiteralForAName", "[x] <ann@example.org>"},
     {"LiteralForALocalPart", "[x]@example.org"},
     {"EmptyQuotedLocalPart", R"(""@example.org)"},

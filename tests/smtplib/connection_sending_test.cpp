@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include <QHostAddress>
+#include <QString>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -36,10 +36,10 @@ class ConnectionSending : public testing::Test {
 };
 
 TEST_F(ConnectionSending, KnowsItsOwnAddressWhileItIsOpen) {
-    EXPECT_TRUE(connection.localAddress().isNull());
+    EXPECT_TRUE(connection.localAddress().isEmpty());
     ScriptedServer server(Script{HoldSilent{}});
     ASSERT_EQ(open(server), Outcome::Done);
-    EXPECT_EQ(connection.localAddress(), QHostAddress(QHostAddress::LocalHost));
+    EXPECT_EQ(connection.localAddress(), QStringLiteral("127.0.0.1"));
 }
 
 TEST_F(ConnectionSending, WhatIsEnqueuedLeavesDuringTheWait) {

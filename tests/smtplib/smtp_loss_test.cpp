@@ -35,9 +35,10 @@ class SmtpLoss : public support::SmtpTest {
     SmtpMailbox mailbox;
 };
 
-class LossAtCommand : public SmtpLoss, public testing::WithParamInterface<std::tuple<const char*, Ending>> {};
+class SmtpLossAtCommand : public SmtpLoss,
+                          public testing::WithParamInterface<std::tuple<const char*, Ending>> {};
 
-TEST_P(LossAtCommand, TellsWhetherTheMessageMayHaveBeenSent) {
+TEST_P(SmtpLossAtCommand, TellsWhetherTheMessageMayHaveBeenSent) {
     const auto [command, how] = GetParam();
     mailbox.on(command, ending(how));
     ScriptedServer server(mailbox);
@@ -55,12 +56,12 @@ std::string lossName(const testing::TestParamInfo<std::tuple<const char*, Ending
     return (command == "." ? "FinalDot" : command) + nameOf(std::get<1>(test.param));
 }
 
-INSTANTIATE_TEST_SUITE_P(Commands, LossAtCommand,
+INSTANTIATE_TEST_SUITE_P(Commands, SmtpLossAtCommand,
                          testing::Combine(testing::Values("GREETING", "EHLO", "MAIL", "RCPT", "DATA", "."),
                                           testing::Values(Ending::Close, Ending::Reset)),
                          lossName);
 
-class LossAfterOctet : public SmtpLoss, public testing::WithParamInterface<Ending> {
+class SmtpLossAfterOctet : public SmtpLoss, public testing::WithParamInterface<Ending> {
   protected:
     /** Cuts everything after so many octets, sends, and checks that the number tells no lie. */
     void checkCutAfter(ScriptedServer& server, std::size_t octets, std::size_t invitationEnd,
@@ -88,7 +89,7 @@ class LossAfterOctet : public SmtpLoss, public testing::WithParamInterface<Endin
     }
 };
 
-TEST_P(LossAfterOctet, NeverHidesThatTheMessageMayHaveBeenSent) {
+TEST_P(SmtpLossAfterOctet, NeverHidesThatTheMessageMayHaveBeenSent) {
     ScriptedServer server(mailbox);
     ASSERT_EQ(send(server), 0);
     ASSERT_TRUE(server.waitForEndOf(1));
@@ -104,13 +105,13 @@ TEST_P(LossAfterOctet, NeverHidesThatTheMessageMayHaveBeenSent) {
     EXPECT_EQ(send(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Octets, LossAfterOctet, testing::Values(Ending::Close, Ending::Reset),
+INSTANTIATE_TEST_SUITE_P(Octets, SmtpLossAfterOctet, testing::Values(Ending::Close, Ending::Reset),
                          [](const auto& test) { return nameOf(test.param); });
 
 /** A message that no socket swallows at once. */
-class LossOfALargeMessage : public SmtpLoss {
+class SmtpLossOfALargeMessage : public SmtpLoss {
   protected:
-    LossOfALargeMessage() { smtp.setBody(std::string(40'000'000, 'x')); }
+    SmtpLossOfALargeMessage() { smtp.setBody(std::string(40'000'000, 'x')); }
 
     /** Answers DATA and does this once some lines have come. */
     void afterSomeLines(const support::Conversation& action) {
@@ -124,7 +125,7 @@ class LossOfALargeMessage : public SmtpLoss {
     }
 };
 
-TEST_F(LossOfALargeMessage, BeforeTheFinalDotItWasCertainlyNotSent) {
+TEST_F(SmtpLossOfALargeMessage, BeforeTheFinalDotItWasCertainlyNotSent) {
     for (const Ending how : {Ending::Close, Ending::Reset}) {
         afterSomeLines(ending(how));
         ScriptedServer server(mailbox);
@@ -134,7 +135,7 @@ TEST_F(LossOfALargeMessage, BeforeTheFinalDotItWasCertainlyNotSent) {
     }
 }
 
-TEST_F(LossOfALargeMessage, ARefusalInTheMiddleEndsTheSending) {
+TEST_F(SmtpLossOfALargeMessage, ARefusalInTheMiddleEndsTheSending) {
     for (const auto& [answer, error] : {std::pair("552 too much\r\n", errors::MessageTooLarge),
                                         std::pair("554-no\r\n554 no\r\n", errors::MessageRefused),
                                         std::pair("421 shutting down\r\n", errors::MessageRefusedForNow),
@@ -154,7 +155,7 @@ TEST_F(LossOfALargeMessage, ARefusalInTheMiddleEndsTheSending) {
     }
 }
 
-TEST_F(LossOfALargeMessage, AServerThatStopsReadingIsGivenUp) {
+TEST_F(SmtpLossOfALargeMessage, AServerThatStopsReadingIsGivenUp) {
     SMTPLib::Timeouts timeouts;
     timeouts.dataBlock = std::chrono::milliseconds(200);
     smtp.setTimeouts(timeouts);

@@ -64,6 +64,8 @@ void addLine(SmtpTranscript& transcript, const std::string& line) {
         transcript.events.push_back(rest);
     } else if (mark == "M:" && rest == "8bit") {
         transcript.eightBit = true;
+    } else if (mark == "M:" && rest == "at once") {
+        transcript.atOnce = true;
     } else if (mark == "X:") {
         transcript.error = std::stoi(rest);
     } else {
@@ -147,7 +149,7 @@ void play(const SmtpTranscript& transcript, Peer& peer, std::size_t pieceOctets)
     bool inMessage = false;
     const auto say = [&] {
         if (!bytes.empty()) {
-            peer.send(std::exchange(bytes, {}), pieceOctets);
+            peer.send(std::exchange(bytes, {}), transcript.atOnce ? 0 : pieceOctets);
         }
     };
     for (const SmtpTranscript::Turn& turn : transcript.turns) {

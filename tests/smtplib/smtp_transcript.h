@@ -23,6 +23,8 @@ struct SmtpTranscript {
     std::vector<std::string> events;
     /** The message has octets beyond ASCII. */
     bool eightBit = false;
+    /** It depends on what comes in one piece, so that it cannot be played in smaller ones. */
+    bool atOnce = false;
     /** The run-time error that ends it for the program; 0 when none does. */
     int error = 0;
 };

@@ -50,9 +50,9 @@ struct Silence {
     int error;
 };
 
-class SilentServer : public SmtpWaiting, public testing::WithParamInterface<Silence> {};
+class SilentSmtpServer : public SmtpWaiting, public testing::WithParamInterface<Silence> {};
 
-TEST_P(SilentServer, IsGivenUpAfterItsOwnTimeOutWhileTimersGoOn) {
+TEST_P(SilentSmtpServer, IsGivenUpAfterItsOwnTimeOutWhileTimersGoOn) {
     mailbox.on(GetParam().command, [bytes = std::string(GetParam().bytes)](Peer& peer) {
         if (!bytes.empty()) {
             peer.send(bytes);
@@ -79,7 +79,7 @@ TEST_P(SilentServer, IsGivenUpAfterItsOwnTimeOutWhileTimersGoOn) {
 using SMTPLib::Timeouts;
 
 INSTANTIATE_TEST_SUITE_P(
-    Places, SilentServer,
+    Places, SilentSmtpServer,
     testing::Values(Silence{"NoGreeting", "GREETING", "", &Timeouts::greeting, errors::SendingTimedOut},
                     Silence{"HalfAGreeting", "GREETING", "220-a\r\n220", &Timeouts::greeting,
                             errors::SendingTimedOut},
