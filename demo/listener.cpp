@@ -1,8 +1,8 @@
 #include "demo/listener.h"
 
-#include <utility>
-
 #include <QTcpSocket>
+
+#include <utility>
 
 namespace demo {
 

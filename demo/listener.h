@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <memory>
+#include "demo/conversation.h"
 
 #include <QTcpServer>
 
-#include "demo/conversation.h"
+#include <cstdint>
+#include <functional>
+#include <memory>
 
 namespace demo {
 

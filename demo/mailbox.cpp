@@ -1,11 +1,11 @@
 #include "demo/mailbox.h"
 
+#include "demo/mail_text.h"
+
 #include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
-
-#include "demo/mail_text.h"
 
 namespace demo {
 

@@ -13,7 +13,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-
 #include <unistd.h>
 
 namespace {

@@ -1,9 +1,9 @@
 #include "demo/pop3_conversation.h"
 
+#include "demo/mail_text.h"
+
 #include <algorithm>
 #include <charconv>
-
-#include "demo/mail_text.h"
 
 namespace demo {
 

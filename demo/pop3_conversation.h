@@ -1,14 +1,14 @@
 #pragma once
 
+#include "demo/conversation.h"
+#include "demo/line_reader.h"
+#include "demo/mailbox.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "demo/conversation.h"
-#include "demo/line_reader.h"
-#include "demo/mailbox.h"
 
 namespace demo {
 

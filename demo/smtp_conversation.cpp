@@ -1,12 +1,12 @@
 #include "demo/smtp_conversation.h"
 
-#include <algorithm>
-#include <charconv>
-#include <optional>
+#include "demo/mail_text.h"
 
 #include <QDateTime>
 
-#include "demo/mail_text.h"
+#include <algorithm>
+#include <charconv>
+#include <optional>
 
 namespace demo {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstddef>
-#include <string>
-#include <string_view>
-
 #include "demo/conversation.h"
 #include "demo/line_reader.h"
 #include "demo/mailbox.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
 
 namespace demo {
 

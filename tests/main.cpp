@@ -1,6 +1,6 @@
-#include <gmock/gmock.h>
-
 #include "tests/support/application.h"
+
+#include <gmock/gmock.h>
 
 int main(int argumentCount, char** arguments) {
     testing::InitGoogleMock(&argumentCount, arguments);

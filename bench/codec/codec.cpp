@@ -11,26 +11,25 @@
 // A first round compares all results. The rounds that count are interleaved and drop the result, so that only
 // the codec is timed. The time is that of the processor, which other programs disturb least.
 
+#include "components/netcodelib/base64_decoder.h"
+#include "components/netcodelib/base64_encoder.h"
+
+#include <QByteArray>
+
 #include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <functional>
+#include <glib.h>
 #include <iomanip>
 #include <iostream>
 #include <memory>
+#include <openssl/evp.h>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <QByteArray>
-
-#include <glib.h>
-#include <openssl/evp.h>
-
-#include "components/netcodelib/base64_decoder.h"
-#include "components/netcodelib/base64_encoder.h"
 
 namespace {
 constexpr std::size_t kBytes = 64'000'000;

@@ -1,14 +1,14 @@
+#include "components/poplib/pop.h"
+#include "email/header_events.h"
+#include "email/messages.h"
+
+#include <QCoreApplication>
+
 #include <chrono>
 #include <cstdint>
 #include <exception>
 #include <iostream>
 #include <string>
-
-#include <QCoreApplication>
-
-#include "components/poplib/pop.h"
-#include "email/header_events.h"
-#include "email/messages.h"
 
 namespace {
 constexpr int kBodyLines = 25;

@@ -5,14 +5,13 @@
 #include <cerrno>
 #include <ctime>
 #include <iostream>
-#include <system_error>
-#include <vector>
-
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace bench {
 

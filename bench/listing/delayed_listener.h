@@ -1,12 +1,12 @@
 #pragma once
 
+#include "demo/pop3_conversation.h"
+
 #include <chrono>
 #include <cstdint>
 #include <deque>
 #include <list>
 #include <string>
-
-#include "demo/pop3_conversation.h"
 
 namespace bench {
 

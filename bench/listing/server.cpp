@@ -1,11 +1,11 @@
+#include "bench/listing/delayed_listener.h"
+#include "bench/listing/sample_mailbox.h"
+
 #include <charconv>
 #include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <string_view>
-
-#include "bench/listing/delayed_listener.h"
-#include "bench/listing/sample_mailbox.h"
 
 namespace {
 int numberOf(std::string_view text) {

@@ -3,13 +3,12 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <spawn.h>
 #include <sstream>
 #include <stdexcept>
+#include <sys/wait.h>
 #include <system_error>
 #include <thread>
-
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace bench {

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <string>
 #include <string_view>
-
 #include <sys/types.h>
 
 namespace bench {

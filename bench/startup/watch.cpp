@@ -1,10 +1,10 @@
+#include "bench/startup/process.h"
+#include "bench/startup/window_watcher.h"
+
 #include <chrono>
 #include <exception>
 #include <iostream>
 #include <string>
-
-#include "bench/startup/process.h"
-#include "bench/startup/window_watcher.h"
 
 namespace {
 /** Starts a program and prints when its window was drawn, and what the program takes once it is at rest. */

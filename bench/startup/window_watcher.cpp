@@ -1,12 +1,12 @@
 #include "bench/startup/window_watcher.h"
 
+#include <xcb/damage.h>
+
 #include <algorithm>
 #include <cstdlib>
+#include <poll.h>
 #include <stdexcept>
 #include <string_view>
-
-#include <poll.h>
-#include <xcb/damage.h>
 
 namespace bench {
 

@@ -1,13 +1,13 @@
 #pragma once
 
+#include <xcb/xcb.h>
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
-
-#include <xcb/xcb.h>
 
 namespace bench {
 

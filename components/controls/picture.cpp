@@ -15,7 +15,7 @@ QPixmap LoadPicture(const QString& fileName) {
         throw platform::RuntimeError(platform::errors::FileNotFound);
     }
     QImageReader reader(fileName);
-    const QPixmap picture = QPixmap::fromImageReader(&reader);
+    QPixmap picture = QPixmap::fromImageReader(&reader);
     if (picture.isNull()) {
         throw platform::RuntimeError(kInvalidPicture);
     }

@@ -1,12 +1,12 @@
 #include "components/netcodelib/base64_decoder.h"
 
+#include "components/netcodelib/base64_alphabet.h"
+#include "platform/runtime_error.h"
+
 #include <array>
 #include <bit>
 #include <cstddef>
 #include <cstring>
-
-#include "components/netcodelib/base64_alphabet.h"
-#include "platform/runtime_error.h"
 
 namespace NetCodeLib {
 

@@ -1,11 +1,11 @@
 #include "components/netcodelib/base64_encoder.h"
 
+#include "components/netcodelib/base64_alphabet.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
-
-#include "components/netcodelib/base64_alphabet.h"
 
 namespace NetCodeLib {
 

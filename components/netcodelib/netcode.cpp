@@ -1,14 +1,14 @@
 #include "components/netcodelib/netcode.h"
 
-#include <string>
-#include <string_view>
-
 #include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/base64_encoder.h"
 #include "components/netcodelib/leading_fields.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
+
+#include <string>
+#include <string_view>
 
 namespace NetCodeLib {
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <QString>
+
 #include <cstdint>
 #include <functional>
-
-#include <QString>
 
 namespace NetCodeLib {
 

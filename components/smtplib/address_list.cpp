@@ -1,12 +1,12 @@
 #include "components/smtplib/address_list.h"
 
-#include <algorithm>
-#include <unordered_set>
-#include <utility>
-
 #include "components/smtplib/address_tokens.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
 
 namespace SMTPLib {
 

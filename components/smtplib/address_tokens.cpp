@@ -1,8 +1,8 @@
 #include "components/smtplib/address_tokens.h"
 
-#include <algorithm>
-
 #include "platform/runtime_error.h"
+
+#include <algorithm>
 
 namespace SMTPLib {
 

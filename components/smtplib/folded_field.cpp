@@ -1,12 +1,12 @@
 #include "components/smtplib/folded_field.h"
 
-#include <algorithm>
+#include "components/smtplib/address_tokens.h"
+#include "platform/text.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include "components/smtplib/address_tokens.h"
-#include "platform/text.h"
+#include <algorithm>
 
 namespace SMTPLib {
 

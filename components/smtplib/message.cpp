@@ -1,9 +1,9 @@
 #include "components/smtplib/message.h"
 
-#include <QRandomGenerator>
-
 #include "components/smtplib/message_header.h"
 #include "platform/runtime_error.h"
+
+#include <QRandomGenerator>
 
 namespace SMTPLib {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include "components/smtplib/address_list.h"
 
 #include <QDateTime>
 #include <QString>
 
-#include "components/smtplib/address_list.h"
+#include <string>
+#include <vector>
 
 namespace SMTPLib {
 

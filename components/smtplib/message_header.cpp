@@ -1,15 +1,15 @@
 #include "components/smtplib/message_header.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdlib>
-
-#include <QLocale>
-
 #include "components/smtplib/folded_field.h"
 #include "components/smtplib/wire_text.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+
+#include <QLocale>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
 
 namespace SMTPLib {
 

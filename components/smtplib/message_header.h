@@ -1,11 +1,11 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include "components/smtplib/address_list.h"
 
 #include <QDateTime>
 
-#include "components/smtplib/address_list.h"
+#include <string>
+#include <vector>
 
 namespace SMTPLib {
 

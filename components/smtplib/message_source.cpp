@@ -1,8 +1,8 @@
 #include "components/smtplib/message_source.h"
 
-#include <algorithm>
-
 #include "platform/runtime_error.h"
+
+#include <algorithm>
 
 namespace SMTPLib {
 

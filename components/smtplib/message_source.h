@@ -1,15 +1,15 @@
 #pragma once
 
+#include "components/smtplib/wire_text.h"
+#include "platform/private_file.h"
+
+#include <QString>
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include <QString>
-
-#include "components/smtplib/wire_text.h"
-#include "platform/private_file.h"
 
 namespace SMTPLib {
 

@@ -1,11 +1,11 @@
 #include "components/smtplib/reply_reader.h"
 
+#include "platform/text.h"
+
 #include <algorithm>
 #include <charconv>
 #include <system_error>
 #include <utility>
-
-#include "platform/text.h"
 
 namespace SMTPLib {
 

@@ -240,16 +240,14 @@ std::chrono::milliseconds SMTP::patience() const {
 
 /** Closes, with a QUIT that nobody waits for where the server would understand one. */
 void SMTP::closeSession() {
-    if (!connection_.isOpen()) {
-        connection_.abort();
-    } else if (session_.canQuit()) {
+    if (connection_.isOpen() && session_.canQuit()) {
         session_.quit();
         connection_.send(session_.takeOutput());
         connection_.close();
-    } else {
-        // Half a message may still be on its way; it must not leave after its failure has been told.
-        connection_.abort();
+        return;
     }
+    // Half a message may still be on its way; it must not leave after its failure has been told.
+    connection_.abort();
 }
 
 } // namespace SMTPLib

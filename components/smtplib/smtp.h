@@ -1,17 +1,17 @@
 #pragma once
 
+#include "components/smtplib/message.h"
+#include "components/smtplib/message_source.h"
+#include "components/smtplib/smtp_session.h"
+#include "components/transport/connection.h"
+
+#include <QString>
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <utility>
-
-#include <QString>
-
-#include "components/smtplib/message.h"
-#include "components/smtplib/message_source.h"
-#include "components/smtplib/smtp_session.h"
-#include "components/transport/connection.h"
 
 namespace SMTPLib {
 

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "components/smtplib/commands.h"
+#include "components/smtplib/reply_reader.h"
+#include "components/smtplib/wire_text.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -7,10 +11,6 @@
 #include <utility>
 #include <variant>
 #include <vector>
-
-#include "components/smtplib/commands.h"
-#include "components/smtplib/reply_reader.h"
-#include "components/smtplib/wire_text.h"
 
 namespace SMTPLib {
 

@@ -1,11 +1,11 @@
-#include <QComboBox>
-#include <QLineEdit>
-#include <QPushButton>
-
 #include "email/state.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmSetup.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
 
 using support::WindowTest;
 using testing::ElementsAre;

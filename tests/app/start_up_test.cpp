@@ -1,12 +1,3 @@
-#include <cmath>
-#include <filesystem>
-
-#include <QAction>
-#include <QLabel>
-#include <QPushButton>
-
-#include <sys/stat.h>
-
 #include "email/state.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
@@ -15,6 +6,14 @@
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 #include "windows/frmSetup.h"
+
+#include <QAction>
+#include <QLabel>
+#include <QPushButton>
+
+#include <cmath>
+#include <filesystem>
+#include <sys/stat.h>
 
 using support::WindowTest;
 using testing::ElementsAre;

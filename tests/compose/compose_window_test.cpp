@@ -1,15 +1,15 @@
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTest>
-
 #include "components/controls/common_dialog.h"
 #include "email/state.h"
 #include "tests/support/window_test.h"
 #include "windows/frmFrom.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
 
 using support::WindowTest;
 using testing::ElementsAre;

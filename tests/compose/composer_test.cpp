@@ -1,10 +1,9 @@
 #include "compose/composer.h"
+#include "platform/runtime_error.h"
+#include "tests/support/window_test.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include "platform/runtime_error.h"
-#include "tests/support/window_test.h"
 
 using testing::IsEmpty;
 

@@ -1,14 +1,14 @@
-#include <QLabel>
-#include <QLineEdit>
-#include <QPlainTextEdit>
-#include <QPushButton>
-#include <QTest>
-
 #include "email/state.h"
 #include "tests/smtplib/smtp_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QTest>
 
 using support::ScriptedServer;
 using support::SmtpMailbox;

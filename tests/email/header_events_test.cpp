@@ -1,15 +1,14 @@
 #include "email/header_events.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <gtest/gtest.h>
 
 #include <chrono>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include "platform/runtime_error.h"
-#include "platform/text.h"
 
 namespace {
 

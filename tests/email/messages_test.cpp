@@ -1,9 +1,8 @@
+#include "email/header_events.h"
 #include "email/messages.h"
+#include "platform/runtime_error.h"
 
 #include <gtest/gtest.h>
-
-#include "email/header_events.h"
-#include "platform/runtime_error.h"
 
 namespace {
 

@@ -1,21 +1,19 @@
 #include "email/settings_file.h"
+#include "platform/runtime_error.h"
+#include "platform/sequential_file.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "platform/runtime_error.h"
-#include "platform/sequential_file.h"
-#include "tests/support/temporary_folder.h"
+#include <vector>
 
 namespace {
 

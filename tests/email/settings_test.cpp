@@ -1,11 +1,11 @@
 #include "email/settings.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
-
-#include <gtest/gtest.h>
 
 namespace {
 

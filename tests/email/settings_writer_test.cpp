@@ -1,11 +1,10 @@
 #include "email/settings_file.h"
-
-#include <string>
+#include "platform/sequential_file.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/sequential_file.h"
-#include "tests/support/temporary_folder.h"
+#include <string>
 
 namespace {
 

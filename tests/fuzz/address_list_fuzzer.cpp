@@ -1,14 +1,14 @@
 // A list of addresses is refused, or gives mailboxes that can stand in a command and mean the same again.
 
-#include <string>
-#include <string_view>
-#include <vector>
-
 #include "components/smtplib/address_list.h"
 #include "components/smtplib/commands.h"
 #include "components/smtplib/message_header.h"
 #include "platform/runtime_error.h"
 #include "tests/fuzz/fuzz_input.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 

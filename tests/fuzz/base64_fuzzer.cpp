@@ -1,14 +1,14 @@
 // Decoding in pieces gives what decoding character by character gives, the only error is the documented one,
 // and what was encoded comes back.
 
-#include <string>
-#include <string_view>
-
 #include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/base64_encoder.h"
 #include "components/netcodelib/leading_fields.h"
 #include "platform/runtime_error.h"
 #include "tests/fuzz/fuzz_input.h"
+
+#include <string>
+#include <string_view>
 
 namespace {
 

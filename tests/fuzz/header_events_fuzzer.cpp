@@ -3,13 +3,13 @@
 // Input: header lines, each a byte that says what happens before it, its field up to a colon, and its value
 // up to a line feed.
 
-#include <array>
-#include <string>
-
 #include "email/header_events.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "tests/fuzz/fuzz_input.h"
+
+#include <array>
+#include <string>
 
 namespace {
 

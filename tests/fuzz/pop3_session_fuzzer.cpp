@@ -3,11 +3,11 @@
 // Input: number of commands, one byte for each, number of pieces, one byte for the size of each, and what the
 // server sends after its greeting.
 
-#include <string>
-#include <vector>
-
 #include "components/poplib/pop3_session.h"
 #include "tests/fuzz/fuzz_input.h"
+
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,18 +1,17 @@
 // Reading settings never does anything but take values or raise its documented errors; what it has read,
 // written and read again, is the same.
 
-#include <cstdio>
-#include <string>
-
-#include <QString>
-
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include "email/settings_file.h"
 #include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
 #include "tests/fuzz/fuzz_input.h"
+
+#include <QString>
+
+#include <cstdio>
+#include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 

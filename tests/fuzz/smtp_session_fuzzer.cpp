@@ -3,12 +3,12 @@
 // Input: number of pieces, one byte for the size of each, a byte for the message, and then what the server
 // says, in turns that a zero byte ends. Between two turns the client sends what it has to.
 
+#include "components/smtplib/smtp_session.h"
+#include "tests/fuzz/fuzz_input.h"
+
 #include <algorithm>
 #include <string>
 #include <vector>
-
-#include "components/smtplib/smtp_session.h"
-#include "tests/fuzz/fuzz_input.h"
 
 namespace {
 

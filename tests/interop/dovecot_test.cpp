@@ -1,17 +1,16 @@
 #include "components/poplib/pop.h"
+#include "platform/runtime_error.h"
+#include "tests/support/application.h"
+#include "tests/support/dovecot_server.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "platform/runtime_error.h"
-#include "tests/support/application.h"
-#include "tests/support/dovecot_server.h"
 
 namespace {
 

@@ -1,14 +1,14 @@
 // The login window against a real mail server.
 
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-
 #include "email/state.h"
 #include "tests/support/dovecot_server.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
 
 using support::DovecotServer;
 using testing::ElementsAre;

@@ -1,4 +1,9 @@
+#include "email/state.h"
 #include "mailbox/mailbox_list.h"
+#include "platform/runtime_error.h"
+#include "tests/support/window_test.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
 
 #include <QAccessible>
 #include <QLabel>
@@ -6,12 +11,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
-
-#include "email/state.h"
-#include "platform/runtime_error.h"
-#include "tests/support/window_test.h"
-#include "windows/frmMain.h"
-#include "windows/frmSend.h"
 
 using support::WindowTest;
 using testing::ElementsAre;

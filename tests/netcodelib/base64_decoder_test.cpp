@@ -1,18 +1,16 @@
 #include "components/netcodelib/base64_decoder.h"
+#include "components/netcodelib/base64_encoder.h"
+#include "platform/runtime_error.h"
+#include "tests/netcodelib/random_bytes.h"
+#include "tests/support/pieces.h"
+
+#include <QByteArray>
+#include <gtest/gtest.h>
 
 #include <array>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <QByteArray>
-
-#include "components/netcodelib/base64_encoder.h"
-#include "platform/runtime_error.h"
-#include "tests/netcodelib/random_bytes.h"
-#include "tests/support/pieces.h"
 
 namespace {
 

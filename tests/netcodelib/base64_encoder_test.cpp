@@ -1,15 +1,13 @@
 #include "components/netcodelib/base64_encoder.h"
+#include "tests/netcodelib/random_bytes.h"
+#include "tests/support/pieces.h"
+
+#include <QByteArray>
+#include <gtest/gtest.h>
 
 #include <array>
 #include <string>
 #include <string_view>
-
-#include <gtest/gtest.h>
-
-#include <QByteArray>
-
-#include "tests/netcodelib/random_bytes.h"
-#include "tests/support/pieces.h"
 
 namespace {
 

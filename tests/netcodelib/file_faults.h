@@ -1,18 +1,17 @@
 #pragma once
 
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <string_view>
-#include <thread>
-
-#include <fcntl.h>
 #include <linux/capability.h>
 #include <sched.h>
+#include <string_view>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace support {

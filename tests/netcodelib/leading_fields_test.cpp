@@ -1,12 +1,11 @@
 #include "components/netcodelib/leading_fields.h"
+#include "tests/support/pieces.h"
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include "tests/support/pieces.h"
 
 namespace {
 

@@ -1,22 +1,20 @@
+#include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/netcode.h"
+#include "platform/runtime_error.h"
+#include "tests/netcodelib/file_faults.h"
+#include "tests/netcodelib/random_bytes.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <sys/resource.h>
 #include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include <sys/resource.h>
-
-#include "components/netcodelib/base64_decoder.h"
-#include "platform/runtime_error.h"
-#include "tests/netcodelib/file_faults.h"
-#include "tests/netcodelib/random_bytes.h"
-#include "tests/support/temporary_folder.h"
 
 namespace {
 

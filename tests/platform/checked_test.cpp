@@ -1,9 +1,9 @@
 #include "platform/checked.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdint>
 #include <limits>
-
-#include <gtest/gtest.h>
 
 namespace {
 

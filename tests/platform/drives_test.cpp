@@ -1,15 +1,13 @@
 #include "platform/drives.h"
+#include "platform/runtime_error.h"
+#include "tests/support/temporary_folder.h"
 
-#include <string>
-#include <vector>
-
+#include <QDir>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QDir>
-
-#include "platform/runtime_error.h"
-#include "tests/support/temporary_folder.h"
+#include <string>
+#include <vector>
 
 namespace {
 

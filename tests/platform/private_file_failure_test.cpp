@@ -1,17 +1,15 @@
 #include "platform/private_file.h"
-
-#include <cerrno>
-#include <filesystem>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include <fcntl.h>
-#include <unistd.h>
-
 #include "platform/runtime_error.h"
 #include "tests/netcodelib/file_faults.h"
 #include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+#include <vector>
 
 namespace {
 

@@ -1,18 +1,16 @@
 #include "platform/private_file.h"
-
-#include <filesystem>
-#include <string>
-#include <string_view>
+#include "platform/runtime_error.h"
+#include "tests/netcodelib/file_faults.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
+#include <filesystem>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include "platform/runtime_error.h"
-#include "tests/netcodelib/file_faults.h"
-#include "tests/support/temporary_folder.h"
 
 namespace {
 

@@ -1,16 +1,14 @@
 #include "platform/private_file.h"
+#include "platform/runtime_error.h"
+#include "tests/netcodelib/file_faults.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <string>
 #include <string_view>
-
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
-
-#include "platform/runtime_error.h"
-#include "tests/netcodelib/file_faults.h"
-#include "tests/support/temporary_folder.h"
 
 namespace {
 

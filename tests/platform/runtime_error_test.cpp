@@ -1,14 +1,13 @@
+#include "platform/nested_wait.h"
+#include "platform/program.h"
 #include "platform/runtime_error.h"
+
+#include <gtest/gtest.h>
 
 #include <new>
 #include <set>
 #include <stdexcept>
 #include <string>
-
-#include <gtest/gtest.h>
-
-#include "platform/nested_wait.h"
-#include "platform/program.h"
 
 namespace {
 

@@ -1,23 +1,21 @@
+#include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
-
-#include <csignal>
-#include <filesystem>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <vector>
+#include "tests/support/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <filesystem>
 #include <linux/capability.h>
+#include <string>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
-
-#include "platform/runtime_error.h"
-#include "tests/support/temporary_folder.h"
+#include <vector>
 
 namespace {
 

@@ -1,13 +1,12 @@
+#include "platform/runtime_error.h"
 #include "platform/text.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <ostream>
 #include <string>
 #include <string_view>
-
-#include <gtest/gtest.h>
-
-#include "platform/runtime_error.h"
 
 namespace {
 

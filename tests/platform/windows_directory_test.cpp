@@ -1,9 +1,9 @@
 #include "platform/windows_directory.h"
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,11 +1,10 @@
 #include "components/poplib/line_buffer.h"
-
-#include <string>
-#include <vector>
+#include "tests/support/pieces.h"
 
 #include <gmock/gmock.h>
 
-#include "tests/support/pieces.h"
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,12 +1,11 @@
 #include "components/poplib/pop3_session.h"
-
-#include <string>
-#include <vector>
+#include "tests/support/pieces.h"
+#include "tests/support/transcript.h"
 
 #include <gmock/gmock.h>
 
-#include "tests/support/pieces.h"
-#include "tests/support/transcript.h"
+#include <string>
+#include <vector>
 
 namespace {
 

@@ -1,15 +1,15 @@
 // Every recorded dialogue, read by the session in pieces of every size, and played to the POP3 component.
 
+#include "tests/poplib/pop_fixture.h"
+#include "tests/support/pieces.h"
+#include "tests/support/transcript.h"
+
+#include <gmock/gmock.h>
+
 #include <cctype>
 #include <string>
 #include <tuple>
 #include <vector>
-
-#include <gmock/gmock.h>
-
-#include "tests/poplib/pop_fixture.h"
-#include "tests/support/pieces.h"
-#include "tests/support/transcript.h"
 
 namespace {
 

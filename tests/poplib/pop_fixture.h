@@ -1,21 +1,20 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <vector>
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QEventLoop>
-
-#include <gtest/gtest.h>
-
 #include "components/poplib/pop.h"
 #include "platform/runtime_error.h"
 #include "tests/support/application.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/transcript.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace support {
 

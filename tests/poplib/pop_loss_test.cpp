@@ -1,10 +1,10 @@
 // Connections that end where they should not.
 
-#include <algorithm>
+#include "tests/poplib/pop_fixture.h"
 
 #include <gmock/gmock.h>
 
-#include "tests/poplib/pop_fixture.h"
+#include <algorithm>
 
 namespace {
 

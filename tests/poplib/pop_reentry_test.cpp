@@ -1,10 +1,9 @@
 // Requests made while another one runs, or while a session is open: timers fire inside waits and under boxes.
 
-#include <QTimer>
-
-#include <gmock/gmock.h>
-
 #include "tests/poplib/pop_fixture.h"
+
+#include <QTimer>
+#include <gmock/gmock.h>
 
 namespace {
 

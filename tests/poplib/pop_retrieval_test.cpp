@@ -1,10 +1,10 @@
 // What retrieval raises, and what it does with servers that answer too much, too little or twice.
 
-#include <stdexcept>
+#include "tests/poplib/pop_fixture.h"
 
 #include <gmock/gmock.h>
 
-#include "tests/poplib/pop_fixture.h"
+#include <stdexcept>
 
 namespace {
 

@@ -1,10 +1,9 @@
 // What the component does with servers that cannot be reached, are silent, or are slow.
 
-#include <QTimer>
-
-#include <gmock/gmock.h>
-
 #include "tests/poplib/pop_fixture.h"
+
+#include <QTimer>
+#include <gmock/gmock.h>
 
 namespace {
 

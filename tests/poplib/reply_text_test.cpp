@@ -1,11 +1,10 @@
 #include "components/poplib/reply_text.h"
-
-#include <string>
-#include <vector>
+#include "platform/runtime_error.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/runtime_error.h"
+#include <string>
+#include <vector>
 
 namespace {
 

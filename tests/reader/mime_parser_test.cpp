@@ -1,12 +1,11 @@
+#include "platform/runtime_error.h"
 #include "reader/mime_parser.h"
-
-#include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "platform/runtime_error.h"
+#include <string>
+#include <vector>
 
 using testing::ElementsAre;
 using testing::IsEmpty;

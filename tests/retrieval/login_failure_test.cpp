@@ -1,11 +1,11 @@
-#include <QLineEdit>
-#include <QPushButton>
-
 #include "email/state.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
+
+#include <QLineEdit>
+#include <QPushButton>
 
 using support::Ending;
 using support::Pop3Mailbox;

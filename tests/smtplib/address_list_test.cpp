@@ -1,10 +1,9 @@
 #include "components/smtplib/address_list.h"
-
-#include <string>
+#include "platform/runtime_error.h"
 
 #include <gmock/gmock.h>
 
-#include "platform/runtime_error.h"
+#include <string>
 
 namespace {
 

@@ -1,10 +1,9 @@
 #include "components/smtplib/commands.h"
 
-#include <string>
-
 #include <QString>
-
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 

@@ -1,15 +1,14 @@
 // What the SMTP client asks of a connection beyond what the POP3 client does.
 
-#include <string>
-
-#include <QString>
-#include <QTimer>
-
-#include <gtest/gtest.h>
-
 #include "components/transport/connection.h"
 #include "tests/support/application.h"
 #include "tests/support/scripted_server.h"
+
+#include <QString>
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 
@@ -26,7 +25,7 @@ class ConnectionSending : public testing::Test {
   protected:
     ConnectionSending() { support::application(); }
 
-    static QDeadlineTimer soon() { return QDeadlineTimer(ScriptedServer::kTimeLimit); }
+    static QDeadlineTimer soon() { return {ScriptedServer::kTimeLimit}; }
 
     Outcome open(const ScriptedServer& server) {
         return connection.open({QStringLiteral("127.0.0.1"), server.port()}, soon());
@@ -67,7 +66,9 @@ TEST_F(ConnectionSending, AnAnswerEndsTheWaitOfAStreamThatNobodyReads) {
 TEST_F(ConnectionSending, AStreamThatBrokeHasNotSentEverything) {
     ScriptedServer server(Script{ExpectLine{}, support::Reset{}});
     ASSERT_EQ(open(server), Outcome::Done);
-    connection.enqueue("line\r\n" + std::string(50'000'000, 'x'));
+    std::string bytes = "line\r\n";
+    bytes.resize(50'000'000, 'x');
+    connection.enqueue(bytes);
     EXPECT_EQ(connection.waitUntilSentOrAnswered(soon()), Outcome::Lost);
 }
 

@@ -1,46 +1,26 @@
 #include "components/smtplib/message_header.h"
+#include "tests/smtplib/header_fields.h"
+
+#include <QByteArray>
+#include <QLocale>
+#include <QTimeZone>
+#include <gmock/gmock.h>
 
 #include <algorithm>
 #include <locale>
 #include <string>
 #include <vector>
 
-#include <QByteArray>
-#include <QLocale>
-#include <QTimeZone>
-
-#include <gmock/gmock.h>
-
-#include "components/smtplib/message.h"
-#include "platform/runtime_error.h"
-
 namespace {
 
-using SMTPLib::Address;
 using SMTPLib::HeaderFields;
 using SMTPLib::messageHeader;
 using SMTPLib::parseAddressList;
-using testing::AllOf;
+using support::at;
+using support::plainFields;
 using testing::Each;
-using testing::HasSubstr;
 using testing::Not;
 using testing::ResultOf;
-using testing::StartsWith;
-namespace errors = platform::errors;
-
-QDateTime at(const QDate& date, const QTime& time, int offsetSeconds) {
-    return {date, time, Qt::OffsetFromUTC, offsetSeconds};
-}
-
-HeaderFields plainFields() {
-    HeaderFields fields;
-    fields.sender = parseAddressList("bob@example.org").front();
-    fields.recipients = parseAddressList("ann@example.org");
-    fields.subject = "Hello";
-    fields.date = at({2024, 3, 1}, {9, 5, 7}, 3600);
-    fields.messageId = "<1@example.org>";
-    return fields;
-}
 
 std::vector<std::string> linesOf(std::string_view header) {
     std::vector<std::string> lines;
@@ -94,10 +74,6 @@ std::string headerWithSubject(const std::string& subject) {
     HeaderFields fields = plainFields();
     fields.subject = subject;
     return messageHeader(fields);
-}
-
-int errorOf(const HeaderFields& fields) {
-    return platform::errorNumberOf([&] { messageHeader(fields); });
 }
 
 TEST(MessageHeader, NamesEverythingOnce) {
@@ -303,98 +279,6 @@ TEST(MessageHeader, TheLongestAddressFitsIntoItsLine) {
     const std::string header = messageHeader(fields);
     EXPECT_THAT(linesOf(header), Each(ResultOf(size, testing::Le(998U))));
     EXPECT_EQ(parseAddressList(unfolded(header, "To")), fields.recipients);
-}
-
-TEST(MessageHeader, ALineEndInTheSubjectIsRefused) {
-    for (const std::string& subject : {std::string("a\r\nBcc: eve@example.org"), std::string("a\n"),
-                                       std::string("\ra"), std::string("a\0b", 3)}) {
-        HeaderFields fields = plainFields();
-        fields.subject = subject;
-        EXPECT_EQ(errorOf(fields), errors::FieldHoldsLineEnd);
-    }
-}
-
-struct Lines {
-    const char* name;
-    std::string text;
-};
-
-std::string linesName(const testing::TestParamInfo<Lines>& test) {
-    return test.param.name;
-}
-
-class AdditionalLinesRefused : public testing::TestWithParam<Lines> {};
-
-TEST_P(AdditionalLinesRefused, AreRefusedAlsoBehindGoodOnes) {
-    HeaderFields fields = plainFields();
-    fields.additionalLines = GetParam().text;
-    EXPECT_EQ(errorOf(fields), errors::BadHeaderLine);
-    fields.additionalLines = "MIME-Version: 1.0\r\n" + GetParam().text;
-    EXPECT_EQ(errorOf(fields), errors::BadHeaderLine);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Lines, AdditionalLinesRefused,
-    testing::Values(Lines{"WithoutEnd", "X-A: b"}, Lines{"LineFeedOnly", "X-A: b\n"},
-                    Lines{"BareCarriageReturn", "X-A: b\rX-C: d\r\n"},
-                    Lines{"BareLineFeed", "X-A: b\nX-C: d\r\n"}, Lines{"Nul", std::string("X-A: \0\r\n", 8)},
-                    Lines{"EmptyLine", "\r\nbody\r\n"}, Lines{"EmptyLineBehind", "X-A: b\r\n\r\nbody: c\r\n"},
-                    Lines{"LineOfBlanks", "X-A: b\r\n \t\r\n"}, Lines{"NoColon", "X-A\r\n"},
-                    Lines{"NoName", ": a\r\n"}, Lines{"BlankInTheName", "X A: b\r\n"},
-                    Lines{"BeyondAscii", "X-A: \xc3\xa4\r\n"}, Lines{"Escape", "X-A: \x1b\r\n"},
-                    Lines{"TooLong", "X-A: " + std::string(994, 'x') + "\r\n"},
-                    Lines{"SecondFrom", "From: a@x.org\r\n"}, Lines{"SecondDateInOtherCase", "dATE: now\r\n"},
-                    Lines{"To", "To: a@x.org\r\n"}, Lines{"Copies", "Cc: a@x.org\r\n"},
-                    Lines{"Subject", "Subject: a\r\n"}, Lines{"MessageId", "Message-Id: <a@b>\r\n"}),
-    linesName);
-
-TEST(MessageHeader, AContinuationLineNeedsALineBeforeIt) {
-    HeaderFields fields = plainFields();
-    fields.additionalLines = " folded: b\r\n";
-    EXPECT_EQ(errorOf(fields), errors::BadHeaderLine);
-    fields.additionalLines = "X-A: b\r\n folded: b\r\n";
-    EXPECT_EQ(errorOf(fields), 0);
-    fields.additionalLines = "X-A: " + std::string(993, 'x') + "\r\n";
-    EXPECT_EQ(errorOf(fields), 0) << "the longest line";
-}
-
-TEST(MessageHeader, AMessageIdThatIsNoneIsRefused) {
-    for (const std::string& id :
-         {std::string("1@example.org"), std::string("<1@example.org"), std::string("<1>"),
-          std::string("<@b>"), std::string("<a@>"), std::string("<a b@c>"),
-          std::string("<a@b>\r\nBcc: <c@d>"), std::string("<a>@<b>"), '<' + std::string(999, 'a') + "@b>"}) {
-        HeaderFields fields = plainFields();
-        fields.messageId = id;
-        EXPECT_EQ(errorOf(fields), errors::BadHeaderLine) << id;
-    }
-}
-
-TEST(NewMessageId, IsTheSendersAndNeverTheSame) {
-    const QDateTime now = at({2024, 3, 1}, {9, 5, 7}, 0);
-    const std::string first = SMTPLib::newMessageId("Bob <bob@mail.example.org>", now);
-    EXPECT_THAT(first, AllOf(StartsWith("<1709283907000."), HasSubstr("@mail.example.org>")));
-    EXPECT_NE(first, SMTPLib::newMessageId("bob@mail.example.org", now));
-    HeaderFields fields = plainFields();
-    fields.messageId = SMTPLib::newMessageId("bob@[IPv6:::1]", now);
-    EXPECT_EQ(errorOf(fields), 0);
-}
-
-TEST(PrepareMessage, TakesOneSenderAndAtLeastOneRecipient) {
-    const auto errorWith = [](const std::string& sender, const std::string& to, const std::string& cc) {
-        SMTPLib::Message message;
-        message.sender = sender;
-        message.recipients = to;
-        message.copies = cc;
-        return platform::errorNumberOf([&] { prepareMessage(message, QDateTime::currentDateTime()); });
-    };
-    EXPECT_EQ(errorWith("bob@x.org", "ann@x.org", ""), 0);
-    EXPECT_EQ(errorWith("bob@x.org", "", "ann@x.org"), 0);
-    EXPECT_EQ(errorWith("bob@x.org", " , ", ","), errors::NoRecipient);
-    EXPECT_EQ(errorWith("bob@x.org", "nobody:;", ""), errors::NoRecipient);
-    EXPECT_EQ(errorWith("", "ann@x.org", ""), errors::BadAddress);
-    EXPECT_EQ(errorWith("bob", "ann@x.org", ""), errors::BadAddress);
-    EXPECT_EQ(errorWith("bob@x.org, carl@x.org", "ann@x.org", ""), errors::BadAddress);
-    EXPECT_EQ(errorWith("bob@x.org\r\n", "ann@x.org", ""), errors::FieldHoldsLineEnd);
 }
 
 } // namespace

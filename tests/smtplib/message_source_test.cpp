@@ -1,14 +1,12 @@
 #include "components/smtplib/message_source.h"
-
-#include <filesystem>
-#include <string>
+#include "platform/runtime_error.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <string>
 #include <sys/stat.h>
-
-#include "platform/runtime_error.h"
-#include "tests/support/temporary_folder.h"
 
 namespace {
 

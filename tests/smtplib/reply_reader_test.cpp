@@ -1,17 +1,15 @@
 #include "components/smtplib/reply_reader.h"
-
-#include <string>
-#include <vector>
+#include "tests/support/pieces.h"
 
 #include <gmock/gmock.h>
 
-#include "tests/support/pieces.h"
+#include <string>
+#include <vector>
 
 namespace {
 
 using SMTPLib::Extensions;
 using SMTPLib::extensionsOf;
-using SMTPLib::Reply;
 using SMTPLib::ReplyReader;
 using testing::ElementsAreArray;
 

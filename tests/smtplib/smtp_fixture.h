@@ -1,21 +1,20 @@
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QEventLoop>
-
-#include <gtest/gtest.h>
-
 #include "components/smtplib/smtp.h"
 #include "platform/runtime_error.h"
 #include "tests/smtplib/smtp_script.h"
 #include "tests/support/application.h"
 #include "tests/support/scripted_server.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace support {
 

@@ -1,12 +1,12 @@
 // Connections that end where they should not. What counts is whether the person may send the message again.
 
-#include <algorithm>
-#include <set>
+#include "tests/smtplib/smtp_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gmock/gmock.h>
 
-#include "tests/smtplib/smtp_fixture.h"
-#include "tests/support/temporary_folder.h"
+#include <algorithm>
+#include <set>
 
 namespace {
 
@@ -111,7 +111,11 @@ INSTANTIATE_TEST_SUITE_P(Octets, SmtpLossAfterOctet, testing::Values(Ending::Clo
 /** A message that no socket swallows at once. */
 class SmtpLossOfALargeMessage : public SmtpLoss {
   protected:
-    SmtpLossOfALargeMessage() { smtp.setBody(std::string(40'000'000, 'x')); }
+    SmtpLossOfALargeMessage() {
+        std::string body;
+        body.resize(40'000'000, 'x');
+        smtp.setBody(body);
+    }
 
     /** Answers DATA and does this once some lines have come. */
     void afterSomeLines(const support::Conversation& action) {

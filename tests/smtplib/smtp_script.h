@@ -9,13 +9,13 @@
 //
 // The mailbox is a handle: copies share one state.
 
+#include "tests/support/scripted_server.h"
+
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
-
-#include "tests/support/scripted_server.h"
 
 namespace support {
 

@@ -1,11 +1,11 @@
 // What goes over the wire when all goes well, and every answer that a server may give instead.
 
-#include <algorithm>
+#include "tests/smtplib/smtp_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 #include <gmock/gmock.h>
 
-#include "tests/smtplib/smtp_fixture.h"
-#include "tests/support/temporary_folder.h"
+#include <algorithm>
 
 namespace {
 

@@ -1,9 +1,9 @@
 // Fields that try to become commands or header lines, and fields that are no addresses.
 
-#include <gmock/gmock.h>
-
 #include "tests/smtplib/smtp_fixture.h"
 #include "tests/support/temporary_folder.h"
+
+#include <gmock/gmock.h>
 
 namespace {
 

@@ -2,11 +2,11 @@
 
 // Recorded SMTP dialogues as data; the format is described in tests/data/smtp/README.md.
 
-#include <string>
-#include <vector>
-
 #include "components/smtplib/smtp_session.h"
 #include "tests/support/scripted_server.h"
+
+#include <string>
+#include <vector>
 
 namespace support {
 

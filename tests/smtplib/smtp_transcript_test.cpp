@@ -1,23 +1,22 @@
 // Every recorded dialogue, read by the session in pieces of every size, and played to the SMTP component.
 
+#include "tests/smtplib/smtp_fixture.h"
+#include "tests/smtplib/smtp_transcript.h"
+#include "tests/support/pieces.h"
+
+#include <gmock/gmock.h>
+
 #include <algorithm>
 #include <cctype>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include <gmock/gmock.h>
-
-#include "tests/smtplib/smtp_fixture.h"
-#include "tests/smtplib/smtp_transcript.h"
-#include "tests/support/pieces.h"
-
 namespace {
 
 using SMTPLib::SmtpSession;
 using support::SmtpTranscript;
 using testing::ElementsAreArray;
-using testing::StartsWith;
 
 std::string testName(std::string name) {
     std::replace(name.begin(), name.end(), '-', '_');

@@ -1,12 +1,11 @@
 #include "components/smtplib/wire_text.h"
+#include "tests/support/pieces.h"
+
+#include <gtest/gtest.h>
 
 #include <string>
 #include <tuple>
 #include <vector>
-
-#include <gtest/gtest.h>
-
-#include "tests/support/pieces.h"
 
 namespace {
 

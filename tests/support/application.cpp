@@ -1,8 +1,8 @@
 #include "tests/support/application.h"
 
-#include <memory>
-
 #include <QApplication>
+
+#include <memory>
 
 namespace support {
 

@@ -1,20 +1,19 @@
 #include "tests/support/dovecot_server.h"
 
+#include <QDeadlineTimer>
+
+#include <arpa/inet.h>
 #include <array>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <map>
-#include <stdexcept>
-
-#include <QDeadlineTimer>
-
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <grp.h>
+#include <map>
 #include <netinet/in.h>
 #include <poll.h>
 #include <pwd.h>
+#include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -227,6 +226,10 @@ void DovecotServer::deliver(std::string_view message) {
         throw std::runtime_error("cannot give the message away");
     }
     std::filesystem::rename(written, folder_.path("box/mail/new") / name.data());
+}
+
+std::filesystem::path DovecotServer::maildir() const {
+    return folder_.path("box/mail");
 }
 
 std::vector<std::string> DovecotServer::messages() const {

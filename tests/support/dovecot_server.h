@@ -1,16 +1,15 @@
 #pragma once
 
+#include "tests/support/temporary_folder.h"
+
+#include <QString>
+
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <vector>
-
-#include <QString>
-
 #include <sys/types.h>
-
-#include "tests/support/temporary_folder.h"
+#include <vector>
 
 namespace support {
 
@@ -46,6 +45,10 @@ class DovecotServer {
     /** Puts a message behind those that wait. Lines end in CR LF, the last one too, to come back as they are.
      */
     void deliver(std::string_view message);
+
+    /** The folder that the mail is kept in, a Maildir. Who runs the server may write to it, and nobody where
+     * that is the superuser. */
+    std::filesystem::path maildir() const;
 
     /** The messages in the mailbox, in the order of delivery, byte for byte. */
     std::vector<std::string> messages() const;

@@ -10,6 +10,8 @@
 // The mailbox is a handle: copies share one state, so the test can go on using its own while the server runs
 // (deliver new mail between two sessions, look at what is left after a deletion, take an answer back).
 
+#include "tests/support/scripted_server.h"
+
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -17,8 +19,6 @@
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "tests/support/scripted_server.h"
 
 namespace support {
 

@@ -15,6 +15,8 @@
 //
 // Several conversations are played to successive connections; the last one serves all that follow.
 
+#include <QString>
+
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
@@ -29,8 +31,6 @@
 #include <utility>
 #include <variant>
 #include <vector>
-
-#include <QString>
 
 namespace support {
 

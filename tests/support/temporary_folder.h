@@ -1,14 +1,14 @@
 #pragma once
 
+#include <QString>
+#include <QTemporaryDir>
+
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
-
-#include <QString>
-#include <QTemporaryDir>
 
 namespace support {
 

@@ -2,12 +2,12 @@
 
 // Recorded POP3 dialogues as data; the format is described in tests/data/README.md.
 
-#include <string>
-#include <vector>
-
 #include "components/poplib/commands.h"
 #include "components/poplib/pop3_session.h"
 #include "tests/support/scripted_server.h"
+
+#include <string>
+#include <vector>
 
 namespace support {
 

@@ -1,18 +1,18 @@
 #include "tests/support/window_test.h"
 
-#include <filesystem>
-#include <ostream>
-
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTimer>
-
 #include "components/controls/mmcontrol.h"
 #include "email/state.h"
 #include "platform/program.h"
 #include "tests/support/application.h"
 #include "windows/frmLogin.h"
 #include "windows/wiring.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+
+#include <filesystem>
+#include <ostream>
 
 namespace support {
 

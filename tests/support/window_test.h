@@ -1,19 +1,18 @@
 #pragma once
 
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <QString>
-
 #include "email/settings_file.h"
 #include "platform/message_box.h"
 #include "tests/support/temporary_folder.h"
 #include "windows/windows.h"
+
+#include <QString>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace support {
 

@@ -1,14 +1,12 @@
 #include "components/transport/connection.h"
-
-#include <string>
-
-#include <QTimer>
-
-#include <gtest/gtest.h>
-
 #include "tests/support/application.h"
 #include "tests/support/scripted_server.h"
 #include "tests/transport/resolver.h"
+
+#include <QTimer>
+#include <gtest/gtest.h>
+
+#include <string>
 
 namespace {
 

@@ -1,9 +1,8 @@
 #include "tests/transport/resolver.h"
 
-#include <string_view>
-
 #include <dlfcn.h>
 #include <netdb.h>
+#include <string_view>
 
 namespace {
 using Resolve = int(const char*, const char*, const addrinfo*, addrinfo**);

@@ -1,9 +1,9 @@
 #include "components/transport/server_name.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 namespace {
 

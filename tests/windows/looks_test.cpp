@@ -1,8 +1,11 @@
 // What every window owes to people with other eyes, hands and screens.
 
-#include <functional>
-#include <map>
-#include <set>
+#include "tests/support/window_test.h"
+#include "windows/frmAbout.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
+#include "windows/frmSetup.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -16,12 +19,9 @@
 #include <QTableWidget>
 #include <QTest>
 
-#include "tests/support/window_test.h"
-#include "windows/frmAbout.h"
-#include "windows/frmLogin.h"
-#include "windows/frmMain.h"
-#include "windows/frmSend.h"
-#include "windows/frmSetup.h"
+#include <functional>
+#include <map>
+#include <set>
 
 using support::WindowTest;
 using testing::ElementsAre;

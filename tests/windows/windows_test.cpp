@@ -1,18 +1,17 @@
-#include "windows/windows.h"
-
-#include <QMessageBox>
-#include <QPointer>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
-
 #include "platform/nested_wait.h"
 #include "platform/runtime_error.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
+#include "windows/windows.h"
 #include "windows/wiring.h"
+
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTimer>
 
 using support::WindowTest;
 using testing::ElementsAre;

@@ -1,0 +1,91 @@
+// Sends one message with an attachment as the compose window does, the encoding included:
+//
+//     bench_sending_client <host:port> <drive path of the attachment>
+
+#include "components/netcodelib/netcode.h"
+#include "components/smtplib/smtp.h"
+#include "compose/composer.h"
+#include "platform/background.h"
+#include "platform/drives.h"
+#include "platform/private_file.h"
+
+#include <QCoreApplication>
+
+#include <chrono>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+namespace {
+using SMTPLib::Request;
+
+QString encodeAttachment(const QString& attachment, std::string_view closingLine) {
+    NetCodeLib::NetCode codec;
+    codec.setSourceFile(attachment);
+    codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
+    codec.setTargetFile(QStringLiteral("C:\\_brndwake.tmp"));
+    codec.setOverwrite(true);
+    platform::runInBackground([&codec, closingLine] {
+        codec.setAction(NetCodeLib::Action::Encode);
+        platform::PrivateOutput encoded(platform::nativePath(codec.targetFile()), platform::Writing::Append);
+        encoded.write(closingLine);
+        encoded.finish();
+    });
+    return codec.targetFile();
+}
+
+void send(const QString& server, const QString& attachment) {
+    const ComposedMessage message = Compose("See the file.", attachment, encodeAttachment);
+    SMTPLib::SMTP smtp;
+    smtp.setBlocking(true);
+    smtp.setHost(server);
+    smtp.issueRequest(Request::OpenConnection);
+    smtp.setSender("ann@example.org");
+    smtp.setRecipients("bob@example.org");
+    smtp.setSubject("A file");
+    smtp.setAdditionalHeaders(message.ExtraHeaders);
+    smtp.setBody(message.MessageBody);
+    smtp.setDataFile(message.encodedFile);
+    smtp.issueRequest(Request::TransmitMessage);
+    smtp.issueRequest(Request::CloseConnection);
+}
+
+/** The most memory that this process has had so far, in KiB. */
+long peakMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        if (word == "VmHWM:") {
+            long kibibytes = 0;
+            status >> kibibytes;
+            return kibibytes;
+        }
+    }
+    throw std::runtime_error("/proc/self/status tells no VmHWM");
+}
+
+void run(const QString& server, const QString& attachment) {
+    const long peakBefore = peakMemory();
+    const auto start = std::chrono::steady_clock::now();
+    send(server, attachment);
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    std::cout << "seconds " << elapsed.count() << " memory-before " << peakBefore << " memory-after "
+              << peakMemory() << std::endl;
+}
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    const QCoreApplication application(argumentCount, arguments);
+    if (argumentCount != 3) {
+        std::cerr << "usage: bench_sending_client <host:port> <drive path of the attachment>\n";
+        return 2;
+    }
+    try {
+        run(QString::fromLocal8Bit(arguments[1]), QString::fromLocal8Bit(arguments[2]));
+    } catch (const std::exception& error) {
+        std::cerr << "bench_sending_client: " << error.what() << '\n';
+        return 1;
+    }
+    return 0;
+}

@@ -1,0 +1,261 @@
+#include "tests/support/exim_server.h"
+
+#include <QDeadlineTimer>
+
+#include <arpa/inet.h>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <iterator>
+#include <netinet/in.h>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace support {
+
+namespace {
+constexpr const char* kExecutable = "/usr/sbin/exim4";
+/** Exim delivers no mail as the superuser. Dovecot's Maildir belongs to nobody then. */
+constexpr uid_t kNobody = 65534;
+constexpr std::chrono::seconds kStartTime{20};
+constexpr std::chrono::seconds kDeliveryTime{60};
+// Exim reaches its folders through these descriptors, so that whoever it becomes need not be allowed to pass
+// through the folders above. Low numbers would be taken for its own files.
+constexpr int kOwnFolder = 200;
+constexpr int kMaildir = 201;
+constexpr const char* kConfigurationPath = "/proc/self/fd/200/conf";
+
+sockaddr_in loopback(std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+/** A socket, closed at the end. */
+class Socket {
+  public:
+    Socket() : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
+
+    ~Socket() { close(descriptor_); }
+
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+
+    int descriptor() const { return descriptor_; }
+
+  private:
+    int descriptor_;
+};
+
+std::uint16_t freePort() {
+    const Socket listener;
+    sockaddr_in address = loopback(0);
+    socklen_t length = sizeof address;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    if (bind(listener.descriptor(), generic, length) != 0 ||
+        getsockname(listener.descriptor(), generic, &length) != 0) {
+        throw std::runtime_error("no free port");
+    }
+    return ntohs(address.sin_port);
+}
+
+/** True when the server at the port takes a connection and sends the start of a greeting before the deadline.
+ */
+bool greets(std::uint16_t port, const QDeadlineTimer& deadline) {
+    const Socket client;
+    const sockaddr_in address = loopback(port);
+    if (connect(client.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+        return false;
+    }
+    pollfd waiting{client.descriptor(), POLLIN, 0};
+    if (poll(&waiting, 1, static_cast<int>(deadline.remainingTime())) != 1) {
+        return false;
+    }
+    std::array<char, 4> start{};
+    return recv(client.descriptor(), start.data(), start.size(), MSG_WAITALL) == 4 &&
+           std::string_view(start.data(), start.size()) == "220 ";
+}
+
+bool openAs(int number, const char* folder) {
+    const int descriptor = open(folder, O_PATH | O_DIRECTORY | O_CLOEXEC);
+    return descriptor >= 0 && dup2(descriptor, number) == number;
+}
+
+/** The child's side of the start. */
+[[noreturn]] void becomeExim(const char* ownFolder, const char* maildir, const char* output) {
+    setpgid(0, 0);
+    const int descriptor = open(output, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (descriptor >= 0 && dup2(descriptor, STDOUT_FILENO) >= 0 && dup2(descriptor, STDERR_FILENO) >= 0 &&
+        openAs(kOwnFolder, ownFolder) && openAs(kMaildir, maildir)) {
+        execl(kExecutable, kExecutable, "-bdf", "-q1h", "-C", kConfigurationPath, nullptr);
+    }
+    _exit(127);
+}
+
+/** The guard's side: a signal at the parent's death would not outlive the start of a program like Exim,
+ * which may change its user. */
+[[noreturn]] void guardGroup(pid_t group, int pipeEnd) {
+    char nothing = 0;
+    while (read(pipeEnd, &nothing, 1) < 0) {
+    }
+    kill(-group, SIGKILL);
+    kill(group, SIGKILL);
+    _exit(0);
+}
+
+std::size_t filesIn(const std::filesystem::path& folder, std::string_view ending = {}) {
+    std::size_t count = 0;
+    std::error_code gone; // Exim makes its folders when they are first needed.
+    for (const auto& entry : std::filesystem::directory_iterator(folder, gone)) {
+        count += entry.path().string().ends_with(ending) ? 1U : 0U;
+    }
+    return count;
+}
+} // namespace
+
+std::string EximServer::whyUnavailable() {
+    return access(kExecutable, X_OK) == 0 ? std::string() : "Exim is not installed on this computer.";
+}
+
+EximServer::EximServer(const std::filesystem::path& maildir) : maildir_(maildir) {
+    for (const char* name : {"exim", "exim/spool"}) {
+        std::filesystem::create_directory(folder_.path(name));
+        if (geteuid() == 0 && chown(folder_.path(name).c_str(), kNobody, kNobody) != 0) {
+            throw std::runtime_error("cannot give the spool away");
+        }
+    }
+    messagesBefore_ = messagesInMaildir();
+    // Somebody else may take the free port before Exim does.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        if (start()) {
+            return;
+        }
+        stop();
+    }
+    throw std::runtime_error("Exim does not start:\n" + log());
+}
+
+EximServer::~EximServer() {
+    stop();
+}
+
+std::string EximServer::configuration() const {
+    const bool superuser = geteuid() == 0;
+    const std::string user = std::to_string(superuser ? kNobody : geteuid());
+    const std::string group = std::to_string(superuser ? kNobody : getegid());
+    const std::string own = "/proc/self/fd/" + std::to_string(kOwnFolder);
+    return "spool_directory = " + own + "/spool\nlog_file_path = " + own + "/%slog\npid_file_path = " + own +
+           "/pid\nexim_user = " + user + "\nexim_group = " + group +
+           "\nlocal_interfaces = 127.0.0.1\ndaemon_smtp_ports = " + std::to_string(port_) +
+           "\nmessage_size_limit = " + std::to_string(kSizeLimit) +
+           "\nprimary_hostname = mail.example.org\nqualify_domain = example.org\n"
+           // Nothing of the computer around it: no name service, no environment, no full disk.
+           "disable_ipv6\ndaemon_startup_retries = 0\nhost_lookup =\nrfc1413_query_timeout = "
+           "0s\ntls_advertise_hosts =\n"
+           "keep_environment =\nnotifier_socket =\ncheck_spool_space = 0\ncheck_spool_inodes = 0\n"
+           "check_log_space = 0\ncheck_log_inodes = 0\n"
+           "acl_smtp_rcpt = recipient\n"
+           "begin acl\n"
+           "recipient:\n"
+           "  deny local_parts = nobody\n"
+           "       message = no such user here\n"
+           "  accept domains = example.org\n"
+           "  deny\n"
+           "begin routers\n"
+           "everybody:\n  driver = accept\n  transport = maildir\n"
+           "begin transports\n"
+           "maildir:\n  driver = appendfile\n  directory = /proc/self/fd/" +
+           std::to_string(kMaildir) +
+           "\n  maildir_format\n  create_directory = false\n  envelope_to_add\n  user = " + user +
+           "\n  group = " + group + "\n";
+}
+
+bool EximServer::start() {
+    port_ = freePort();
+    folder_.write("exim/conf", configuration());
+    const std::string ownFolder = folder_.path("exim").string();
+    const std::string outputPath = folder_.path("output").string();
+    process_ = fork();
+    if (process_ == 0) {
+        becomeExim(ownFolder.c_str(), maildir_.c_str(), outputPath.c_str());
+    }
+    std::array<int, 2> ends{};
+    if (process_ < 0 || pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw std::runtime_error("no process for Exim, or no pipe");
+    }
+    guardPipe_ = ends[1];
+    guard_ = fork();
+    if (guard_ == 0) {
+        close(ends[1]);
+        guardGroup(process_, ends[0]);
+    }
+    close(ends[0]);
+    const QDeadlineTimer deadline(kStartTime);
+    while (!deadline.hasExpired()) {
+        if (greets(port_, deadline)) {
+            return true;
+        }
+        siginfo_t end{};
+        // Its number stays taken until stop() has let go of the guard.
+        if (waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+            end.si_pid != 0) {
+            return false;
+        }
+        poll(nullptr, 0, 10); // between two attempts to connect
+    }
+    return false;
+}
+
+void EximServer::stop() {
+    if (guardPipe_ >= 0) {
+        close(guardPipe_);
+    }
+    for (const pid_t child : {guard_, process_}) {
+        if (child > 0) {
+            waitpid(child, nullptr, 0);
+        }
+    }
+    guardPipe_ = -1;
+    guard_ = 0;
+    process_ = 0;
+}
+
+QString EximServer::address() const {
+    return QStringLiteral("127.0.0.1:%1").arg(port_);
+}
+
+std::size_t EximServer::messagesInMaildir() const {
+    return filesIn(maildir_ / "new") + filesIn(maildir_ / "cur");
+}
+
+std::size_t EximServer::messagesInQueue() const {
+    // A message has a header file from the moment that its receipt is confirmed.
+    return filesIn(folder_.path("exim/spool/input"), "-H");
+}
+
+std::size_t EximServer::awaitMessages(std::size_t count) const {
+    const QDeadlineTimer deadline(kDeliveryTime);
+    while ((messagesInQueue() > 0 || messagesInMaildir() < messagesBefore_ + count) &&
+           !deadline.hasExpired()) {
+        poll(nullptr, 0, 10); // between two looks
+    }
+    return messagesInMaildir() - messagesBefore_;
+}
+
+std::string EximServer::log() const {
+    std::string text;
+    for (const char* name : {"output", "exim/mainlog", "exim/rejectlog", "exim/paniclog"}) {
+        if (std::filesystem::exists(folder_.path(name))) {
+            text += folder_.read(name);
+        }
+    }
+    return text;
+}
+
+} // namespace support
