@@ -20,10 +20,6 @@ using POPLib::Request;
 namespace errors = platform::errors;
 
 namespace {
-QString title(const char* suffix) {
-    return settings.Institution + QLatin1String(suffix);
-}
-
 /** A name typed as name, "@", host brings its own servers and domain; they hold until the program ends. */
 void takeUserName(const QString& typed) {
     const qsizetype at = typed.indexOf(u'@');
@@ -35,13 +31,6 @@ void takeUserName(const QString& typed) {
     settings.SMTPServer = settings.POPServer;
     state.UserName = typed.first(at);
     email::derived.AtDomain = u'@' + settings.POPServer;
-}
-
-void logOn(POPLib::POP& pop) {
-    pop.setMailServer(settings.POPServer);
-    pop.issueRequest(Request::ConnectAndLogOn);
-    state.MailboxBytes = pop.mailboxSize();
-    state.MessageCount = pop.messageCount();
 }
 
 void prepareList(const POPLib::POP& pop) {
@@ -57,14 +46,11 @@ void prepareList(const POPLib::POP& pop) {
 
 void showMainWindowBusy() {
     frmMain& main = mainWindow();
-    main.setHourglass(true);
     for (QPushButton* button : {main.cmdRead, main.cmdCmpose, main.cmdDelete, main.cmdGetMail}) {
         button->setEnabled(false);
     }
     main.MailGrid->setRedraw(false);
-    main.bringUp();
-    main.setWindowTitle(QStringLiteral("Welcome ") + state.UserName + QStringLiteral(" To ") +
-                        settings.Institution + QStringLiteral(" E-Mail"));
+    welcomeOnMainWindow();
 }
 
 void showMainWindowReady() {
@@ -95,18 +81,18 @@ void startCheckTimer() {
 }
 
 void tellAndEnd(const QString& text, const char* titleSuffix) {
-    platform::showMessage(text, title(titleSuffix));
+    platform::showMessage(text, boxTitle(titleSuffix));
     platform::endProgram();
 }
 } // namespace
 
 void frmLogin::cmdLogin_Click() {
     if (tUser->text().isEmpty()) {
-        platform::showMessage(QStringLiteral("User name must be entered to get mail."), title(" E-Mail"));
+        platform::showMessage(QStringLiteral("User name must be entered to get mail."), boxTitle(" E-Mail"));
         return;
     }
     if (tpwd->text().isEmpty()) {
-        platform::showMessage(QStringLiteral("Password must be entered to get mail."), title(" E-Mail"));
+        platform::showMessage(QStringLiteral("Password must be entered to get mail."), boxTitle(" E-Mail"));
         return;
     }
     takeUserName(tUser->text());
@@ -124,7 +110,7 @@ void frmLogin::cmdLogin_Click() {
 }
 
 void frmLogin::getAllMail() {
-    logOn(POP1);
+    logOnAndCount(POP1);
     prepareList(POP1);
     if (state.MessageCount > 0) {
         MMControl1.setCommand(email::derived.WavCommand);
@@ -152,13 +138,13 @@ void frmLogin::logInFailed(int error) {
     case errors::MailServerBusy:
         POP1.issueRequest(Request::LogOffAndDisconnect);
         platform::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
-                              title(" Mail Error"));
+                              boxTitle(" Mail Error"));
         mayTryAgain();
         break;
     case errors::LogOnRefused:
         // While the box is open, so is the session: a check started under it meets a busy mail server.
         platform::showMessage(QStringLiteral("Password Or User Name Wrong, Please Try Again ") + number,
-                              title(" Mail Error"));
+                              boxTitle(" Mail Error"));
         POP1.issueRequest(Request::LogOffAndDisconnect);
         mayTryAgain();
         break;

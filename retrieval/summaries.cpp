@@ -4,6 +4,8 @@
 #include "email/header_events.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
 
 #include <cstddef>
 
@@ -11,6 +13,25 @@ namespace {
 /** Body lines fetched with the header for the list. */
 constexpr int kSummaryBodyLines = 25;
 } // namespace
+
+void logOnAndCount(POPLib::POP& pop) {
+    pop.setMailServer(email::settings.POPServer);
+    pop.issueRequest(POPLib::Request::ConnectAndLogOn);
+    email::state.MailboxBytes = pop.mailboxSize();
+    email::state.MessageCount = pop.messageCount();
+}
+
+void welcomeOnMainWindow() {
+    frmMain& main = mainWindow();
+    main.setHourglass(true);
+    main.bringUp();
+    main.setWindowTitle(QStringLiteral("Welcome ") + email::state.UserName + QStringLiteral(" To ") +
+                        email::settings.Institution + QStringLiteral(" E-Mail"));
+}
+
+QString boxTitle(const char* ending) {
+    return email::settings.Institution + QLatin1String(ending);
+}
 
 void fetchSummary(POPLib::POP& pop) {
     pop.setCurrentMessage(email::state.CurrentMessage);

@@ -1,8 +1,19 @@
 #pragma once
 
+#include <QString>
+
 namespace POPLib {
 class POP;
 }
+
+/** Logs on to the mail server and takes its totals. \throws RuntimeError whatever the log-on raises. */
+void logOnAndCount(POPLib::POP& pop);
+
+/** Shows the main window with its hourglass and the title that welcomes the member. */
+void welcomeOnMainWindow();
+
+/** The title of a message box: the institution's name and the ending. */
+QString boxTitle(const char* ending);
 
 /**
  * Fetches the summary of the current message, its size, header and first body lines, and writes its row.

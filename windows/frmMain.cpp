@@ -33,6 +33,9 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
     barProgress->setAccessibleName(QStringLiteral("Progress"));
     tmrCheckMail = named<controls::Timer>("tmrCheckMail", this);
 
+    connectHandler(cmdGetMail, &QPushButton::clicked, this, &frmMain::cmdGetMail_Click);
+    connectHandler(tmrCheckMail, &QTimer::timeout, this, &frmMain::tmrCheckMail_Timer);
+
     layOut();
 }
 

@@ -27,6 +27,10 @@ class frmMain : public Form {
     void MailGrid_Click();
     void cmdRead_Click();
 
+    // retrieval/new_mail_check.cpp
+    void cmdGetMail_Click();
+    void tmrCheckMail_Timer();
+
     // compose/compose_window.cpp
     void cmdCmpose_Click();
 

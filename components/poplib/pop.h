@@ -77,6 +77,9 @@ class POP {
 
     void issueRequest(Request request);
 
+    /** True while a request waits for the server, further down the stack of whoever asks. */
+    bool isRunning() const noexcept { return running_; }
+
     /** Bytes of all messages, as the server reported them at log-on. */
     std::int32_t mailboxSize() const noexcept { return mailboxSize_; }
 

@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <locale>
 #include <string>
 #include <vector>
 

@@ -7,13 +7,13 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
-#include <iterator>
 #include <netinet/in.h>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace support {
 
@@ -123,7 +123,7 @@ std::string EximServer::whyUnavailable() {
     return access(kExecutable, X_OK) == 0 ? std::string() : "Exim is not installed on this computer.";
 }
 
-EximServer::EximServer(const std::filesystem::path& maildir) : maildir_(maildir) {
+EximServer::EximServer(std::filesystem::path maildir) : maildir_(std::move(maildir)) {
     for (const char* name : {"exim", "exim/spool"}) {
         std::filesystem::create_directory(folder_.path(name));
         if (geteuid() == 0 && chown(folder_.path(name).c_str(), kNobody, kNobody) != 0) {

@@ -30,7 +30,7 @@ class EximServer {
      * Starts the server and returns when it greets. The Maildir is one that Dovecot serves.
      * \throws std::runtime_error, with its log, when it does not.
      */
-    explicit EximServer(const std::filesystem::path& maildir);
+    explicit EximServer(std::filesystem::path maildir);
 
     ~EximServer();
     EximServer(const EximServer&) = delete;

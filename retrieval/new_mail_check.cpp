@@ -1,0 +1,164 @@
+#include "email/state.h"
+#include "mailbox/mailbox_list.h"
+#include "platform/message_box.h"
+#include "platform/program.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+#include "retrieval/summaries.h"
+#include "retrieval/wave_player_setup.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
+
+#include <QLabel>
+#include <QPushButton>
+
+using email::state;
+using POPLib::Request;
+namespace errors = platform::errors;
+
+namespace {
+void playSoundAgain(MCI::MMControl& player) {
+    player.setCommand(QStringLiteral("close"));
+    openWavePlayer(player);
+    player.setCommand(email::derived.WavCommand);
+}
+
+/** The buttons rest while messages are fetched; Get New Mail does not. */
+void enableButtons(bool enabled) {
+    const frmMain& main = mainWindow();
+    for (QPushButton* button : {main.cmdCmpose, main.cmdDelete, main.cmdRead}) {
+        button->setEnabled(enabled);
+    }
+}
+
+void fetchNewMail(frmLogin& login) {
+    const auto first = static_cast<std::int16_t>(state.LastMessageCount + 1);
+    playSoundAgain(login.MMControl1);
+    showTotals();
+    login.hide();
+    enableButtons(false);
+    welcomeOnMainWindow();
+    mainWindow().MailGrid->setRows(state.MessageCount + 1);
+    for (state.CurrentMessage = first; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
+        fetchSummary(login.POP1);
+    }
+    numberTheRows();
+    login.setHourglass(false);
+    mainWindow().setHourglass(false);
+    enableButtons(true);
+    login.POP1.issueRequest(Request::LogOffAndDisconnect);
+    state.LastMessageCount = state.MessageCount;
+    state.NewMailFound = true;
+    // The list may have been empty until now.
+    UpdateListControls();
+}
+
+void checkAtTheServer(frmLogin& login) {
+    logOnAndCount(login.POP1);
+    if (state.LastMessageCount < state.MessageCount) {
+        fetchNewMail(login);
+        return;
+    }
+    // Fewer messages than before are no news either: only what lies above the last count is new.
+    mainWindow().cmdCmpose->setEnabled(true);
+    login.POP1.issueRequest(Request::LogOffAndDisconnect);
+    state.NewMailFound = false;
+    UpdateListControls();
+    login.setHourglass(false);
+}
+
+/**
+ * After a failure that the program survives, the windows can be used again; but not when another check is in
+ * the middle of its work, which then sees to that itself.
+ */
+void endCheck(frmLogin& login) {
+    if (login.POP1.isRunning()) {
+        return;
+    }
+    login.setHourglass(false);
+    mainWindow().setHourglass(false);
+    mainWindow().cmdCmpose->setEnabled(true);
+    UpdateListControls();
+}
+
+void tellAndEnd(const QString& text, const char* titleEnding) {
+    platform::showMessage(text, boxTitle(titleEnding));
+    platform::endProgram();
+}
+
+void checkFailed(frmLogin& login, int error) {
+    const QString number = QString::number(error);
+    const auto mayTryAgain = [&](const QString& text) {
+        platform::showMessage(text + number, boxTitle(" Mail Error"));
+        login.POP1.issueRequest(Request::LogOffAndDisconnect);
+        login.cmdLogin->setEnabled(true);
+        endCheck(login);
+    };
+    switch (error) {
+    case errors::MailServerBusy:
+        mayTryAgain(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again "));
+        break;
+    case errors::LogOnRefused:
+        mayTryAgain(QStringLiteral("Password Or User Name Wrong, Please Try Again "));
+        break;
+    case errors::MailServerTrouble:
+        tellAndEnd(
+            QStringLiteral("There Was Trouble Connecting With The Mail Server, Please Try Again Later "),
+            " Mail");
+        break;
+    case errors::HostNotFound:
+        tellAndEnd(QStringLiteral("Host Not Found. Please make sure your Settings are correct."), " Mail");
+        break;
+    case errors::OutOfMemory:
+        platform::showMessage(QStringLiteral("Message is too large."), boxTitle(" E-mail"));
+        endCheck(login);
+        break;
+    case errors::ConnectionRefused:
+        tellAndEnd(QStringLiteral("Connection Refused by Host. Please Start Program Again "), " Mail Error");
+        break;
+    case errors::NetworkUnreachable:
+        tellAndEnd(QStringLiteral("Network is unreachable."), " E-mail");
+        break;
+    default:
+        tellAndEnd(QStringLiteral("Error ") + number + QStringLiteral(" Please Start Program Again "),
+                   " Mail Error");
+        break;
+    }
+}
+
+void checkForNewMail() {
+    mainWindow().MailGrid->setRedraw(false);
+    const QString missing =
+        state.UserName.isEmpty()   ? QStringLiteral("User Name Must Be Entered To Get Mail!")
+        : state.Password.isEmpty() ? QStringLiteral("Password Must Be Entered To Get Mail!")
+                                   : QString();
+    if (!missing.isEmpty()) {
+        platform::showMessage(missing, boxTitle(" Mail"));
+        mainWindow().MailGrid->setRedraw(true);
+        return;
+    }
+    frmLogin& login = loginWindow();
+    login.setHourglass(true);
+    login.cmdLogin->setEnabled(false);
+    login.POP1.setLoginUser(platform::toBytes(state.UserName));
+    login.POP1.setLoginPassword(platform::toBytes(state.Password));
+    const int error = platform::errorNumberOf([&login] { checkAtTheServer(login); });
+    if (error != 0) {
+        checkFailed(login, error);
+    }
+}
+} // namespace
+
+void frmMain::cmdGetMail_Click() {
+    lStats->setText(QStringLiteral("Checking for new mail..."));
+    checkForNewMail();
+    if (!state.NewMailFound) {
+        platform::showMessage(QStringLiteral("You have no new mail."), QStringLiteral("Brindlewake"));
+    }
+    showTotals();
+}
+
+void frmMain::tmrCheckMail_Timer() {
+    checkForNewMail();
+}

@@ -1,0 +1,209 @@
+#include "email/state.h"
+#include "tests/support/pop3_script.h"
+#include "tests/support/window_test.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+using support::Pop3Mailbox;
+using support::ScriptedServer;
+using support::WhenItHolds;
+using support::WindowTest;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+class NewMailCheck : public WindowTest {
+  protected:
+    static std::string message(const std::string& name) {
+        return "From: " + name + "@example.org\r\nSubject: About " + name + "\r\n\r\nText of " + name +
+               "\r\n";
+    }
+
+    void logInWith(int messages) {
+        for (int i = 1; i <= messages; ++i) {
+            mailbox.deliver(message(std::to_string(i)));
+        }
+        logIn(server.address());
+        ASSERT_THAT(boxTexts(), IsEmpty());
+        ASSERT_TRUE(server.waitForEndOf(1));
+        sounds.clear();
+    }
+
+    static QString cell(int row, int column) {
+        return mainWindow().MailGrid->TextMatrix(row, column).trimmed();
+    }
+
+    void expectBox(const QString& text, const QString& title) {
+        ASSERT_THAT(boxTexts(), ElementsAre(text));
+        EXPECT_EQ(boxes[0].title, title);
+    }
+
+    static void expectUsableWindow() {
+        const auto& main = mainWindow();
+        EXPECT_TRUE(main.cmdCmpose->isEnabled());
+        EXPECT_TRUE(main.MailGrid->updatesEnabled());
+        EXPECT_NE(main.cursor().shape(), Qt::WaitCursor);
+    }
+
+    Pop3Mailbox mailbox;
+    ScriptedServer server{mailbox};
+};
+} // namespace
+
+TEST_F(NewMailCheck, WithoutNewMessagesTheButtonSaysSoAndShowsTheTotals) {
+    logInWith(2);
+    mainWindow().cmdGetMail->click();
+    expectBox(QStringLiteral("You have no new mail."), QStringLiteral("Brindlewake"));
+    EXPECT_TRUE(mainWindow().lStats->text().startsWith(QStringLiteral("2 messages ")));
+    EXPECT_THAT(sounds, IsEmpty());
+    expectUsableWindow();
+}
+
+TEST_F(NewMailCheck, WithoutNewMessagesTheTimerShowsNothing) {
+    logInWith(2);
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(boxTexts(), IsEmpty());
+    EXPECT_FALSE(email::state.NewMailFound);
+    expectUsableWindow();
+}
+
+TEST_F(NewMailCheck, ThreeMessagesAtLoginAndFiveNowFetchesOnlyFourAndFive) {
+    logInWith(3);
+    mailbox.deliver(message("4")).deliver(message("5"));
+    mainWindow().cmdGetMail->click();
+    EXPECT_THAT(boxTexts(), IsEmpty());
+    ASSERT_TRUE(server.waitForEndOf(2));
+    EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "STAT", "LIST 4", "TOP 4 25",
+                                                "LIST 5", "TOP 5 25", "QUIT"));
+    EXPECT_EQ(mainWindow().MailGrid->Rows(), 6);
+    EXPECT_EQ(cell(4, 3), QStringLiteral("About 4"));
+    EXPECT_EQ(cell(5, 3), QStringLiteral("About 5"));
+    EXPECT_EQ(email::state.LastMessageCount, 5);
+    EXPECT_TRUE(email::state.NewMailFound);
+    EXPECT_EQ(email::state.MessageNumbers[4], 5);
+    EXPECT_THAT(sounds, ElementsAre(QStringLiteral("Gotmail.wav")));
+    EXPECT_TRUE(mainWindow().lStats->text().startsWith(QStringLiteral("5 messages ")));
+    expectUsableWindow();
+}
+
+TEST_F(NewMailCheck, TheFirstMessageOfAnEmptyMailboxFillsTheList) {
+    logInWith(0);
+    EXPECT_FALSE(mainWindow().MailGrid->isEnabled());
+    mailbox.deliver(message("1"));
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_EQ(mainWindow().MailGrid->Rows(), 2);
+    EXPECT_EQ(cell(1, 3), QStringLiteral("About 1"));
+    EXPECT_TRUE(mainWindow().MailGrid->isEnabled());
+    EXPECT_TRUE(mainWindow().cmdDelete->isEnabled());
+}
+
+TEST_F(NewMailCheck, MessagesDeletedByAnotherClientFetchNothingAndLeaveTheLastCount) {
+    logInWith(3);
+    mailbox.remove(1);
+    mainWindow().tmrCheckMail_Timer();
+    ASSERT_TRUE(server.waitForEndOf(2));
+    EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "STAT", "QUIT"));
+    EXPECT_EQ(email::state.LastMessageCount, 3);
+    EXPECT_EQ(email::state.MessageCount, 2);
+    EXPECT_FALSE(email::state.NewMailFound);
+}
+
+TEST_F(NewMailCheck, WithoutAUserNameOrAPasswordAsksInTitleCase) {
+    logInWith(1);
+    email::state.Password.clear();
+    mainWindow().tmrCheckMail_Timer();
+    email::state.UserName.clear();
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Password Must Be Entered To Get Mail!"),
+                                        QStringLiteral("User Name Must Be Entered To Get Mail!")));
+    EXPECT_EQ(boxes[0].title, QStringLiteral("Example School Mail"));
+    EXPECT_EQ(server.connections(), 1U);
+    expectUsableWindow();
+}
+
+TEST_F(NewMailCheck, ARefusedPasswordIsReportedAndTheProgramGoesOn) {
+    logInWith(1);
+    mailbox.answer("PASS", "-ERR no\r\n");
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Password Or User Name Wrong, Please Try Again 20172"),
+              QStringLiteral("Example School Mail Error"));
+    EXPECT_EQ(programEnds, 0);
+    EXPECT_TRUE(loginWindow().cmdLogin->isEnabled());
+    expectUsableWindow();
+    mailbox.answerProperly("PASS");
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_EQ(boxes.size(), 1U);
+}
+
+TEST_F(NewMailCheck, AMessageThatIsTooLargeIsReportedAndTheNextCheckWorks) {
+    logInWith(1);
+    mailbox.deliver(message("2"));
+    mailbox.answer("TOP 2", "+OK\r\nSubject: " + std::string((1U << 20U) + 10, 'x') + "\r\n\r\n.\r\n");
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
+    EXPECT_EQ(programEnds, 0);
+    EXPECT_EQ(email::state.LastMessageCount, 1);
+    expectUsableWindow();
+    mailbox.answerProperly("TOP 2");
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_EQ(email::state.LastMessageCount, 2);
+    EXPECT_EQ(cell(2, 3), QStringLiteral("About 2"));
+}
+
+TEST_F(NewMailCheck, ASecondCheckUnderTheBoxOfTheFirstMeetsABusyServerAndHarmsNothing) {
+    logInWith(1);
+    mailbox.answer("PASS", "-ERR no\r\n");
+    int depth = 0;
+    whileBoxIsOpen = [&](const platform::MessageBox&) {
+        if (++depth == 1) {
+            mainWindow().tmrCheckMail_Timer();
+        }
+    };
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(boxTexts(),
+                ElementsAre(QStringLiteral("Password Or User Name Wrong, Please Try Again 20172"),
+                            QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102")));
+    EXPECT_EQ(programEnds, 0);
+}
+
+TEST_F(NewMailCheck, ASecondCheckWhileTheFirstFetchesLeavesItAlone) {
+    logInWith(1);
+    mailbox.deliver(message("2"));
+    mailbox.on("TOP 2", [](support::Peer& peer) {
+        peer.holdSilent();
+        peer.send("+OK\r\n" + support::stuffed(message("2")));
+    });
+    const WhenItHolds second([&] { return server.commands(1).size() == 5; },
+                             [&] {
+                                 mainWindow().tmrCheckMail_Timer();
+                                 EXPECT_FALSE(mainWindow().cmdDelete->isEnabled());
+                                 server.release();
+                             });
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(boxTexts(),
+                ElementsAre(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102")));
+    EXPECT_EQ(cell(2, 3), QStringLiteral("About 2"));
+    EXPECT_EQ(email::state.LastMessageCount, 2);
+}
+
+TEST_F(NewMailCheck, AnUnreachableServerEndsTheProgram) {
+    logInWith(1);
+    email::settings.POPServer = QStringLiteral("mail.invalid");
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Host Not Found. Please make sure your Settings are correct."),
+              QStringLiteral("Example School Mail"));
+    EXPECT_EQ(programEnds, 1);
+}
+
+TEST_F(NewMailCheck, ABrokenConnectionEndsTheProgram) {
+    logInWith(1);
+    mailbox.on("STAT", [](support::Peer& peer) { peer.reset(); });
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("There Was Trouble Connecting With The Mail Server, Please Try Again Later "),
+              QStringLiteral("Example School Mail"));
+    EXPECT_EQ(programEnds, 1);
+}
