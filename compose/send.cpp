@@ -6,6 +6,7 @@
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "platform/while_true.h"
 #include "windows/frmSend.h"
 #include "windows/windows.h"
 
@@ -52,20 +53,6 @@ void refuse(const QString& text, QLineEdit* missing) {
     platform::showMessage(text, title());
     missing->setFocus();
 }
-
-/** Sets a flag for as long as it lives. */
-class While {
-  public:
-    explicit While(bool& flag) noexcept : flag_(flag) { flag_ = true; }
-
-    ~While() { flag_ = false; }
-
-    While(const While&) = delete;
-    While& operator=(const While&) = delete;
-
-  private:
-    bool& flag_;
-};
 } // namespace
 
 void frmSend::cmdSndit_Click() {
@@ -73,7 +60,7 @@ void frmSend::cmdSndit_Click() {
     if (sending_) {
         return;
     }
-    const While sending(sending_);
+    const platform::WhileTrue sending(sending_);
     const int error = platform::errorNumberOf([this] { send(); });
     if (error == 0) {
         return;

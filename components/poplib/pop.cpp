@@ -3,6 +3,7 @@
 #include "components/poplib/reply_text.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
+#include "platform/while_true.h"
 
 #include <utility>
 
@@ -25,19 +26,6 @@ int numberOf(transport::Outcome outcome) {
     }
 }
 
-/** Sets the flag for as long as it lives. */
-class WhileRunning {
-  public:
-    explicit WhileRunning(bool& running) noexcept : running_(running) { running_ = true; }
-
-    ~WhileRunning() { running_ = false; }
-
-    WhileRunning(const WhileRunning&) = delete;
-    WhileRunning& operator=(const WhileRunning&) = delete;
-
-  private:
-    bool& running_;
-};
 } // namespace
 
 template <class Action>
@@ -45,7 +33,7 @@ void POP::asRequest(const Action& action) {
     if (running_) {
         throw RuntimeError(errors::MailServerBusy);
     }
-    const WhileRunning running(running_);
+    const platform::WhileTrue running(running_);
     try {
         action();
     } catch (...) {

@@ -4,28 +4,13 @@
 #include "platform/background.h"
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
+#include "platform/while_true.h"
 
 namespace SMTPLib {
 
 using platform::RuntimeError;
 using transport::Outcome;
 namespace errors = platform::errors;
-
-namespace {
-/** Sets the flag for as long as it lives. */
-class WhileRunning {
-  public:
-    explicit WhileRunning(bool& running) noexcept : running_(running) { running_ = true; }
-
-    ~WhileRunning() { running_ = false; }
-
-    WhileRunning(const WhileRunning&) = delete;
-    WhileRunning& operator=(const WhileRunning&) = delete;
-
-  private:
-    bool& running_;
-};
-} // namespace
 
 void SMTP::setBlocking(bool blocking) {
     if (!blocking) {
@@ -38,7 +23,7 @@ void SMTP::asRequest(const Action& action) {
     if (running_) {
         throw RuntimeError(errors::MailServerBusy);
     }
-    const WhileRunning running(running_);
+    const platform::WhileTrue running(running_);
     try {
         action();
     } catch (...) {

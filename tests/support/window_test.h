@@ -25,9 +25,13 @@ email::SettingsFields schoolSettings(const QString& mailServer);
  * of the program is counted while the handler goes on and returns.
  */
 class WindowTest : public testing::Test {
+  public:
+    ~WindowTest() override;
+    WindowTest(const WindowTest&) = delete;
+    WindowTest& operator=(const WindowTest&) = delete;
+
   protected:
     WindowTest();
-    ~WindowTest() override;
 
     /** Writes tolk.ini into the current folder. */
     void writeSettings(const email::SettingsFields& fields);
