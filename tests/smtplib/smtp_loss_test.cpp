@@ -48,7 +48,11 @@ TEST_P(SmtpLossAtCommand, TellsWhetherTheMessageMayHaveBeenSent) {
     EXPECT_THAT(mailbox.messages(), IsEmpty());
     mailbox.answerProperly(command);
     EXPECT_EQ(send(), 0);
-    EXPECT_EQ(server.connections(), 2U);
+    EXPECT_EQ(mailbox.messages().size(), 1U);
+    // A reset at once, before the client knows that it is connected, makes the socket try again by itself.
+    const bool atOnce = how == Ending::Reset && std::string_view(command) == "GREETING";
+    EXPECT_GE(server.connections(), 2U);
+    EXPECT_TRUE(atOnce || server.connections() == 2U) << server.connections();
 }
 
 std::string lossName(const testing::TestParamInfo<std::tuple<const char*, Ending>>& test) {
