@@ -2,7 +2,6 @@
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
 #include "platform/message_box.h"
-#include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "retrieval/summaries.h"
@@ -78,11 +77,6 @@ void startCheckTimer() {
     if (settings.GetMailEvery != 0) {
         timer->setEnabled(true);
     }
-}
-
-void tellAndEnd(const QString& text, const char* titleSuffix) {
-    platform::showMessage(text, boxTitle(titleSuffix));
-    platform::endProgram();
 }
 } // namespace
 

@@ -1,7 +1,6 @@
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/message_box.h"
-#include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "retrieval/summaries.h"
@@ -80,11 +79,6 @@ void endCheck(frmLogin& login) {
     mainWindow().setHourglass(false);
     mainWindow().cmdCmpose->setEnabled(true);
     UpdateListControls();
-}
-
-void tellAndEnd(const QString& text, const char* titleEnding) {
-    platform::showMessage(text, boxTitle(titleEnding));
-    platform::endProgram();
 }
 
 void checkFailed(frmLogin& login, int error) {

@@ -4,6 +4,8 @@
 #include "email/header_events.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
+#include "platform/message_box.h"
+#include "platform/program.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
@@ -31,6 +33,11 @@ void welcomeOnMainWindow() {
 
 QString boxTitle(const char* ending) {
     return email::settings.Institution + QLatin1String(ending);
+}
+
+void tellAndEnd(const QString& text, const char* titleEnding) {
+    platform::showMessage(text, boxTitle(titleEnding));
+    platform::endProgram();
 }
 
 void fetchSummary(POPLib::POP& pop) {

@@ -15,6 +15,9 @@ void welcomeOnMainWindow();
 /** The title of a message box: the institution's name and the ending. */
 QString boxTitle(const char* ending);
 
+/** Shows a box with the text and ends the program. */
+void tellAndEnd(const QString& text, const char* titleEnding);
+
 /**
  * Fetches the summary of the current message, its size, header and first body lines, and writes its row.
  * \throws RuntimeError 9 when the message's number lies outside the table, and whatever a request raises.
