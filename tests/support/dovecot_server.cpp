@@ -1,5 +1,7 @@
 #include "tests/support/dovecot_server.h"
 
+#include "tests/support/loopback.h"
+
 #include <QDeadlineTimer>
 
 #include <arpa/inet.h>
@@ -38,59 +40,6 @@ std::filesystem::path parentFolder() {
     constexpr std::string_view build = BRINDLEWAKE_TEST_BUILD;
     const bool usable = build.size() <= 64 && build.find(' ') == std::string_view::npos;
     return usable ? std::filesystem::path(build) : std::filesystem::temp_directory_path();
-}
-
-sockaddr_in loopback(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-/** A socket, closed at the end. */
-class Socket {
-  public:
-    Socket() : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
-
-    ~Socket() { close(descriptor_); }
-
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-
-    int descriptor() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
-
-std::uint16_t freePort() {
-    const Socket listener;
-    sockaddr_in address = loopback(0);
-    socklen_t length = sizeof address;
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener.descriptor(), generic, length) != 0 ||
-        getsockname(listener.descriptor(), generic, &length) != 0) {
-        throw std::runtime_error("no free port");
-    }
-    return ntohs(address.sin_port);
-}
-
-/** True when the server at the port takes a connection and sends the start of a greeting before the deadline.
- */
-bool greets(std::uint16_t port, const QDeadlineTimer& deadline) {
-    const Socket client;
-    const sockaddr_in address = loopback(port);
-    if (connect(client.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        return false;
-    }
-    pollfd waiting{client.descriptor(), POLLIN, 0};
-    if (poll(&waiting, 1, static_cast<int>(deadline.remainingTime())) != 1) {
-        return false;
-    }
-    std::array<char, 3> start{};
-    return recv(client.descriptor(), start.data(), start.size(), MSG_WAITALL) == 3 &&
-           std::string_view(start.data(), start.size()) == "+OK";
 }
 
 /** The child's side of the start: becomes Dovecot, bound to the life of the test. */
@@ -191,7 +140,7 @@ bool DovecotServer::start(const Account& account) {
     }
     const QDeadlineTimer deadline(kStartTime);
     while (!deadline.hasExpired()) {
-        if (greets(port_, deadline)) {
+        if (greets(port_, "+OK", deadline)) {
             return true;
         }
         if (waitpid(process_, nullptr, WNOHANG) != 0) {

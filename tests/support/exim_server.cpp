@@ -1,5 +1,7 @@
 #include "tests/support/exim_server.h"
 
+#include "tests/support/loopback.h"
+
 #include <QDeadlineTimer>
 
 #include <arpa/inet.h>
@@ -28,59 +30,6 @@ constexpr std::chrono::seconds kDeliveryTime{60};
 constexpr int kOwnFolder = 200;
 constexpr int kMaildir = 201;
 constexpr const char* kConfigurationPath = "/proc/self/fd/200/conf";
-
-sockaddr_in loopback(std::uint16_t port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-/** A socket, closed at the end. */
-class Socket {
-  public:
-    Socket() : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
-
-    ~Socket() { close(descriptor_); }
-
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
-
-    int descriptor() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
-
-std::uint16_t freePort() {
-    const Socket listener;
-    sockaddr_in address = loopback(0);
-    socklen_t length = sizeof address;
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener.descriptor(), generic, length) != 0 ||
-        getsockname(listener.descriptor(), generic, &length) != 0) {
-        throw std::runtime_error("no free port");
-    }
-    return ntohs(address.sin_port);
-}
-
-/** True when the server at the port takes a connection and sends the start of a greeting before the deadline.
- */
-bool greets(std::uint16_t port, const QDeadlineTimer& deadline) {
-    const Socket client;
-    const sockaddr_in address = loopback(port);
-    if (connect(client.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-        return false;
-    }
-    pollfd waiting{client.descriptor(), POLLIN, 0};
-    if (poll(&waiting, 1, static_cast<int>(deadline.remainingTime())) != 1) {
-        return false;
-    }
-    std::array<char, 4> start{};
-    return recv(client.descriptor(), start.data(), start.size(), MSG_WAITALL) == 4 &&
-           std::string_view(start.data(), start.size()) == "220 ";
-}
 
 bool openAs(int number, const char* folder) {
     const int descriptor = open(folder, O_PATH | O_DIRECTORY | O_CLOEXEC);
@@ -198,7 +147,7 @@ bool EximServer::start() {
     close(ends[0]);
     const QDeadlineTimer deadline(kStartTime);
     while (!deadline.hasExpired()) {
-        if (greets(port_, deadline)) {
+        if (greets(port_, "220 ", deadline)) {
             return true;
         }
         siginfo_t end{};
