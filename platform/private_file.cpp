@@ -4,6 +4,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -187,11 +188,8 @@ void PrivateOutput::openInPlace() {
     created_ = !existing.has_value();
     file_ = created_ ? createNew(path_) : *std::move(existing);
     makePrivate(file_);
-    if (writing_ == Writing::InPlace && ::ftruncate(file_.number(), 0) != 0) {
-        throw RuntimeError(writingErrorNumber(errno));
-    }
-    bytesBefore_ = ::lseek(file_.number(), 0, SEEK_END);
-    if (bytesBefore_ < 0) {
+    bytesBefore_ = statusOf(file_).st_size;
+    if (writing_ == Writing::Append && ::lseek(file_.number(), 0, SEEK_END) != bytesBefore_) {
         throw RuntimeError(errors::DeviceInputOutput);
     }
 }
@@ -227,8 +225,16 @@ void PrivateOutput::write(std::string_view bytes) {
 }
 
 void PrivateOutput::finish() {
-    if (statusOf(file_).st_size != bytesBefore_ + bytesWritten_) {
+    // A file that is written in place is cut here: to empty it first would only give its space away for it
+    // to be asked for again.
+    const bool inPlace = writing_ == Writing::InPlace;
+    const std::int64_t expected =
+        inPlace ? std::max(bytesBefore_, bytesWritten_) : bytesBefore_ + bytesWritten_;
+    if (statusOf(file_).st_size != expected) {
         throw RuntimeError(errors::DeviceInputOutput);
+    }
+    if (inPlace && expected != bytesWritten_ && ::ftruncate(file_.number(), bytesWritten_) != 0) {
+        throw RuntimeError(writingErrorNumber(errno));
     }
     // A network's disk may tell only at closing that it is full. A second descriptor is closed to hear it,
     // as the first one is needed for undoing.

@@ -74,7 +74,7 @@ class RegularInput {
 };
 
 enum class Writing {
-    /** The file itself is emptied and written; a failure removes it. */
+    /** The file itself is written anew; a failure removes it. */
     InPlace,
     /** The file keeps what it has and gets more; a failure takes away what was added. */
     Append,

@@ -26,9 +26,9 @@ void logOnAndCount(POPLib::POP& pop) {
 void welcomeOnMainWindow() {
     frmMain& main = mainWindow();
     main.setHourglass(true);
-    main.bringUp();
     main.setWindowTitle(QStringLiteral("Welcome ") + email::state.UserName + QStringLiteral(" To ") +
                         email::settings.Institution + QStringLiteral(" E-Mail"));
+    main.bringUp();
 }
 
 QString boxTitle(const char* ending) {

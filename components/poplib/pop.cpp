@@ -14,18 +14,8 @@ namespace errors = platform::errors;
 
 namespace {
 int numberOf(transport::Outcome outcome) {
-    switch (outcome) {
-    case transport::Outcome::NameUnknown:
-        return errors::HostNotFound;
-    case transport::Outcome::Refused:
-        return errors::ConnectionRefused;
-    case transport::Outcome::Unreachable:
-        return errors::NetworkUnreachable;
-    default:
-        return errors::MailServerTrouble;
-    }
+    return transport::openingErrorNumber(outcome, errors::MailServerTrouble, errors::MailServerTrouble);
 }
-
 } // namespace
 
 template <class Action>

@@ -7,18 +7,7 @@ namespace SMTPLib {
 namespace errors = platform::errors;
 
 int numberOf(transport::Outcome outcome) noexcept {
-    switch (outcome) {
-    case transport::Outcome::NameUnknown:
-        return errors::HostNotFound;
-    case transport::Outcome::Refused:
-        return errors::ConnectionRefused;
-    case transport::Outcome::Unreachable:
-        return errors::NetworkUnreachable;
-    case transport::Outcome::TimedOut:
-        return errors::SendingTimedOut;
-    default:
-        return errors::SendingLost;
-    }
+    return transport::openingErrorNumber(outcome, errors::SendingTimedOut, errors::SendingLost);
 }
 
 int numberOf(const Refused& refused) noexcept {

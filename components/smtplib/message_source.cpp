@@ -6,6 +6,17 @@
 
 namespace SMTPLib {
 
+namespace {
+bool hasEightBit(std::string_view text) {
+    // To the end in any case: without a way out, many octets are looked at together.
+    unsigned all = 0;
+    for (const char octet : text) {
+        all |= static_cast<unsigned char>(octet);
+    }
+    return all >= 0x80U;
+}
+} // namespace
+
 MessageSource::MessageSource(std::string_view header, std::string_view body, const QString& dataFile)
     : header_(header), body_(body), dataFile_(dataFile) {
     if (!dataFile.isEmpty()) {
@@ -17,9 +28,7 @@ MessageTotals MessageSource::measure() {
     MessageTotals totals;
     for (std::string piece; next(piece);) {
         totals.octets += static_cast<std::int64_t>(piece.size());
-        totals.eightBit = totals.eightBit || std::any_of(piece.begin(), piece.end(), [](char octet) {
-                              return static_cast<unsigned char>(octet) >= 0x80;
-                          });
+        totals.eightBit = totals.eightBit || hasEightBit(piece);
     }
     part_ = Part::Header;
     bodyUsed_ = 0;

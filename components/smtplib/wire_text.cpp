@@ -1,5 +1,7 @@
 #include "components/smtplib/wire_text.h"
 
+#include <algorithm>
+
 namespace SMTPLib {
 
 namespace {
@@ -35,7 +37,43 @@ std::size_t octetsBeforeBreak(std::string_view line) {
 }
 } // namespace
 
+std::size_t octetsOfReadyLines(std::string_view text) {
+    const std::size_t lastLineFeed = text.rfind('\n');
+    if (lastLineFeed == std::string_view::npos) {
+        return 0;
+    }
+    const std::string_view lines = text.substr(0, lastLineFeed + 1);
+    if (lines.find('\0') != std::string_view::npos) {
+        return 0;
+    }
+    for (std::string_view rest = lines; !rest.empty();) {
+        const std::size_t end = rest.find('\n') - 1;
+        if (end > kMaximumTextLineOctets || rest.find('\r') != end) {
+            return 0;
+        }
+        rest.remove_prefix(end + 2);
+    }
+    return lines.size();
+}
+
 void WireText::add(std::string_view piece, std::string& output) {
+    if (piece.empty()) {
+        return;
+    }
+    if (!line_.empty() || carriageReturn_) {
+        const std::size_t octets = std::min(piece.find('\n'), piece.size() - 1) + 1;
+        addSlowly(piece.substr(0, octets), output);
+        piece.remove_prefix(octets);
+    }
+    if (line_.empty() && !carriageReturn_) {
+        const std::size_t ready = octetsOfReadyLines(piece);
+        output.append(piece.substr(0, ready));
+        piece.remove_prefix(ready);
+    }
+    addSlowly(piece, output);
+}
+
+void WireText::addSlowly(std::string_view piece, std::string& output) {
     while (!piece.empty()) {
         if (piece.front() == '\0') {
             piece.remove_prefix(1);
@@ -89,16 +127,22 @@ void WireText::endLine(std::string& output) {
 }
 
 void DotStuffer::add(std::string_view piece, std::string& output) {
-    while (!piece.empty()) {
-        if (atLineStart_ && piece.front() == '.') {
-            output += '.';
-        }
-        const std::size_t lineFeed = piece.find('\n');
-        atLineStart_ = lineFeed != std::string_view::npos;
-        const std::size_t octets = atLineStart_ ? lineFeed + 1 : piece.size();
-        output.append(piece.substr(0, octets));
-        piece.remove_prefix(octets);
+    if (piece.empty()) {
+        return;
     }
+    const char last = piece.back();
+    while (!piece.empty()) {
+        // Dots are rarer than line ends, and there are none in an encoded file.
+        const std::size_t dot = std::min(piece.find('.'), piece.size());
+        const bool atStart = dot == 0 ? atLineStart_ : piece[dot - 1] == '\n';
+        output.append(piece.substr(0, dot));
+        if (dot < piece.size()) {
+            output.append(atStart ? ".." : ".");
+        }
+        atLineStart_ = false;
+        piece.remove_prefix(std::min(dot + 1, piece.size()));
+    }
+    atLineStart_ = last == '\n';
 }
 
 } // namespace SMTPLib

@@ -10,6 +10,12 @@ namespace SMTPLib {
 inline constexpr std::size_t kMaximumTextLineOctets = 998;
 
 /**
+ * How much of the text, up to its last line end, can go out as it is: whole lines that end in CR LF, none too
+ * long, no other CR or LF and no NUL. All of it or nothing: where one line is not ready, 0.
+ */
+std::size_t octetsOfReadyLines(std::string_view text);
+
+/**
  * Makes lines of any text that comes in pieces, as SMTP must have them, and changes nothing else. What is in
  * memory is one line at most.
  *
@@ -28,6 +34,7 @@ class WireText {
     void finish(std::string& output);
 
   private:
+    void addSlowly(std::string_view piece, std::string& output);
     void addToLine(std::string_view run, std::string& output);
     void endLine(std::string& output);
 

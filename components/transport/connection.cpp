@@ -1,11 +1,27 @@
 #include "components/transport/connection.h"
 
 #include "platform/nested_wait.h"
+#include "platform/runtime_error.h"
 
 #include <QEventLoop>
 #include <QTimer>
 
 namespace transport {
+
+int openingErrorNumber(Outcome outcome, int timedOut, int lost) noexcept {
+    switch (outcome) {
+    case Outcome::NameUnknown:
+        return platform::errors::HostNotFound;
+    case Outcome::Refused:
+        return platform::errors::ConnectionRefused;
+    case Outcome::Unreachable:
+        return platform::errors::NetworkUnreachable;
+    case Outcome::TimedOut:
+        return timedOut;
+    default:
+        return lost;
+    }
+}
 
 template <class Condition>
 Outcome Connection::waitUntil(const Condition& condition, QDeadlineTimer deadline) {

@@ -13,6 +13,12 @@
 namespace transport {
 
 /**
+ * The error number for a connection that could not be opened. How long one waits, and what a lost connection
+ * is called, differs from one protocol to the other.
+ */
+int openingErrorNumber(Outcome outcome, int timedOut, int lost) noexcept;
+
+/**
  * One byte stream to a server. Waiting runs an event loop of its own, so the windows stay alive meanwhile,
  * and that loop does nothing but wait: what came is handed over to the caller, who acts on it in its own
  * frame.

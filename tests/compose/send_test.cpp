@@ -1,5 +1,5 @@
 #include "email/state.h"
-#include "tests/smtplib/smtp_script.h"
+#include "tests/support/smtp_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"

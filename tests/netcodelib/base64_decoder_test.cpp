@@ -1,8 +1,8 @@
 #include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/base64_encoder.h"
 #include "platform/runtime_error.h"
-#include "tests/netcodelib/random_bytes.h"
 #include "tests/support/pieces.h"
+#include "tests/support/random_bytes.h"
 
 #include <QByteArray>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "components/netcodelib/base64_encoder.h"
-#include "tests/netcodelib/random_bytes.h"
 #include "tests/support/pieces.h"
+#include "tests/support/random_bytes.h"
 
 #include <QByteArray>
 #include <gtest/gtest.h>

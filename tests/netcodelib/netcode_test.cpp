@@ -1,8 +1,8 @@
 #include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/netcode.h"
 #include "platform/runtime_error.h"
-#include "tests/netcodelib/file_faults.h"
-#include "tests/netcodelib/random_bytes.h"
+#include "tests/support/file_faults.h"
+#include "tests/support/random_bytes.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>

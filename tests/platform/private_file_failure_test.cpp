@@ -1,6 +1,6 @@
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
-#include "tests/netcodelib/file_faults.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
-#include "tests/netcodelib/file_faults.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -85,6 +85,15 @@ TEST_P(EveryWriting, WritesPiecesAndBytesOfAnyKind) {
 TEST_P(EveryWriting, NothingWrittenIsAnEmptyFile) {
     PrivateOutput(folder_.qtPath("f"), GetParam()).finish();
     EXPECT_EQ(folder_.read("f"), "");
+}
+
+TEST(PrivateOutput, WrittenInPlaceLeavesNothingOfALongerFile) {
+    const support::TemporaryFolder folder;
+    folder.write("f", std::string(10'000, 'o'));
+    PrivateOutput output(folder.qtPath("f"), Writing::InPlace);
+    output.write("new");
+    output.finish();
+    EXPECT_EQ(folder.read("f"), "new");
 }
 
 TEST_P(EveryWriting, AFileIsKeptWhenItIsNotToBeReplaced) {

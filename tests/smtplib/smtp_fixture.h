@@ -2,9 +2,9 @@
 
 #include "components/smtplib/smtp.h"
 #include "platform/runtime_error.h"
-#include "tests/smtplib/smtp_script.h"
 #include "tests/support/application.h"
 #include "tests/support/scripted_server.h"
+#include "tests/support/smtp_script.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

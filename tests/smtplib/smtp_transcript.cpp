@@ -1,8 +1,7 @@
 #include "tests/smtplib/smtp_transcript.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
+#include "tests/support/dialogue.h"
+
 #include <stdexcept>
 #include <utility>
 
@@ -11,49 +10,8 @@ namespace support {
 namespace {
 using SMTPLib::Stage;
 
-std::filesystem::path folder() {
-    return std::filesystem::path(BRINDLEWAKE_TEST_DATA) / "smtp";
-}
-
-/** \r, \n and \xHH stand for the bytes that they name. */
-std::string unescaped(const std::string& text) {
-    std::string bytes;
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        if (text[index] != '\\') {
-            bytes += text[index];
-        } else if (const char mark = text.at(++index); mark == 'r' || mark == 'n') {
-            bytes += mark == 'r' ? '\r' : '\n';
-        } else if (mark == 'x') {
-            bytes += static_cast<char>(std::stoi(text.substr(index + 1, 2), nullptr, 16));
-            index += 2;
-        } else {
-            throw std::invalid_argument("unknown escape in: " + text);
-        }
-    }
-    return bytes;
-}
-
-std::string escaped(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const char byte : bytes) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (code >= 0x20 && code <= 0x7e) {
-            text += byte;
-        } else {
-            text.append("\\x") += digits[code >> 4U];
-            text += digits[code & 0xFU];
-        }
-    }
-    return text;
-}
-
-void addLine(SmtpTranscript& transcript, const std::string& line) {
-    const std::string mark = line.substr(0, 2);
-    const std::string rest = line.size() > 3 ? line.substr(3) : std::string();
-    if (line.empty() || line.front() == '#') {
-        return;
-    }
+void addLine(SmtpTranscript& transcript, const DialogueLine& line) {
+    const auto& [mark, rest] = line;
     if (mark == "S:") {
         transcript.turns.push_back({true, unescaped(rest) + "\r\n"});
     } else if (mark == "S-") {
@@ -69,7 +27,7 @@ void addLine(SmtpTranscript& transcript, const std::string& line) {
     } else if (mark == "X:") {
         transcript.error = std::stoi(rest);
     } else {
-        throw std::invalid_argument("unknown line in a dialogue: " + line);
+        throw std::invalid_argument("unknown mark in a dialogue: " + mark);
     }
 }
 
@@ -122,23 +80,12 @@ struct Describer {
 } // namespace
 
 std::vector<std::string> smtpTranscriptNames() {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder())) {
-        if (entry.path().extension() == ".txt") {
-            names.push_back(entry.path().stem().string());
-        }
-    }
-    std::sort(names.begin(), names.end());
-    return names;
+    return dialogueNames("smtp");
 }
 
 SmtpTranscript readSmtpTranscript(const std::string& name) {
-    std::ifstream file(folder() / (name + ".txt"));
-    if (!file) {
-        throw std::runtime_error("no such dialogue: " + name);
-    }
     SmtpTranscript transcript;
-    for (std::string line; std::getline(file, line);) {
+    for (const DialogueLine& line : readDialogue("smtp", name)) {
         addLine(transcript, line);
     }
     return transcript;

@@ -101,6 +101,19 @@ void checkInPieces(const Case& test) {
     }
 }
 
+TEST(ReadyLines, GoUpToTheLastLineEnd) {
+    EXPECT_EQ(SMTPLib::octetsOfReadyLines("a\r\n\r\nb"), 5U);
+    EXPECT_EQ(SMTPLib::octetsOfReadyLines(std::string(998, 'x') + kEnd), 1000U);
+}
+
+TEST(ReadyLines, AreNoneWhereOneLineIsNotReady) {
+    for (const std::string& text :
+         {std::string(), std::string("a"), std::string("\n"), std::string("a\r\nb\n"),
+          std::string("a\rb\r\n"), "a" + kNul + kEnd, std::string(999, 'x') + kEnd, std::string("\r\r\n")}) {
+        EXPECT_EQ(SMTPLib::octetsOfReadyLines(text), 0U) << text;
+    }
+}
+
 class WireTextOf : public testing::TestWithParam<Case> {};
 
 TEST_P(WireTextOf, IsTheSameInPiecesOfAnySize) {

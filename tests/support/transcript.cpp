@@ -1,8 +1,8 @@
 #include "tests/support/transcript.h"
 
+#include "tests/support/dialogue.h"
+
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -13,66 +13,9 @@ namespace {
 using POPLib::Command;
 using POPLib::CommandKind;
 
-std::filesystem::path folder() {
-    return std::filesystem::path(BRINDLEWAKE_TEST_DATA) / "pop3";
-}
-
-/** \r, \n, \t, \\ and \xHH stand for the bytes that they name. */
-std::string unescaped(const std::string& text) {
-    std::string bytes;
-    for (std::size_t index = 0; index < text.size(); ++index) {
-        if (text[index] != '\\') {
-            bytes += text[index];
-            continue;
-        }
-        switch (text.at(++index)) {
-        case 'r':
-            bytes += '\r';
-            break;
-        case 'n':
-            bytes += '\n';
-            break;
-        case 't':
-            bytes += '\t';
-            break;
-        case 'x':
-            bytes += static_cast<char>(std::stoi(text.substr(index + 1, 2), nullptr, 16));
-            index += 2;
-            break;
-        case '\\':
-            bytes += '\\';
-            break;
-        default:
-            throw std::invalid_argument("unknown escape in: " + text);
-        }
-    }
-    return bytes;
-}
-
-std::string escaped(std::string_view bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const char byte : bytes) {
-        const auto code = static_cast<unsigned char>(byte);
-        if (byte == '\\') {
-            text += "\\\\";
-        } else if (code < 0x20 || code > 0x7e) {
-            text.append("\\x") += digits[code >> 4U];
-            text += digits[code & 0xFU];
-        } else {
-            text += byte;
-        }
-    }
-    return text;
-}
-
-void addLine(Transcript& transcript, const std::string& line) {
+void addLine(Transcript& transcript, const DialogueLine& line) {
     using Speaker = Transcript::Speaker;
-    const std::string mark = line.substr(0, 2);
-    const std::string rest = line.size() > 3 ? line.substr(3) : std::string();
-    if (line.empty() || line.front() == '#') {
-        return;
-    }
+    const auto& [mark, rest] = line;
     if (mark == "S:") {
         transcript.turns.push_back({Speaker::Server, unescaped(rest) + "\r\n"});
     } else if (mark == "S-") {
@@ -84,7 +27,7 @@ void addLine(Transcript& transcript, const std::string& line) {
     } else if (mark == "X:") {
         transcript.error = std::stoi(rest);
     } else {
-        throw std::invalid_argument("unknown line in a dialogue: " + line);
+        throw std::invalid_argument("unknown mark in a dialogue: " + mark);
     }
 }
 
@@ -177,23 +120,12 @@ std::vector<std::string> Transcript::contentEvents() const {
 }
 
 std::vector<std::string> pop3TranscriptNames() {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder())) {
-        if (entry.path().extension() == ".txt") {
-            names.push_back(entry.path().stem().string());
-        }
-    }
-    std::sort(names.begin(), names.end());
-    return names;
+    return dialogueNames("pop3");
 }
 
 Transcript readPop3Transcript(const std::string& name) {
-    std::ifstream file(folder() / (name + ".txt"));
-    if (!file) {
-        throw std::runtime_error("no such dialogue: " + name);
-    }
     Transcript transcript;
-    for (std::string line; std::getline(file, line);) {
+    for (const DialogueLine& line : readDialogue("pop3", name)) {
         addLine(transcript, line);
     }
     return transcript;

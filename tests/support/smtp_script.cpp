@@ -1,4 +1,4 @@
-#include "tests/smtplib/smtp_script.h"
+#include "tests/support/smtp_script.h"
 
 #include <utility>
 
