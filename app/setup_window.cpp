@@ -2,6 +2,7 @@
 #include "email/state.h"
 #include "platform/message_box.h"
 #include "platform/program.h"
+#include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
 #include "windows/frmLogin.h"
 #include "windows/frmSetup.h"
@@ -29,26 +30,45 @@ email::SettingsFields fieldsOf(const frmSetup& window) {
             .LDAPSearchBase = window.txtSearchBase->text(),
             .AddressLookup = window.cboAddressIn->currentText()};
 }
+
+/** Shows the text as the combo box's own, be it one of its items or not. */
+void showText(QComboBox& box, const QString& text) {
+    // The item that the text is, so that the list drops down on it and the arrow keys go on from there.
+    box.setCurrentIndex(box.findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
+    box.setEditText(text);
+}
+
+/** Puts drive and folders where attachments go now, or to C: when there is no such folder. */
+void startLists(const frmSetup& window) {
+    for (const QString& path : {email::settings.SaveDirectory, QStringLiteral("C:\\")}) {
+        if (platform::errorNumberOf([&] { window.cboDir->setPath(path); }) == 0) {
+            break;
+        }
+    }
+    window.cboDrive->setDrive(window.cboDir->path());
+}
 } // namespace
 
 void frmSetup::Form_Load() {
+    // Before the fields, since a change of folder writes the one of the attachment directory.
+    startLists(*this);
     const email::SettingsFields current = email::fieldsOf(email::settings);
-    cboSetup->setEditText(current.ShowSetup);
+    showText(*cboSetup, current.ShowSetup);
     txtPOP->setText(current.POPServer);
     txtSMTP->setText(current.SMTPServer);
     txtDomain->setText(current.DomainName);
     txtSchool->setText(current.Institution);
-    cboPlayWav->setEditText(current.PlayWav);
-    cboShowDatabase->setEditText(current.ShowDatabase);
-    cboAttachments->setEditText(current.SendAttachments);
+    showText(*cboPlayWav, current.PlayWav);
+    showText(*cboShowDatabase, current.ShowDatabase);
+    showText(*cboAttachments, current.SendAttachments);
     txtSaveDir->setText(current.SaveDirectory);
-    cboPrinter->setEditText(current.AllowPrinting);
-    cboSaveCopy->setEditText(current.SaveCopy);
-    cboShowGetMail->setEditText(current.ShowGetMail);
-    cboCheckNewMail->setEditText(current.GetMailEvery);
+    showText(*cboPrinter, current.AllowPrinting);
+    showText(*cboSaveCopy, current.SaveCopy);
+    showText(*cboShowGetMail, current.ShowGetMail);
+    showText(*cboCheckNewMail, current.GetMailEvery);
     txtLDAPServer->setText(current.LDAPServer);
     txtSearchBase->setText(current.LDAPSearchBase);
-    cboAddressIn->setEditText(current.AddressLookup);
+    showText(*cboAddressIn, current.AddressLookup);
     cboAddressIn_Click();
 }
 
@@ -56,6 +76,20 @@ void frmSetup::cboAddressIn_Click() {
     const bool directory = cboAddressIn->currentText() == QLatin1String("Directory Server");
     txtLDAPServer->setEnabled(directory);
     txtSearchBase->setEnabled(directory);
+}
+
+void frmSetup::cboDrive_Change() {
+    const int error = platform::errorNumberOf([this] { cboDir->setPath(cboDrive->drive()); });
+    if (error == platform::errors::DeviceUnavailable) {
+        platform::showMessage(QStringLiteral("The drive is not ready, please insert disk."),
+                              email::settings.Institution + QStringLiteral(" E-Mail"));
+        cboDrive->setDrive(cboDir->path());
+    }
+}
+
+void frmSetup::cboDir_Change() {
+    const QString path = cboDir->path();
+    txtSaveDir->setText(path.endsWith(u'\\') ? path : path + u'\\');
 }
 
 void frmSetup::cmdUpdate_Click() {

@@ -40,9 +40,13 @@ class SequentialInput {
 };
 
 /**
- * Replaces the file's content as a whole: whatever goes wrong, the old content or the new one is there, never
- * a mixture.
- * \throws RuntimeError 75 when the file cannot be written, 57 when writing fails on the way.
+ * Replaces the file's content as a whole: whatever goes wrong, be it the power, the old content or the new
+ * one is there, never a mixture. When it returns, the new one is on the disk. A new file has the rights that
+ * new files have, since several users may read it; one that is there keeps its rights and, where possible,
+ * its owner and group. A link to a file stays, and the file at its end is replaced.
+ * \throws RuntimeError 75 when the file cannot be written or put in its place, 61 when the disk is full, 57
+ * when writing fails otherwise. After a failure the old content is still there, unless only the last step,
+ * waiting for the folder to reach the disk, failed.
  */
 void writeWholeFile(const QString& path, const std::string& content);
 

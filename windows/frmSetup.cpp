@@ -3,20 +3,46 @@
 #include "windows/wiring.h"
 
 #include <QComboBox>
+#include <QCompleter>
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRegularExpressionValidator>
 #include <QScrollArea>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include <algorithm>
+#include <utility>
 
 namespace {
 /** A combo box whose value is its text, which may also be typed: settings files hold what people write. */
+class SettingCombo : public QComboBox {
+  public:
+    SettingCombo() {
+        setEditable(true);
+        setInsertPolicy(QComboBox::NoInsert);
+        setFocusPolicy(Qt::StrongFocus);
+    }
+
+  protected:
+    // Turning the wheel scrolls the page; it must not change the settings that pass under the pointer.
+    void wheelEvent(QWheelEvent* event) override {
+        if (hasFocus()) {
+            QComboBox::wheelEvent(event);
+        } else {
+            event->ignore();
+        }
+    }
+};
+
 QComboBox* combo(const char* name, const QStringList& items) {
-    auto* box = named<QComboBox>(name);
-    box->setEditable(true);
-    box->setInsertPolicy(QComboBox::NoInsert);
+    QComboBox* box = named<SettingCombo>(name);
     box->addItems(items);
+    // Otherwise walking through the fields would make "yes" of a "Yes" that the file holds.
+    box->completer()->setCaseSensitivity(Qt::CaseSensitive);
     return box;
 }
 
@@ -24,75 +50,174 @@ QComboBox* yesNoCombo(const char* name) {
     return combo(name, {QStringLiteral("yes"), QStringLiteral("no")});
 }
 
-QStringList minutes() {
+QComboBox* minutesCombo(const char* name) {
     QStringList items;
     for (int minute = 0; minute <= 60; ++minute) {
         items.append(QString::number(minute));
     }
-    return items;
+    QComboBox* box = combo(name, items);
+    // What is no number would keep the program from starting again.
+    box->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,4}")), box));
+    return box;
 }
 
-QFormLayout* addGroup(QVBoxLayout* rows, const QString& title) {
+QFormLayout* addGroup(QVBoxLayout* column, const QString& title) {
     auto* group = new QGroupBox(title);
     auto* form = new QFormLayout(group);
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
-    rows->addWidget(group);
+    column->addWidget(group);
     return form;
+}
+
+/** Lets all fields of the column start on one line, whichever group they are in. */
+void alignFields(const QWidget& column) {
+    int width = 0;
+    QList<QLabel*> captions = column.findChildren<QLabel*>();
+    captions.removeIf([](const QLabel* label) { return label->buddy() == nullptr; });
+    for (const QLabel* caption : std::as_const(captions)) {
+        width = std::max(width, caption->sizeHint().width());
+    }
+    for (QLabel* caption : std::as_const(captions)) {
+        caption->setMinimumWidth(width);
+        caption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    }
 }
 } // namespace
 
 frmSetup::frmSetup() : Form(QStringLiteral("frmSetup"), QStringLiteral("Brindlewake Setup")) {
-    auto* page = new QWidget;
-    auto* groups = new QVBoxLayout(page);
+    makeControls();
+    layOut();
+}
 
-    QFormLayout* form = addGroup(groups, QStringLiteral("Mail server"));
-    form->addRow(QStringLiteral("POP Server:"), txtPOP = named<QLineEdit>("txtPOP"));
-    form->addRow(QStringLiteral("SMTP Server:"), txtSMTP = named<QLineEdit>("txtSMTP"));
-    form->addRow(QStringLiteral(" Domain Name:"), txtDomain = named<QLineEdit>("txtDomain"));
-
-    form = addGroup(groups, QStringLiteral("Institution"));
-    form->addRow(QStringLiteral("Institution Name:"), txtSchool = named<QLineEdit>("txtSchool"));
-
-    form = addGroup(groups, QStringLiteral("Application"));
-    form->addRow(QStringLiteral("Show Setup Button:"), cboSetup = yesNoCombo("cboSetup"));
-    form->addRow(QStringLiteral(" Play Wav:"), cboPlayWav = yesNoCombo("cboPlayWav"));
-    form->addRow(QStringLiteral("Send Attachments:"), cboAttachments = yesNoCombo("cboAttachments"));
-    form->addRow(QStringLiteral("Attachment Directory:"), txtSaveDir = named<QLineEdit>("txtSaveDir"));
-    form->addRow(QStringLiteral("Printer:"), cboPrinter = yesNoCombo("cboPrinter"));
-    form->addRow(QStringLiteral("Save Copy of Sent Messages:"), cboSaveCopy = yesNoCombo("cboSaveCopy"));
-    form->addRow(QStringLiteral("Check for New Mail Button:"), cboShowGetMail = yesNoCombo("cboShowGetMail"));
-    auto* interval = new QHBoxLayout;
-    interval->addWidget(cboCheckNewMail = combo("cboCheckNewMail", minutes()));
-    interval->addWidget(new QLabel(QStringLiteral("Mins")));
-    auto* intervalLabel = new QLabel(QStringLiteral("Check for New Mail Every:"));
-    intervalLabel->setBuddy(cboCheckNewMail);
-    form->addRow(intervalLabel, interval);
-
-    form = addGroup(groups, QStringLiteral("Addresses"));
-    form->addRow(QStringLiteral("Find Address Button:"), cboShowDatabase = yesNoCombo("cboShowDatabase"));
-    form->addRow(QStringLiteral("Find Address In:"),
-                 cboAddressIn = combo("cboAddressIn", {QStringLiteral("Personal Address Book"),
-                                                       QStringLiteral("Directory Server")}));
+void frmSetup::makeControls() {
+    txtPOP = named<QLineEdit>("txtPOP");
+    txtSMTP = named<QLineEdit>("txtSMTP");
+    txtDomain = named<QLineEdit>("txtDomain");
+    txtSchool = named<QLineEdit>("txtSchool");
+    cboShowDatabase = yesNoCombo("cboShowDatabase");
+    cboAddressIn = combo("cboAddressIn", {QStringLiteral("Personal Address Book"), //
+                                          QStringLiteral("Directory Server")});
     connectHandler(cboAddressIn, &QComboBox::currentTextChanged, this, &frmSetup::cboAddressIn_Click);
-    form->addRow(QStringLiteral("LDAP Server:"), txtLDAPServer = named<QLineEdit>("txtLDAPServer"));
-    form->addRow(QStringLiteral("Search Base:"), txtSearchBase = named<QLineEdit>("txtSearchBase"));
+    txtLDAPServer = named<QLineEdit>("txtLDAPServer");
+    txtSearchBase = named<QLineEdit>("txtSearchBase");
+    cboShowGetMail = yesNoCombo("cboShowGetMail");
+    cboCheckNewMail = minutesCombo("cboCheckNewMail");
+    cboPlayWav = yesNoCombo("cboPlayWav");
+
+    cboSetup = yesNoCombo("cboSetup");
+    cboPrinter = yesNoCombo("cboPrinter");
+    cboSaveCopy = yesNoCombo("cboSaveCopy");
+    cboAttachments = yesNoCombo("cboAttachments");
+    txtSaveDir = named<QLineEdit>("txtSaveDir");
+    cboDrive = named<controls::DriveListBox>("cboDrive");
+    // A combo box without a caption is called by its text; what it is for is its description.
+    cboDrive->setAccessibleName(QStringLiteral("Drive of the attachment directory"));
+    cboDrive->setAccessibleDescription(cboDrive->accessibleName());
+    connectHandler(cboDrive, &QComboBox::currentIndexChanged, this, &frmSetup::cboDrive_Change);
+    cboDir = named<controls::DirectoryListBox>("cboDir");
+    cboDir->setAccessibleName(QStringLiteral("Folders for the attachment directory"));
+    cboDir->setAccessibleDescription(QStringLiteral("Return opens a folder and takes it, Backspace goes up"));
+    cboDir->Change = [this] { cboDir_Change(); };
+    QObject::connect(cboDir, &QAbstractItemView::activated, this,
+                     [this](const QModelIndex& folder) { runHandler([&] { cboDir->open(folder); }); });
 
     cmdUpdate = named<QPushButton>("cmdUpdate", QStringLiteral("&Update"), this);
     connectHandler(cmdUpdate, &QPushButton::clicked, this, &frmSetup::cmdUpdate_Click);
     cmdExit = named<QPushButton>("cmdExit", QStringLiteral("E&xit"), this);
     connectHandler(cmdExit, &QPushButton::clicked, this, &frmSetup::cmdExit_Click);
+}
+
+QWidget* frmSetup::serverColumn() {
+    auto* column = new QWidget;
+    auto* groups = new QVBoxLayout(column);
+    groups->setContentsMargins(0, 0, 0, 0);
+    QFormLayout* form = addGroup(groups, QStringLiteral("Institution"));
+    form->addRow(QStringLiteral("Institution Name:"), txtSchool);
+
+    form = addGroup(groups, QStringLiteral("Mail server"));
+    form->addRow(QStringLiteral("POP Server:"), txtPOP);
+    form->addRow(QStringLiteral("SMTP Server:"), txtSMTP);
+    form->addRow(QStringLiteral(" Domain Name:"), txtDomain);
+
+    form = addGroup(groups, QStringLiteral("New mail"));
+    form->addRow(QStringLiteral("Check for New Mail Button:"), cboShowGetMail);
+    auto* interval = new QHBoxLayout;
+    interval->addWidget(cboCheckNewMail);
+    interval->addWidget(new QLabel(QStringLiteral("Mins")));
+    interval->addStretch();
+    auto* intervalLabel = new QLabel(QStringLiteral("Check for New Mail Every:"));
+    intervalLabel->setBuddy(cboCheckNewMail);
+    form->addRow(intervalLabel, interval);
+    form->addRow(QStringLiteral(" Play Wav:"), cboPlayWav);
+
+    form = addGroup(groups, QStringLiteral("Addresses"));
+    form->addRow(QStringLiteral("Find Address Button:"), cboShowDatabase);
+    form->addRow(QStringLiteral("Find Address In:"), cboAddressIn);
+    form->addRow(QStringLiteral("LDAP Server:"), txtLDAPServer);
+    form->addRow(QStringLiteral("Search Base:"), txtSearchBase);
+    groups->addStretch();
+    alignFields(*column);
+    return column;
+}
+
+QWidget* frmSetup::programColumn() {
+    auto* column = new QWidget;
+    auto* groups = new QVBoxLayout(column);
+    groups->setContentsMargins(0, 0, 0, 0);
+    QFormLayout* form = addGroup(groups, QStringLiteral("Program"));
+    form->addRow(QStringLiteral("Show Setup Button:"), cboSetup);
+    form->addRow(QStringLiteral("Printer:"), cboPrinter);
+    form->addRow(QStringLiteral("Save Copy of Sent Messages:"), cboSaveCopy);
+
+    form = addGroup(groups, QStringLiteral("Attachments"));
+    form->addRow(QStringLiteral("Send Attachments:"), cboAttachments);
+    form->addRow(QStringLiteral("Attachment Directory:"), txtSaveDir);
+    form->addRow(cboDrive);
+    form->addRow(cboDir);
+    form->addRow(new QLabel(QStringLiteral("Double-click a folder to choose it.")));
+    cboDrive->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    cboDir->setMinimumHeight(9 * cboDir->fontMetrics().lineSpacing());
+    groups->setStretch(1, 1);
+    alignFields(*column);
+    return column;
+}
+
+void frmSetup::layOut() {
+    auto* page = new QWidget;
+    QWidget* left = serverColumn();
+    QWidget* right = programColumn();
+    columns_ = new QBoxLayout(QBoxLayout::LeftToRight, page);
+    columns_->addWidget(left, 1);
+    columns_->addWidget(right, 1);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(cmdUpdate);
+    buttons->addWidget(cmdExit);
 
     // All of it fits a large screen; on a small one, or enlarged, it scrolls.
     auto* scroll = new QScrollArea;
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(cmdUpdate);
-    buttons->addWidget(cmdExit);
+    scroll->setFocusPolicy(Qt::NoFocus);
     auto* rows = new QVBoxLayout(this);
     rows->addWidget(scroll, 1);
     rows->addLayout(buttons);
-    resizeToText(80, 48);
+
+    const QMargins margins = rows->contentsMargins() + columns_->contentsMargins();
+    widthOfTwoColumns_ = 2 * std::max(left->sizeHint().width(), right->sizeHint().width()) +
+                         columns_->spacing() + margins.left() + margins.right() +
+                         scroll->verticalScrollBar()->sizeHint().width();
+    setTabSequence({txtSchool,       txtPOP,     txtSMTP,         txtDomain,    cboShowGetMail,
+                    cboCheckNewMail, cboPlayWav, cboShowDatabase, cboAddressIn, txtLDAPServer,
+                    txtSearchBase,   cboSetup,   cboPrinter,      cboSaveCopy,  cboAttachments,
+                    txtSaveDir,      cboDrive,   cboDir,          cmdUpdate,    cmdExit});
+    txtSchool->setFocus();
+    resizeToText(140, 44);
+}
+
+void frmSetup::resizeEvent(QResizeEvent* event) {
+    columns_->setDirection(width() < widthOfTwoColumns_ ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+    Form::resizeEvent(event);
 }

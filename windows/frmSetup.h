@@ -1,7 +1,10 @@
 #pragma once
 
+#include "components/controls/directory_list_box.h"
+#include "components/controls/drive_list_box.h"
 #include "windows/form.h"
 
+class QBoxLayout;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
@@ -15,6 +18,8 @@ class frmSetup : public Form {
     void Form_Load() override;
     void Form_Unload() override;
     void cboAddressIn_Click();
+    void cboDrive_Change();
+    void cboDir_Change();
     void cmdUpdate_Click();
     void cmdExit_Click();
 
@@ -27,6 +32,8 @@ class frmSetup : public Form {
     QComboBox* cboShowDatabase;
     QComboBox* cboAttachments;
     QLineEdit* txtSaveDir;
+    controls::DriveListBox* cboDrive;
+    controls::DirectoryListBox* cboDir;
     QComboBox* cboPrinter;
     QComboBox* cboSaveCopy;
     QComboBox* cboShowGetMail;
@@ -36,4 +43,18 @@ class frmSetup : public Form {
     QComboBox* cboAddressIn;
     QPushButton* cmdUpdate;
     QPushButton* cmdExit;
+
+  protected:
+    /** Two columns where they fit, otherwise one. */
+    void resizeEvent(QResizeEvent* event) override;
+
+  private:
+    void makeControls();
+    QWidget* serverColumn();
+    QWidget* programColumn();
+    void layOut();
+
+    QBoxLayout* columns_;
+    /** What the window needs for two columns side by side. */
+    int widthOfTwoColumns_ = 0;
 };

@@ -1,121 +1,29 @@
 #include "email/settings_file.h"
 #include "platform/runtime_error.h"
-#include "platform/sequential_file.h"
+#include "tests/email/settings_reading.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <optional>
+#include <algorithm>
 #include <ostream>
 #include <string>
-#include <string_view>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
 
+using support::goodLines;
+using support::goodValues;
+using support::joined;
+using support::readFrom;
+using support::Reading;
+using support::readLines;
+using support::readText;
+using support::readWithLine;
 using testing::ElementsAre;
 namespace errors = platform::errors;
-
-std::vector<std::string> goodLines() {
-    return {"ShowSetup=no",
-            "[MailServer Info]",
-            "POPServer=pop.school.example",
-            "SMTPServer=smtp.school.example:2525",
-            "DomainName=school.example",
-            "[Institution Properties]",
-            "Institution=Hill School",
-            "[Application Options]",
-            "PlayWav=yes",
-            "ShowDatabase=yes",
-            "SendAttachments=yes",
-            "SaveDirectory=C:\\Mail",
-            "AllowPrinting=yes",
-            "SaveCopy=yes",
-            "ShowGetMail=yes",
-            "GetMailEvery=15",
-            "LDAPServer=ldap.school.example",
-            "LDAPSearchBase=o=Hill School,c=gb",
-            "AddressLookup=Directory Server"};
-}
-
-std::string joined(const std::vector<std::string>& lines, std::string_view lineEnd = "\r\n") {
-    std::string text;
-    for (const std::string& line : lines) {
-        text.append(line).append(lineEnd);
-    }
-    return text;
-}
-
-/** What is known after the file tolk.ini has been read from a folder of its own. */
-struct Reading {
-    email::Settings settings;
-    email::DerivedValues derived;
-    std::vector<bool> setupButton;
-    int error = 0;
-
-    /** The texts of all settings, in the order of the file. */
-    std::vector<std::string> values() const {
-        const email::SettingsFields fields = email::fieldsOf(settings);
-        std::vector<std::string> texts;
-        for (const QString* field :
-             {&fields.ShowSetup, &fields.POPServer, &fields.SMTPServer, &fields.DomainName,
-              &fields.Institution, &fields.PlayWav, &fields.ShowDatabase, &fields.SendAttachments,
-              &fields.SaveDirectory, &fields.AllowPrinting, &fields.SaveCopy, &fields.ShowGetMail,
-              &fields.GetMailEvery, &fields.LDAPServer, &fields.LDAPSearchBase, &fields.AddressLookup}) {
-            texts.push_back(field->toStdString());
-        }
-        return texts;
-    }
-};
-
-Reading readFrom(const support::TemporaryFolder& folder) {
-    Reading reading;
-    reading.error = platform::errorNumberOf([&] {
-        platform::SequentialInput file(folder.qtPath(email::kSettingsFileName));
-        email::readSettings([&file] { return file.nextLine(); }, reading.settings, reading.derived,
-                            [&](bool visible) { reading.setupButton.push_back(visible); });
-    });
-    return reading;
-}
-
-Reading readText(std::string_view text) {
-    const support::TemporaryFolder folder;
-    folder.write(email::kSettingsFileName, text);
-    return readFrom(folder);
-}
-
-Reading readLines(const std::vector<std::string>& lines) {
-    return readText(joined(lines));
-}
-
-Reading readWithLine(std::size_t number, const std::string& line) {
-    std::vector<std::string> lines = goodLines();
-    lines.at(number - 1) = line;
-    return readLines(lines);
-}
-
-std::vector<std::string> goodValues() {
-    return {"no",
-            "pop.school.example",
-            "smtp.school.example:2525",
-            "school.example",
-            "Hill School",
-            "yes",
-            "yes",
-            "yes",
-            "C:\\Mail",
-            "yes",
-            "yes",
-            "yes",
-            "15",
-            "ldap.school.example",
-            "o=Hill School,c=gb",
-            "Directory Server"};
-}
 
 TEST(SettingsReader, TakesAllSixteenValues) {
     const Reading reading = readLines(goodLines());
@@ -320,30 +228,6 @@ TEST(SettingsReader, ANulBelongsToTheValue) {
 TEST(SettingsReader, TextOfTheOldCodePageAndUtf8AreBothUnderstood) {
     EXPECT_EQ(readWithLine(7, "Institution=K\xF6ln").settings.Institution.toStdString(), "K\xC3\xB6ln");
     EXPECT_EQ(readWithLine(7, "Institution=K\xC3\xB6ln").settings.Institution.toStdString(), "K\xC3\xB6ln");
-}
-
-TEST(SettingsReader, ALineOfAHundredMegabytesIsErrorSeven) {
-    const support::TemporaryFolder folder;
-    const std::string start = "ShowSetup=yes\r\n[MailServer Info]\r\nPOPServer=pop.school.example\r\n";
-    std::filesystem::resize_file(folder.write(email::kSettingsFileName, start), 100U << 20U);
-    const Reading reading = readFrom(folder);
-    EXPECT_EQ(reading.error, errors::OutOfMemory);
-    EXPECT_EQ(reading.settings.POPServer.toStdString(), "pop.school.example");
-    EXPECT_EQ(reading.settings.SMTPServer, email::Settings().SMTPServer);
-}
-
-TEST(SettingsReader, AFolderOfTheFilesNameIsErrorSeventyFive) {
-    const support::TemporaryFolder folder;
-    std::filesystem::create_directory(folder.path(email::kSettingsFileName));
-    EXPECT_EQ(readFrom(folder).error, errors::PathFileAccess);
-}
-
-TEST(SettingsReader, APipeOfTheFilesNameIsErrorSeventyFiveAndDoesNotHang) {
-    const support::TemporaryFolder folder;
-    ASSERT_EQ(mkfifo(folder.path(email::kSettingsFileName).c_str(), 0600), 0);
-    alarm(20); // ends the process should it hang after all
-    EXPECT_EQ(readFrom(folder).error, errors::PathFileAccess);
-    alarm(0);
 }
 
 struct LineCase {

@@ -1,0 +1,87 @@
+#include "components/controls/directory_list_box.h"
+
+#include "components/controls/folder_list.h"
+
+#include <QKeyEvent>
+#include <QStyle>
+#include <QStyledItemDelegate>
+
+#include <algorithm>
+
+namespace controls {
+
+namespace {
+/** Moves each row to the right by its level. */
+class RowPainter : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        // A path may be deeper than the list is wide.
+        constexpr int deepestLevel = 8;
+        const int level = std::min(index.data(FolderList::LevelRole).toInt(), deepestLevel);
+        const int step = level * option.fontMetrics.averageCharWidth() * 2;
+        QStyleOptionViewItem moved = option;
+        moved.rect.adjust(option.direction == Qt::LeftToRight ? step : 0, 0,
+                          option.direction == Qt::LeftToRight ? 0 : -step, 0);
+        QStyledItemDelegate::paint(painter, moved, index);
+    }
+};
+} // namespace
+
+DirectoryListBox::DirectoryListBox(QWidget* parent) : QListView(parent), folders_(new FolderList(this)) {
+    setModel(folders_);
+    setItemDelegate(new RowPainter(this));
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setUniformItemSizes(true);
+    const int icon = style()->pixelMetric(QStyle::PM_SmallIconSize);
+    setIconSize(QSize(icon, icon));
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setTextElideMode(Qt::ElideMiddle);
+}
+
+QString DirectoryListBox::path() const {
+    return folders_->isOpen() ? pathOf(folders_->place()) : QString();
+}
+
+void DirectoryListBox::setPath(const QString& path) {
+    const QString before = this->path();
+    Place place = placeOf(path);
+    QStringList inside = foldersIn(place);
+    folders_->show(std::move(place), std::move(inside));
+    const QModelIndex openRow = folders_->index(folders_->openRow());
+    setCurrentIndex(openRow);
+    scrollTo(openRow, QAbstractItemView::PositionAtCenter);
+    if (Change && before != this->path()) {
+        Change();
+    }
+}
+
+void DirectoryListBox::open(const QModelIndex& row) {
+    if (row.isValid()) {
+        setPath(pathOf(folders_->placeOfRow(row.row())));
+    }
+}
+
+void DirectoryListBox::keyPressEvent(QKeyEvent* event) {
+    const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+    if (plain && folders_->isOpen()) {
+        switch (event->key()) {
+        case Qt::Key_Backspace:
+        case Qt::Key_Left:
+            if (folders_->openRow() > 0) {
+                Q_EMIT activated(folders_->index(folders_->openRow() - 1));
+            }
+            return;
+        case Qt::Key_Right:
+            Q_EMIT activated(currentIndex());
+            return;
+        default:
+            break;
+        }
+    }
+    QListView::keyPressEvent(event);
+}
+
+} // namespace controls
