@@ -12,7 +12,6 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QPushButton>
 
 #include <utility>
@@ -24,13 +23,6 @@ constexpr const char* kEncodedFile = "C:\\_brndwake.tmp";
 
 QString title() {
     return email::settings.Institution + QStringLiteral(" E-Mail");
-}
-
-/** The text as typed, in bytes, with lines that end in CR LF. */
-std::string typedText(const QPlainTextEdit& box) {
-    QString text = box.toPlainText();
-    text.replace(QStringLiteral("\n"), QStringLiteral("\r\n"));
-    return platform::toBytes(text);
 }
 
 QString encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachment,
@@ -80,10 +72,10 @@ void frmSend::cmdSndit_Click() {
 
 void frmSend::send() {
     // Composed before anything is checked, so that the encoded file is written even when the send is refused.
-    const ComposedMessage message = Compose(typedText(*tMessage), txtAttachment->text(),
-                                            [this](const QString& file, std::string_view line) {
-                                                return encodeAttachment(ctrNetcode, file, line);
-                                            });
+    const ComposedMessage message =
+        Compose(tMessage->bytes(), txtAttachment->text(), [this](const QString& file, std::string_view line) {
+            return encodeAttachment(ctrNetcode, file, line);
+        });
     if (tTo->text().isEmpty()) {
         refuse(QStringLiteral("You need to enter an e-mail address to send to."), tTo);
         return;

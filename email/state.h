@@ -36,6 +36,9 @@ struct State {
     QString UserName;
     QString Password;
 
+    /** File name of the attachment that the message window offers to save. */
+    std::string CurrentAttachment;
+
     /** True only while a whole message is fetched: body lines then move the progress bar. */
     bool Retrieving = false;
 };

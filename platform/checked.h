@@ -26,4 +26,14 @@ constexpr Number checkedMultiply(Number left, Number right) {
     return product;
 }
 
+/** Returns the difference. \throws RuntimeError 6 when it does not fit the type. */
+template <std::integral Number>
+constexpr Number checkedSubtract(Number left, Number right) {
+    Number difference = 0;
+    if (__builtin_sub_overflow(left, right, &difference)) {
+        throw RuntimeError(errors::Overflow);
+    }
+    return difference;
+}
+
 } // namespace platform

@@ -76,7 +76,7 @@ std::string meaningOf(int errorNumber) {
     case errors::FileNotFound:
         return "A file was not found.";
     case errors::DeviceInputOutput:
-        return "A file could not be read or written to its end.";
+        return "A file could not be read or written to its end. Check the disk and try again.";
     case errors::DiskFull:
         return "The disk is full. Make room on it and try again.";
     case errors::InputPastEndOfFile:
@@ -85,12 +85,17 @@ std::string meaningOf(int errorNumber) {
         return "The drive is not ready. Insert a disk and try again.";
     case errors::PathFileAccess:
         return "A file or folder cannot be opened. Check its name and your rights to it.";
+    case errors::PrinterError:
+        return "The message cannot be printed. Check that a default printer is set up and ready, then try "
+               "again.";
     case errors::MailServerBusy:
         return "The mail server is busy with another request. Try again in a moment.";
     case errors::LogOnRefused:
         return "The mail server refused the user name or the password.";
     case errors::MailServerTrouble:
         return "The connection to the mail server failed. Try again later.";
+    case errors::AnotherMessage:
+        return "The mailbox has changed since it was listed. Nothing was deleted; start the program again.";
     case errors::NetworkUnreachable:
         return "The network cannot be reached. Check the computer's connection.";
     case errors::ConnectionRefused:
@@ -99,6 +104,8 @@ std::string meaningOf(int errorNumber) {
         return "The mail server was not found. Check its name.";
     case errors::EncodedTextCut:
         return "The attachment's text is incomplete; a part of it was lost on the way.";
+    case errors::UnsafeAttachmentName:
+        return "The attachment's name could lead out of the folder for attachments. It is not saved.";
     default:
         const std::string sending = meaningOfSendingError(errorNumber);
         return sending.empty() ? "The program met a condition that it does not know." : sending;

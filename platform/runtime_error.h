@@ -23,6 +23,8 @@ inline constexpr int InputPastEndOfFile = 62;
 inline constexpr int DiskFull = 61;
 inline constexpr int DeviceUnavailable = 68;
 inline constexpr int PathFileAccess = 75;
+/** There is no default printer, or it takes no document. */
+inline constexpr int PrinterError = 482;
 
 /** A request to a mail server while another runs, a second log-on, or a server that asks to try again later.
  */
@@ -31,6 +33,8 @@ inline constexpr int MailServerBusy = 20102;
 inline constexpr int LogOnRefused = 20172;
 /** Silence, a lost connection, or an answer that no mail server gives. */
 inline constexpr int MailServerTrouble = 20302;
+/** A message was to be deleted whose number names another message by now, or none that was listed. */
+inline constexpr int AnotherMessage = 20312;
 
 // Sending mail. From 20401 on nothing was sent because of the message itself; 2041x and 2042x are refusals by
 // the server, for good and for now, and nothing was sent either; 20431 to 20434 end an attempt before the
@@ -64,6 +68,8 @@ inline constexpr int ConnectionRefused = 25062;
 inline constexpr int HostNotFound = 26002;
 /** An attachment's encoded text that ends too early. */
 inline constexpr int EncodedTextCut = 20502;
+/** An attachment's name that could lead out of the folder for attachments, or hide there. */
+inline constexpr int UnsafeAttachmentName = 20503;
 } // namespace errors
 
 /** A failure with the number that the handlers' tables know it by. */

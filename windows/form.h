@@ -34,3 +34,31 @@ class Form : public QWidget {
     /** Size in letters and lines of the window's font, kept within the screen. */
     void resizeToText(int letters, int lines);
 };
+
+/** Lets nobody use a window, nor close it, for as long as this lives. */
+class WhileDisabled {
+  public:
+    explicit WhileDisabled(Form& window) : window_(window) { window_.setEnabled(false); }
+
+    ~WhileDisabled() { window_.setEnabled(true); }
+
+    WhileDisabled(const WhileDisabled&) = delete;
+    WhileDisabled& operator=(const WhileDisabled&) = delete;
+
+  private:
+    Form& window_;
+};
+
+/** Shows the hourglass over a window for as long as this lives. */
+class WhileHourglass {
+  public:
+    explicit WhileHourglass(Form& window) : window_(window) { window_.setHourglass(true); }
+
+    ~WhileHourglass() { window_.setHourglass(false); }
+
+    WhileHourglass(const WhileHourglass&) = delete;
+    WhileHourglass& operator=(const WhileHourglass&) = delete;
+
+  private:
+    Form& window_;
+};

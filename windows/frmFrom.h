@@ -1,13 +1,49 @@
 #pragma once
 
+#include "components/controls/find_bar.h"
+#include "components/controls/text_box.h"
 #include "windows/form.h"
+
+#include <cstdint>
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
 
 /** The window of one opened message. */
 class frmFrom : public Form {
   public:
-    frmFrom() : Form(QStringLiteral("frmFrom"), QStringLiteral("Brindlewake")) {}
+    frmFrom();
 
-    void Form_Load() override {}
+    // reader/message_window.cpp
+    void Form_Load() override;
+    void Form_Unload() override;
+    void cmdReply_Click();
+    void cmdFwrd_Click();
+    void CmdPrint_Click();
+    void cmdDone_Click();
 
-    void Form_Unload() override {}
+    // reader/save_attachment.cpp
+    void cmdSave_Click();
+
+    QLabel* lblFrom;
+    QLineEdit* txtFrom;
+    QLabel* lblSubject;
+    QLineEdit* txtSubject;
+    QLabel* lblAttachments;
+    QLineEdit* txtAttachments;
+    QPushButton* cmdSave;
+    controls::TextBox* tMessage;
+    controls::FindBar* barFind;
+    QPushButton* cmdReply;
+    QPushButton* cmdFwrd;
+    QPushButton* CmdPrint;
+    QPushButton* cmdDone;
+
+    /** The number of the message in the window. A check for new mail may be at another one meanwhile. */
+    std::int16_t OpenMessage = 0;
+
+  private:
+    void makeShortcuts();
+    void layOut();
 };

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QShortcut>
 
 frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake")) {
     Frame1 = named<QFrame>("Frame1", this);
@@ -17,6 +18,7 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
     cmdGetMail = named<QPushButton>("cmdGetMail", QStringLiteral("&Get New Mail"), Frame1);
     cmdExit = named<QPushButton>("cmdExit", QStringLiteral("E&xit"), Frame1);
     connectHandler(cmdRead, &QPushButton::clicked, this, &frmMain::cmdRead_Click);
+    connectHandler(cmdDelete, &QPushButton::clicked, this, &frmMain::cmdDelete_Click);
     connectHandler(cmdCmpose, &QPushButton::clicked, this, &frmMain::cmdCmpose_Click);
     connectHandler(cmdExit, &QPushButton::clicked, this, &frmMain::cmdExit_Click);
 
@@ -26,6 +28,11 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
     MailGrid = named<MSFlexGridLib::MSFlexGrid>("MailGrid", 5, this);
     MailGrid->setAccessibleName(QStringLiteral("Waiting messages"));
     connectHandler(MailGrid, &QTableWidget::cellClicked, this, &frmMain::MailGrid_Click);
+    connectHandler(MailGrid, &QTableWidget::cellDoubleClicked, this, &frmMain::MailGrid_DblClick);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter}) {
+        auto* shortcut = new QShortcut(QKeySequence(key), MailGrid, nullptr, nullptr, Qt::WidgetShortcut);
+        connectHandler(shortcut, &QShortcut::activated, this, &frmMain::MailGrid_DblClick);
+    }
 
     lStats = named<QLabel>("lStats", this);
     lStats->setTextFormat(Qt::PlainText);

@@ -3,9 +3,11 @@
 #include "components/controls/msflexgrid.h"
 #include "components/controls/progress_bar.h"
 #include "components/controls/timer.h"
+#include "components/netcodelib/netcode.h"
 #include "windows/form.h"
 
 #include <cstdint>
+#include <string_view>
 
 class QAction;
 class QFrame;
@@ -27,6 +29,15 @@ class frmMain : public Form {
     void MailGrid_Click();
     void cmdRead_Click();
 
+    // mailbox/message_deletion.cpp
+    void cmdDelete_Click();
+
+    // reader/open_message.cpp
+    void MailGrid_DblClick();
+
+    // reader/attachment_file.cpp
+    void writeAttachment(std::string_view part);
+
     // retrieval/new_mail_check.cpp
     void cmdGetMail_Click();
     void tmrCheckMail_Timer();
@@ -45,6 +56,7 @@ class frmMain : public Form {
     QLabel* lStats;
     MSComctlLib::ProgressBar* barProgress;
     controls::Timer* tmrCheckMail;
+    NetCodeLib::NetCode ctrDecode;
 
     /** The number of the message whose row was clicked last; 0 until a row is clicked. */
     std::int16_t SelectedMessage = 0;
@@ -54,4 +66,7 @@ class frmMain : public Form {
 
   private:
     void layOut();
+    void deleteSelected();
+
+    bool opening_ = false;
 };

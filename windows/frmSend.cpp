@@ -5,7 +5,6 @@
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QShortcut>
 
@@ -26,7 +25,7 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
     tSubject = named<QLineEdit>("tSubject", this);
     lblSubject->setBuddy(tSubject);
 
-    tMessage = named<QPlainTextEdit>("tMessage", this);
+    tMessage = named<controls::TextBox>("tMessage", this);
     tMessage->setAccessibleName(QStringLiteral("Message"));
     tMessage->setTabChangesFocus(true);
 

@@ -2,13 +2,13 @@
 
 #include "components/controls/common_dialog.h"
 #include "components/controls/progress_bar.h"
+#include "components/controls/text_box.h"
 #include "components/netcodelib/netcode.h"
 #include "components/smtplib/smtp.h"
 #include "windows/form.h"
 
 class QLabel;
 class QLineEdit;
-class QPlainTextEdit;
 class QPushButton;
 
 /** The window in which a message is written. */
@@ -37,7 +37,7 @@ class frmSend : public Form {
     QPushButton* cmdCCto;
     QLabel* lblSubject;
     QLineEdit* tSubject;
-    QPlainTextEdit* tMessage;
+    controls::TextBox* tMessage;
     QLabel* lblAttachment;
     QLineEdit* txtAttachment;
     QPushButton* cmdAttach;

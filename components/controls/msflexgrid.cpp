@@ -75,7 +75,8 @@ void MSFlexGrid::setTextMatrix(int row, int column, const QString& text) {
     }
     cell->setText(text);
     // A column may be too narrow for its text; blanks that only pad it are no news.
-    cell->setToolTip(text.trimmed().toHtmlEscaped());
+    // Marked as rich text, or the signs that escape it would be seen.
+    cell->setToolTip(QStringLiteral("<p>") + text.trimmed().toHtmlEscaped() + QStringLiteral("</p>"));
 }
 
 int MSFlexGrid::Row() const {

@@ -32,6 +32,10 @@ Command listCommand(std::int32_t messageNumber) {
     return openCommand(CommandKind::List, "LIST " + std::to_string(messageNumber), messageNumber);
 }
 
+Command uidlCommand() {
+    return openCommand(CommandKind::Uidl, "UIDL");
+}
+
 Command topCommand(std::int32_t messageNumber, std::int32_t bodyLineLimit) {
     return openCommand(CommandKind::Top,
                        "TOP " + std::to_string(messageNumber) + ' ' + std::to_string(bodyLineLimit),

@@ -7,7 +7,7 @@
 
 namespace POPLib {
 
-enum class CommandKind { User, Pass, Stat, List, Top, Retr, Dele, Quit };
+enum class CommandKind { User, Pass, Stat, List, Uidl, Top, Retr, Dele, Quit };
 
 /** One POP3 command (RFC 1939): what is sent, and what of it may be shown. */
 struct Command {
@@ -35,6 +35,8 @@ Command userCommand(std::string_view name);
 Command passCommand(std::string_view password);
 Command statCommand();
 Command listCommand(std::int32_t messageNumber);
+/** UIDL asks for the unique-ids of all messages. */
+Command uidlCommand();
 /** TOP asks for the header and the first body lines. */
 Command topCommand(std::int32_t messageNumber, std::int32_t bodyLineLimit);
 /** RETR brings the whole message; with a limit, only its first body lines are reported. */

@@ -5,6 +5,7 @@
 #include "platform/runtime_error.h"
 #include "platform/while_true.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace POPLib {
@@ -72,13 +73,13 @@ std::int32_t POP::currentMessageSize() {
             throw RuntimeError(errors::MailServerTrouble);
         }
         size = platform::checkedTo<std::int32_t>(numbers.second);
+        numberAndSize_ = {list.messageNumber, size};
     });
     return size;
 }
 
 void POP::logOn() {
     logOnRefused_ = false;
-    deletionPending_ = false;
     roundTrips_ = 0;
     patience_ = timeouts_.answer;
     if (!canBeSentAsArgument(loginUser_) || !canBeSentAsArgument(loginPassword_)) {
@@ -116,12 +117,16 @@ void POP::logOff() {
         closeSession();
         return;
     }
+    rememberUniqueIds();
     const bool accepted = ask(quitCommand()).has_value();
+    const std::set<std::int32_t> deleted = std::exchange(deleted_, {});
     closeSession();
     // RFC 1939 section 6: -ERR to QUIT means that a message marked as deleted is still there.
-    if (!accepted && deletionPending_) {
+    if (!accepted && !deleted.empty()) {
         throw RuntimeError(errors::MailServerTrouble);
     }
+    std::for_each(deleted.rbegin(), deleted.rend(),
+                  [this](std::int32_t number) { identities_.remove(number); });
 }
 
 void POP::retrieve() {
@@ -133,25 +138,123 @@ void POP::retrieve() {
     }
 }
 
-void POP::deleteMessage() {
-    if (!ask(deleCommand(currentMessage_))) {
-        throw RuntimeError(errors::MailServerTrouble);
-    }
-    deletionPending_ = true;
-}
-
 /** Raises the events of a TOP or RETR answer; false when the server refused the command. */
 bool POP::fetchContent(Command command) {
+    const std::int32_t number = command.messageNumber;
+    const bool listing = command.bodyLineLimit > 0;
+    HeaderDigest digest;
+    const bool accepted = readContent(std::move(command), [&](const Event& event) {
+        if (const auto* header = std::get_if<HeaderLine>(&event)) {
+            digest.add(header->field, header->value);
+        }
+        raise(event);
+    });
+    if (listing) {
+        if (number == 1) {
+            // The whole mailbox is listed anew.
+            identities_ = {};
+        }
+        const bool sizeKnown = numberAndSize_.first == number;
+        identities_.remember(
+            number, {sizeKnown ? numberAndSize_.second : 0, accepted ? digest.result() : std::string(), {}});
+        listed_.insert(number);
+    }
+    return accepted;
+}
+
+/** Hands the events of an answer's content over; false when the server refused the command. */
+bool POP::readContent(Command command, const std::function<void(const Event&)>& take) {
     if (!ask(std::move(command))) {
         return false;
     }
     for (;;) {
         const Event event = awaitEvent();
-        raise(event);
         if (std::holds_alternative<ContentEnded>(event)) {
             return true;
         }
+        if (std::holds_alternative<Failed>(event)) {
+            raise(event);
+        }
+        take(event);
     }
+}
+
+/** The unique-ids of all messages; nothing when the server has none. */
+std::optional<std::map<std::int32_t, std::string>> POP::askUniqueIds() {
+    std::map<std::int32_t, std::string> ids;
+    const bool accepted = readContent(uidlCommand(), [&ids](const Event& event) {
+        const auto* const line = std::get_if<ListingLine>(&event);
+        if (const auto id = line != nullptr ? uniqueId(line->text) : std::nullopt) {
+            ids[id->number] = id->text;
+        }
+    });
+    return accepted ? std::optional(std::move(ids)) : std::nullopt;
+}
+
+/** Once for all messages that this session has listed: numbers keep their meaning during a session. */
+void POP::rememberUniqueIds() {
+    if (listed_.empty()) {
+        return;
+    }
+    if (const auto ids = askUniqueIds()) {
+        for (const auto& [number, id] : *ids) {
+            if (listed_.contains(number)) {
+                identities_.setUniqueId(number, id);
+            }
+        }
+    }
+    listed_.clear();
+}
+
+void POP::deleteMessage() {
+    if (!connection_.isOpen()) {
+        throw RuntimeError(errors::MailServerTrouble);
+    }
+    const std::int32_t number = currentMessage_;
+    mustStillBeTheListedMessage(number);
+    if (!ask(deleCommand(number))) {
+        throw RuntimeError(errors::MailServerTrouble);
+    }
+    deleted_.insert(number);
+}
+
+/**
+ * Numbers are given anew in every session, and other programs delete too. In doubt nothing is deleted: all
+ * messages that cannot be told from this one must still be where they were.
+ */
+void POP::mustStillBeTheListedMessage(std::int32_t number) {
+    const MessageIdentity* const listed = identities_.of(number);
+    if (listed == nullptr) {
+        throw RuntimeError(errors::AnotherMessage);
+    }
+    const auto ids = listed->uniqueId.empty() ? std::nullopt : askUniqueIds();
+    if (!ids && listed->headerDigest.empty()) {
+        throw RuntimeError(errors::AnotherMessage);
+    }
+    for (const std::int32_t same : identities_.indistinguishable(number, ids.has_value())) {
+        const MessageIdentity& identity = *identities_.of(same);
+        const bool stays =
+            !ids ? stillNames(same, identity) : ids->contains(same) && ids->at(same) == identity.uniqueId;
+        if (!stays && !deleted_.contains(same)) {
+            throw RuntimeError(errors::AnotherMessage);
+        }
+    }
+}
+
+/** Whether size and header are still the same. */
+bool POP::stillNames(std::int32_t number, const MessageIdentity& identity) {
+    const auto size = ask(listCommand(number));
+    if (!size || twoNumbers(*size).first != number || twoNumbers(*size).second != identity.size) {
+        return false;
+    }
+    HeaderDigest digest;
+    const auto add = [&digest](const Event& event) {
+        if (const auto* header = std::get_if<HeaderLine>(&event)) {
+            digest.add(header->field, header->value);
+        }
+    };
+    const bool told = readContent(topCommand(number, 0), add) || readContent(retrCommand(number), add);
+    return told && digest.result() == identity.headerDigest;
 }
 
 /** Sends a command and returns the text of its +OK answer, nothing for -ERR. */
@@ -248,6 +351,8 @@ void POP::raise(const Event& event) {
 
 void POP::closeSession() {
     logOnRefused_ = false;
+    listed_.clear();
+    deleted_.clear();
     // Nothing of an answer that was not read to its end may reach a later request.
     session_ = Pop3Session();
     connection_.close();

@@ -1,14 +1,18 @@
 #pragma once
 
+#include "components/poplib/message_identities.h"
 #include "components/poplib/pop3_session.h"
 #include "components/transport/connection.h"
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace POPLib {
 
@@ -45,13 +49,19 @@ struct Timeouts {
  * A request blocks its caller, while the windows stay alive, and raises its events from the caller's own
  * frame: an error thrown by a listener reaches the caller of the request.
  *
+ * A deletion is carried out only on a message that was listed before, by its size and its first lines, and
+ * that the number still names: the client remembers what every number named, follows its own deletions, and
+ * compares unique-ids where the server has any, otherwise sizes and headers. Nothing is deleted before the
+ * log-off has been confirmed.
+ *
  * Every request can raise a RuntimeError:
  * 20102 when another request is running, for a log-on while a session is open, and when the server asks to
  * try again later; 20172 when the server refuses the name or the password, or these cannot be sent at all;
  * 26002, 25062, 25052 when the name is unknown, the connection refused, the network unreachable; 20302 for
  * silence, a lost connection and answers that are no POP3; 6 for a number that does not fit; 7 for a message
- * that is too large. After any error but a refused log-on the session is closed. A refused log-on stays open
- * until the log-off, and meanwhile a second log-on meets 20102.
+ * that is too large; 20312 for the deletion of a number that by now names another message. After any error
+ * but a refused log-on the session is closed. A refused log-on stays open until the log-off, and meanwhile a
+ * second log-on meets 20102.
  */
 class POP {
   public:
@@ -108,6 +118,11 @@ class POP {
     void retrieve();
     void deleteMessage();
     bool fetchContent(Command command);
+    bool readContent(Command command, const std::function<void(const Event&)>& take);
+    void rememberUniqueIds();
+    std::optional<std::map<std::int32_t, std::string>> askUniqueIds();
+    bool stillNames(std::int32_t number, const MessageIdentity& identity);
+    void mustStillBeTheListedMessage(std::int32_t number);
 
     std::optional<std::string> ask(Command command);
     void mustAccept(Command command);
@@ -132,7 +147,14 @@ class POP {
     std::chrono::milliseconds patience_{0};
     bool running_ = false;
     bool logOnRefused_ = false;
-    bool deletionPending_ = false;
+
+    MessageIdentities identities_;
+    /** The size that LIST told last, and of which message. */
+    std::pair<std::int32_t, std::int32_t> numberAndSize_{0, 0};
+    /** Messages that were listed in this session. */
+    std::set<std::int32_t> listed_;
+    /** Messages that the server will remove at the log-off. */
+    std::set<std::int32_t> deleted_;
     std::uint64_t roundTrips_ = 0;
 };
 

@@ -8,12 +8,12 @@ namespace {
 constexpr std::int64_t kLineEndOctets = 2;
 
 bool hasContent(CommandKind kind) noexcept {
-    return kind == CommandKind::Top || kind == CommandKind::Retr;
+    return kind == CommandKind::Top || kind == CommandKind::Retr || kind == CommandKind::Uidl;
 }
 
 /** A listing asks for some lines only; a message that is opened is wanted whole. */
 bool isListing(const Command& command) noexcept {
-    return command.bodyLineLimit > 0;
+    return command.bodyLineLimit > 0 || command.kind == CommandKind::Uidl;
 }
 
 /** What follows the status word, or nothing when the line does not start with that word. */
@@ -184,6 +184,9 @@ std::optional<Event> Pop3Session::contentLine(std::string_view line) {
         line.remove_prefix(1);
     }
     contentOctets_ += static_cast<std::int64_t>(line.size()) + kLineEndOctets;
+    if (underWay_.front().kind == CommandKind::Uidl) {
+        return ListingLine{std::string(line)};
+    }
     if (!inBody_) {
         if (line.empty()) {
             inBody_ = true;

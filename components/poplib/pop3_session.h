@@ -19,7 +19,8 @@ struct Greeted {
     std::string text;
 };
 
-/** The server answered a command with +OK. For TOP and RETR the content follows as events of its own. */
+/** The server answered a command with +OK. For TOP, RETR and UIDL the content follows as events of its own.
+ */
 struct Accepted {
     CommandKind kind = CommandKind::Quit;
     /** What stands after "+OK", without the blank between. */
@@ -45,7 +46,12 @@ struct BodyLine {
     std::string text;
 };
 
-/** The last line of a TOP or RETR answer has come. */
+/** One line of a UIDL answer. */
+struct ListingLine {
+    std::string text;
+};
+
+/** The last line of a TOP, RETR or UIDL answer has come. */
 struct ContentEnded {
     CommandKind kind = CommandKind::Retr;
 };
@@ -62,7 +68,8 @@ struct Failed {
     FailureKind kind = FailureKind::OutOfStep;
 };
 
-using Event = std::variant<Greeted, Accepted, Refused, HeaderLine, BodyLine, ContentEnded, Failed>;
+using Event =
+    std::variant<Greeted, Accepted, Refused, HeaderLine, BodyLine, ListingLine, ContentEnded, Failed>;
 
 /**
  * The client's side of one POP3 session (RFC 1939) without any network: bytes go in, events and bytes to send

@@ -3,6 +3,7 @@
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -34,6 +35,20 @@ TwoNumbers twoNumbers(std::string_view text) {
     numbers.first = takeNumber(text);
     numbers.second = takeNumber(text);
     return numbers;
+}
+
+std::optional<UniqueId> uniqueId(std::string_view line) {
+    constexpr std::size_t longest = 70; // octets
+    const std::size_t blank = line.find(' ');
+    UniqueId id;
+    const char* const end = line.data() + std::min(blank, line.size());
+    const auto [next, problem] = std::from_chars(line.data(), end, id.number);
+    if (blank == std::string_view::npos || problem != std::errc{} || next != end) {
+        return std::nullopt;
+    }
+    id.text = line.substr(blank + 1);
+    const bool usable = !id.text.empty() && id.text.size() <= longest;
+    return usable ? std::optional(id) : std::nullopt;
 }
 
 bool mayBeTriedLater(std::string_view text) {

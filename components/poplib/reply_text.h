@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace POPLib {
@@ -16,6 +17,18 @@ struct TwoNumbers {
  * \throws RuntimeError 20302 when there are no two unsigned decimal numbers, 6 when one has no end.
  */
 TwoNumbers twoNumbers(std::string_view text);
+
+/** A message's number and its unique-id. */
+struct UniqueId {
+    std::int32_t number = 0;
+    std::string_view text;
+};
+
+/**
+ * Reads a line of a UIDL answer; nothing for a line that is none. An id may hold anything, since it is only
+ * compared, but no more than RFC 1939 section 7 allows for: a longer one is none.
+ */
+std::optional<UniqueId> uniqueId(std::string_view line);
 
 /**
  * True when the response code of an -ERR answer (RFC 2449 section 8, RFC 3206) says that a later attempt may

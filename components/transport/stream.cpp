@@ -1,25 +1,13 @@
 #include "components/transport/stream.h"
 
-#include <dlfcn.h>
+#include "platform/own_library.h"
 
 namespace transport {
 
-namespace {
-using MakeTcpStream = Stream* (*)();
-
-MakeTcpStream loadNetwork() {
-    // Found by the path that is built into the program. It stays loaded: its streams live as long as they
-    // like.
-    void* const library = dlopen("libbrindlewake_network.so", RTLD_NOW | RTLD_NODELETE);
-    if (library == nullptr) {
-        return nullptr;
-    }
-    return reinterpret_cast<MakeTcpStream>(dlsym(library, "brindlewakeMakeTcpStream"));
-}
-} // namespace
-
 std::unique_ptr<Stream> makeStream() {
-    static const MakeTcpStream make = loadNetwork();
+    using MakeTcpStream = Stream* (*)();
+    static const auto make =
+        platform::functionIn<MakeTcpStream>("libbrindlewake_network.so", "brindlewakeMakeTcpStream");
     return std::unique_ptr<Stream>(make == nullptr ? nullptr : make());
 }
 

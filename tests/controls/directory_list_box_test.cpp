@@ -6,6 +6,7 @@
 #include "tests/support/file_faults.h"
 #include "tests/support/temporary_folder.h"
 
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QTest>
 #include <QTextDocument>
@@ -33,7 +34,6 @@ namespace filesystem = std::filesystem;
 class DirectoryListBoxTest : public testing::Test {
   protected:
     DirectoryListBoxTest() {
-        support::application();
         list_.Change = [this] { changes_.push_back(list_.path().toStdString()); };
         QObject::connect(&list_, &QAbstractItemView::activated, &list_,
                          [this](const QModelIndex& row) { list_.open(row); });
@@ -61,6 +61,7 @@ class DirectoryListBoxTest : public testing::Test {
 
     void choose(int row) { list_.setCurrentIndex(list_.model()->index(row, 0)); }
 
+    QApplication& application_ = support::application();
     const TemporaryFolder drive_;
     const DriveStandsFor d_{'D', drive_.qtPath("")};
     DirectoryListBox list_;

@@ -18,6 +18,7 @@ using platform::errorNumberOf;
 using POPLib::Request;
 using support::DovecotServer;
 using testing::ElementsAre;
+using testing::SizeIs;
 namespace errors = platform::errors;
 
 std::string plainMessage(int number) {
@@ -139,6 +140,18 @@ class Dovecot : public testing::Test {
         pop_.issueRequest(Request::DeleteCurrentMessage);
     }
 
+    /** Lists all messages, as the login does. */
+    static void listWith(POPLib::POP& pop) {
+        pop.issueRequest(Request::ConnectAndLogOn);
+        pop.setBodyLineLimit(25);
+        for (std::int16_t number = 1; number <= pop.messageCount(); ++number) {
+            pop.setCurrentMessage(number);
+            pop.currentMessageSize();
+            pop.issueRequest(Request::RetrieveCurrentMessage);
+        }
+        pop.issueRequest(Request::LogOffAndDisconnect);
+    }
+
     std::optional<DovecotServer> server_;
     POPLib::POP pop_;
 };
@@ -253,6 +266,7 @@ TEST_F(Dovecot, ADeletedMessageIsGoneAfterLogOff) {
     for (int number = 1; number <= 3; ++number) {
         server_->deliver(plainMessage(number));
     }
+    listWith(pop_);
     logOn();
     remove(2);
     logOff();
@@ -269,6 +283,7 @@ TEST_F(Dovecot, ADeletionIsForgottenWhenTheConnectionDropsBeforeLogOff) {
         leaving.setMailServer(server_->address());
         leaving.setLoginUser("bob");
         leaving.setLoginPassword("secret");
+        listWith(leaving);
         leaving.issueRequest(Request::ConnectAndLogOn);
         leaving.setCurrentMessage(1);
         leaving.issueRequest(Request::DeleteCurrentMessage);
@@ -281,9 +296,36 @@ TEST_F(Dovecot, ADeletionIsForgottenWhenTheConnectionDropsBeforeLogOff) {
 
 TEST_F(Dovecot, AMessageThatIsNotThereCannotBeDeleted) {
     server_->deliver(plainMessage(1));
+    listWith(pop_);
     logOn();
-    EXPECT_EQ(errorNumberOf([this] { remove(2); }), errors::MailServerTrouble);
+    EXPECT_EQ(errorNumberOf([this] { remove(2); }), errors::AnotherMessage);
     EXPECT_THAT(server_->messages(), ElementsAre(plainMessage(1)));
+}
+
+TEST_F(Dovecot, WhatAnotherClientDeletedDoesNotLeadToAWrongDeletion) {
+    for (int number = 1; number <= 4; ++number) {
+        server_->deliver(plainMessage(number));
+    }
+    listWith(pop_);
+    POPLib::POP other;
+    other.setMailServer(server_->address());
+    other.setLoginUser("bob");
+    other.setLoginPassword("secret");
+    listWith(other);
+    other.issueRequest(Request::ConnectAndLogOn);
+    other.setCurrentMessage(1);
+    other.issueRequest(Request::DeleteCurrentMessage);
+    other.issueRequest(Request::LogOffAndDisconnect);
+    server_->deliver(plainMessage(5));
+
+    logOn();
+    EXPECT_EQ(errorNumberOf([this] { remove(3); }), errors::AnotherMessage);
+    EXPECT_THAT(server_->messages(), SizeIs(4));
+    listWith(pop_);
+    logOn();
+    remove(3);
+    logOff();
+    EXPECT_THAT(server_->messages(), ElementsAre(plainMessage(2), plainMessage(3), plainMessage(5)));
 }
 
 TEST_F(Dovecot, AMessageThatIsNotThereHasNoSizeAndNoEvents) {

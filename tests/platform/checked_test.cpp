@@ -8,6 +8,7 @@
 namespace {
 
 using platform::checkedMultiply;
+using platform::checkedSubtract;
 using platform::checkedTo;
 using platform::errorNumberOf;
 namespace errors = platform::errors;
@@ -32,6 +33,14 @@ TEST(Checked, TheLongestCheckIntervalFitsAndTheNextOneOverflows) {
     EXPECT_EQ(errorNumberOf([] { checkedMultiply(std::int32_t{35792}, millisecondsPerMinute); }),
               errors::Overflow);
     EXPECT_EQ(errorNumberOf([] { checkedMultiply(std::numeric_limits<std::int32_t>::min(), -1); }),
+              errors::Overflow);
+}
+
+TEST(Checked, ADifferenceMustFitToo) {
+    EXPECT_EQ(checkedSubtract(std::int32_t{5}, std::int32_t{7}), -2);
+    EXPECT_EQ(errorNumberOf([] { checkedSubtract(std::numeric_limits<std::int32_t>::min(), 1); }),
+              errors::Overflow);
+    EXPECT_EQ(errorNumberOf([] { checkedSubtract(std::int16_t{-32768}, std::int16_t{1}); }),
               errors::Overflow);
 }
 

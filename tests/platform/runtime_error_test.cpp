@@ -50,7 +50,7 @@ TEST(RuntimeError, EveryKnownNumberHasAMeaningOfItsOwn) {
         errors::DeviceInputOutput,    errors::InputPastEndOfFile, errors::DiskFull,
         errors::DeviceUnavailable,    errors::PathFileAccess,     errors::MailServerBusy,
         errors::LogOnRefused,         errors::MailServerTrouble,  errors::NetworkUnreachable,
-        errors::ConnectionRefused,    errors::HostNotFound};
+        errors::ConnectionRefused,    errors::HostNotFound,       errors::PrinterError};
     for (const int number : numbers) {
         EXPECT_TRUE(meanings.insert(meaningOf(number)).second) << number;
     }
@@ -64,6 +64,7 @@ TEST(RuntimeError, TheNumbersAreTheOnesThatPeopleKnow) {
     EXPECT_EQ(errors::Overflow, 6);
     EXPECT_EQ(errors::SubscriptOutOfRange, 9);
     EXPECT_EQ(errors::OutOfMemory, 7);
+    EXPECT_EQ(errors::PrinterError, 482);
     EXPECT_EQ(errors::MailServerBusy, 20102);
     EXPECT_EQ(errors::LogOnRefused, 20172);
     EXPECT_EQ(errors::MailServerTrouble, 20302);

@@ -117,6 +117,13 @@ TEST_P(PipelinedPop3Transcript, GivesTheSameEventsAndCommands) {
     EXPECT_EQ(output, expected);
 }
 
+/** A deletion asks more than a dialogue without a listing before it can answer; it has tests of its own. */
+std::vector<std::string> namesWithoutDeletion() {
+    std::vector<std::string> names = support::pop3TranscriptNames();
+    std::erase_if(names, [](const std::string& name) { return name.starts_with("deletion"); });
+    return names;
+}
+
 class Pop3TranscriptPlayed : public support::PopTest, public testing::WithParamInterface<NameAndPieces> {
   protected:
     /** Makes the component do what the client's lines say; returns the error that ends it, 0 for none. */
@@ -150,12 +157,10 @@ class Pop3TranscriptPlayed : public support::PopTest, public testing::WithParamI
         case CommandKind::Top:
         case CommandKind::Retr:
             return request(Request::RetrieveCurrentMessage);
-        case CommandKind::Dele:
-            return request(Request::DeleteCurrentMessage);
         case CommandKind::Quit:
             return request(Request::LogOffAndDisconnect);
         default:
-            return 0; // part of the log-on
+            return 0; // part of the log-on or the log-off
         }
     }
 };
@@ -192,7 +197,7 @@ INSTANTIATE_TEST_SUITE_P(Dialogues, PipelinedPop3Transcript, ValuesIn(namesWithC
                          [](const auto& test) { return testName(test.param); });
 
 INSTANTIATE_TEST_SUITE_P(Dialogues, Pop3TranscriptPlayed,
-                         testing::Combine(ValuesIn(support::pop3TranscriptNames()),
+                         testing::Combine(ValuesIn(namesWithoutDeletion()),
                                           Values(kWhole, std::size_t{1}, std::size_t{3})),
                          nameWithPieces);
 

@@ -124,37 +124,4 @@ TEST_F(PopLoss, AConnectionThatBrokeUnnoticedDoesNotKeepANewSessionOut) {
     EXPECT_EQ(logOn(), 0);
 }
 
-TEST_F(PopLoss, ADeletionIsNoSuccessUntilTheServerHasSaidSo) {
-    for (const Ending how : {Ending::Close, Ending::Reset}) {
-        Pop3Mailbox mailbox(kMessages);
-        mailbox.on("QUIT", ending(how));
-        ScriptedServer server(mailbox);
-        ASSERT_EQ(logOn(server), 0);
-        EXPECT_EQ(remove(1), 0);
-        EXPECT_EQ(logOff(), errors::MailServerTrouble);
-        EXPECT_THAT(mailbox.messages(), SizeIs(2));
-    }
-}
-
-TEST_F(PopLoss, ALostConnectionBeforeQuitDeletesNothing) {
-    Pop3Mailbox mailbox(kMessages);
-    mailbox.on("DELE", ending(Ending::Close));
-    ScriptedServer server(mailbox);
-    ASSERT_EQ(logOn(server), 0);
-    EXPECT_EQ(remove(1), errors::MailServerTrouble);
-    EXPECT_EQ(logOff(), 0);
-    EXPECT_THAT(mailbox.messages(), SizeIs(2));
-    EXPECT_THAT(server.keywords(), ElementsAre("USER", "PASS", "STAT", "DELE"));
-}
-
-TEST_F(PopLoss, ADeletionIsCarriedOutAtTheLogOff) {
-    Pop3Mailbox mailbox(kMessages);
-    ScriptedServer server(mailbox);
-    ASSERT_EQ(logOn(server), 0);
-    EXPECT_EQ(remove(1), 0);
-    EXPECT_THAT(mailbox.messages(), SizeIs(2));
-    EXPECT_EQ(logOff(), 0);
-    EXPECT_THAT(mailbox.messages(), ElementsAre(kMessages[1]));
-}
-
 } // namespace

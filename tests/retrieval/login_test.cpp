@@ -76,7 +76,7 @@ TEST_F(Login, GivesTheServerTheseCommandsInThisOrder) {
     logIn(server.address());
     ASSERT_TRUE(server.waitForEndOf(1));
     EXPECT_THAT(server.commands(), ElementsAre("USER ann", "PASS secret", "STAT", "LIST 1", "TOP 1 25",
-                                               "LIST 2", "TOP 2 25", "QUIT"));
+                                               "LIST 2", "TOP 2 25", "UIDL", "QUIT"));
 }
 
 TEST_F(Login, EndsWithTheMainWindowReady) {

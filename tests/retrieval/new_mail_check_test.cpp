@@ -78,7 +78,7 @@ TEST_F(NewMailCheck, ThreeMessagesAtLoginAndFiveNowFetchesOnlyFourAndFive) {
     EXPECT_THAT(boxTexts(), IsEmpty());
     ASSERT_TRUE(server.waitForEndOf(2));
     EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "STAT", "LIST 4", "TOP 4 25",
-                                                "LIST 5", "TOP 5 25", "QUIT"));
+                                                "LIST 5", "TOP 5 25", "UIDL", "QUIT"));
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 6);
     EXPECT_EQ(cell(4, 3), QStringLiteral("About 4"));
     EXPECT_EQ(cell(5, 3), QStringLiteral("About 5"));

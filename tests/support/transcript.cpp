@@ -41,6 +41,8 @@ const char* keywordOf(CommandKind kind) {
         return "STAT";
     case CommandKind::List:
         return "LIST";
+    case CommandKind::Uidl:
+        return "UIDL";
     case CommandKind::Top:
         return "TOP";
     case CommandKind::Retr:
@@ -71,6 +73,9 @@ Command commandOf(const std::string& line, const std::vector<Command>& before) {
     }
     if (keyword == "LIST") {
         return POPLib::listCommand(number);
+    }
+    if (keyword == "UIDL") {
+        return POPLib::uidlCommand();
     }
     if (keyword == "DELE") {
         return POPLib::deleCommand(number);
@@ -182,6 +187,10 @@ std::string described(const POPLib::Event& event) {
 
         std::string operator()(const POPLib::BodyLine& body) const {
             return describedBody(body.bytesTransferred, body.text);
+        }
+
+        std::string operator()(const POPLib::ListingLine& line) const {
+            return "listed [" + escaped(line.text) + ']';
         }
 
         std::string operator()(const POPLib::ContentEnded& ended) const {

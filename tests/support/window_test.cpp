@@ -3,6 +3,7 @@
 #include "components/controls/mmcontrol.h"
 #include "email/state.h"
 #include "platform/program.h"
+#include "platform/text_printer.h"
 #include "tests/support/application.h"
 #include "windows/frmLogin.h"
 #include "windows/wiring.h"
@@ -38,6 +39,10 @@ WindowTest::WindowTest() : folderBefore_(std::filesystem::current_path()) {
     });
     platform::replaceEndProgram([this] { ++programEnds; });
     MCI::replaceWavePlayer([this](const QString& fileName) { sounds.push_back(fileName); });
+    platform::replaceDefaultPrinter([this] {
+        printed.emplace_back();
+        return std::make_unique<RecordingPrinter>(printed.back());
+    });
     forgetEverything();
 }
 
@@ -46,6 +51,7 @@ WindowTest::~WindowTest() {
     platform::replaceMessageBox({});
     platform::replaceEndProgram({});
     MCI::replaceWavePlayer({});
+    platform::replaceDefaultPrinter({});
     std::filesystem::current_path(folderBefore_);
 }
 
@@ -57,6 +63,7 @@ void WindowTest::forgetEverything() {
     email::state = {};
     boxes.clear();
     sounds.clear();
+    printed.clear();
     programEnds = 0;
 }
 

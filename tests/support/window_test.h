@@ -2,6 +2,7 @@
 
 #include "email/settings_file.h"
 #include "platform/message_box.h"
+#include "tests/support/recording_printer.h"
 #include "tests/support/temporary_folder.h"
 #include "windows/windows.h"
 
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,8 +23,8 @@ email::SettingsFields schoolSettings(const QString& mailServer);
 
 /**
  * A test on the program's own windows. Each has a state of its own, a current folder of its own without any
- * file in it, and stand-ins for what a test cannot have: message boxes and sounds are remembered, and the end
- * of the program is counted while the handler goes on and returns.
+ * file in it, and stand-ins for what a test cannot have: message boxes, sounds and printed texts are
+ * remembered, and the end of the program is counted while the handler goes on and returns.
  */
 class WindowTest : public testing::Test {
   public:
@@ -56,6 +58,8 @@ class WindowTest : public testing::Test {
     std::function<void(const platform::MessageBox&)> whileBoxIsOpen;
     platform::MessageAnswer answer = platform::MessageAnswer::Yes;
     std::vector<QString> sounds;
+    /** One for each time that something was printed; a list, since printers keep hold of theirs. */
+    std::list<PrintedDocument> printed;
     int programEnds = 0;
 
   private:

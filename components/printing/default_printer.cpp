@@ -1,0 +1,20 @@
+#include "components/printing/paper_printer.h"
+#include "platform/runtime_error.h"
+
+#include <QPrinter>
+#include <QPrinterInfo>
+
+#include <memory>
+
+/** What the program looks up in this library. \throws RuntimeError 482 when there is no default printer. */
+extern "C" __attribute__((visibility("default"))) platform::TextPrinter* brindlewakeMakeDefaultPrinter() {
+    const QPrinterInfo info = QPrinterInfo::defaultPrinter();
+    // Without one, Qt would write a file where nobody looks for it.
+    if (info.isNull()) {
+        throw platform::RuntimeError(platform::errors::PrinterError);
+    }
+    auto printer = std::make_unique<QPrinter>(info, QPrinter::HighResolution);
+    printer->setDocName(QStringLiteral("Message"));
+    printer->setCreator(QStringLiteral("Brindlewake"));
+    return std::make_unique<printing::PaperPrinter>(std::move(printer)).release();
+}

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QStringView>
+
+namespace printing {
+
+/** One step of printing a text. */
+struct TextPart {
+    enum class Kind { Text, Tab, LineBreak };
+
+    Kind kind = Kind::Text;
+    /** The text of a piece of text, which is short and cuts no character in two. */
+    QStringView text;
+};
+
+/** Takes the first part off a text that is not empty and returns it. CR LF is one line break. */
+TextPart takePart(QStringView& text);
+
+} // namespace printing

@@ -1,0 +1,105 @@
+#include "email/state.h"
+#include "mailbox/mailbox_list.h"
+#include "platform/checked.h"
+#include "platform/message_box.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
+
+#include <QLabel>
+#include <QPushButton>
+
+using email::state;
+using platform::MessageAnswer;
+using platform::MessageButtons;
+using POPLib::Request;
+
+namespace {
+QString title() {
+    return email::settings.Institution + QStringLiteral(" E-Mail");
+}
+
+/** Found out before the server is asked: a message whose row could not be taken out must not be deleted
+ * there. */
+void mustBeInTheTable(std::int16_t number) {
+    if (state.MessageCount != 1) {
+        state.Messages.at(number);
+    }
+}
+
+void deleteAtTheServer(POPLib::POP& pop, std::int16_t number) {
+    pop.issueRequest(Request::ConnectAndLogOn);
+    pop.setCurrentMessage(number);
+    pop.issueRequest(Request::DeleteCurrentMessage);
+    // The message is gone only when the server has confirmed this.
+    pop.issueRequest(Request::LogOffAndDisconnect);
+}
+
+/** The "Num" column runs from 1 on again, as the server's numbers do. */
+void renumber(MSFlexGridLib::MSFlexGrid& grid) {
+    for (std::int16_t row = 1; row <= state.MessageCount; ++row) {
+        if (platform::toInteger16(grid.TextMatrix(row, 0)) != row) {
+            grid.setTextMatrix(row, 0, QString::number(row));
+        }
+    }
+}
+
+/** The table of messages is not compacted: the records behind the deleted one keep their places. */
+void takeOutOfTheList(std::int16_t number) {
+    if (state.MessageCount == 1) {
+        ResetMailList();
+        return;
+    }
+    const std::int32_t size = state.Messages.at(number).Size;
+    state.MailboxBytes = platform::checkedSubtract(state.MailboxBytes, size);
+    state.MessageCount = platform::checkedSubtract(state.MessageCount, std::int16_t{1});
+    state.LastMessageCount = state.MessageCount;
+    MSFlexGridLib::MSFlexGrid& grid = *mainWindow().MailGrid;
+    grid.RemoveItem(grid.Row());
+    renumber(grid);
+    showTotals();
+}
+
+/** A session that an error has left open is closed; the server deletes nothing then. */
+void leaveSession(POPLib::POP& pop) {
+    static_cast<void>(platform::errorNumberOf([&pop] { pop.issueRequest(Request::LogOffAndDisconnect); }));
+}
+} // namespace
+
+void frmMain::cmdDelete_Click() {
+    const int row = MailGrid->Row();
+    if (row < 0) {
+        platform::showMessage(QStringLiteral("Please select a message from the list first."), title());
+        return;
+    }
+    SelectedMessage = platform::toInteger16(MailGrid->TextMatrix(row, 0));
+    const MessageAnswer answer =
+        platform::showMessageBox({QStringLiteral("Are you sure you want to delete this message?"), title(),
+                                  platform::MessageIcon::None, MessageButtons::YesNo});
+    if (answer == MessageAnswer::Yes) {
+        deleteSelected();
+    }
+    setEnabled(true);
+    cmdExit->setEnabled(true);
+}
+
+void frmMain::deleteSelected() {
+    lStats->setText(QStringLiteral("Deleting message..."));
+    setEnabled(false);
+    cmdExit->setEnabled(false);
+    POPLib::POP& pop = loginWindow().POP1;
+    const std::int16_t number = SelectedMessage;
+    const int error = platform::errorNumberOf([&] {
+        mustBeInTheTable(number);
+        deleteAtTheServer(pop, number);
+        takeOutOfTheList(number);
+    });
+    if (error != 0) {
+        platform::showMessage(QStringLiteral("Message can not be deleted at this time.  Error# ") +
+                                  QString::number(error),
+                              title());
+        leaveSession(pop);
+    }
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QString>
+#include <QStringView>
+
+#include <functional>
+#include <memory>
+
+namespace platform {
+
+/**
+ * A printer that text is written to, piece by piece, as one document. It keeps a current position; positions
+ * and widths are in one unit, which is the printer's own. Lines that do not fit on a page go to the next one.
+ * Every operation raises error 482 when the printer fails.
+ */
+class TextPrinter {
+  public:
+    TextPrinter() = default;
+    virtual ~TextPrinter() = default;
+    TextPrinter(const TextPrinter&) = delete;
+    TextPrinter& operator=(const TextPrinter&) = delete;
+
+    /**
+     * Called now and then in the midst of long work, between two pieces of text. It may let the windows live,
+     * but not use this printer.
+     */
+    std::function<void()> betweenPieces;
+
+    /** Text from here on is measured and printed in this font; the size is in points. */
+    virtual void setFont(const QString& family, double size) = 0;
+
+    /** Where the next text will begin, counted from the left edge of the printable area. */
+    virtual double currentX() const = 0;
+
+    /** The width of the printable area. */
+    virtual double printableWidth() const = 0;
+
+    /** How wide the text would be, printed at the current position; of several lines, the widest counts. */
+    virtual double textWidth(QStringView text) const = 0;
+
+    /** Prints the text and stays behind it. A line break inside (CR LF, LF or CR) begins a new line. */
+    virtual void print(QStringView text) = 0;
+
+    /** Moves to the beginning of the next line. */
+    virtual void endLine() = 0;
+
+    /** Completes the document; the printer starts to print. */
+    virtual void endDocument() = 0;
+};
+
+/**
+ * Begins a document on the system's default printer. Printing is loaded at the first call: start-up does not
+ * pay for it.
+ * \throws RuntimeError 482 when there is no default printer or it takes no document.
+ */
+std::unique_ptr<TextPrinter> makeDefaultPrinter();
+
+/** Puts a function in the place of the default printer, for tests. An empty one brings the real one back. */
+void replaceDefaultPrinter(std::function<std::unique_ptr<TextPrinter>()> standIn);
+
+} // namespace platform

@@ -1,0 +1,55 @@
+#include "reader/fetch_message.h"
+
+#include "email/state.h"
+#include "platform/text.h"
+#include "platform/while_true.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
+
+#include <QPushButton>
+
+using email::state;
+using POPLib::Request;
+
+namespace {
+void enableButtonsAndList(bool enabled) {
+    const frmMain& main = mainWindow();
+    for (QWidget* control : std::initializer_list<QWidget*>{main.cmdCmpose, main.cmdDelete, main.cmdGetMail,
+                                                            main.cmdRead, main.MailGrid}) {
+        control->setEnabled(enabled);
+    }
+}
+
+/** Two odd texts stand where the header has no Subject or Date of its own. */
+void resetForOpening(email::MessageSummary& message) {
+    message.From.clear();
+    message.HeaderText.clear();
+    message.ContentType.clear();
+    message.Boundary.clear();
+    message.BodyText.clear();
+    message.Subject = "'";
+    message.Date = "':";
+}
+} // namespace
+
+void fetchMessage() {
+    enableButtonsAndList(false);
+    POPLib::POP& pop = loginWindow().POP1;
+    pop.setLoginUser(platform::toBytes(state.UserName));
+    pop.setLoginPassword(platform::toBytes(state.Password));
+    pop.setMailServer(email::settings.POPServer);
+    pop.issueRequest(Request::ConnectAndLogOn);
+    pop.setCurrentMessage(state.CurrentMessage);
+    email::MessageSummary& message = state.Messages.at(state.CurrentMessage);
+    message.Size = pop.currentMessageSize();
+    mainWindow().barProgress->setMax(message.Size);
+    {
+        const platform::WhileTrue retrieving(state.Retrieving);
+        resetForOpening(message);
+        pop.setBodyLineLimit(0);
+        pop.issueRequest(Request::RetrieveCurrentMessage);
+        pop.issueRequest(Request::LogOffAndDisconnect);
+    }
+    enableButtonsAndList(true);
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "email/messages.h"
+
+#include <string>
+
+/**
+ * The text of a forwarded message: its raw body as it was fetched, every part still encoded, and behind it
+ * the raw header. The unequal lines of hyphens and "Foward" are known to people's filters and stay as they
+ * are.
+ */
+std::string forwardedText(const email::MessageSummary& message);

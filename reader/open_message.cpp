@@ -1,0 +1,160 @@
+#include "email/state.h"
+#include "mailbox/mailbox_list.h"
+#include "platform/background.h"
+#include "platform/checked.h"
+#include "platform/message_box.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+#include "platform/while_true.h"
+#include "reader/fetch_message.h"
+#include "reader/mime_parser.h"
+#include "windows/frmFrom.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+#include <string>
+#include <utility>
+
+using email::state;
+namespace errors = platform::errors;
+
+namespace {
+constexpr std::int32_t kLargestPlainMessage = 32'000; // bytes
+/** From this size on, a body is parsed while the window lives on. */
+constexpr std::size_t kLongBody = 1U << 20U;
+
+QString oneLine(const std::string& bytes) {
+    return platform::withControlsVisible(platform::fromBytes(bytes));
+}
+
+/** The message window, as if just loaded: what an opening that failed has left in it belongs to another
+ * message.
+ */
+frmFrom& emptyMessageWindow() {
+    frmFrom& window = messageWindow();
+    window.tMessage->setBytes({});
+    window.txtAttachments->clear();
+    window.cmdSave->setEnabled(false);
+    return window;
+}
+
+void showPlain(const email::MessageSummary& message, frmFrom& window) {
+    if (message.Size <= kLargestPlainMessage) {
+        window.tMessage->setBytes(message.BodyText);
+        return;
+    }
+    platform::showMessage(QStringLiteral("There was a problem with the message header."),
+                          QStringLiteral("Brindlewake"));
+}
+
+/** Parses the body into the window. Whatever was found before an error stays there. */
+void showMultipart(email::MessageSummary& message, frmFrom& window) {
+    StrippedText text;
+    std::string attachment;
+    frmMain& main = mainWindow();
+    const MimeTarget target{text, [&](std::string_view name, std::string_view part) {
+                                message.AttachmentName = name;
+                                state.CurrentAttachment = name;
+                                attachment = name;
+                                main.writeAttachment(part);
+                            }};
+    const int error = platform::errorNumberOf([&] {
+        const auto parse = [&] { parseMultipart(message.BodyText, message.Boundary, target); };
+        if (message.BodyText.size() < kLongBody) {
+            parse();
+        } else {
+            platform::runInBackground(parse);
+        }
+    });
+    window.tMessage->setBytes(std::string(text.view()));
+    window.txtAttachments->setText(oneLine(attachment));
+    if (error != 0) {
+        throw platform::RuntimeError(error);
+    }
+    window.cmdSave->setEnabled(!attachment.empty());
+}
+
+void restartCheckTimer() {
+    if (email::settings.GetMailEvery != 0) {
+        mainWindow().tmrCheckMail->setEnabled(true);
+    }
+}
+
+void openMessage(int number) {
+    frmMain& main = mainWindow();
+    // A check in the middle of its work has the number of the message that it is at.
+    if (loginWindow().POP1.isRunning()) {
+        throw platform::RuntimeError(errors::MailServerBusy);
+    }
+    state.CurrentMessage = platform::checkedTo<std::int16_t>(number);
+    main.setHourglass(true);
+    main.lStats->setText(QStringLiteral("Opening message..."));
+    main.tmrCheckMail->setEnabled(false);
+    fetchMessage();
+    main.barProgress->setProgress(0);
+    main.lStats->setText(QStringLiteral("Done"));
+    main.setHourglass(false);
+
+    const WhileDisabled resting(main);
+    email::MessageSummary& message = state.Messages.at(state.CurrentMessage);
+    frmFrom& window = emptyMessageWindow();
+    window.OpenMessage = state.CurrentMessage;
+    window.setWindowTitle(QStringLiteral("Message from: ") + oneLine(message.From));
+    window.txtFrom->setText(oneLine(message.From));
+    window.txtSubject->setText(oneLine(message.Subject));
+    if (message.Boundary.empty()) {
+        showPlain(message, window);
+    } else {
+        showMultipart(message, window);
+    }
+}
+
+/** After a failure everything can be used again; but not while another session works with it. */
+void openingFailed(int error) {
+    platform::showMessage(QStringLiteral("There is an error in the message header. Error# ") +
+                              QString::number(error),
+                          QStringLiteral("Brindlewake"));
+    frmMain& main = mainWindow();
+    POPLib::POP& pop = loginWindow().POP1;
+    if (pop.isRunning()) {
+        return;
+    }
+    // A log-on that was refused stays open until now.
+    static_cast<void>(
+        platform::errorNumberOf([&pop] { pop.issueRequest(POPLib::Request::LogOffAndDisconnect); }));
+    main.setEnabled(true);
+    for (QPushButton* button : {main.cmdRead, main.cmdDelete, main.cmdGetMail, main.cmdCmpose}) {
+        button->setEnabled(true);
+    }
+    main.MailGrid->setEnabled(true);
+    main.setHourglass(false);
+    main.barProgress->setProgress(0);
+    showTotals();
+    restartCheckTimer();
+}
+} // namespace
+
+void frmMain::MailGrid_DblClick() {
+    // The window lives on while a message is fetched, and the list may be clicked again meanwhile.
+    if (opening_) {
+        return;
+    }
+    const platform::WhileTrue opening(opening_);
+    const int error = platform::errorNumberOf([this] { openMessage(MailGrid->Row()); });
+    if (error != 0) {
+        openingFailed(error);
+        return;
+    }
+    messageWindow().bringUp();
+    messageWindow().tMessage->setFocus();
+    setEnabled(false);
+    for (QPushButton* button : {cmdRead, cmdDelete, cmdGetMail, cmdCmpose}) {
+        button->setEnabled(true);
+    }
+    restartCheckTimer();
+}

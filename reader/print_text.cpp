@@ -1,0 +1,34 @@
+#include "reader/print_text.h"
+
+#include "platform/text_printer.h"
+
+#include <QString>
+
+namespace {
+constexpr double kFontSize = 9.75; // points
+constexpr QStringView kBlank = u" ";
+constexpr QStringView kRightMargin = u"ZZZZZZZZ";
+} // namespace
+
+QStringView takeWord(QStringView& text, QStringView delimiter) {
+    const qsizetype position = text.isEmpty() ? -1 : text.indexOf(delimiter);
+    const QStringView word = position < 0 ? text : text.first(position);
+    text = position < 0 ? QStringView() : text.sliced(position + 1);
+    return word;
+}
+
+void printText(platform::TextPrinter& printer, QStringView text) {
+    printer.setFont(QStringLiteral("Arial"), kFontSize);
+    // The font stays the same from here on, and so does the margin.
+    const double margin = printer.textWidth(kRightMargin);
+    while (!text.isEmpty()) {
+        const QStringView word = takeWord(text, kBlank);
+        if (printer.printableWidth() - margin < printer.currentX() + printer.textWidth(word)) {
+            printer.endLine();
+        }
+        printer.print(word);
+        printer.print(kBlank);
+    }
+    printer.endLine();
+    printer.endDocument();
+}

@@ -1,0 +1,156 @@
+#include "components/controls/text_box.h"
+#include "tests/support/application.h"
+
+#include <QApplication>
+#include <QScrollBar>
+#include <QTest>
+#include <QTextBlock>
+#include <gtest/gtest.h>
+
+#include <string>
+
+using controls::TextBox;
+
+namespace {
+class TextBoxTest : public testing::Test {
+  protected:
+    void fillWith(const std::string& text) {
+        box.setBytes(text);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !box.isFilling(); }, 30'000));
+    }
+
+    /** Types in front of the numbered line. */
+    void typeAt(int line, const QString& text) {
+        QTextCursor cursor(box.document()->findBlockByNumber(line));
+        box.setTextCursor(cursor);
+        QTest::keyClicks(&box, text);
+    }
+
+    QApplication& application = support::application();
+    TextBox box;
+};
+
+std::string manyLines(int count) {
+    std::string text;
+    for (int line = 0; line < count; ++line) {
+        text += "line " + std::to_string(line) + "\r\n";
+    }
+    return text;
+}
+} // namespace
+
+TEST_F(TextBoxTest, GivesBackWhatWasPutInByteForByte) {
+    for (const std::string text : {"", "a", "a\r\n", "a\nb\rc\r\nd", "\n", "\r\n\r\n", "\xff\x80\r\n\xc3",
+                                   "a\r\r\nb", "\xe2\x80\xa8\xe2\x80\xa9\xef\xb7\x90\xc2\xa0"}) {
+        fillWith(text);
+        EXPECT_EQ(box.bytes(), text);
+    }
+    fillWith(std::string("a\0b\r\n", 5));
+    EXPECT_EQ(box.bytes(), std::string("a\0b\r\n", 5));
+}
+
+TEST_F(TextBoxTest, ShowsEachLineEndAsOne) {
+    fillWith("a\nb\rc\r\nd");
+    EXPECT_EQ(box.toPlainText(), QStringLiteral("a\nb\nc\nd"));
+    EXPECT_EQ(box.shownText(), QStringLiteral("a\nb\rc\r\nd"));
+}
+
+TEST_F(TextBoxTest, KeepsTheLinesAroundAChange) {
+    fillWith("\xff one\nt\xffwo\rthree \xff\r\nfour");
+    typeAt(1, QStringLiteral("X"));
+    EXPECT_EQ(box.bytes(), "\xff one\nXt\xc3\xbfwo\r\nthree \xff\r\nfour");
+}
+
+TEST_F(TextBoxTest, KeepsTheLinesBetweenTheEndsWhenLinesAreAddedAndTakenAway) {
+    fillWith("a\xff\nb\nc\nd\xff");
+    typeAt(2, QStringLiteral("\r"));
+    EXPECT_EQ(box.bytes(), "a\xff\nb\n\r\nc\r\nd\xff");
+    typeAt(2, QString());
+    QTest::keyClick(&box, Qt::Key_Delete);
+    EXPECT_EQ(box.bytes(), "a\xff\nb\nc\r\nd\xff");
+}
+
+TEST_F(TextBoxTest, ALineThatBecomesTheLastOneHasNoEnd) {
+    fillWith("a\r\nb\r\nc");
+    QTextCursor cursor(box.document()->findBlockByNumber(1));
+    cursor.movePosition(QTextCursor::PreviousCharacter);
+    cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    cursor.removeSelectedText();
+    EXPECT_EQ(box.bytes(), "a");
+}
+
+TEST_F(TextBoxTest, WhatIsTypedIntoAnEmptyBoxIsUtf8WithMailsOwnLineEnds) {
+    box.insertPlainText(QStringLiteral("Grüße"));
+    QTest::keyClick(&box, Qt::Key_Return);
+    QTest::keyClicks(&box, QStringLiteral("Ann"));
+    EXPECT_EQ(box.bytes(), "Gr\xc3\xbc\xc3\x9f"
+                           "e\r\nAnn");
+}
+
+TEST_F(TextBoxTest, ATextPutInByOtherMeansCountsAsTyped) {
+    fillWith("first\n\xff");
+    box.setPlainText(QStringLiteral("second\nthird"));
+    EXPECT_EQ(box.bytes(), "second\r\nthird");
+}
+
+TEST_F(TextBoxTest, ALongTextAppearsPieceByPieceAndIsWholeAtOnce) {
+    const std::string text = manyLines(20'000);
+    box.setBytes(text);
+    EXPECT_TRUE(box.isFilling());
+    EXPECT_GT(box.document()->blockCount(), 1'000);
+    EXPECT_EQ(box.bytes(), text);
+    EXPECT_EQ(box.verticalScrollBar()->value(), 0);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !box.isFilling(); }));
+    EXPECT_EQ(box.document()->blockCount(), 20'001);
+    EXPECT_EQ(box.bytes(), text);
+    EXPECT_EQ(box.textCursor().position(), 0);
+}
+
+TEST_F(TextBoxTest, UntilItIsCompleteNobodyCanWriteIntoIt) {
+    box.setBytes(manyLines(20'000));
+    EXPECT_TRUE(box.isReadOnly());
+    box.setBytes(manyLines(30'000));
+    EXPECT_TRUE(box.isReadOnly());
+    ASSERT_TRUE(QTest::qWaitFor([this] { return !box.isFilling(); }));
+    EXPECT_FALSE(box.isReadOnly());
+    EXPECT_EQ(box.document()->blockCount(), 30'001);
+}
+
+TEST_F(TextBoxTest, AnotherTextTakesThePlaceOfOneThatIsStillAppearing) {
+    box.setBytes(manyLines(20'000));
+    fillWith("short");
+    EXPECT_EQ(box.toPlainText(), QStringLiteral("short"));
+    EXPECT_FALSE(box.isReadOnly());
+}
+
+TEST_F(TextBoxTest, UndoTakesBackWhatWasTypedAndNeverTheTextItself) {
+    fillWith("text");
+    typeAt(0, QStringLiteral("new "));
+    box.undo();
+    EXPECT_EQ(box.toPlainText(), QStringLiteral("text"));
+    box.undo();
+    EXPECT_EQ(box.toPlainText(), QStringLiteral("text"));
+}
+
+TEST_F(TextBoxTest, AVeryLongLineIsShownOnSeveralAndStaysOne) {
+    const std::string line = std::string(25'000, 'x') + "\xc3\xa4\r\nend";
+    fillWith(line);
+    EXPECT_EQ(box.document()->blockCount(), 4);
+    EXPECT_EQ(box.bytes(), line);
+    typeAt(3, QStringLiteral("the "));
+    EXPECT_EQ(box.bytes(), std::string(25'000, 'x') + "\xc3\xa4\r\nthe end");
+}
+
+TEST_F(TextBoxTest, ACharacterIsNeverCutInTwo) {
+    std::string text = "x";
+    for (int i = 0; i < 10'000; ++i) {
+        text += "\xc3\xa4";
+    }
+    fillWith(text);
+    for (QTextBlock block = box.document()->firstBlock(); block.isValid(); block = block.next()) {
+        EXPECT_FALSE(block.text().contains(QChar(0xC3)));
+        EXPECT_FALSE(block.text().contains(QChar::ReplacementCharacter));
+    }
+    fillWith(std::string(50'000, '\x80'));
+    EXPECT_EQ(box.document()->blockCount(), 5);
+}

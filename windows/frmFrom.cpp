@@ -1,0 +1,89 @@
+#include "windows/frmFrom.h"
+
+#include "windows/wiring.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QShortcut>
+
+namespace {
+/** A field to read and to copy from. */
+QLineEdit* readOnlyField(const char* name, QLabel* label, QWidget* parent) {
+    auto* field = named<QLineEdit>(name, parent);
+    field->setReadOnly(true);
+    label->setBuddy(field);
+    return field;
+}
+} // namespace
+
+frmFrom::frmFrom() : Form(QStringLiteral("frmFrom"), QStringLiteral("Brindlewake")) {
+    lblFrom = named<QLabel>("lblFrom", QStringLiteral("From:"), this);
+    txtFrom = readOnlyField("txtFrom", lblFrom, this);
+    lblSubject = named<QLabel>("lblSubject", QStringLiteral("Subject:"), this);
+    txtSubject = readOnlyField("txtSubject", lblSubject, this);
+    lblAttachments = named<QLabel>("lblAttachments", QStringLiteral("Attachments:"), this);
+    txtAttachments = readOnlyField("txtAttachments", lblAttachments, this);
+    cmdSave = named<QPushButton>("cmdSave", QStringLiteral(" &Save Attached"), this);
+    cmdSave->setEnabled(false);
+
+    tMessage = named<controls::TextBox>("tMessage", this);
+    tMessage->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    tMessage->setTabChangesFocus(true);
+    tMessage->setAccessibleName(QStringLiteral("Message"));
+    barFind = named<controls::FindBar>("barFind", tMessage, this);
+
+    cmdReply = named<QPushButton>("cmdReply", QStringLiteral("&Reply"), this);
+    cmdFwrd = named<QPushButton>("cmdFwrd", QStringLiteral("&Foward"), this);
+    cmdDone = named<QPushButton>("cmdDone", QStringLiteral("E&xit"), this);
+    CmdPrint = named<QPushButton>("CmdPrint", QStringLiteral("&Print"), this);
+    connectHandler(cmdSave, &QPushButton::clicked, this, &frmFrom::cmdSave_Click);
+    connectHandler(cmdReply, &QPushButton::clicked, this, &frmFrom::cmdReply_Click);
+    connectHandler(cmdFwrd, &QPushButton::clicked, this, &frmFrom::cmdFwrd_Click);
+    connectHandler(CmdPrint, &QPushButton::clicked, this, &frmFrom::CmdPrint_Click);
+    connectHandler(cmdDone, &QPushButton::clicked, this, &frmFrom::cmdDone_Click);
+    makeShortcuts();
+    layOut();
+}
+
+void frmFrom::makeShortcuts() {
+    const auto whenPressed = [this](const QKeySequence& keys, auto action) {
+        auto* shortcut = new QShortcut(keys, this);
+        QObject::connect(shortcut, &QShortcut::activated, this, action);
+    };
+    whenPressed(QKeySequence::Find, [this] { barFind->open(); });
+    whenPressed(Qt::Key_F3, [this] { barFind->findNext(); });
+    whenPressed(QKeySequence::ZoomIn, [this] { tMessage->zoomIn(); });
+    whenPressed(QKeySequence::ZoomOut, [this] { tMessage->zoomOut(); });
+    whenPressed(Qt::CTRL | Qt::Key_0, [this] { tMessage->setFont(font()); });
+}
+
+void frmFrom::layOut() {
+    auto* fields = new QGridLayout;
+    fields->addWidget(lblFrom, 0, 0);
+    fields->addWidget(txtFrom, 0, 1, 1, 2);
+    fields->addWidget(lblSubject, 1, 0);
+    fields->addWidget(txtSubject, 1, 1, 1, 2);
+    fields->addWidget(lblAttachments, 2, 0);
+    fields->addWidget(txtAttachments, 2, 1);
+    fields->addWidget(cmdSave, 2, 2);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(cmdReply);
+    buttons->addWidget(cmdFwrd);
+    buttons->addWidget(CmdPrint);
+    buttons->addStretch();
+    buttons->addWidget(cmdDone);
+
+    auto* rows = new QVBoxLayout(this);
+    rows->addLayout(buttons);
+    rows->addLayout(fields);
+    rows->addWidget(tMessage, 1);
+    rows->addWidget(barFind);
+
+    // The Tab key takes the controls in the order in which they are worked with: what one reads comes first.
+    setTabSequence({tMessage, cmdReply, cmdFwrd, CmdPrint, cmdDone, txtFrom, txtSubject, txtAttachments,
+                    cmdSave, barFind->txtFind, barFind->cmdNext, barFind->cmdPrevious});
+    resizeToText(110, 38);
+}
