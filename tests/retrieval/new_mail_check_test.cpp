@@ -207,3 +207,109 @@ TEST_F(NewMailCheck, ABrokenConnectionEndsTheProgram) {
               QStringLiteral("Example School Mail"));
     EXPECT_EQ(programEnds, 1);
 }
+
+TEST_F(NewMailCheck, AMailboxInUseIsReportedAndTheProgramGoesOn) {
+    logInWith(1);
+    mailbox.answer("PASS", "-ERR [IN-USE] locked\r\n");
+    loginWindow().cmdLogin->setEnabled(false);
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102"),
+              QStringLiteral("Example School Mail Error"));
+    EXPECT_EQ(programEnds, 0);
+    EXPECT_TRUE(loginWindow().cmdLogin->isEnabled());
+    EXPECT_EQ(email::state.LastMessageCount, 1);
+    ASSERT_TRUE(server.waitForEndOf(2));
+    EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "QUIT"));
+    expectUsableWindow();
+}
+
+TEST_F(NewMailCheck, ARefusedConnectionEndsTheProgram) {
+    logInWith(1);
+    {
+        const ScriptedServer gone{Pop3Mailbox()};
+        email::settings.POPServer = gone.address();
+    }
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Connection Refused by Host. Please Start Program Again "),
+              QStringLiteral("Example School Mail Error"));
+    EXPECT_EQ(programEnds, 1);
+}
+
+TEST_F(NewMailCheck, AnUnreachableNetworkEndsTheProgram) {
+    logInWith(1);
+    // The broadcast address of the computer's own network takes no connection.
+    email::settings.POPServer = QStringLiteral("127.255.255.255");
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Network is unreachable."), QStringLiteral("Example School E-mail"));
+    EXPECT_EQ(programEnds, 1);
+}
+
+TEST_F(NewMailCheck, AnyOtherErrorEndsTheProgramWithItsNumber) {
+    logInWith(1);
+    mailbox.answer("STAT", "+OK 32768 9\r\n");
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Error 6 Please Start Program Again "),
+              QStringLiteral("Example School Mail Error"));
+    EXPECT_EQ(programEnds, 1);
+}
+
+TEST_F(NewMailCheck, TheTwoHundredAndFirstMessageEndsTheProgram) {
+    logInWith(1);
+    for (int number = 2; number <= 201; ++number) {
+        mailbox.deliver("Subject: x\r\n\r\n");
+    }
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Error 9 Please Start Program Again "),
+              QStringLiteral("Example School Mail Error"));
+    EXPECT_EQ(email::state.LastMessageCount, 1);
+}
+
+TEST_F(NewMailCheck, AfterADeletionOnlyWhatCameSinceIsNew) {
+    logInWith(3);
+    mainWindow().MailGrid->setCurrentCell(0, 0);
+    mainWindow().cmdDelete->click();
+    boxes.clear();
+    mailbox.deliver(message("4"));
+    mainWindow().cmdGetMail->click();
+    EXPECT_THAT(boxTexts(), IsEmpty());
+    EXPECT_EQ(cell(2, 3), QStringLiteral("About 3"));
+    EXPECT_EQ(cell(3, 3), QStringLiteral("About 4"));
+    EXPECT_EQ(cell(3, 0), QStringLiteral("3"));
+    EXPECT_EQ(email::state.MessageNumbers.at(2), 3);
+}
+
+namespace {
+struct Interval {
+    std::int16_t minutes;
+    bool runs;
+    int milliseconds;
+};
+
+class CheckTimer : public WindowTest, public testing::WithParamInterface<Interval> {};
+} // namespace
+
+TEST_P(CheckTimer, NeverMakesABusyLoop) {
+    Pop3Mailbox mailbox;
+    ScriptedServer server{mailbox};
+    auto fields = support::schoolSettings(server.address());
+    fields.GetMailEvery = QString::number(GetParam().minutes);
+    writeSettings(fields);
+    startUp();
+    loginWindow().tUser->setText(QStringLiteral("ann"));
+    loginWindow().tpwd->setText(QStringLiteral("secret"));
+    loginWindow().cmdLogin->click();
+    EXPECT_THAT(boxTexts(), IsEmpty());
+    EXPECT_EQ(mainWindow().tmrCheckMail->isActive(), GetParam().runs);
+    if (GetParam().runs) {
+        EXPECT_EQ(mainWindow().tmrCheckMail->interval(), GetParam().milliseconds);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Intervals, CheckTimer,
+                         testing::Values(Interval{0, false, 0}, Interval{1, true, 60'000},
+                                         Interval{60, true, 3'600'000}, Interval{-1, false, 0},
+                                         Interval{-32768, false, 0}, Interval{32767, true, 1'966'020'000}),
+                         [](const auto& test) {
+                             return (test.param.minutes < 0 ? "Minus" : "") +
+                                    std::to_string(std::abs(test.param.minutes)) + "Minutes";
+                         });
