@@ -209,6 +209,13 @@ void frmSetup::layOut() {
     widthOfTwoColumns_ = 2 * std::max(left->sizeHint().width(), right->sizeHint().width()) +
                          columns_->spacing() + margins.left() + margins.right() +
                          scroll->verticalScrollBar()->sizeHint().width();
+    for (const QLabel* caption : findChildren<QLabel*>()) {
+        // The field inside a combo box is what has the focus, so it is what a screen reader names.
+        if (const auto* box = qobject_cast<QComboBox*>(caption->buddy());
+            box != nullptr && box->isEditable()) {
+            box->lineEdit()->setAccessibleName(caption->text().trimmed());
+        }
+    }
     setTabSequence({txtSchool,       txtPOP,     txtSMTP,         txtDomain,    cboShowGetMail,
                     cboCheckNewMail, cboPlayWav, cboShowDatabase, cboAddressIn, txtLDAPServer,
                     txtSearchBase,   cboSetup,   cboPrinter,      cboSaveCopy,  cboAttachments,

@@ -2,6 +2,7 @@
 
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
+#include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
@@ -12,6 +13,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QFile>
 #include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
@@ -181,10 +183,78 @@ TEST_P(Looks, NothingHasAColourOfItsOwnThatADarkThemeWouldContradict) {
         picture.save(folderName + u'/' + QLatin1String(GetParam().name) + QStringLiteral("-dark.png")));
 }
 
+namespace {
+QString nameOf(QAccessible::Role role) {
+    switch (role) {
+    case QAccessible::Button:
+        return QStringLiteral("button");
+    case QAccessible::EditableText:
+        return QStringLiteral("text");
+    case QAccessible::StaticText:
+        return QStringLiteral("label");
+    case QAccessible::Table:
+        return QStringLiteral("table");
+    case QAccessible::List:
+        return QStringLiteral("list");
+    case QAccessible::ComboBox:
+        return QStringLiteral("combo box");
+    case QAccessible::ProgressBar:
+        return QStringLiteral("progress bar");
+    case QAccessible::MenuItem:
+        return QStringLiteral("menu item");
+    default:
+        return QStringLiteral("role %1").arg(static_cast<int>(role));
+    }
+}
+
+/** One line for each thing that a screen reader meets, further to the right inside another. */
+void writeTree(QAccessibleInterface& thing, int depth, QStringList& lines) {
+    if (thing.state().invisible) {
+        return;
+    }
+    lines.append(QString(2 * depth, u' ') + nameOf(thing.role()) + u' ' + u'"' +
+                 thing.text(QAccessible::Name) + u'"');
+    for (int index = 0; index < thing.childCount() && thing.role() != QAccessible::Table; ++index) {
+        if (QAccessibleInterface* child = thing.child(index)) {
+            writeTree(*child, depth + 1, lines);
+        }
+    }
+}
+} // namespace
+
+TEST_P(Looks, WhatAPersonWorksWithHasANameInTheAccessibilityTree) {
+    QStringList lines;
+    QAccessibleInterface* const window = QAccessible::queryAccessibleInterface(&form());
+    ASSERT_NE(window, nullptr);
+    writeTree(*window, 0, lines);
+    EXPECT_EQ(window->text(QAccessible::Name), form().windowTitle());
+    EXPECT_GT(lines.size(), 2);
+    for (const QString& line : lines) {
+        const QString thing = line.trimmed();
+        const bool workedWith =
+            thing.startsWith(QStringLiteral("button")) || thing.startsWith(QStringLiteral("text")) ||
+            thing.startsWith(QStringLiteral("table")) || thing.startsWith(QStringLiteral("list")) ||
+            thing.startsWith(QStringLiteral("progress"));
+        EXPECT_FALSE(workedWith && thing.endsWith(QStringLiteral("\"\""))) << lines.join(u'\n').toStdString();
+    }
+    // For whoever wants to read: one tree of each window.
+    const QString folderName = QStringLiteral(BRINDLEWAKE_TEST_BUILD "/accessibility");
+    ASSERT_TRUE(QDir().mkpath(folderName));
+    QFile file(folderName + u'/' + QLatin1String(GetParam().name) + QStringLiteral(".txt"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(lines.join(u'\n').toUtf8() + '\n');
+}
+
 INSTANTIATE_TEST_SUITE_P(Windows, Looks,
                          testing::Values(WindowCase{"Main", []() -> Form& { return mainWindow(); }},
                                          WindowCase{"Login", []() -> Form& { return loginWindow(); }},
                                          WindowCase{"About", []() -> Form& { return aboutWindow(); }},
                                          WindowCase{"Compose", []() -> Form& { return composeWindow(); }},
+                                         WindowCase{"Message",
+                                                    []() -> Form& {
+                                                        messageWindow().barFind->setVisible(true);
+                                                        messageWindow().cmdSave->setEnabled(true);
+                                                        return messageWindow();
+                                                    }},
                                          WindowCase{"Setup", []() -> Form& { return setupWindow(); }}),
                          [](const auto& window) { return std::string(window.param.name); });
