@@ -9,6 +9,9 @@
 
 #include <QPushButton>
 
+#include <algorithm>
+#include <cstdint>
+
 using email::state;
 using POPLib::Request;
 
@@ -31,6 +34,15 @@ void resetForOpening(email::MessageSummary& message) {
     message.Subject = "'";
     message.Date = "':";
 }
+
+/**
+ * Room for all lines at once, or a long body would be copied again and again while it grows. The size is only
+ * what the server claims, so there is an end to what is set aside for it.
+ */
+void reserveBody(email::MessageSummary& message) {
+    constexpr std::int32_t most = 64 << 20; // bytes
+    message.BodyText.reserve(static_cast<std::size_t>(std::clamp(message.Size, 0, most)));
+}
 } // namespace
 
 void fetchMessage() {
@@ -47,6 +59,7 @@ void fetchMessage() {
     {
         const platform::WhileTrue retrieving(state.Retrieving);
         resetForOpening(message);
+        reserveBody(message);
         pop.setBodyLineLimit(0);
         pop.issueRequest(Request::RetrieveCurrentMessage);
         pop.issueRequest(Request::LogOffAndDisconnect);

@@ -2,6 +2,7 @@
 //
 //     bench_sending_client <host:port> <drive path of the attachment>
 
+#include "bench/peak_memory.h"
 #include "components/netcodelib/netcode.h"
 #include "components/smtplib/smtp.h"
 #include "compose/composer.h"
@@ -13,9 +14,7 @@
 
 #include <chrono>
 #include <exception>
-#include <fstream>
 #include <iostream>
-#include <stdexcept>
 #include <string>
 
 namespace {
@@ -52,26 +51,13 @@ void send(const QString& server, const QString& attachment) {
     smtp.issueRequest(Request::CloseConnection);
 }
 
-/** The most memory that this process has had so far, in KiB. */
-long peakMemory() {
-    std::ifstream status("/proc/self/status");
-    for (std::string word; status >> word;) {
-        if (word == "VmHWM:") {
-            long kibibytes = 0;
-            status >> kibibytes;
-            return kibibytes;
-        }
-    }
-    throw std::runtime_error("/proc/self/status tells no VmHWM");
-}
-
 void run(const QString& server, const QString& attachment) {
-    const long peakBefore = peakMemory();
+    const long peakBefore = bench::peakMemory();
     const auto start = std::chrono::steady_clock::now();
     send(server, attachment);
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
     std::cout << "seconds " << elapsed.count() << " memory-before " << peakBefore << " memory-after "
-              << peakMemory() << std::endl;
+              << bench::peakMemory() << std::endl;
 }
 } // namespace
 

@@ -302,6 +302,12 @@ void POP::sendQueued() {
 }
 
 Event POP::awaitEvent() {
+    // Most lines of an answer have come with the ones before: they need neither a deadline nor the socket.
+    if (session_.isInContent()) {
+        if (auto event = session_.nextEvent()) {
+            return *std::move(event);
+        }
+    }
     if (connection_.isOpen()) {
         sendQueued();
     }

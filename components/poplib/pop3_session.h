@@ -121,6 +121,9 @@ class Pop3Session {
 
     State state() const noexcept { return state_; }
 
+    /** True while the lines of an answer are coming. */
+    bool isInContent() const noexcept { return inContent_; }
+
     /** Commands that have been sent and not answered. */
     std::size_t underWay() const noexcept { return underWay_.size(); }
 
