@@ -81,7 +81,10 @@ void writeRow(std::int16_t number, const email::MessageSummary& summary) {
 
 void frmMain::MailGrid_Click() {
     const QString number = MailGrid->TextMatrix(MailGrid->Row(), 0);
-    SelectedMessage = platform::toInteger16(number);
+    // A row without a number is waiting for its message.
+    if (!number.trimmed().isEmpty()) {
+        SelectedMessage = platform::toInteger16(number);
+    }
 }
 
 // Read opens the compose window, as Compose does; a message is opened by double-clicking its row.

@@ -3,6 +3,7 @@
 #include "platform/runtime_error.h"
 
 #include <QHeaderView>
+#include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
 
@@ -77,6 +78,29 @@ void MSFlexGrid::setTextMatrix(int row, int column, const QString& text) {
     // A column may be too narrow for its text; blanks that only pad it are no news.
     // Marked as rich text, or the signs that escape it would be seen.
     cell->setToolTip(QStringLiteral("<p>") + text.trimmed().toHtmlEscaped() + QStringLiteral("</p>"));
+}
+
+// Painting goes on, with an older picture: a widget whose painting is switched off shows nothing, or what lay
+// before it on the screen, as soon as it is shown, covered or made larger.
+void MSFlexGrid::setRedraw(bool on) {
+    if (on == redraws_) {
+        return;
+    }
+    frozen_ = !on && isVisible() ? viewport()->grab() : QPixmap();
+    redraws_ = on;
+    viewport()->update();
+}
+
+void MSFlexGrid::paintEvent(QPaintEvent* event) {
+    if (redraws_) {
+        QTableWidget::paintEvent(event);
+        return;
+    }
+    QPainter painter(viewport());
+    painter.fillRect(viewport()->rect(), palette().base());
+    if (!frozen_.isNull()) {
+        painter.drawPixmap(0, 0, frozen_);
+    }
 }
 
 int MSFlexGrid::Row() const {

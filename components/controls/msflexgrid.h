@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPixmap>
 #include <QTableWidget>
 
 namespace MSFlexGridLib {
@@ -30,8 +31,10 @@ class MSFlexGrid : public QTableWidget {
     /** Takes one data row out. \throws RuntimeError 9 when there is none of that number. */
     void RemoveItem(int row);
 
-    /** Off while many cells are written: they are painted together afterwards. */
-    void setRedraw(bool on) { setUpdatesEnabled(on); }
+    /** Off while many cells are written: the cells stay on the screen as they were, until it is on again. */
+    void setRedraw(bool on);
+
+    bool redraws() const noexcept { return redraws_; }
 
     /** Whether the chosen row is marked: 1 always, 0 never. */
     void setHighLight(int mode);
@@ -44,10 +47,16 @@ class MSFlexGrid : public QTableWidget {
     /** 0 is left and top, 1 is left and centred vertically. */
     void setColAlignment(int column, int code);
 
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
   private:
     void mustHold(int row, int column) const;
 
     QList<Qt::Alignment> alignments_;
+    bool redraws_ = true;
+    /** What is shown of the cells while nothing is redrawn. */
+    QPixmap frozen_;
 };
 
 } // namespace MSFlexGridLib

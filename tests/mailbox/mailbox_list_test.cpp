@@ -193,3 +193,34 @@ TEST_F(MailboxList, CellsOutsideTheGridAreSubscriptErrors) {
     EXPECT_EQ(platform::errorNumberOf([&] { grid.TextMatrix(0, 5); }), 9);
     EXPECT_EQ(platform::errorNumberOf([&] { grid.RemoveItem(0); }), 9);
 }
+
+TEST_F(MailboxList, AClickOnARowThatStillWaitsForItsMessageChangesNothing) {
+    fill(1);
+    click(1);
+    mainWindow().MailGrid->setRows(3);
+    click(2);
+    EXPECT_THAT(boxTexts(), ElementsAre());
+    EXPECT_EQ(mainWindow().SelectedMessage, 1);
+}
+
+TEST_F(MailboxList, WhileNothingIsRedrawnTheListShowsWhatItShowedBefore) {
+    email::state.Messages.at(1) = summaryOf("ann@example.org", "old", "today", 10);
+    fill(1);
+    auto* const view = mainWindow().MailGrid->viewport();
+    const QImage before = view->grab().toImage();
+    mainWindow().MailGrid->setRedraw(false);
+    mainWindow().MailGrid->setTextMatrix(1, 3, QStringLiteral("a new subject"));
+    EXPECT_EQ(view->grab().toImage(), before);
+    mainWindow().MailGrid->setRedraw(true);
+    EXPECT_NE(view->grab().toImage(), before);
+}
+
+TEST_F(MailboxList, AListThatIsFirstShownWhileNothingIsRedrawnIsBlankNotBlack) {
+    mainWindow().hide();
+    mainWindow().MailGrid->setRedraw(false);
+    mainWindow().show();
+    auto* const view = mainWindow().MailGrid->viewport();
+    const QImage picture = view->grab().toImage();
+    EXPECT_EQ(picture.pixelColor(picture.rect().center()),
+              mainWindow().MailGrid->palette().color(QPalette::Base));
+}

@@ -90,7 +90,7 @@ TEST_F(Login, EndsWithTheMainWindowReady) {
         EXPECT_TRUE(button->isEnabled()) << button->text().toStdString();
     }
     EXPECT_TRUE(main.MailGrid->isEnabled());
-    EXPECT_TRUE(main.MailGrid->updatesEnabled());
+    EXPECT_TRUE(main.MailGrid->redraws());
     EXPECT_EQ(main.barProgress->value(), 0);
     const auto bytes = message("one").size() + message("two").size();
     EXPECT_EQ(main.lStats->text(), QStringLiteral("2 messages %1 bytes total").arg(bytes));
@@ -120,7 +120,7 @@ TEST_F(Login, ShowsWhatItDoesWhileItReceives) {
                                EXPECT_FALSE(loginWindow().isVisible());
                                EXPECT_FALSE(loginWindow().cmdLogin->isEnabled());
                                EXPECT_FALSE(main.tmrCheckMail->isEnabled());
-                               EXPECT_FALSE(main.MailGrid->updatesEnabled());
+                               EXPECT_FALSE(main.MailGrid->redraws());
                                for (const QPushButton* button :
                                     {main.cmdRead, main.cmdDelete, main.cmdCmpose, main.cmdGetMail}) {
                                    EXPECT_FALSE(button->isEnabled()) << button->text().toStdString();

@@ -45,7 +45,7 @@ class NewMailCheck : public WindowTest {
     static void expectUsableWindow() {
         const auto& main = mainWindow();
         EXPECT_TRUE(main.cmdCmpose->isEnabled());
-        EXPECT_TRUE(main.MailGrid->updatesEnabled());
+        EXPECT_TRUE(main.MailGrid->redraws());
         EXPECT_NE(main.cursor().shape(), Qt::WaitCursor);
     }
 
