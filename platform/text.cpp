@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstring>
 
 namespace platform {
 
@@ -83,8 +84,11 @@ std::size_t inStr(std::size_t start, std::string_view text, std::string_view wan
     if (start == 0 || start > text.size()) {
         return 0;
     }
-    const std::size_t found = text.find(wanted, start - 1);
-    return found == std::string_view::npos ? 0 : found + 1;
+    // A stranger chooses both texts: find() can take the product of their lengths, memmem() never does.
+    text.remove_prefix(start - 1);
+    const void* const found = ::memmem(text.data(), text.size(), wanted.data(), wanted.size());
+    return found == nullptr ? 0
+                            : start + static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
 }
 
 std::string_view mid(std::string_view text, std::int64_t start, std::int64_t length) {

@@ -58,12 +58,12 @@ struct PartType {
     }
 };
 
-/** The text between the first quote at or after the position and the next quote. */
+/** The text between the first quote at or after the position and the next quote. \throws RuntimeError 5 */
 std::string_view quoted(std::string_view text, std::size_t from) {
-    if (from == 0) {
+    const std::size_t opening = from == 0 ? 0 : inStr(from, text, "\"");
+    if (opening == 0) {
         throw platform::RuntimeError(platform::errors::InvalidProcedureCall);
     }
-    const std::size_t opening = inStr(from, text, "\"");
     const std::size_t closing = inStr(opening + 1, text, "\"");
     return mid(text, asSigned(opening) + 1, asSigned(closing) - asSigned(opening) - 1);
 }

@@ -8,11 +8,14 @@
 #include <QPushButton>
 #include <QShortcut>
 
+#include <limits>
+
 namespace {
 /** A field to read and to copy from. */
 QLineEdit* readOnlyField(const char* name, QLabel* label, QWidget* parent) {
     auto* field = named<QLineEdit>(name, parent);
     field->setReadOnly(true);
+    field->setMaxLength(std::numeric_limits<int>::max());
     label->setBuddy(field);
     return field;
 }

@@ -8,6 +8,8 @@
 #include <QPushButton>
 #include <QShortcut>
 
+#include <limits>
+
 frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake")) {
     lblTo = named<QLabel>("lblTo", QStringLiteral("&To:"), this);
     tTo = named<QLineEdit>("tTo", this);
@@ -25,6 +27,10 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
     tSubject = named<QLineEdit>("tSubject", this);
     lblSubject->setBuddy(tSubject);
 
+    for (QLineEdit* field : {tTo, tCc, tSubject}) {
+        // An address that is cut would be another one.
+        field->setMaxLength(std::numeric_limits<int>::max());
+    }
     tMessage = named<controls::TextBox>("tMessage", this);
     tMessage->setAccessibleName(QStringLiteral("Message"));
     tMessage->setTabChangesFocus(true);

@@ -32,7 +32,9 @@ std::string_view LeadingFields::take(std::string_view piece) {
         if (lineFeed == std::string_view::npos) {
             break;
         }
-        if (isHeaderLine(text.substr(0, lineFeed))) {
+        // However the text is cut: a line that would not have been waited for is none when it comes whole
+        // either.
+        if (lineFeed <= kMaximumLineBytes && isHeaderLine(text.substr(0, lineFeed))) {
             text.remove_prefix(lineFeed + 1);
         } else {
             passed_ = true;

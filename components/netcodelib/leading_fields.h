@@ -16,8 +16,11 @@ namespace NetCodeLib {
  */
 class LeadingFields {
   public:
-    /** Longest line, in bytes, that is waited for; a longer one is encoded text (RFC 5322 section 2.1.1). */
-    static constexpr std::size_t kMaximumLineBytes = 998;
+    /**
+     * Longest line, in bytes, that is taken for a header line; a longer one is encoded text. Mail should have
+     * no lines of more than 998 (RFC 5322 section 2.1.1), but it does.
+     */
+    static constexpr std::size_t kMaximumLineBytes = 65'536;
 
     /**
      * The encoded text of this piece: nothing while header lines last, then everything. The view is valid

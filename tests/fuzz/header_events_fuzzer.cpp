@@ -5,43 +5,16 @@
 
 #include "email/header_events.h"
 #include "platform/runtime_error.h"
-#include "platform/text.h"
 #include "tests/fuzz/fuzz_input.h"
+#include "tests/support/reference_parser.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
 namespace {
 
 using email::MessageSummary;
-
-void addPlainly(MessageSummary& summary, const std::string& field, const std::string& value) {
-    summary.HeaderText += field + ": " + value + "\r\n";
-    const std::string name = platform::upperCase(field);
-    if (name == "CONTENT-TYPE") {
-        summary.ContentType += value;
-    }
-    if (!summary.ContentType.empty() && field.empty()) {
-        summary.ContentType += value;
-    }
-    // Positions count from 1, and 0 says that there is none.
-    const std::size_t parameter = summary.ContentType.find("boundary=") + 1;
-    if (parameter != 0) {
-        const std::size_t opening = summary.ContentType.find('"', parameter - 1) + 1;
-        const std::size_t closing = summary.ContentType.find('"', opening) + 1;
-        if (closing <= opening) {
-            throw platform::RuntimeError(platform::errors::InvalidProcedureCall);
-        }
-        summary.Boundary = summary.ContentType.substr(opening, closing - opening - 1);
-    }
-    if (name == "SUBJECT") {
-        summary.Subject = value;
-    } else if (name == "FROM") {
-        summary.From = value;
-    } else if (name == "DATE") {
-        summary.Date = value;
-    }
-}
 
 void requireSame(const MessageSummary& left, const MessageSummary& right) {
     fuzz::require(left.ContentType == right.ContentType, "the same ContentType");
@@ -53,7 +26,7 @@ void requireSame(const MessageSummary& left, const MessageSummary& right) {
 
 std::string takeUntil(fuzz::Input& input, char end) {
     const std::string_view rest = input.rest();
-    const std::string text(input.take(std::min(rest.find(end), rest.size())));
+    std::string text(input.take(std::min(rest.find(end), rest.size())));
     input.take(1);
     return text;
 }
@@ -77,8 +50,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const std::string field = takeUntil(input, ':');
         const std::string value = takeUntil(input, '\n');
         const int error = platform::errorNumberOf([&] { events.add(summaries.at(current), field, value); });
-        const int expectedError =
-            platform::errorNumberOf([&] { addPlainly(expected.at(current), field, value); });
+        const int expectedError = platform::errorNumberOf(
+            [&] { support::reference::addHeaderLine(expected.at(current), field, value); });
         fuzz::require(error == expectedError, "the same error");
         requireSame(summaries.at(current), expected.at(current));
     }

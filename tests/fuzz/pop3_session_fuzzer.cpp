@@ -31,8 +31,10 @@ POPLib::Command command(std::size_t choice) {
         return POPLib::retrCommand(1, 2);
     case 7:
         return POPLib::deleCommand(1);
-    default:
+    case 8:
         return POPLib::quitCommand();
+    default:
+        return POPLib::uidlCommand();
     }
 }
 
@@ -59,6 +61,11 @@ std::string described(const POPLib::Event& event) {
             fuzz::require(body.bytesTransferred >= static_cast<std::int64_t>(body.text.size()) + 2,
                           "a line counts towards the bytes transferred");
             return "body" + std::to_string(body.bytesTransferred) + '\n' + body.text;
+        }
+
+        std::string operator()(const POPLib::ListingLine& line) const {
+            fuzz::require(line.text.find("\r\n") == std::string::npos, "no line end in a listing's line");
+            return "listing" + line.text;
         }
 
         std::string operator()(const POPLib::ContentEnded& ended) const {
@@ -111,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Input input(data, size);
     std::vector<std::size_t> choices(input.below(12));
     for (std::size_t& choice : choices) {
-        choice = input.below(9);
+        choice = input.below(10);
     }
     std::vector<std::size_t> sizes(1 + input.below(6));
     for (std::size_t& piece : sizes) {

@@ -11,6 +11,8 @@ namespace {
 
 using NetCodeLib::LeadingFields;
 
+const std::string kTooLong(LeadingFields::kMaximumLineBytes, 'A');
+
 struct Case {
     const char* name;
     std::string text;
@@ -38,7 +40,8 @@ const std::vector<Case>& cases() {
         {"ColonInsideAWord", "Zm:9v\r\n", "Zm:9v\r\n"},
         {"BlankBeforeTheColon", "Zm 9v: x\r\n", "Zm 9v: x\r\n"},
         {"LongTextWithoutLineEnd", std::string(5000, 'A'), std::string(5000, 'A')},
-        {"LongLineThatWouldBeAField", std::string(1000, 'A') + ": b\r\n", std::string(1000, 'A') + ": b\r\n"},
+        {"LongField", "A: " + std::string(60'000, 'b') + "\r\n\r\nZm9v", "Zm9v"},
+        {"LineThatIsTooLongForAField", kTooLong + ": b\r\n", kTooLong + ": b\r\n"},
     };
     return table;
 }
@@ -46,8 +49,8 @@ const std::vector<Case>& cases() {
 class LeadingFieldsCase : public testing::TestWithParam<Case> {};
 
 TEST_P(LeadingFieldsCase, LeavesTheEncodedText) {
-    // Only a line that comes whole can be told from one that is too long to wait for.
-    for (const std::size_t pieceOctets : {std::size_t{1}, std::size_t{2}, std::size_t{7}, std::size_t{500}}) {
+    for (const std::size_t pieceOctets :
+         {std::size_t{1}, std::size_t{2}, std::size_t{7}, std::size_t{500}, std::size_t{1} << 20U}) {
         LeadingFields fields;
         std::string left;
         support::forEachPiece(GetParam().text, pieceOctets,

@@ -1,0 +1,137 @@
+#include "tests/support/opened_message.h"
+
+#include "components/netcodelib/base64_decoder.h"
+#include "components/netcodelib/leading_fields.h"
+#include "components/poplib/pop3_session.h"
+#include "email/header_events.h"
+#include "platform/runtime_error.h"
+#include "reader/mime_parser.h"
+#include "tests/support/pieces.h"
+
+#include <algorithm>
+
+namespace support {
+
+namespace {
+constexpr std::size_t kAtOnce = std::string_view::npos;
+
+/** What a server sends for the message: its lines with every leading dot doubled, and the closing dot. */
+std::string answerWith(std::string_view message) {
+    std::string answer = "+OK\r\n";
+    while (!message.empty()) {
+        const std::size_t end = std::min(message.find("\r\n"), message.size());
+        const std::string_view line = message.substr(0, end);
+        answer.append(line.starts_with('.') ? "." : "").append(line).append("\r\n");
+        message.remove_prefix(std::min(end + 2, message.size()));
+    }
+    return answer + ".\r\n";
+}
+
+/** Fills the summary as an opening does, event by event. */
+void receive(std::string_view message, std::size_t pieceOctets, email::MessageSummary& summary) {
+    POPLib::Pop3Session session;
+    email::HeaderEvents headers;
+    const auto takeEvents = [&] {
+        while (const auto event = session.nextEvent()) {
+            if (const auto* header = std::get_if<POPLib::HeaderLine>(&*event)) {
+                headers.add(summary, header->field, header->value);
+            } else if (const auto* body = std::get_if<POPLib::BodyLine>(&*event)) {
+                summary.BodyText.append(body->text).append("\r\n");
+            }
+        }
+    };
+    session.submit(POPLib::retrCommand(1));
+    session.receive("+OK ready\r\n");
+    takeEvents();
+    session.takeOutput();
+    forEachPiece(answerWith(message), pieceOctets, [&](std::string_view piece) {
+        session.receive(piece);
+        takeEvents();
+    });
+}
+
+OpenedMessage openedEncoded(std::string_view message, std::size_t pieceOctets) {
+    OpenedMessage result;
+    email::MessageSummary& summary = result.summary;
+    summary.Subject = "'";
+    summary.Date = "':";
+    StrippedText text;
+    const MimeTarget target{
+        text, [&](std::string_view name, std::string_view part) {
+            summary.AttachmentName = name;
+            result.attachments.push_back({std::string(name), std::string(withoutPartHeaders(part)), {}, 0});
+        }};
+    result.error = platform::errorNumberOf([&] {
+        receive(message, pieceOctets, summary);
+        if (!summary.Boundary.empty()) {
+            parseMultipart(summary.BodyText, summary.Boundary, target);
+        }
+    });
+    result.text = text.view();
+    return result;
+}
+} // namespace
+
+FoundAttachment decoded(FoundAttachment attachment, std::size_t pieceOctets) {
+    NetCodeLib::LeadingFields fields;
+    NetCodeLib::Base64Decoder decoder;
+    std::string content;
+    attachment.error = platform::errorNumberOf([&] {
+        forEachPiece(attachment.encoded + "\r\n", pieceOctets,
+                     [&](std::string_view piece) { decoder.append(fields.take(piece), content); });
+        decoder.append(fields.takeLast(), content);
+        decoder.finish(content);
+    });
+    attachment.content = attachment.error == 0 ? content : std::string();
+    return attachment;
+}
+
+OpenedMessage opened(std::string_view message, std::size_t pieceOctets) {
+    OpenedMessage result = openedEncoded(message, pieceOctets);
+    for (FoundAttachment& attachment : result.attachments) {
+        attachment = decoded(std::move(attachment), pieceOctets);
+    }
+    return result;
+}
+
+OpenedMessage openedWithoutDecoding(std::string_view message) {
+    return openedEncoded(message, kAtOnce);
+}
+
+std::string differenceBetween(const OpenedMessage& left, const OpenedMessage& right) {
+    struct Field {
+        const char* name;
+        std::string email::MessageSummary::*text;
+    };
+
+    using email::MessageSummary;
+    for (const auto& [name, text] : {Field{"From", &MessageSummary::From},
+                                     {"Subject", &MessageSummary::Subject},
+                                     {"Date", &MessageSummary::Date},
+                                     {"HeaderText", &MessageSummary::HeaderText},
+                                     {"BodyText", &MessageSummary::BodyText},
+                                     {"ContentType", &MessageSummary::ContentType},
+                                     {"Boundary", &MessageSummary::Boundary},
+                                     {"AttachmentName", &MessageSummary::AttachmentName}}) {
+        if (left.summary.*text != right.summary.*text) {
+            return name;
+        }
+    }
+    if (left.error != right.error) {
+        return "error " + std::to_string(left.error) + " and " + std::to_string(right.error);
+    }
+    if (left.text != right.text) {
+        return "text";
+    }
+    if (left.attachments.size() != right.attachments.size()) {
+        return "number of attachments";
+    }
+    for (std::size_t index = 0; index < left.attachments.size(); ++index) {
+        if (left.attachments[index] != right.attachments[index]) {
+            return "attachment " + std::to_string(index + 1);
+        }
+    }
+    return {};
+}
+
+} // namespace support
