@@ -62,14 +62,6 @@ class OpenAtDovecot : public support::WindowTest {
         email::settings.SaveDirectory = QStringLiteral("S:\\");
     }
 
-    /** Double-clicks the row, as a person would. */
-    static void doubleClick(int row) {
-        auto* const grid = mainWindow().MailGrid;
-        const QRect cell = grid->visualItemRect(grid->item(row - 1, 3));
-        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
-        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
-    }
-
     std::unique_ptr<DovecotServer> server;
 };
 } // namespace

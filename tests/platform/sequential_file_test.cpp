@@ -1,16 +1,15 @@
 #include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
+#include "tests/support/file_faults.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <filesystem>
 #include <linux/capability.h>
 #include <string>
 #include <string_view>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <thread>
@@ -210,35 +209,12 @@ TEST(WriteWholeFile, AMissingFolderIsRefused) {
               errors::PathFileAccess);
 }
 
-/** Lets no file of this process grow beyond the size, as a full disk would. */
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) : oldHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &old_);
-        rlimit limit = old_;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &old_);
-        static_cast<void>(std::signal(SIGXFSZ, oldHandler_));
-    }
-
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    rlimit old_{};
-    void (*oldHandler_)(int);
-};
-
 void expectOldContentAfterAFullDisk(rlim_t room, std::size_t length) {
     const TemporaryFolder folder;
     folder.write("f", "old");
     int error = 0;
     {
-        const FileSizeLimit limit(room);
+        const support::FileSizeLimit limit(room);
         error = errorNumberOf([&] { writeWholeFile(folder.qtPath("f"), std::string(length, 'x')); });
     }
     EXPECT_EQ(error, errors::DeviceInputOutput);

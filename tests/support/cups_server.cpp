@@ -131,13 +131,7 @@ std::vector<std::string> CupsServer::documents() const {
 }
 
 std::string CupsServer::log() const {
-    std::string text;
-    for (const char* name : {"output", "log"}) {
-        if (std::filesystem::exists(folder_.path(name))) {
-            text += folder_.read(name);
-        }
-    }
-    return text;
+    return folder_.readWhatIsThere({"output", "log"});
 }
 
 } // namespace support

@@ -198,13 +198,7 @@ std::vector<std::string> DovecotServer::messages() const {
 }
 
 std::string DovecotServer::log() const {
-    std::string text;
-    for (const char* name : {"output", "log"}) {
-        if (std::filesystem::exists(folder_.path(name))) {
-            text += folder_.read(name);
-        }
-    }
-    return text;
+    return folder_.readWhatIsThere({"output", "log"});
 }
 
 } // namespace support

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 #include <iterator>
 #include <stdexcept>
 #include <string>
@@ -51,6 +52,15 @@ class TemporaryFolder {
             throw std::runtime_error("cannot read " + path(name).string());
         }
         return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    /** The content of those of the files that there are, one behind the other. */
+    std::string readWhatIsThere(std::initializer_list<std::string_view> names) const {
+        std::string text;
+        for (const std::string_view name : names) {
+            text += std::filesystem::exists(path(name)) ? read(name) : std::string();
+        }
+        return text;
     }
 
     /** How many entries the folder has. */

@@ -6,10 +6,12 @@
 #include "platform/text_printer.h"
 #include "tests/support/application.h"
 #include "windows/frmLogin.h"
+#include "windows/frmMain.h"
 #include "windows/wiring.h"
 
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTest>
 #include <QTimer>
 
 #include <filesystem>
@@ -88,6 +90,13 @@ void WindowTest::logIn(const QString& mailServer, const QString& userName) {
     loginWindow().tUser->setText(userName);
     loginWindow().tpwd->setText(QStringLiteral("secret"));
     loginWindow().cmdLogin->click();
+}
+
+void WindowTest::doubleClick(int row) {
+    auto* const grid = mainWindow().MailGrid;
+    const QRect cell = grid->visualItemRect(grid->item(row - 1, 3));
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
 }
 
 std::vector<QString> WindowTest::boxTexts() const {

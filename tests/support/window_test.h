@@ -49,6 +49,9 @@ class WindowTest : public testing::Test {
     /** Starts the program with these settings, types the name and the password, and presses Get Mail. */
     void logIn(const QString& mailServer, const QString& userName = QStringLiteral("ann"));
 
+    /** Double-clicks a row of the list, as a person would. */
+    static void doubleClick(int row);
+
     /** The texts of all boxes so far. */
     std::vector<QString> boxTexts() const;
 

@@ -54,14 +54,6 @@ class ReaderTest : public WindowTest {
         email::settings.SaveDirectory = QStringLiteral("S:\\");
     }
 
-    /** Double-clicks the row, as a person would. */
-    static void doubleClick(int row) {
-        auto* const grid = mainWindow().MailGrid;
-        const QRect cell = grid->visualItemRect(grid->item(row - 1, 3));
-        QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
-        QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, cell.center());
-    }
-
     /** Logs in to a mailbox with this message and opens it. */
     void openOnly(const std::string& message) {
         logInWith({message});
