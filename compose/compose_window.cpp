@@ -11,9 +11,14 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <utility>
+
 void frmMain::cmdCmpose_Click() {
-    setEnabled(false);
     frmSend& compose = composeWindow();
+    if (compose.showIfInUse()) {
+        return;
+    }
+    setEnabled(false);
     compose.bringUp();
     compose.tTo->setFocus();
     if (email::isYes(email::settings.SaveCopy)) {
@@ -34,6 +39,14 @@ void frmSend::Form_Load() {
     cmdAttach->setEnabled(attach);
     lblAttachment->setEnabled(attach);
     txtAttachment->setEnabled(attach);
+}
+
+bool frmSend::showIfInUse() {
+    const bool inUse = sending_ || isVisible();
+    if (inUse) {
+        bringUp();
+    }
+    return inUse;
 }
 
 void frmSend::cmdCancel_Click() {
@@ -65,6 +78,10 @@ void frmSend::Form_Unload() {
 }
 
 void frmSend::giveControlBack() {
+    // Once only: who was given it may have given it to another window since.
+    if (std::exchange(controlGivenBack_, true)) {
+        return;
+    }
     // Reply and Forward disable the message window, so an enabled one means that the main window asked.
     Form& opener = messageWindow().isEnabled() ? static_cast<Form&>(mainWindow()) : messageWindow();
     opener.setEnabled(true);
@@ -72,7 +89,7 @@ void frmSend::giveControlBack() {
 }
 
 void frmSend::closeEvent(QCloseEvent* event) {
-    if (!sending_) {
+    if (!sending_ || !isEnabled()) {
         Form::closeEvent(event);
         return;
     }

@@ -74,6 +74,9 @@ void frmSend::send() {
     // Composed before anything is checked, so that the encoded file is written even when the send is refused.
     const ComposedMessage message =
         Compose(tMessage->bytes(), txtAttachment->text(), [this](const QString& file, std::string_view line) {
+            // Neither closed nor cancelled while a file is encoded.
+            const WhileDisabled resting(*this);
+            const WhileHourglass waiting(*this);
             return encodeAttachment(ctrNetcode, file, line);
         });
     if (tTo->text().isEmpty()) {

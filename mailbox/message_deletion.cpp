@@ -40,8 +40,9 @@ void deleteAtTheServer(POPLib::POP& pop, std::int16_t number) {
 /** The "Num" column runs from 1 on again, as the server's numbers do. */
 void renumber(MSFlexGridLib::MSFlexGrid& grid) {
     for (std::int16_t row = 1; row <= state.MessageCount; ++row) {
-        if (platform::toInteger16(grid.TextMatrix(row, 0)) != row) {
-            grid.setTextMatrix(row, 0, QString::number(row));
+        const QString number = QString::number(row);
+        if (grid.TextMatrix(row, 0).trimmed() != number) {
+            grid.setTextMatrix(row, 0, number);
         }
     }
 }
@@ -61,16 +62,12 @@ void takeOutOfTheList(std::int16_t number) {
     renumber(grid);
     showTotals();
 }
-
-/** A session that an error has left open is closed; the server deletes nothing then. */
-void leaveSession(POPLib::POP& pop) {
-    static_cast<void>(platform::errorNumberOf([&pop] { pop.issueRequest(Request::LogOffAndDisconnect); }));
-}
 } // namespace
 
 void frmMain::cmdDelete_Click() {
     const int row = MailGrid->Row();
-    if (row < 0) {
+    // A row without a number is waiting for its message.
+    if (row < 0 || MailGrid->TextMatrix(row, 0).trimmed().isEmpty()) {
         platform::showMessage(QStringLiteral("Please select a message from the list first."), title());
         return;
     }
@@ -100,6 +97,6 @@ void frmMain::deleteSelected() {
         platform::showMessage(QStringLiteral("Message can not be deleted at this time.  Error# ") +
                                   QString::number(error),
                               title());
-        leaveSession(pop);
+        pop.leave();
     }
 }

@@ -3,10 +3,8 @@
 #include "platform/drives.h"
 #include "platform/private_file.h"
 #include "reader/part_headers.h"
-#include "windows/frmMain.h"
 
-// The transfer encoding goes with its line: whatever it says, the file is decoded as base64.
-void frmMain::writeAttachment(std::string_view part) {
+void writeAttachment(std::string_view part) {
     platform::PrivateOutput file(platform::nativePath(QLatin1String(kEncodedAttachmentFile)),
                                  platform::Writing::InPlace);
     file.write(withoutPartHeaders(part));

@@ -40,6 +40,9 @@ void frmFrom::Form_Load() {
 void frmFrom::cmdReply_Click() {
     const email::MessageSummary& message = messageIn(*this);
     frmSend& compose = composeWindow();
+    if (compose.showIfInUse()) {
+        return;
+    }
     compose.tTo->setText(onOneLine(message.From));
     compose.tSubject->setText(QStringLiteral("RE: ") + onOneLine(message.Subject));
     answerIn(compose, *this, compose.tMessage);
@@ -48,6 +51,9 @@ void frmFrom::cmdReply_Click() {
 void frmFrom::cmdFwrd_Click() {
     const email::MessageSummary& message = messageIn(*this);
     frmSend& compose = composeWindow();
+    if (compose.showIfInUse()) {
+        return;
+    }
     compose.tSubject->setText(QStringLiteral("Fwd: ") + onOneLine(message.Subject));
     compose.tMessage->setBytes(forwardedText(message));
     answerIn(compose, *this, compose.tTo);

@@ -6,6 +6,7 @@
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
+#include "reader/attachment_file.h"
 #include "reader/fetch_message.h"
 #include "reader/mime_parser.h"
 #include "windows/frmFrom.h"
@@ -17,8 +18,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <optional>
 #include <string>
-#include <utility>
+#include <string_view>
 
 using email::state;
 namespace errors = platform::errors;
@@ -55,13 +57,10 @@ void showPlain(const email::MessageSummary& message, frmFrom& window) {
 /** Parses the body into the window. Whatever was found before an error stays there. */
 void showMultipart(email::MessageSummary& message, frmFrom& window) {
     StrippedText text;
-    std::string attachment;
-    frmMain& main = mainWindow();
-    const MimeTarget target{text, [&](std::string_view name, std::string_view part) {
-                                message.AttachmentName = name;
-                                state.CurrentAttachment = name;
+    std::optional<std::string> attachment;
+    const MimeTarget target{text, [&attachment](std::string_view name, std::string_view part) {
                                 attachment = name;
-                                main.writeAttachment(part);
+                                writeAttachment(part);
                             }};
     const int error = platform::errorNumberOf([&] {
         const auto parse = [&] { parseMultipart(message.BodyText, message.Boundary, target); };
@@ -71,12 +70,16 @@ void showMultipart(email::MessageSummary& message, frmFrom& window) {
             platform::runInBackground(parse);
         }
     });
+    if (attachment) {
+        message.AttachmentName = *attachment;
+        state.CurrentAttachment = *attachment;
+        window.txtAttachments->setText(oneLine(*attachment));
+    }
     window.tMessage->setBytes(std::string(text.view()));
-    window.txtAttachments->setText(oneLine(attachment));
     if (error != 0) {
         throw platform::RuntimeError(error);
     }
-    window.cmdSave->setEnabled(!attachment.empty());
+    window.cmdSave->setEnabled(!window.txtAttachments->text().isEmpty());
 }
 
 void restartCheckTimer() {
@@ -125,8 +128,7 @@ void openingFailed(int error) {
         return;
     }
     // A log-on that was refused stays open until now.
-    static_cast<void>(
-        platform::errorNumberOf([&pop] { pop.issueRequest(POPLib::Request::LogOffAndDisconnect); }));
+    pop.leave();
     main.setEnabled(true);
     for (QPushButton* button : {main.cmdRead, main.cmdDelete, main.cmdGetMail, main.cmdCmpose}) {
         button->setEnabled(true);

@@ -127,10 +127,14 @@ void frmLogin::logInFailed(int error) {
     const auto mayTryAgain = [this] {
         setHourglass(false);
         cmdLogin->setEnabled(true);
+        // It may have been closed meanwhile.
+        if (!isVisible()) {
+            bringUp();
+        }
     };
     switch (error) {
     case errors::MailServerBusy:
-        POP1.issueRequest(Request::LogOffAndDisconnect);
+        POP1.leave();
         platform::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
                               boxTitle(" Mail Error"));
         mayTryAgain();
@@ -139,7 +143,7 @@ void frmLogin::logInFailed(int error) {
         // While the box is open, so is the session: a check started under it meets a busy mail server.
         platform::showMessage(QStringLiteral("Password Or User Name Wrong, Please Try Again ") + number,
                               boxTitle(" Mail Error"));
-        POP1.issueRequest(Request::LogOffAndDisconnect);
+        POP1.leave();
         mayTryAgain();
         break;
     case errors::MailServerTrouble:

@@ -1,10 +1,13 @@
 #include "components/controls/picture.h"
+#include "email/state.h"
 #include "platform/runtime_error.h"
 #include "retrieval/wave_player_setup.h"
 #include "windows/frmLogin.h"
 #include "windows/frmSetup.h"
 #include "windows/windows.h"
+#include "windows/wiring.h"
 
+#include <QCloseEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -26,6 +29,17 @@ void frmLogin::Form_Load() {
 }
 
 void frmLogin::Form_Unload() {}
+
+// From the first log-on on the window is only hidden: its parts talk to the mail server for the whole run.
+void frmLogin::closeEvent(QCloseEvent* event) {
+    if (email::state.UserName.isEmpty() || !isEnabled()) {
+        Form::closeEvent(event);
+        return;
+    }
+    event->ignore();
+    hide();
+    runHandler(keepAWindowVisible);
+}
 
 void frmLogin::cmdSetup_Click() {
     setupWindow().bringUp();

@@ -12,6 +12,8 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <algorithm>
+
 using email::state;
 using POPLib::Request;
 namespace errors = platform::errors;
@@ -68,11 +70,12 @@ void checkAtTheServer(frmLogin& login) {
 }
 
 /**
- * After a failure that the program survives, the windows can be used again; but not when another check is in
- * the middle of its work, which then sees to that itself.
+ * After a failure that the program survives, the windows can be used again; but not when another session is
+ * in the middle of its work, which then sees to that itself and finds the list as it has left it.
  */
-void endCheck(frmLogin& login) {
+void endCheck(frmLogin& login, bool redrewBefore) {
     if (login.POP1.isRunning()) {
+        mainWindow().MailGrid->setRedraw(redrewBefore);
         return;
     }
     login.setHourglass(false);
@@ -81,13 +84,28 @@ void endCheck(frmLogin& login) {
     UpdateListControls();
 }
 
-void checkFailed(frmLogin& login, int error) {
+/** What was not fetched is not in the list, and will be new at the next check. */
+void forgetNewMessages() {
+    state.MessageCount = state.LastMessageCount;
+    mainWindow().MailGrid->setRows(std::max<int>(state.MessageCount, 1) + 1);
+}
+
+/** Boxes of failed checks that wait for an answer. */
+int openBoxes = 0;
+
+void tellOfFailedCheck(const QString& text, const char* titleEnding) {
+    ++openBoxes;
+    platform::showMessage(text, boxTitle(titleEnding));
+    --openBoxes;
+}
+
+void checkFailed(frmLogin& login, int error, bool redrewBefore) {
     const QString number = QString::number(error);
     const auto mayTryAgain = [&](const QString& text) {
-        platform::showMessage(text + number, boxTitle(" Mail Error"));
-        login.POP1.issueRequest(Request::LogOffAndDisconnect);
+        tellOfFailedCheck(text + number, " Mail Error");
+        login.POP1.leave();
         login.cmdLogin->setEnabled(true);
-        endCheck(login);
+        endCheck(login, redrewBefore);
     };
     switch (error) {
     case errors::MailServerBusy:
@@ -105,8 +123,9 @@ void checkFailed(frmLogin& login, int error) {
         tellAndEnd(QStringLiteral("Host Not Found. Please make sure your Settings are correct."), " Mail");
         break;
     case errors::OutOfMemory:
-        platform::showMessage(QStringLiteral("Message is too large."), boxTitle(" E-mail"));
-        endCheck(login);
+        forgetNewMessages();
+        tellOfFailedCheck(QStringLiteral("Message is too large."), " E-mail");
+        endCheck(login, redrewBefore);
         break;
     case errors::ConnectionRefused:
         tellAndEnd(QStringLiteral("Connection Refused by Host. Please Start Program Again "), " Mail Error");
@@ -122,6 +141,7 @@ void checkFailed(frmLogin& login, int error) {
 }
 
 void checkForNewMail() {
+    const bool redrewBefore = mainWindow().MailGrid->redraws();
     mainWindow().MailGrid->setRedraw(false);
     const QString missing =
         state.UserName.isEmpty()   ? QStringLiteral("User Name Must Be Entered To Get Mail!")
@@ -129,7 +149,7 @@ void checkForNewMail() {
                                    : QString();
     if (!missing.isEmpty()) {
         platform::showMessage(missing, boxTitle(" Mail"));
-        mainWindow().MailGrid->setRedraw(true);
+        mainWindow().MailGrid->setRedraw(redrewBefore);
         return;
     }
     frmLogin& login = loginWindow();
@@ -139,7 +159,7 @@ void checkForNewMail() {
     login.POP1.setLoginPassword(platform::toBytes(state.Password));
     const int error = platform::errorNumberOf([&login] { checkAtTheServer(login); });
     if (error != 0) {
-        checkFailed(login, error);
+        checkFailed(login, error, redrewBefore);
     }
 }
 } // namespace
@@ -154,5 +174,10 @@ void frmMain::cmdGetMail_Click() {
 }
 
 void frmMain::tmrCheckMail_Timer() {
-    checkForNewMail();
+    // One check under the box of another is told that the server is busy; there is no use in telling it each
+    // time until somebody comes back to the computer.
+    constexpr int enough = 2;
+    if (openBoxes < enough) {
+        checkForNewMail();
+    }
 }

@@ -28,7 +28,10 @@ void welcomeOnMainWindow() {
     main.setHourglass(true);
     main.setWindowTitle(QStringLiteral("Welcome ") + email::state.UserName + QStringLiteral(" To ") +
                         email::settings.Institution + QStringLiteral(" E-Mail"));
-    main.bringUp();
+    // A check finds the window there, perhaps behind the one that somebody is writing in.
+    if (!main.isVisible()) {
+        main.bringUp();
+    }
 }
 
 QString boxTitle(const char* ending) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 #include <initializer_list>
@@ -38,15 +39,24 @@ class Form : public QWidget {
 /** Lets nobody use a window, nor close it, for as long as this lives. */
 class WhileDisabled {
   public:
-    explicit WhileDisabled(Form& window) : window_(window) { window_.setEnabled(false); }
+    explicit WhileDisabled(Form& window) : window_(window), focus_(window.focusWidget()) {
+        window_.setEnabled(false);
+    }
 
-    ~WhileDisabled() { window_.setEnabled(true); }
+    ~WhileDisabled() {
+        window_.setEnabled(true);
+        // A disabled control loses the keyboard.
+        if (focus_) {
+            focus_->setFocus();
+        }
+    }
 
     WhileDisabled(const WhileDisabled&) = delete;
     WhileDisabled& operator=(const WhileDisabled&) = delete;
 
   private:
     Form& window_;
+    QPointer<QWidget> focus_;
 };
 
 /** Shows the hourglass over a window for as long as this lives. */

@@ -43,6 +43,9 @@ class frmLogin : public Form {
     POPLib::POP POP1;
 
   protected:
+    // retrieval/login_window.cpp
+    void closeEvent(QCloseEvent* event) override;
+
     void keyPressEvent(QKeyEvent* event) override;
 
   private:

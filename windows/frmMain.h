@@ -7,7 +7,6 @@
 #include "windows/form.h"
 
 #include <cstdint>
-#include <string_view>
 
 class QAction;
 class QFrame;
@@ -34,9 +33,6 @@ class frmMain : public Form {
 
     // reader/open_message.cpp
     void MailGrid_DblClick();
-
-    // reader/attachment_file.cpp
-    void writeAttachment(std::string_view part);
 
     // retrieval/new_mail_check.cpp
     void cmdGetMail_Click();

@@ -23,6 +23,11 @@ class frmSend : public Form {
     void cmdAttach_Click();
     void cmdSendto_Click();
     void cmdCCto_Click();
+    /**
+     * Shows the window when somebody's message is in it, sent at this moment or to be tried again; true then,
+     * and nothing may be filled in.
+     */
+    bool showIfInUse();
 
     // compose/send.cpp
     void cmdSndit_Click();
@@ -59,4 +64,5 @@ class frmSend : public Form {
     void giveControlBack();
 
     bool sending_ = false;
+    bool controlGivenBack_ = false;
 };

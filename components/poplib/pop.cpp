@@ -60,6 +60,11 @@ void POP::issueRequest(Request request) {
     }
 }
 
+void POP::leave() noexcept {
+    // After any error the session is closed, so nothing is left to be done about one.
+    static_cast<void>(platform::errorNumberOf([this] { issueRequest(Request::LogOffAndDisconnect); }));
+}
+
 std::int32_t POP::currentMessageSize() {
     std::int32_t size = 0;
     asRequest([&] {
@@ -144,7 +149,7 @@ bool POP::fetchContent(Command command) {
     const bool listing = command.bodyLineLimit > 0;
     HeaderDigest digest;
     const bool accepted = readContent(std::move(command), [&](const Event& event) {
-        if (const auto* header = std::get_if<HeaderLine>(&event)) {
+        if (const auto* header = std::get_if<HeaderLine>(&event); listing && header != nullptr) {
             digest.add(header->field, header->value);
         }
         raise(event);

@@ -87,6 +87,10 @@ class POP {
 
     void issueRequest(Request request);
 
+    /** Logs off, if need be, after a failure that is already told: what goes wrong meanwhile is not told too.
+     */
+    void leave() noexcept;
+
     /** True while a request waits for the server, further down the stack of whoever asks. */
     bool isRunning() const noexcept { return running_; }
 

@@ -120,6 +120,21 @@ TEST_F(ComposeWindow, CancelGivesTheMainWindowBackWithoutSending) {
     EXPECT_TRUE(boxes.empty());
 }
 
+TEST_F(ComposeWindow, AMessageInTheWindowIsShownAgainAndNeverFilledOver) {
+    email::settings.SaveCopy = QStringLiteral("yes");
+    mainWindow().cmdCmpose->click();
+    composeWindow().tSubject->setText(QStringLiteral("mine"));
+    mainWindow().setEnabled(true);
+    mainWindow().cmdCmpose->click();
+    messageWindow().OpenMessage = 1;
+    messageWindow().cmdReply_Click();
+    messageWindow().cmdFwrd_Click();
+    EXPECT_EQ(composeWindow().tCc->text(), QStringLiteral("ann@example.org"));
+    EXPECT_EQ(composeWindow().tSubject->text(), QStringLiteral("mine"));
+    EXPECT_EQ(composeWindow().tMessage->bytes(), "");
+    EXPECT_TRUE(messageWindow().isEnabled());
+}
+
 TEST_F(ComposeWindow, ClosedWhileTheMessageWindowIsDisabledGivesThatOneBack) {
     messageWindow().setEnabled(false);
     messageWindow().show();

@@ -235,6 +235,52 @@ TEST_F(Send, ClosedWhileItSendsTheWindowHidesAndTheMessageIsSentOnce) {
     EXPECT_EQ(server.connections(), 1U);
 }
 
+TEST_F(Send, AfterItWasClosedWhileItSentControlIsGivenBackOnce) {
+    mailbox.on("DATA", [](support::Peer& peer) {
+        peer.holdSilent();
+        peer.send("451 not now\r\n");
+    });
+    const WhenItHolds close([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+                            [&] {
+                                composeWindow().close();
+                                // As after opening a message meanwhile.
+                                mainWindow().setEnabled(false);
+                                server.release();
+                            });
+    write(bob, QStringLiteral("s"), QStringLiteral("x"));
+    press();
+    composeWindow().cmdCancel->click();
+    EXPECT_FALSE(mainWindow().isEnabled());
+}
+
+TEST_F(Send, WhileAFileIsEncodedTheWindowRestsAndIsNeitherClosedNorCancelled) {
+    folder.write("BIG.BIN", std::string(8'000'000, 'b'));
+    bool looked = false;
+    const WhenItHolds look([] { return !composeWindow().isEnabled(); },
+                           [&] {
+                               looked = true;
+                               composeWindow().close();
+                               composeWindow().cmdCancel->click();
+                               EXPECT_TRUE(composeWindow().isVisible());
+                           });
+    write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("C:\\BIG.BIN"));
+    press();
+    EXPECT_TRUE(looked);
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Your message has been sent.")));
+    EXPECT_EQ(mailbox.messages().size(), 1U);
+}
+
+TEST_F(Send, TextThatHoldsTheBoundaryLineItselfIsSentAsItStands) {
+    folder.write("A.TXT", "abc");
+    const QString text = QStringLiteral("before\n----*******Brindlewake************\nbehind");
+    write(bob, QStringLiteral("s"), text, QStringLiteral("C:\\A.TXT"));
+    press();
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Your message has been sent.")));
+    ASSERT_EQ(mailbox.messages().size(), 1U);
+    EXPECT_THAT(mailbox.messages()[0],
+                HasSubstr("\r\nbefore\r\n----*******Brindlewake************\r\nbehind\r\n"));
+}
+
 TEST_F(Send, CtrlReturnSends) {
     write(bob, QStringLiteral("s"), QStringLiteral("x"));
     ASSERT_TRUE(QTest::qWaitForWindowActive(&composeWindow()));

@@ -57,7 +57,7 @@ TEST(Switches, OnlyTheExactTextYesIsYes) {
     }
 }
 
-TEST(Defaults, AreWhatTheTableSays) {
+TEST(Defaults, AreTheseUntilALineIsRead) {
     const email::Settings settings;
     EXPECT_EQ(settings.ShowSetup.toStdString(), "yes");
     EXPECT_EQ(settings.POPServer, settings.SMTPServer);

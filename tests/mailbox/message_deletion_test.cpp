@@ -8,6 +8,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <utility>
+
 using platform::MessageAnswer;
 using platform::MessageButtons;
 using support::Pop3Mailbox;
@@ -65,6 +67,7 @@ class MessageDeletion : public WindowTest {
     static void expectUsable() {
         EXPECT_TRUE(mainWindow().isEnabled());
         EXPECT_TRUE(mainWindow().cmdExit->isEnabled());
+        EXPECT_TRUE(mainWindow().MailGrid->redraws());
     }
 
     static QString totals() { return mainWindow().lStats->text(); }
@@ -231,4 +234,66 @@ TEST_F(MessageDeletion, ACheckThatStartsWhileItWorksIsRefusedAndDoesNoHarm) {
         ElementsAre(kQuestion, QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102")));
     EXPECT_THAT(column(3), ElementsAre(QStringLiteral("b")));
     expectUsable();
+}
+
+TEST_F(MessageDeletion, ACheckUnderTheQuestionMayChangeTheListAndTheRightMessageIsDeleted) {
+    logInWith(3);
+    bool checked = false;
+    whileBoxIsOpen = [&](const platform::MessageBox& box) {
+        if (box.buttons == MessageButtons::YesNo && !std::exchange(checked, true)) {
+            mailbox.deliver(message(4));
+            mainWindow().tmrCheckMail_Timer();
+        }
+    };
+    deleteRow(2);
+    EXPECT_THAT(column(3), ElementsAre(QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("d")));
+    EXPECT_THAT(mailbox.messages(), ElementsAre(message(1), message(3), message(4)));
+    expectUsable();
+}
+
+TEST_F(MessageDeletion, AServerThatDeletesAndFallsSilentNeverLeadsToANeighboursDeletion) {
+    logInWith(4);
+    mailbox.on("QUIT", [this](support::Peer& peer) {
+        mailbox.remove(2);
+        peer.close();
+    });
+    deleteRow(2);
+    expectFailure(20302);
+    mailbox.answerProperly("QUIT");
+    deleteRow(2);
+    expectFailure(20312);
+    EXPECT_THAT(mailbox.messages(), ElementsAre(message(1), message(3), message(4)));
+}
+
+TEST_F(MessageDeletion, ASilentFarewellIsAFailureAfterTheTimeOut) {
+    logInWith(2);
+    mailbox.on("QUIT", [](support::Peer& peer) { peer.holdSilent(); });
+    loginWindow().POP1.setTimeouts({std::chrono::milliseconds(50), std::chrono::milliseconds(50)});
+    deleteRow(1);
+    expectFailure(20302);
+    EXPECT_THAT(column(3), SizeIs(2));
+}
+
+TEST_F(MessageDeletion, AfterAMessageThatWasTooLargeTheListAndTheServerStillAgree) {
+    logInWith(3);
+    mailbox.deliver(message(4)).deliver(message(5));
+    mailbox.answer("TOP 5", "+OK\r\nSubject: " + std::string((1U << 20U) + 10, 'x') + "\r\n\r\n.\r\n");
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Message is too large.")));
+    EXPECT_THAT(column(3), SizeIs(3));
+    mailbox.answerProperly("TOP 5");
+    deleteRow(1);
+    EXPECT_THAT(boxTexts(), ElementsAre(kQuestion));
+    EXPECT_THAT(column(3), ElementsAre(QStringLiteral("b"), QStringLiteral("c")));
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(column(3), ElementsAre(QStringLiteral("b"), QStringLiteral("c"), QStringLiteral("d"),
+                                       QStringLiteral("e")));
+}
+
+TEST_F(MessageDeletion, ARowThatStillWaitsForItsMessageCannotBeDeleted) {
+    logInWith(1);
+    mainWindow().MailGrid->setRows(3);
+    deleteRow(2);
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Please select a message from the list first.")));
+    EXPECT_THAT(mailbox.messages(), SizeIs(1));
 }

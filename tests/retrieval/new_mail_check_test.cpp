@@ -3,10 +3,12 @@
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
+#include "windows/frmSend.h"
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTest>
 
 using support::Pop3Mailbox;
 using support::ScriptedServer;
@@ -68,6 +70,7 @@ TEST_F(NewMailCheck, WithoutNewMessagesTheTimerShowsNothing) {
     mainWindow().tmrCheckMail_Timer();
     EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_FALSE(email::state.NewMailFound);
+    EXPECT_TRUE(mainWindow().lStats->text().startsWith(QStringLiteral("2 messages ")));
     expectUsableWindow();
 }
 
@@ -208,6 +211,31 @@ TEST_F(NewMailCheck, ABrokenConnectionEndsTheProgram) {
     EXPECT_EQ(programEnds, 1);
 }
 
+TEST_F(NewMailCheck, BoxesOfFailedChecksDoNotPileUpWhileNobodyIsThere) {
+    logInWith(1);
+    mailbox.answer("PASS", "-ERR no\r\n");
+    whileBoxIsOpen = [&](const platform::MessageBox&) {
+        if (boxes.size() < 10) {
+            mainWindow().tmrCheckMail_Timer();
+        }
+    };
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(boxes.size(), 2U);
+    EXPECT_EQ(email::state.LastMessageCount, 1);
+}
+
+TEST_F(NewMailCheck, ExitInTheMidstOfACheckEndsTheProgramAtOnce) {
+    logInWith(1);
+    mailbox.on("STAT", [](support::Peer& peer) { peer.holdSilent(); });
+    const WhenItHolds exit([&] { return server.commands().back() == "STAT"; },
+                           [&] {
+                               mainWindow().cmdExit->click();
+                               EXPECT_EQ(programEnds, 1);
+                               server.release();
+                           });
+    mainWindow().tmrCheckMail_Timer();
+}
+
 TEST_F(NewMailCheck, AMailboxInUseIsReportedAndTheProgramGoesOn) {
     logInWith(1);
     mailbox.answer("PASS", "-ERR [IN-USE] locked\r\n");
@@ -276,6 +304,19 @@ TEST_F(NewMailCheck, AfterADeletionOnlyWhatCameSinceIsNew) {
     EXPECT_EQ(cell(3, 3), QStringLiteral("About 4"));
     EXPECT_EQ(cell(3, 0), QStringLiteral("3"));
     EXPECT_EQ(email::state.MessageNumbers.at(2), 3);
+}
+
+TEST_F(NewMailCheck, NewMailTakesTheKeyboardFromNobodyWhoIsWriting) {
+    logInWith(1);
+    mainWindow().cmdCmpose->click();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&composeWindow()));
+    mailbox.deliver(message("2"));
+    mainWindow().tmrCheckMail_Timer();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(composeWindow().isActiveWindow());
+    EXPECT_TRUE(composeWindow().tTo->hasFocus());
+    EXPECT_FALSE(mainWindow().isEnabled());
+    EXPECT_EQ(mainWindow().MailGrid->Rows(), 3);
 }
 
 namespace {

@@ -32,6 +32,15 @@ TEST_F(MessageWindow, PrintIsOfferedOnlyWhenTheSettingIsExactlyYes) {
     }
 }
 
+TEST_F(MessageWindow, WithoutAnAttachmentThereIsNothingToSave) {
+    logInWith({multipart({plainPart("text")}), kLetter});
+    for (const int row : {1, 2}) {
+        doubleClick(row);
+        EXPECT_FALSE(messageWindow().cmdSave->isEnabled()) << row;
+        unload(messageWindow());
+    }
+}
+
 TEST_F(MessageWindow, ItsCaptionsAreTheirOwn) {
     openOnly(kLetter);
     const frmFrom& window = messageWindow();

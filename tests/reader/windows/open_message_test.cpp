@@ -240,6 +240,11 @@ TEST_F(OpenMessage, ARowOutsideTheTableEndsInTheHeaderErrorBox) {
     mainWindow().MailGrid->setCurrentItem(nullptr);
     mainWindow().MailGrid_DblClick();
     expectHeaderErrorBox(9);
+    boxes.clear();
+    mainWindow().MailGrid->setRows(202);
+    mainWindow().MailGrid->setCurrentCell(200, 0);
+    mainWindow().MailGrid_DblClick();
+    expectHeaderErrorBox(9);
 }
 
 TEST_F(OpenMessage, AServerThatIsGoneEndsInTheHeaderErrorBoxAndTheNextTryWorks) {

@@ -1,4 +1,5 @@
 #include "tests/reader/windows/reader_fixture.h"
+#include "tests/support/file_faults.h"
 
 #include <sys/stat.h>
 
@@ -139,7 +140,18 @@ TEST_F(SaveAttachment, ATextThatIsCutOffLeavesTheOlderFileAsItWas) {
     EXPECT_EQ(folder.read("a.bin"), "older");
 }
 
-TEST_F(SaveAttachment, AFullDiskLeavesTheOlderFileAsItWas) {
+TEST_F(SaveAttachment, ADiskThatFillsUpLeavesTheOlderFileAsItWas) {
+    openWith("a.bin", std::string(8'000, 'A'));
+    folder.write("a.bin", "older");
+    {
+        const support::FileSizeLimit limit(1'000);
+        save();
+    }
+    expectRefused(57);
+    EXPECT_EQ(folder.read("a.bin"), "older");
+}
+
+TEST_F(SaveAttachment, ADeviceIsNoPlaceForAFile) {
     openWith("a.bin", "QUJD");
     email::settings.SaveDirectory = QStringLiteral("Z:\\dev\\");
     email::state.CurrentAttachment = "full";
