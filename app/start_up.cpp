@@ -6,10 +6,8 @@
 #include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
 #include "windows/frmAbout.h"
-#include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
-#include "windows/frmSend.h"
 #include "windows/frmSetup.h"
 #include "windows/windows.h"
 
@@ -50,11 +48,10 @@ void readSettingsFile() {
 
 void applySettings(frmMain& main) {
     const QString title = email::settings.Institution + QStringLiteral(" E-Mail");
+    // The message and the compose window give themselves the same title, when they are first needed.
     aboutWindow().setWindowTitle(title);
-    messageWindow().setWindowTitle(title);
     loginWindow().setWindowTitle(title);
     main.setWindowTitle(title);
-    composeWindow().setWindowTitle(title);
     main.cmdGetMail->setVisible(email::isYes(email::settings.ShowGetMail));
     email::state.StartUpNumbers.fill(0);
 }
