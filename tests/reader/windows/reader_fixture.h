@@ -61,7 +61,7 @@ class ReaderTest : public WindowTest {
     }
 
     static QString shownText() {
-        EXPECT_TRUE(QTest::qWaitFor([] { return !messageWindow().tMessage->isFilling(); }));
+        EXPECT_TRUE(QTest::qWaitFor([] { return !messageWindow().tMessage->isFilling(); }, 60'000));
         return messageWindow().tMessage->toPlainText();
     }
 
