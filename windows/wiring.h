@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include <functional>
+#include <utility>
 
 /**
  * Runs a handler. An error that it does not trap ends in the generic report, a message box with the number

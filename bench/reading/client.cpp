@@ -47,14 +47,6 @@ void fetch(const QString& server, email::MessageSummary& message) {
     pop.issueRequest(Request::LogOffAndDisconnect);
 }
 
-void writeAttachment(std::string_view part) {
-    platform::PrivateOutput file(platform::nativePath(QLatin1String(kEncodedAttachmentFile)),
-                                 platform::Writing::InPlace);
-    file.write(withoutPartHeaders(part));
-    file.write("\r\n");
-    file.finish();
-}
-
 void parse(const email::MessageSummary& message) {
     StrippedText text;
     std::string attachment;

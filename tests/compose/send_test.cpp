@@ -58,6 +58,16 @@ class Send : public WindowTest {
         EXPECT_FALSE(mainWindow().isEnabled());
     }
 
+    /** The server keeps the client waiting at DATA until the test releases it, and refuses then. */
+    void refuseDataWhenReleased() {
+        mailbox.on("DATA", [](support::Peer& peer) {
+            peer.holdSilent();
+            peer.send("451 not now\r\n");
+        });
+    }
+
+    bool waitsAtData() { return !server.keywords().empty() && server.keywords().back() == "DATA"; }
+
     const QString bob = QStringLiteral("bob@example.org");
     SmtpMailbox mailbox;
     ScriptedServer server;
@@ -128,7 +138,7 @@ TEST_F(Send, WhileItSendsTheButtonsAreDisabledAndTheLabelSaysSo) {
         peer.holdSilent();
         peer.send("554 no\r\n");
     });
-    const WhenItHolds look([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+    const WhenItHolds look([this] { return waitsAtData(); },
                            [&] {
                                auto& window = composeWindow();
                                EXPECT_EQ(window.lblSending->text(), QStringLiteral("Sending Mail... "));
@@ -216,11 +226,8 @@ TEST_F(Send, ALineEndInASubjectThatSomebodyElseWroteMakesNoHeader) {
 }
 
 TEST_F(Send, ClosedWhileItSendsTheWindowHidesAndTheMessageIsSentOnce) {
-    mailbox.on("DATA", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("451 not now\r\n");
-    });
-    const WhenItHolds close([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+    refuseDataWhenReleased();
+    const WhenItHolds close([this] { return waitsAtData(); },
                             [&] {
                                 composeWindow().close();
                                 EXPECT_FALSE(composeWindow().isVisible());
@@ -236,11 +243,8 @@ TEST_F(Send, ClosedWhileItSendsTheWindowHidesAndTheMessageIsSentOnce) {
 }
 
 TEST_F(Send, AfterItWasClosedWhileItSentControlIsGivenBackOnce) {
-    mailbox.on("DATA", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("451 not now\r\n");
-    });
-    const WhenItHolds close([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+    refuseDataWhenReleased();
+    const WhenItHolds close([this] { return waitsAtData(); },
                             [&] {
                                 composeWindow().close();
                                 // As after opening a message meanwhile.
@@ -289,11 +293,8 @@ TEST_F(Send, CtrlReturnSends) {
 }
 
 TEST_F(Send, PressedAgainWhileTheFirstOneRunsDoesNothing) {
-    mailbox.on("DATA", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("451 not now\r\n");
-    });
-    const WhenItHolds again([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
+    refuseDataWhenReleased();
+    const WhenItHolds again([this] { return waitsAtData(); },
                             [&] {
                                 composeWindow().cmdSndit_Click();
                                 server.release();
