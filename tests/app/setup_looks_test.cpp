@@ -1,5 +1,6 @@
 // What a person, and a screen reader, finds in the setup window.
 
+#include "tests/support/places.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmSetup.h"
@@ -164,7 +165,7 @@ TEST_F(SetupLooks, FitsAScreenOf1024By768WithNothingToScrollTo) {
 
 // For whoever wants to look: the window as it opens, and as it is on a small screen.
 TEST_F(SetupLooks, PicturesAreTaken) {
-    const QString folderName = QStringLiteral(BRINDLEWAKE_TEST_BUILD "/pictures");
+    const QString folderName = QString::fromStdString(support::buildFolder() + "/pictures");
     ASSERT_TRUE(QDir().mkpath(folderName));
     frmSetup& window = setupWindow();
     EXPECT_TRUE(window.grab().save(folderName + QStringLiteral("/Setup.png")));

@@ -1,5 +1,7 @@
 #include "tests/support/cups_server.h"
 
+#include "tests/support/places.h"
+
 #include <QDeadlineTimer>
 
 #include <algorithm>
@@ -21,7 +23,7 @@ constexpr std::chrono::seconds kStartTime{20};
 
 /** The build tree, where its path fits into a socket's and into the configuration. */
 std::filesystem::path parentFolder() {
-    constexpr std::string_view build = BRINDLEWAKE_TEST_BUILD;
+    const std::string build = buildFolder();
     const bool usable = build.size() <= 64 && build.find(' ') == std::string_view::npos;
     return usable ? std::filesystem::path(build) : std::filesystem::temp_directory_path();
 }

@@ -1,5 +1,7 @@
 #include "tests/support/dialogue.h"
 
+#include "tests/support/places.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -9,7 +11,7 @@ namespace support {
 
 namespace {
 std::filesystem::path pathOf(const std::string& folder) {
-    return std::filesystem::path(BRINDLEWAKE_TEST_DATA) / folder;
+    return std::filesystem::path(dataFolder()) / folder;
 }
 } // namespace
 

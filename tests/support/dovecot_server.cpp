@@ -1,6 +1,7 @@
 #include "tests/support/dovecot_server.h"
 
 #include "tests/support/loopback.h"
+#include "tests/support/places.h"
 
 #include <QDeadlineTimer>
 
@@ -37,7 +38,7 @@ bool isSuperuser() {
 /** The build tree where the sockets' paths fit in (108 bytes, Dovecot's own names included) and need no
  * quoting. */
 std::filesystem::path parentFolder() {
-    constexpr std::string_view build = BRINDLEWAKE_TEST_BUILD;
+    const std::string build = buildFolder();
     const bool usable = build.size() <= 64 && build.find(' ') == std::string_view::npos;
     return usable ? std::filesystem::path(build) : std::filesystem::temp_directory_path();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/places.h"
+
 #include <QString>
 #include <QTemporaryDir>
 
@@ -16,7 +18,7 @@ namespace support {
 /** A folder of its own under the build tree, with all that is in it gone at the end of the test. */
 class TemporaryFolder {
   public:
-    TemporaryFolder() : TemporaryFolder(BRINDLEWAKE_TEST_BUILD) {}
+    TemporaryFolder() : TemporaryFolder(buildFolder()) {}
 
     /** The same inside another folder. */
     explicit TemporaryFolder(const std::filesystem::path& parent)

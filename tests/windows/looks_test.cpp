@@ -1,5 +1,6 @@
 // What every window owes to people with other eyes, hands and screens.
 
+#include "tests/support/places.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
 #include "windows/frmFrom.h"
@@ -177,7 +178,7 @@ TEST_P(Looks, NothingHasAColourOfItsOwnThatADarkThemeWouldContradict) {
     EXPECT_LT(picture.pixelColor(3, picture.height() - 3).lightness(), 90);
     EXPECT_GT(text.lightness(), 160);
     // For whoever wants to look: one picture of each window.
-    const QString folderName = QStringLiteral(BRINDLEWAKE_TEST_BUILD "/pictures");
+    const QString folderName = QString::fromStdString(support::buildFolder() + "/pictures");
     ASSERT_TRUE(QDir().mkpath(folderName));
     EXPECT_TRUE(
         picture.save(folderName + u'/' + QLatin1String(GetParam().name) + QStringLiteral("-dark.png")));
@@ -238,7 +239,7 @@ TEST_P(Looks, WhatAPersonWorksWithHasANameInTheAccessibilityTree) {
         EXPECT_FALSE(workedWith && thing.endsWith(QStringLiteral("\"\""))) << lines.join(u'\n').toStdString();
     }
     // For whoever wants to read: one tree of each window.
-    const QString folderName = QStringLiteral(BRINDLEWAKE_TEST_BUILD "/accessibility");
+    const QString folderName = QString::fromStdString(support::buildFolder() + "/accessibility");
     ASSERT_TRUE(QDir().mkpath(folderName));
     QFile file(folderName + u'/' + QLatin1String(GetParam().name) + QStringLiteral(".txt"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
