@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -69,9 +70,11 @@ class Listing {
 void run(const QString& server) {
     Listing listing(server);
     const auto start = std::chrono::steady_clock::now();
+    const std::clock_t work = std::clock();
     listing.fetch();
+    const double processor = static_cast<double>(std::clock() - work) / CLOCKS_PER_SEC;
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    std::cout << "seconds " << elapsed.count();
+    std::cout << "seconds " << elapsed.count() << " processor " << processor;
     listing.describe(std::cout);
     std::cout << std::endl;
 }

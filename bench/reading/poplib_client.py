@@ -1,6 +1,7 @@
 """Fetches a message with Python's poplib and saves its attachment: <port> <file>."""
 
 import email
+import os
 import poplib
 import sys
 import time
@@ -20,6 +21,7 @@ def main():
         if part.get_content_maintype() == "application":
             with open(sys.argv[2], "wb") as file:
                 file.write(part.get_payload(decode=True))
+                os.fsync(file.fileno())
     print("seconds", time.perf_counter() - start)
 
 

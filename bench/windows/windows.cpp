@@ -1,0 +1,159 @@
+// Uses the program's own windows as a person does, on a real display, and takes the time from the press of a
+// button to the picture that it was pressed for:
+//
+//     bench_windows listing     Get Mail, until the list stands there with all its rows
+//     bench_windows reading     double click on the first message, until its window; Save, until the box
+//     bench_windows sending     Send, until the box; sends D:\FILE.BIN to bob@example.org
+//
+// The current folder holds the settings. Windows, handlers and libraries are those of the program, and main()
+// begins as the program's does.
+
+#include "bench/peak_memory.h"
+#include "bench/windows/stopwatch.h"
+#include "email/state.h"
+#include "windows/frmFrom.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
+#include "windows/windows.h"
+#include "windows/wiring.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+
+#include <csignal>
+#include <exception>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace {
+using bench::Stopwatch;
+using bench::Taken;
+
+void tell(const char* what, Taken taken) {
+    std::cout << what << "-seconds " << taken.wait.count() << ' ' << what << "-processor "
+              << taken.processor.count() << ' ';
+}
+
+/** Lets all that is still on its way come to rest, so that it does not count for what is timed next. */
+void settle() {
+    constexpr int milliseconds = 200;
+    QTest::qWait(milliseconds);
+}
+
+void press(QPushButton* button) {
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+/** Presses a button that ends in a box with this text; the box is answered once it can be read. */
+Taken pressUntilBox(QPushButton* button, const QString& text) {
+    QString read;
+    Stopwatch stopwatch([](QWidget& widget) { return qobject_cast<QMessageBox*>(&widget) != nullptr; },
+                        [&read](QWidget& widget) {
+                            auto& box = static_cast<QMessageBox&>(widget);
+                            read = box.text();
+                            box.accept();
+                        });
+    press(button);
+    const Taken taken = stopwatch.wait();
+    if (!read.startsWith(text)) {
+        throw std::runtime_error(read.toStdString());
+    }
+    return taken;
+}
+
+Taken logIn() {
+    frmLogin& login = loginWindow();
+    settle();
+    login.tUser->setText(QStringLiteral("reader"));
+    login.tpwd->setText(QStringLiteral("demo"));
+    settle();
+    Stopwatch stopwatch([](QWidget& widget) {
+        const MSFlexGridLib::MSFlexGrid* const grid = mainWindow().MailGrid;
+        return &widget == grid->viewport() && grid->redraws() && mainWindow().MailGrid->isEnabled();
+    });
+    press(login.cmdLogin);
+    return stopwatch.wait();
+}
+
+void list() {
+    const Taken taken = logIn();
+    const int rows = mainWindow().MailGrid->Rows() - 1;
+    if (mainWindow().MailGrid->TextMatrix(rows, 0).trimmed() != QString::number(rows)) {
+        throw std::runtime_error("the last row is missing");
+    }
+    tell("listing", taken);
+    std::cout << "rows " << rows << ' ';
+}
+
+void read() {
+    logIn();
+    settle();
+    MSFlexGridLib::MSFlexGrid* const grid = mainWindow().MailGrid;
+    const QPoint cell = grid->visualItemRect(grid->item(0, 3)).center();
+    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell);
+    Stopwatch stopwatch([](QWidget& widget) {
+        const auto* const window = dynamic_cast<frmFrom*>(widget.window());
+        return window != nullptr && &widget == window->tMessage->viewport() &&
+               !window->tMessage->shownText().isEmpty();
+    });
+    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, cell);
+    tell("opening", stopwatch.wait());
+    settle();
+    tell("saving", pressUntilBox(messageWindow().cmdSave, QStringLiteral("Attachment has been saved to:")));
+}
+
+void send() {
+    logIn();
+    press(mainWindow().cmdCmpose);
+    frmSend& compose = composeWindow();
+    compose.tTo->setText(QStringLiteral("bob@example.org"));
+    compose.tSubject->setText(QStringLiteral("A file"));
+    compose.tMessage->setBytes("See the file.");
+    compose.txtAttachment->setText(QStringLiteral("D:\\FILE.BIN"));
+    settle();
+    tell("sending", pressUntilBox(compose.cmdSndit, QStringLiteral("Your message has been sent.")));
+}
+
+void run(std::string_view job) {
+    runHandler([] {
+        mainWindow();
+        keepAWindowVisible();
+    });
+    const long peakBefore = bench::peakMemory();
+    if (job == "listing") {
+        list();
+    } else if (job == "reading") {
+        read();
+    } else {
+        send();
+    }
+    std::cout << "memory-before " << peakBefore << " memory-after " << bench::peakMemory() << std::endl;
+}
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const QApplication application(argumentCount, arguments);
+    QApplication::setApplicationName(QStringLiteral("Brindlewake"));
+    QApplication::setQuitOnLastWindowClosed(false);
+    const std::string job = argumentCount == 2 ? arguments[1] : "";
+    if (job != "listing" && job != "reading" && job != "sending") {
+        std::cerr << "usage: bench_windows listing|reading|sending\n";
+        return 2;
+    }
+    const LoadedWindows windows;
+    try {
+        run(job);
+    } catch (const std::exception& error) {
+        std::cerr << "bench_windows: " << error.what() << '\n';
+        return 1;
+    }
+    return 0;
+}
