@@ -1,3 +1,4 @@
+#include "components/controls/paced_showing.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
@@ -62,9 +63,16 @@ void showMainWindowReady() {
 
 void fetchAllSummaries(POPLib::POP& pop) {
     frmMain& main = mainWindow();
-    for (state.CurrentMessage = 1; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
+    controls::PacedShowing receiving([&main] {
         main.lStats->setText(QStringLiteral("Receiving ") + QString::number(state.CurrentMessage) +
                              QStringLiteral(" of ") + QString::number(state.MessageCount));
+    });
+    for (state.CurrentMessage = 1; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
+        if (state.CurrentMessage == state.MessageCount) {
+            receiving.showNow();
+        } else {
+            receiving.changed();
+        }
         fetchSummary(pop);
         main.barProgress->setProgress(state.CurrentMessage);
     }

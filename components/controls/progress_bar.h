@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/controls/paced_showing.h"
+
 #include <QProgressBar>
 
 namespace MSComctlLib {
@@ -27,10 +29,27 @@ class ProgressBar : public QProgressBar {
         }
     }
 
+    /**
+     * May be called for every line of a message: value() and the picture follow about 60 times a second, and
+     * at once at both ends of the range.
+     */
     void setProgress(int value) {
-        setValue(qBound(minimum(), value, maximum()));
-        setVisible(value > minimum());
+        progress_ = qBound(minimum(), value, maximum());
+        if (progress_ == minimum() || progress_ == maximum()) {
+            showing_.showNow();
+        } else {
+            showing_.changed();
+        }
     }
+
+  private:
+    void showProgress() {
+        setValue(progress_);
+        setVisible(progress_ > minimum());
+    }
+
+    int progress_ = 0;
+    controls::PacedShowing showing_{[this] { showProgress(); }};
 };
 
 } // namespace MSComctlLib
