@@ -5,6 +5,7 @@
 #include <QStringDecoder>
 #include <QTextBoundaryFinder>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -115,6 +116,11 @@ QString trimmedBlanks(const QString& text) {
 }
 
 QString fitted(const QString& text, int width) {
+    const auto isPrintableAscii = [](QChar character) { return character >= u' ' && character <= u'~'; };
+    if (std::all_of(text.begin(), text.end(), isPrintableAscii)) {
+        // Each of these is a character for itself, which spares the long way of telling.
+        return text.leftJustified(width, u' ', true);
+    }
     QTextBoundaryFinder boundary(QTextBoundaryFinder::Grapheme, text);
     int characters = 0;
     while (characters < width && boundary.toNextBoundary() >= 0) {

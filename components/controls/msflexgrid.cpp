@@ -2,6 +2,7 @@
 
 #include "platform/runtime_error.h"
 
+#include <QAccessible>
 #include <QHeaderView>
 #include <QPainter>
 #include <QScrollBar>
@@ -23,6 +24,19 @@ class CellPainter : public QStyledItemDelegate {
         }
         // A row is one line high: what hangs from its top and what is centred stand on one line.
         option->displayAlignment = (option->displayAlignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
+    }
+};
+
+/** One cell. A column may be too narrow for its text, so that the tip has all of it. */
+class Cell : public QTableWidgetItem {
+  public:
+    QVariant data(int role) const override {
+        if (role != Qt::ToolTipRole) {
+            return QTableWidgetItem::data(role);
+        }
+        // Blanks that only pad the text are no news. Marked as rich text, or the signs that escape it would be
+        // seen.
+        return QStringLiteral("<p>") + text().trimmed().toHtmlEscaped() + QStringLiteral("</p>");
     }
 };
 } // namespace
@@ -68,16 +82,24 @@ void MSFlexGrid::setTextMatrix(int row, int column, const QString& text) {
         horizontalHeaderItem(column)->setText(text);
         return;
     }
-    QTableWidgetItem* cell = item(row - 1, column);
-    if (cell == nullptr) {
-        cell = new QTableWidgetItem;
-        cell->setTextAlignment(alignments_.at(column));
-        setItem(row - 1, column, cell);
+    if (QTableWidgetItem* const written = item(row - 1, column)) {
+        written->setText(text);
+        return;
     }
+    // Filled before the grid knows it: the grid is told of every change of what it has.
+    auto* const cell = new Cell;
+    cell->setTextAlignment(alignments_.at(column));
     cell->setText(text);
-    // A column may be too narrow for its text; blanks that only pad it are no news.
-    // Marked as rich text, or the signs that escape it would be seen.
-    cell->setToolTip(QStringLiteral("<p>") + text.trimmed().toHtmlEscaped() + QStringLiteral("</p>"));
+    setItem(row - 1, column, cell);
+}
+
+// Each row that is written would ask for a new picture, which is the old one while nothing is redrawn. Screen
+// readers are told in any case.
+void MSFlexGrid::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                             const QList<int>& roles) {
+    if (redraws_ || QAccessible::isActive()) {
+        QTableWidget::dataChanged(topLeft, bottomRight, roles);
+    }
 }
 
 // Painting goes on, with an older picture: a widget whose painting is switched off shows nothing, or what lay

@@ -49,6 +49,8 @@ class MSFlexGrid : public QTableWidget {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QList<int>& roles = {}) override;
 
   private:
     void mustHold(int row, int column) const;

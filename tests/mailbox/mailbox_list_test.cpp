@@ -49,6 +49,22 @@ email::MessageSummary summaryOf(const std::string& from, const std::string& subj
     summary.Size = size;
     return summary;
 }
+/** Counts how often a widget is painted. */
+class CountedPaintings : public QObject {
+  public:
+    explicit CountedPaintings(QWidget& widget) { widget.installEventFilter(this); }
+
+    int count() const { return count_; }
+
+  protected:
+    bool eventFilter(QObject* /*receiver*/, QEvent* event) override {
+        count_ += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+
+  private:
+    int count_ = 0;
+};
 } // namespace
 
 TEST_F(MailboxList, WithoutMessagesHasOneBlankRowDisabledButtonsAndZeroTotals) {
@@ -213,6 +229,34 @@ TEST_F(MailboxList, WhileNothingIsRedrawnTheListShowsWhatItShowedBefore) {
     EXPECT_EQ(view->grab().toImage(), before);
     mainWindow().MailGrid->setRedraw(true);
     EXPECT_NE(view->grab().toImage(), before);
+}
+
+TEST_F(MailboxList, WhileNothingIsRedrawnWrittenRowsAskForNoPicture) {
+    fill(1);
+    auto* const grid = mainWindow().MailGrid;
+    grid->setRedraw(false);
+    QCoreApplication::processEvents();
+    const CountedPaintings paintings(*grid->viewport());
+    grid->setTextMatrix(1, 3, QStringLiteral("another subject"));
+    grid->setRows(3);
+    grid->setTextMatrix(2, 3, QStringLiteral("a new row"));
+    QCoreApplication::processEvents();
+    const int whileResting = paintings.count();
+    grid->setTextMatrix(1, 3, QStringLiteral("a third subject"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(paintings.count(), whileResting);
+    grid->setRedraw(true);
+    QCoreApplication::processEvents();
+    EXPECT_GT(paintings.count(), whileResting);
+}
+
+TEST_F(MailboxList, ACellsTipHasItsWholeTextWithoutTheBlanksThatPadIt) {
+    email::state.Messages.at(1) = summaryOf("ann@example.org", "a < b", "today", 10);
+    fill(1);
+    auto* const grid = mainWindow().MailGrid;
+    EXPECT_EQ(grid->item(0, 3)->toolTip(), QStringLiteral("<p>a &lt; b</p>"));
+    grid->setTextMatrix(1, 3, QStringLiteral("another subject   "));
+    EXPECT_EQ(grid->item(0, 3)->toolTip(), QStringLiteral("<p>another subject</p>"));
 }
 
 TEST_F(MailboxList, AListThatIsFirstShownWhileNothingIsRedrawnIsBlankNotBlack) {
