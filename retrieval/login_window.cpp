@@ -1,4 +1,5 @@
 #include "components/controls/picture.h"
+#include "components/transport/stream.h"
 #include "email/state.h"
 #include "platform/runtime_error.h"
 #include "retrieval/wave_player_setup.h"
@@ -50,6 +51,11 @@ void frmLogin::Form_KeyDown(int KeyCode, int Shift) {
     if (KeyCode == kKeyF9 && Shift == kShiftAndControl) {
         cmdSetup_Click();
     }
+}
+
+// Whoever types a name will want a connection: what it needs is loaded before somebody waits for it.
+void frmLogin::tUser_Change() {
+    transport::loadNetwork();
 }
 
 void frmLogin::tUser_Return() {

@@ -31,6 +31,7 @@ frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlew
     tUser = named<QLineEdit>("tUser", this);
     lUser->setBuddy(tUser);
     connectHandler(tUser, &QLineEdit::returnPressed, this, &frmLogin::tUser_Return);
+    connectHandler(tUser, &QLineEdit::textEdited, this, &frmLogin::tUser_Change);
     lPwd = named<QLabel>("lPwd", QStringLiteral("Password:"), this);
     tpwd = named<QLineEdit>("tpwd", this);
     tpwd->setEchoMode(QLineEdit::Password);

@@ -20,6 +20,7 @@ class frmLogin : public Form {
     void Form_KeyDown(int KeyCode, int Shift);
     void cmdSetup_Click();
     void tUser_Return();
+    void tUser_Change();
 
     // retrieval/login.cpp
     void cmdLogin_Click();

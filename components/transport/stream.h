@@ -56,4 +56,7 @@ class Stream {
  */
 std::unique_ptr<Stream> makeStream();
 
+/** Loads that library ahead of the first call; does nothing when it is loaded, or cannot be. */
+void loadNetwork();
+
 } // namespace transport

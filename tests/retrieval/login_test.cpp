@@ -12,6 +12,9 @@
 #include <QTest>
 #include <QTimer>
 
+#include <fstream>
+#include <iterator>
+
 using support::Pop3Mailbox;
 using support::ScriptedServer;
 using support::WhenItHolds;
@@ -341,6 +344,15 @@ TEST_F(Login, OtherKeysDoNotOpenTheSetupWindow) {
     QTest::keyClick(loginWindow().tUser, Qt::Key_F9, Qt::ControlModifier);
     QTest::keyClick(loginWindow().tUser, Qt::Key_F8, Qt::ShiftModifier | Qt::ControlModifier);
     EXPECT_FALSE(setupWindow().isVisible());
+}
+
+TEST_F(Login, WhatAConnectionNeedsIsLoadedAsSoonAsANameIsTyped) {
+    writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
+    startUp();
+    QTest::keyClicks(loginWindow().tUser, QStringLiteral("a"));
+    std::ifstream maps("/proc/self/maps");
+    const std::string all{std::istreambuf_iterator<char>(maps), {}};
+    EXPECT_NE(all.find("libbrindlewake_network.so"), std::string::npos);
 }
 
 TEST_F(Login, ThePasswordIsNotReadable) {
