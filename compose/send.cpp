@@ -101,6 +101,7 @@ void frmSend::send() {
     SMTP1.setAdditionalHeaders(message.ExtraHeaders);
     SMTP1.setBody(message.MessageBody);
     SMTP1.setDataFile(message.encodedFile);
+    SMTP1.setDataFileEncoded(true);
     setHourglass(true);
     SMTP1.issueRequest(Request::TransmitMessage);
     setHourglass(false);

@@ -25,6 +25,8 @@ struct Message {
     std::string body;
     /** The drive path of a file whose content follows the body; empty for none. */
     QString dataFile;
+    /** The file holds nothing but short lines of ASCII that end in CR LF, as an encoder writes them. */
+    bool dataFileEncoded = false;
 };
 
 /** What of a message goes over the wire before its body. */

@@ -26,13 +26,16 @@ MessageSource::MessageSource(std::string_view header, std::string_view body, con
 
 MessageTotals MessageSource::measure() {
     MessageTotals totals;
-    for (std::string piece; next(piece);) {
+    const Part end = fileSizeIsKnown() ? Part::File : Part::End;
+    for (std::string piece; part_ != end && next(piece);) {
         totals.octets += static_cast<std::int64_t>(piece.size());
         totals.eightBit = totals.eightBit || hasEightBit(piece);
     }
     part_ = Part::Header;
     bodyUsed_ = 0;
-    if (file_) {
+    if (end == Part::File) {
+        totals.octets += file_->size();
+    } else if (file_) {
         const std::int64_t measured = file_->size();
         file_.emplace(dataFile_);
         // The server will be told the size, and half of a file that somebody still writes is worth nothing.
@@ -65,6 +68,11 @@ bool MessageSource::next(std::string& piece) {
 void MessageSource::readFile(std::string& piece) {
     buffer_.resize(kPieceOctets);
     const std::string_view octets = file_ ? file_->read(buffer_) : std::string_view();
+    if (fileSizeIsKnown() && file_->bytesRead() < file_->size()) {
+        // An encoder's lines are ready as they are; only the last one is looked at, which must have its end.
+        piece.append(octets);
+        return;
+    }
     wire_.add(octets, piece);
     if (octets.empty()) {
         wire_.finish(piece);

@@ -23,7 +23,7 @@ struct MessageTotals {
 
 /**
  * Header, body and data file as one stream of text for the wire. It is read twice, first for its size and
- * then to be sent, and no more than a piece of the file is in memory.
+ * then to be sent, but for a file that an encoder has just written; and no more than a piece of the file is in memory.
  *
  *     MessageSource source(header, body, path);
  *     const MessageTotals totals = source.measure();
@@ -41,11 +41,17 @@ class MessageSource {
      */
     MessageSource(std::string_view header, std::string_view body, const QString& dataFile);
 
-    /** True when there is a file to read, which may take its time. */
-    bool hasFile() const { return file_.has_value(); }
+    /**
+     * Says that the file holds nothing but short lines of ASCII that end in CR LF, as an encoder writes them:
+     * what it amounts to is then its size.
+     */
+    void fileIsEncoded() { fileIsEncoded_ = true; }
+
+    /** True when measuring reads a file, which may take its time. */
+    bool readsFileToMeasure() const { return file_.has_value() && !fileSizeIsKnown(); }
 
     /**
-     * Reads everything once and begins again.
+     * Reads everything once, but for a file whose size tells enough, and begins again.
      * \throws RuntimeError 57 when the disk fails or the file changes meanwhile, and what opening it can
      * raise.
      */
@@ -62,12 +68,16 @@ class MessageSource {
 
     void readFile(std::string& piece);
 
+    /** A last line of the body that has no end takes the file's first one, which changes what they amount to. */
+    bool fileSizeIsKnown() const { return file_ && fileIsEncoded_ && body_.ends_with("\r\n"); }
+
     std::string_view header_;
     std::string_view body_;
     QString dataFile_;
     std::optional<platform::RegularInput> file_;
     Part part_ = Part::Header;
     std::size_t bodyUsed_ = 0;
+    bool fileIsEncoded_ = false;
     WireText wire_;
     std::string buffer_;
 };

@@ -79,6 +79,9 @@ void SMTP::transmit() {
     PreparedMessage prepared = prepareMessage(message, now);
     const QString dataFile = message.dataFile.isEmpty() ? QString() : platform::nativePath(message.dataFile);
     MessageSource source(prepared.header, message.body, dataFile);
+    if (message.dataFileEncoded) {
+        source.fileIsEncoded();
+    }
     const MessageTotals totals = measured(source);
     session_.begin(
         {std::move(prepared.sender), std::move(prepared.mailboxes), totals.octets, totals.eightBit});
@@ -90,7 +93,7 @@ void SMTP::transmit() {
 
 MessageTotals SMTP::measured(MessageSource& source) const {
     MessageTotals totals;
-    if (source.hasFile()) {
+    if (source.readsFileToMeasure()) {
         platform::runInBackground([&] { totals = source.measure(); });
     } else {
         totals = source.measure();

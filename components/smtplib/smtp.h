@@ -105,6 +105,12 @@ class SMTP {
     void setDataFile(const QString& path) { message_.dataFile = path; }
 
     /**
+     * Whether the data file holds nothing but short lines of ASCII that end in CR LF, as an encoder writes
+     * them. The size to announce is then known, and the file is read only once.
+     */
+    void setDataFileEncoded(bool encoded) { message_.dataFileEncoded = encoded; }
+
+    /**
      * The Message-ID. When it is empty, the transmission makes one and leaves it here, so that the same
      * message tried again has the same one and its readers can tell. A confirmed message empties it.
      */

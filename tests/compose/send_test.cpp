@@ -107,6 +107,15 @@ TEST_F(Send, AnAttachmentGoesOutAsTheComposerMadeIt) {
     EXPECT_EQ(folder.read("_brndwake.tmp"), "QUJD\r\n----*******Brindlewake************--\r\n");
 }
 
+TEST_F(Send, TheSizeThatIsAnnouncedIsThatOfTheMessageWithItsAttachment) {
+    folder.write("FILE.BIN", std::string(200'000, 'x'));
+    write(bob, QStringLiteral("s"), QStringLiteral("a text"), QStringLiteral("C:\\FILE.BIN"));
+    press();
+    ASSERT_EQ(mailbox.messages().size(), 1U);
+    const std::string size = std::to_string(mailbox.messages()[0].size());
+    EXPECT_THAT(server.commands(), Contains("MAIL FROM:<ann@example.org> SIZE=" + size));
+}
+
 TEST_F(Send, AnEmptyToStillWritesTheEncodedFileAndIsThenRefused) {
     folder.write("report.bin", "ABC");
     write(QString(), QStringLiteral("File"), QString(), QStringLiteral("C:\\report.bin"));

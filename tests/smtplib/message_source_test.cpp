@@ -66,6 +66,31 @@ TEST_F(MessageSourceTest, TellsOfOctetsBeyondAsciiInBodyAndFile) {
     EXPECT_TRUE(MessageSource(kHeader, "a", folder.qtPath("more")).measure().eightBit);
 }
 
+TEST_F(MessageSourceTest, AnEncodedFileIsMeasuredByItsSize) {
+    folder.write("data", "QUJD\r\nREVG\r\n");
+    MessageSource source(kHeader, "body\r\n", folder.qtPath("data"));
+    EXPECT_TRUE(source.readsFileToMeasure());
+    source.fileIsEncoded();
+    EXPECT_FALSE(source.readsFileToMeasure());
+    const MessageTotals totals = source.measure();
+    const std::string text = readAll(source);
+    EXPECT_EQ(text, "Subject: a\r\n\r\nbody\r\nQUJD\r\nREVG\r\n");
+    EXPECT_EQ(totals.octets, static_cast<std::int64_t>(text.size()));
+    EXPECT_FALSE(totals.eightBit);
+}
+
+TEST_F(MessageSourceTest, BehindABodyWithoutALastLineEndAnEncodedFileIsReadAllTheSame) {
+    const std::string longLine(SMTPLib::kMaximumTextLineOctets, 'a');
+    folder.write("data", "QUJD\r\n");
+    for (const std::string& body : {longLine, std::string(), std::string("body\r")}) {
+        MessageSource source(kHeader, body, folder.qtPath("data"));
+        source.fileIsEncoded();
+        EXPECT_TRUE(source.readsFileToMeasure());
+        const MessageTotals totals = source.measure();
+        EXPECT_EQ(totals.octets, static_cast<std::int64_t>(readAll(source).size()));
+    }
+}
+
 TEST_F(MessageSourceTest, NoPieceIsMuchLargerThanItsShareOfTheFile) {
     std::string content;
     while (content.size() < 3'000'000) {
