@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import resource
 import shutil
 import socketserver
 import statistics
@@ -82,14 +83,18 @@ def commands(build, port):
 
 
 def run(command, folder):
-    """Reads once; returns what the program tells of itself, and else the seconds of its process."""
+    """Reads once; returns what the program tells of itself, and else what its process took."""
     environment = dict(os.environ, BRINDLEWAKE_DRIVE_C=str(folder))
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
     start = time.perf_counter()
     told = subprocess.run(
         command, check=True, stdout=subprocess.PIPE, text=True, timeout=300, cwd=folder, env=environment
     ).stdout.split()
     seconds = time.perf_counter() - start
-    return {"seconds": seconds} | {key: float(value) for key, value in zip(told[0::2], told[1::2])}
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    processor = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
+    own = {key: float(value) for key, value in zip(told[0::2], told[1::2])}
+    return {"seconds": seconds, "processor": processor} | own
 
 
 def use_windows(build, port, display, folder):
@@ -148,8 +153,7 @@ def compare(build, folder, rounds):
     for name, words in told.items():
         show("wait", name, words["seconds"])
     for name, words in told.items():
-        if "processor" in words:
-            show("processor", name, words["processor"])
+        show("processor", name, words["processor"])
     for name in (OWN, "plain C"):
         for step in ("opening", "saving"):
             show(f"of it, {step}", name, told[name][f"{step}-seconds"])

@@ -3,6 +3,7 @@
 #include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/base64_encoder.h"
 #include "components/netcodelib/leading_fields.h"
+#include "components/netcodelib/write_behind.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
@@ -78,20 +79,22 @@ void NetCode::convert(Coder coder) {
     platform::PrivateOutput output(target, Coder::kWriting,
                                    overwrite_ ? platform::Existing::Replace : platform::Existing::Refuse);
 
+    // Half of the work is writing, and most computers can do both at once.
+    WriteBehind behind([&output](std::string_view bytes) { output.write(bytes); });
     std::string buffer(kPieceBytes, '\0');
     std::string converted;
     std::int64_t reported = 0;
     for (std::string_view piece = source.read(buffer); !piece.empty(); piece = source.read(buffer)) {
         coder.append(piece, converted);
-        output.write(converted);
-        converted.clear();
+        behind.write(converted);
         if (Progress && source.bytesRead() - reported >= kProgressBytes) {
             reported = source.bytesRead();
             Progress(reported, source.size());
         }
     }
     coder.finish(converted);
-    output.write(converted);
+    behind.write(converted);
+    behind.finish();
     if (Progress) {
         Progress(source.bytesRead(), source.size());
     }
