@@ -34,8 +34,8 @@ class Cell : public QTableWidgetItem {
         if (role != Qt::ToolTipRole) {
             return QTableWidgetItem::data(role);
         }
-        // Blanks that only pad the text are no news. Marked as rich text, or the signs that escape it would be
-        // seen.
+        // Blanks that only pad the text are no news. Marked as rich text, or the signs that escape it would
+        // be seen.
         return QStringLiteral("<p>") + text().trimmed().toHtmlEscaped() + QStringLiteral("</p>");
     }
 };

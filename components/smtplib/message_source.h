@@ -23,7 +23,8 @@ struct MessageTotals {
 
 /**
  * Header, body and data file as one stream of text for the wire. It is read twice, first for its size and
- * then to be sent, but for a file that an encoder has just written; and no more than a piece of the file is in memory.
+ * then to be sent, but for a file that an encoder has just written; and no more than a piece of the file is
+ * in memory.
  *
  *     MessageSource source(header, body, path);
  *     const MessageTotals totals = source.measure();
@@ -68,7 +69,7 @@ class MessageSource {
 
     void readFile(std::string& piece);
 
-    /** A last line of the body that has no end takes the file's first one, which changes what they amount to. */
+    /** Not where the body's last line is open: it takes the file's first line. */
     bool fileSizeIsKnown() const { return file_ && fileIsEncoded_ && body_.ends_with("\r\n"); }
 
     std::string_view header_;

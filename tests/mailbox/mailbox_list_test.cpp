@@ -49,6 +49,7 @@ email::MessageSummary summaryOf(const std::string& from, const std::string& subj
     summary.Size = size;
     return summary;
 }
+
 /** Counts how often a widget is painted. */
 class CountedPaintings : public QObject {
   public:
