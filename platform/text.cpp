@@ -30,6 +30,10 @@ QString fromWindows1252(std::string_view bytes) {
     return text;
 }
 
+bool continuesCharacter(char byte) noexcept {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
 bool isInvisibleControl(char16_t code) {
     const bool bidirectional = code == 0x061C || code == 0x200B || (code >= 0x200E && code <= 0x200F) ||
                                (code >= 0x2028 && code <= 0x202E) || (code >= 0x2060 && code <= 0x206F);
@@ -75,6 +79,25 @@ QString fromBytes(std::string_view bytes) {
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     QString text = decoder(QByteArrayView(bytes.data(), static_cast<qsizetype>(bytes.size())));
     return decoder.hasError() ? fromWindows1252(bytes) : text;
+}
+
+std::size_t wholeCharacters(std::string_view text, std::size_t most) noexcept {
+    constexpr std::size_t longestCharacter = 4;
+    if (text.size() <= most) {
+        return text.size();
+    }
+    std::size_t cut = most;
+    while (cut > 0 && continuesCharacter(text[cut]) && most - cut < longestCharacter) {
+        --cut;
+    }
+    // What has no start of a character there is no UTF-8.
+    return continuesCharacter(text[cut]) ? most : cut;
+}
+
+QString startFromBytes(std::string_view bytes, std::size_t most) {
+    const std::size_t shown = wholeCharacters(bytes, most);
+    const QString start = fromBytes(bytes.substr(0, shown));
+    return shown < bytes.size() ? start + QStringLiteral(" [...]") : start;
 }
 
 std::string toBytes(const QString& text) {

@@ -12,6 +12,18 @@ namespace platform {
 /** Mail bytes as a person reads them: UTF-8 where the bytes are valid UTF-8, otherwise Windows-1252. */
 QString fromBytes(std::string_view bytes);
 
+/**
+ * How many of the first `most` bytes of a text there are when the last character is to be whole: a UTF-8
+ * character is not cut in two. Bytes that are no UTF-8 are cut anywhere.
+ */
+std::size_t wholeCharacters(std::string_view text, std::size_t most) noexcept;
+
+/**
+ * The same as fromBytes() for up to `most` bytes; of a longer text its start, and behind it a mark that there
+ * is more. For places that show one line: a stranger sends megabytes where a name is expected.
+ */
+QString startFromBytes(std::string_view bytes, std::size_t most);
+
 /** Typed text as the bytes that go out: UTF-8. */
 std::string toBytes(const QString& text);
 

@@ -1,12 +1,20 @@
 #include "components/controls/text_box.h"
 
+#include "components/controls/pasted_text.h"
+#include "components/controls/shown_lines.h"
+#include "platform/message_box.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
 
+#include <QLabel>
+#include <QMimeData>
 #include <QTextBlock>
 #include <QTextCursor>
 
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace controls {
@@ -14,55 +22,14 @@ namespace controls {
 namespace {
 constexpr QChar kLineSeparator(0x2028);
 
-bool continuesCharacter(char byte) noexcept {
-    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
-}
-
-/** Where the first shown line of the text ends, its line end included. */
-std::size_t endOfLine(std::string_view text) {
-    constexpr std::size_t longestCharacter = 4;
-    const std::string_view head = text.substr(0, TextBox::kLongestShownLine);
-    const std::size_t end = head.find_first_of("\r\n");
-    if (end != std::string_view::npos) {
-        return end + (text.substr(end).starts_with("\r\n") ? 2 : 1);
-    }
-    std::size_t cut = head.size();
-    while (cut < text.size() && continuesCharacter(text[cut]) && head.size() - cut < longestCharacter) {
-        --cut;
-    }
-    // What has no start of a character there is no UTF-8.
-    return cut < text.size() && continuesCharacter(text[cut]) ? head.size() : cut;
-}
-
-std::vector<std::size_t> startsOfLines(std::string_view text) {
-    std::vector<std::size_t> starts{0};
-    for (std::size_t end = 0; end < text.size();) {
-        end += endOfLine(text.substr(end));
-        // Behind a last line end there is one more line, which is empty.
-        if (end < text.size() || text.ends_with('\n') || text.ends_with('\r')) {
-            starts.push_back(end);
-        }
-    }
-    return starts;
-}
-
-std::string_view withoutLineEnd(std::string_view line) {
-    while (line.ends_with('\n') || line.ends_with('\r')) {
-        line.remove_suffix(1);
-    }
-    return line;
-}
-
-/** A line as the box can hold it: what it would take for a line's end is shown by a sign. */
-QString shown(std::string_view line) {
-    QString text = platform::fromBytes(withoutLineEnd(line));
-    for (QChar& letter : text) {
-        const char16_t code = letter.unicode();
-        if (code == 0 || code == 0x2029 || code == 0xFDD0 || code == 0xFDD1) {
-            letter = QChar::ReplacementCharacter;
-        }
-    }
-    return text;
+/**
+ * Raises 7 where that much memory cannot be had. A document that runs out of it in the middle of a change is
+ * of no more use, and what is in it is lost; so this is asked before.
+ */
+void mustHaveRoomFor(std::size_t bytes) {
+    const auto room = std::make_unique_for_overwrite<char[]>(bytes);
+    // Or the compiler leaves out what nobody looks at.
+    static_cast<volatile char&>(room[0]) = 0;
 }
 
 std::string typed(const QString& text) {
@@ -71,9 +38,15 @@ std::string typed(const QString& text) {
 }
 } // namespace
 
-TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent) {
+TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent), lblNotShown_(new QLabel(this)) {
+    lblNotShown_->setObjectName(QStringLiteral("lblNotShown"));
+    lblNotShown_->setTextFormat(Qt::PlainText);
+    lblNotShown_->setWordWrap(true);
+    lblNotShown_->setAutoFillBackground(true);
+    lblNotShown_->setMargin(fontMetrics().averageCharWidth() / 2);
+    lblNotShown_->hide();
     filler_.setInterval(0);
-    connect(&filler_, &QTimer::timeout, this, &TextBox::fill);
+    connect(&filler_, &QTimer::timeout, this, &TextBox::fillFurther);
     connect(document(), &QTextDocument::contentsChange, this,
             [this](int position, int /*charactersRemoved*/, int charactersAdded) {
                 if (!filling_) {
@@ -83,8 +56,18 @@ TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent) {
 }
 
 void TextBox::setBytes(std::string text) {
+    std::vector<std::size_t> starts;
+    std::size_t end = 0;
+    ShownLines lines(text);
+    const auto fits = [&] { return starts.size() < kMostShownLines && end < kMostShownBytes; };
+    // The empty line behind the last line end costs nothing, so only what has bytes is left out.
+    while (lines.hasNext() && (fits() || end == text.size())) {
+        starts.push_back(end);
+        end += lines.next().size();
+    }
     original_ = std::move(text);
-    lineStarts_ = startsOfLines(original_);
+    lineStarts_ = std::move(starts);
+    shownEnd_ = end;
     if (!filler_.isActive()) {
         whenFilled_ = textInteractionFlags();
     }
@@ -95,22 +78,36 @@ void TextBox::setBytes(std::string text) {
     }
     untouched_ = true;
     filledLines_ = 0;
+    tellWhatIsNotShown();
     setTextInteractionFlags(whenFilled_ & ~Qt::TextInteractionFlags(Qt::TextEditable));
-    fill();
+    fillFurther();
     if (isFilling()) {
         filler_.start();
     }
 }
 
+/** Runs from a timer too, so nothing may leave it. */
+void TextBox::fillFurther() {
+    if (platform::errorNumberOf([this] { fill(); }) != 0) {
+        showNoMore();
+    }
+    if (!isFilling()) {
+        endFilling();
+    }
+}
+
 void TextBox::fill() {
+    // The document doubles what it has when that is full.
+    constexpr std::size_t memoryPerShownByte = 4;
+    mustHaveRoomFor(memoryPerShownByte * std::min(kMostShownBytes, shownEnd_) + kPieceBytes);
     QString piece;
-    const bool first = filledLines_ == 0;
-    for (std::size_t bytes = 0; isFilling() && bytes < kPieceBytes; ++filledLines_) {
-        if (filledLines_ > 0) {
+    std::size_t filled = filledLines_;
+    for (std::size_t bytes = 0; filled < lineStarts_.size() && bytes < kPieceBytes; ++filled) {
+        if (filled > 0) {
             piece += u'\n';
         }
-        piece += shown(line(filledLines_));
-        bytes += line(filledLines_).size() + 1;
+        piece += shownLine(line(filled));
+        bytes += line(filled).size() + 1;
     }
     {
         const platform::WhileTrue filling(filling_);
@@ -118,15 +115,52 @@ void TextBox::fill() {
         end.movePosition(QTextCursor::End);
         end.insertText(piece);
     }
-    if (first) {
+    if (std::exchange(filledLines_, filled) == 0) {
         moveCursor(QTextCursor::Start);
     }
-    if (!isFilling()) {
-        filler_.stop();
-        document()->setUndoRedoEnabled(true);
-        setTextInteractionFlags(whenFilled_);
-        untouchedAtTop_ = untouchedAtBottom_ = lineStarts_.size();
+}
+
+/** What has not appeared so far counts as too much to be shown. */
+void TextBox::showNoMore() {
+    if (isFilling()) {
+        shownEnd_ = lineStarts_[filledLines_];
     }
+    // An empty box has one line, too.
+    filledLines_ = std::max<std::size_t>(filledLines_, 1);
+    lineStarts_.resize(filledLines_);
+    tellWhatIsNotShown();
+}
+
+void TextBox::endFilling() {
+    filler_.stop();
+    document()->setUndoRedoEnabled(true);
+    setTextInteractionFlags(whenFilled_);
+    untouchedAtTop_ = untouchedAtBottom_ = lineStarts_.size();
+}
+
+void TextBox::tellWhatIsNotShown() {
+    const QString note =
+        bytesNotShown() == 0
+            ? QString()
+            : QStringLiteral("The last %1 bytes of this text are not shown. They stay part of it: it is "
+                             "forwarded, sent and printed whole.")
+                  .arg(bytesNotShown());
+    lblNotShown_->setText(note);
+    lblNotShown_->setHidden(note.isEmpty());
+    setAccessibleDescription(note);
+    placeNote();
+}
+
+void TextBox::placeNote() {
+    const int height = lblNotShown_->text().isEmpty() ? 0 : lblNotShown_->heightForWidth(viewport()->width());
+    setViewportMargins(0, 0, 0, height);
+    const QRect text = viewport()->geometry();
+    lblNotShown_->setGeometry(text.left(), text.bottom() + 1, text.width(), height);
+}
+
+void TextBox::resizeEvent(QResizeEvent* event) {
+    QPlainTextEdit::resizeEvent(event);
+    placeNote();
 }
 
 void TextBox::noteChange(int position, int charactersAdded) {
@@ -141,7 +175,7 @@ void TextBox::noteChange(int position, int charactersAdded) {
 }
 
 std::string_view TextBox::line(std::size_t number) const {
-    const std::size_t end = number + 1 < lineStarts_.size() ? lineStarts_[number + 1] : original_.size();
+    const std::size_t end = number + 1 < lineStarts_.size() ? lineStarts_[number + 1] : shownEnd_;
     return std::string_view(original_).substr(lineStarts_[number], end - lineStarts_[number]);
 }
 
@@ -161,22 +195,79 @@ std::string TextBox::bytes() const {
         }
     }
     if (bottom > 0) {
-        text += std::string_view(original_).substr(lineStarts_[lineStarts_.size() - bottom]);
+        return text += std::string_view(original_).substr(lineStarts_[lineStarts_.size() - bottom]);
+    }
+    if (bytesNotShown() > 0) {
+        // The last line in the box is not the last one of the text.
+        text += lineEnd(line(lineStarts_.size() - 1));
+    }
+    return text += std::string_view(original_).substr(shownEnd_);
+}
+
+QString TextBox::shownText() const {
+    const std::string held = untouched_ ? std::string() : bytes();
+    if (!untouched_) {
+        return platform::fromBytes(held);
+    }
+    QString text;
+    text.reserve(static_cast<qsizetype>(original_.size()));
+    for (ShownLines lines(original_); lines.hasNext();) {
+        const std::string_view whole = lines.next();
+        text += shownLine(whole) + QLatin1String(lineEnd(whole));
     }
     return text;
 }
 
-QString TextBox::shownText() const {
-    if (!untouched_) {
-        return platform::fromBytes(bytes());
+bool TextBox::canInsertFromMimeData(const QMimeData* source) const {
+    bool can = false;
+    const int error = platform::errorNumberOf([&] { can = source != nullptr && source->hasText(); });
+    return error == 0 && can;
+}
+
+// A clipboard may be empty, and one that offers a text may have none to give, since its owner has ended: Qt's
+// own way of pasting crashes on either.
+void TextBox::insertFromMimeData(const QMimeData* source) {
+    const int error = platform::errorNumberOf([&] {
+        if (textInteractionFlags().testFlag(Qt::TextEditable) && canInsertFromMimeData(source)) {
+            takeIn(source->text());
+        }
+    });
+    if (error != 0) {
+        tellLater(QString::fromStdString(platform::meaningOf(error)));
     }
-    QString text;
-    text.reserve(static_cast<qsizetype>(original_.size()));
-    for (std::size_t number = 0; number < lineStarts_.size(); ++number) {
-        const std::string_view whole = line(number);
-        text += shown(whole) + QLatin1String(whole.substr(withoutLineEnd(whole).size()));
+}
+
+void TextBox::takeIn(const QString& text) {
+    const std::optional<QString> lines = pastableText(text);
+    if (!lines) {
+        tellLater(QStringLiteral("This is too much to be pasted: at most %1 characters on %2 lines. Please "
+                                 "save it in a file and attach the file.")
+                      .arg(kMostPastedCharacters)
+                      .arg(kMostPastedLines));
+        return;
     }
-    return text;
+    // A line costs a kilobyte, since it can be taken back.
+    constexpr std::size_t memoryPerCharacter = 8;
+    constexpr std::size_t memoryPerLine = 1'024;
+    mustHaveRoomFor(memoryPerCharacter *
+                        static_cast<std::size_t>(document()->characterCount() + lines->size()) +
+                    memoryPerLine * static_cast<std::size_t>(lines->count(u'\n') + 1));
+    QTextCursor cursor = textCursor();
+    cursor.insertText(*lines);
+    setTextCursor(cursor);
+    ensureCursorVisible();
+}
+
+/** Later, since who drops a text waits for this program meanwhile. */
+void TextBox::tellLater(const QString& text) {
+    if (std::exchange(telling_, true)) {
+        return;
+    }
+    const auto tell = [this, text] {
+        platform::showMessage(text, QStringLiteral("Brindlewake"));
+        telling_ = false;
+    };
+    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
 }
 
 } // namespace controls

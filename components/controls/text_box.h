@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+class QLabel;
+
 namespace controls {
 
 /**
@@ -14,15 +16,19 @@ namespace controls {
  * not changed it, although a text box keeps neither line ends nor every character.
  *
  * A long text appears piece by piece, so that the window never stands still; until it is complete it can be
- * read but not written into. A line that is longer than kLongestShownLine is shown on several: one line of
- * many megabytes would take minutes to lay out.
+ * read but not written into. A line that is longer than kLongestShownLine is shown on several. Of a text that
+ * is longer than a person reads, only the start is shown, and a line below it says how much is not; what is
+ * not shown stays part of the text.
+ *
+ * Only plain text can be pasted or dropped into it, and only so much that the window lives on.
  */
 class TextBox : public QPlainTextEdit {
   public:
-    /** Bytes of one line that are shown together. */
-    static constexpr std::size_t kLongestShownLine = 10'000;
     /** Bytes that are put into the box at a time, give or take a line. */
     static constexpr std::size_t kPieceBytes = 32'768;
+    /** Bytes and lines that are shown at the most, give or take a line: 100 MB of memory at the worst. */
+    static constexpr std::size_t kMostShownBytes = 16U << 20U;
+    static constexpr std::size_t kMostShownLines = 250'000;
 
     explicit TextBox(QWidget* parent = nullptr);
 
@@ -35,20 +41,40 @@ class TextBox : public QPlainTextEdit {
      */
     std::string bytes() const;
 
-    /** What the box shows, or will show when it is filled, with the line ends that bytes() has. */
+    /**
+     * What the box shows, or will show when it is filled, with the line ends that bytes() has, and behind it
+     * what is too much to be shown.
+     */
     QString shownText() const;
 
     /** True while a part of the text has still to appear. */
     bool isFilling() const { return filledLines_ < lineStarts_.size(); }
 
+    /** Bytes at the end of the text that are not shown, however long one waits. */
+    std::size_t bytesNotShown() const { return original_.size() - shownEnd_; }
+
+  protected:
+    bool canInsertFromMimeData(const QMimeData* source) const override;
+    void insertFromMimeData(const QMimeData* source) override;
+    void resizeEvent(QResizeEvent* event) override;
+
   private:
     void fill();
+    void fillFurther();
+    void showNoMore();
+    void endFilling();
+    void tellWhatIsNotShown();
+    void placeNote();
     void noteChange(int position, int charactersAdded);
+    void takeIn(const QString& text);
+    void tellLater(const QString& text);
     std::string_view line(std::size_t number) const;
 
     std::string original_;
     /** Where the shown lines of the original start. Never empty: an empty text is one empty line. */
     std::vector<std::size_t> lineStarts_{0};
+    /** Where what is shown of the original ends. */
+    std::size_t shownEnd_ = 0;
     /** Lines of the original that are in the box. */
     std::size_t filledLines_ = 1;
     /** Lines at the top and at the bottom of the box that are as they were put in. */
@@ -56,8 +82,11 @@ class TextBox : public QPlainTextEdit {
     std::size_t untouchedAtBottom_ = 1;
     bool untouched_ = true;
     bool filling_ = false;
+    bool telling_ = false;
     Qt::TextInteractionFlags whenFilled_;
     QTimer filler_;
+    /** Says how much is not shown; hidden while that is nothing. */
+    QLabel* lblNotShown_;
 };
 
 } // namespace controls

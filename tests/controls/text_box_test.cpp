@@ -2,6 +2,7 @@
 #include "tests/support/application.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QScrollBar>
 #include <QTest>
 #include <QTextBlock>
@@ -139,6 +140,59 @@ TEST_F(TextBoxTest, AVeryLongLineIsShownOnSeveralAndStaysOne) {
     EXPECT_EQ(box.bytes(), line);
     typeAt(3, QStringLiteral("the "));
     EXPECT_EQ(box.bytes(), std::string(25'000, 'x') + "\xc3\xa4\r\nthe end");
+}
+
+TEST_F(TextBoxTest, OfMoreLinesThanAnybodyReadsTheRestIsToldButNotShown) {
+    const std::string text = std::string(TextBox::kMostShownLines, '\n') + "rest\xff";
+    fillWith(text);
+    EXPECT_EQ(box.document()->blockCount(), static_cast<int>(TextBox::kMostShownLines));
+    EXPECT_EQ(box.bytesNotShown(), 5U);
+    const auto* const note = box.findChild<QLabel*>(QStringLiteral("lblNotShown"));
+    EXPECT_TRUE(note->isVisibleTo(&box));
+    EXPECT_EQ(note->text(),
+              QStringLiteral("The last 5 bytes of this text are not shown. They stay part of it: "
+                             "it is forwarded, sent and printed whole."));
+    EXPECT_EQ(box.accessibleDescription(), note->text());
+    EXPECT_TRUE(box.bytes() == text);
+    EXPECT_TRUE(box.shownText() == QString(TextBox::kMostShownLines, u'\n') + QStringLiteral("restÿ"));
+    fillWith("short");
+    EXPECT_FALSE(note->isVisibleTo(&box));
+    EXPECT_EQ(box.accessibleDescription(), QString());
+}
+
+TEST_F(TextBoxTest, TheNoteStandsBelowTheTextAndCoversNoneOfIt) {
+    box.resize(300, 200);
+    box.show();
+    const int before = box.viewport()->height();
+    fillWith(std::string(TextBox::kMostShownLines, '\n') + "rest");
+    const auto* const note = box.findChild<QLabel*>(QStringLiteral("lblNotShown"));
+    EXPECT_GT(note->height(), box.fontMetrics().height());
+    EXPECT_EQ(box.viewport()->height(), before - note->height());
+    EXPECT_GT(note->geometry().top(), box.viewport()->geometry().bottom());
+    fillWith("short");
+    EXPECT_EQ(box.viewport()->height(), before);
+}
+
+TEST_F(TextBoxTest, WhatIsNotShownStaysWhateverIsDoneToTheRest) {
+    const std::string shown(TextBox::kMostShownLines, '\n');
+    fillWith(shown + "rest\xff");
+    typeAt(0, QStringLiteral("X"));
+    // Compared as a whole: of texts of so many lines GoogleTest cannot make a list of differences.
+    EXPECT_TRUE(box.bytes() == "X\r" + shown + "rest\xff");
+    typeAt(static_cast<int>(TextBox::kMostShownLines) - 1, QStringLiteral("Y"));
+    const std::string changed = box.bytes();
+    EXPECT_EQ(changed.substr(changed.size() - 9), "\r\nY\nrest\xff");
+    box.selectAll();
+    QTest::keyClick(&box, Qt::Key_Delete);
+    EXPECT_EQ(box.bytes(), "\nrest\xff");
+    box.undo();
+    EXPECT_TRUE(box.bytes() == changed);
+}
+
+TEST_F(TextBoxTest, ATextIsCutForShowingOnlyWhereSomethingIsLeftOut) {
+    fillWith(std::string(TextBox::kMostShownLines, '\n'));
+    EXPECT_EQ(box.document()->blockCount(), static_cast<int>(TextBox::kMostShownLines) + 1);
+    EXPECT_EQ(box.bytesNotShown(), 0U);
 }
 
 TEST_F(TextBoxTest, ACharacterIsNeverCutInTwo) {

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace controls {
+
+/** What is pasted or dropped at a time; more would let the window stand still, and is better attached. */
+inline constexpr qsizetype kMostPastedCharacters = 4'000'000;
+inline constexpr qsizetype kMostPastedLines = 60'000;
+
+/**
+ * A text from elsewhere as a text box can hold it; nothing when it is too much. A line of more than
+ * kLongestShownLine characters is broken, behind a blank where there is one: it goes out on many lines in any
+ * case (RFC 5322 section 2.1.1), and whole it would take minutes to lay out.
+ */
+std::optional<QString> pastableText(const QString& text);
+
+} // namespace controls

@@ -1,0 +1,108 @@
+// How much memory a text takes for being shown; each test has a process of its own.
+
+#include "components/controls/text_box.h"
+#include "tests/support/application.h"
+
+#include <QLabel>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <sys/resource.h>
+
+using controls::TextBox;
+
+namespace {
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kMemoryIsTheSanitizers = true;
+#else
+constexpr bool kMemoryIsTheSanitizers = false;
+#endif
+
+/** A number of /proc/self/status, in bytes. */
+std::size_t memory(const std::string& key) {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    while (status >> word) {
+        if (word == key + ':') {
+            std::size_t kilobytes = 0;
+            status >> kilobytes;
+            return kilobytes * 1'024;
+        }
+    }
+    return 0;
+}
+
+class TextBoxMemory : public testing::Test {
+  protected:
+    void SetUp() override {
+        if (kMemoryIsTheSanitizers) {
+            GTEST_SKIP() << "a sanitizer's memory is not the program's";
+        }
+        // What any text box costs is not what is looked at here.
+        box.resize(600, 400);
+        box.show();
+        show("text\n");
+    }
+
+    void show(const std::string& text) {
+        box.setBytes(text);
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !box.isFilling(); }, 60'000));
+        QCoreApplication::processEvents();
+    }
+
+    /** Bytes by which showing the text lifts the peak of the process, its own copy of the text included. */
+    std::size_t peakOf(const std::string& text) {
+        std::ofstream("/proc/self/clear_refs") << "5"; // the peak starts anew
+        const std::size_t before = memory("VmHWM");
+        show(text);
+        return memory("VmHWM") - before;
+    }
+
+    QApplication& application = support::application();
+    TextBox box;
+};
+
+std::string linesOf(std::size_t bytes, std::size_t lineBytes) {
+    std::string text;
+    text.reserve(bytes);
+    while (text.size() < bytes) {
+        text.append(lineBytes - 1, 'x') += '\n';
+    }
+    return text;
+}
+} // namespace
+
+TEST_F(TextBoxMemory, ALongTextTakesLessThanTenTimesItsSize) {
+    constexpr std::size_t size = 25'000'000;
+    EXPECT_LT(peakOf(linesOf(size, 1)), 10 * size) << "of empty lines";
+    EXPECT_LT(peakOf(linesOf(size, 67)), 10 * size) << "of ordinary lines";
+    EXPECT_LT(peakOf(std::string(size, 'x')), 10 * size) << "of one line";
+}
+
+TEST_F(TextBoxMemory, AShortTextThatCannotBeTenTimesAsSmallStaysBelowAHundredMegabytes) {
+    EXPECT_LT(peakOf(linesOf(TextBox::kMostShownLines, 1)), 100'000'000U);
+}
+
+TEST_F(TextBoxMemory, WhereItRunsOutTheRestIsToldAndNothingIsLost) {
+    const std::string text = linesOf(14'000'000, 67);
+    const rlimit before = [] {
+        rlimit limit{};
+        getrlimit(RLIMIT_AS, &limit);
+        return limit;
+    }();
+    // Room for the copy of the text and for the document's first pieces.
+    const rlimit little{memory("VmSize") + 85'000'000, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &little), 0);
+    show(text);
+    ASSERT_EQ(setrlimit(RLIMIT_AS, &before), 0);
+    EXPECT_GT(box.bytesNotShown(), 1'000'000U);
+    EXPECT_TRUE(box.findChild<QLabel*>(QStringLiteral("lblNotShown"))->isVisible());
+    EXPECT_TRUE(box.bytes() == text);
+    EXPECT_FALSE(box.isReadOnly());
+    QTest::keyClicks(&box, QStringLiteral("X"));
+    // A line that is changed ends as mail's lines do.
+    const std::size_t lineEnd = text.find('\n');
+    EXPECT_TRUE(box.bytes() == "X" + text.substr(0, lineEnd) + '\r' + text.substr(lineEnd));
+}
