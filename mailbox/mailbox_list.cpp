@@ -8,13 +8,27 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <algorithm>
+#include <string_view>
+
 namespace {
 constexpr int kNumberCharacters = 15;
 constexpr int kFromCharacters = 50;
 constexpr int kSubjectCharacters = 48;
+/** Bytes of a date that are looked at: a cell is laid out at each repaint, and nothing cuts a date to a
+ * width. */
+constexpr std::size_t kDateBytes = 300;
+/** Bytes of a sender and a subject that are looked at: 80 for each character of the cell. */
+constexpr std::size_t kNameBytes = 4'000;
 
-QString shownText(const std::string& bytes) {
-    return platform::trimmedBlanks(platform::withControlsVisible(platform::fromBytes(bytes)));
+/** The trimmed text of a header's value, which a stranger may have made of megabytes. */
+QString shownText(std::string_view value, std::size_t mostBytes) {
+    // These are shown as blanks, and so they are trimmed.
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t start = std::min(value.find_first_not_of(blanks), value.size());
+    value.remove_prefix(start);
+    value = value.substr(0, value.find_last_not_of(blanks) + 1);
+    return platform::withControlsVisible(platform::startFromBytes(value, mostBytes));
 }
 } // namespace
 
@@ -66,9 +80,9 @@ void writeTitles() {
 }
 
 std::array<QString, 5> rowTexts(std::int16_t number, const email::MessageSummary& summary) {
-    return {platform::fitted(QString::number(number), kNumberCharacters), shownText(summary.Date),
-            platform::fitted(shownText(summary.From), kFromCharacters),
-            platform::fitted(shownText(summary.Subject), kSubjectCharacters),
+    return {platform::fitted(QString::number(number), kNumberCharacters), shownText(summary.Date, kDateBytes),
+            platform::fitted(shownText(summary.From, kNameBytes), kFromCharacters),
+            platform::fitted(shownText(summary.Subject, kNameBytes), kSubjectCharacters),
             u'(' + QString::number(summary.Size) + QStringLiteral(" bytes)")};
 }
 

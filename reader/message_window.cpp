@@ -1,4 +1,6 @@
+#include "components/controls/line_box.h"
 #include "email/state.h"
+#include "platform/message_box.h"
 #include "platform/text.h"
 #include "reader/forwarded_text.h"
 #include "reader/printing.h"
@@ -11,9 +13,11 @@
 #include <QPushButton>
 
 namespace {
-/** A header's value for a field of the compose window: a line end in it would begin a new header line. */
-QString onOneLine(const std::string& value) {
-    QString text = platform::fromBytes(value);
+/** Bytes of a subject that is answered or forwarded; one that is longer goes out cut, with a mark. */
+constexpr std::size_t kSubjectBytes = 10'000;
+
+/** A text for a field of the compose window: a line end in it would begin a new header line. */
+QString onOneLine(QString text) {
     for (QChar& letter : text) {
         const bool endsLine = letter == u'\r' || letter == u'\n' || letter == u'\0';
         letter = endsLine ? QChar(u' ') : letter;
@@ -23,6 +27,19 @@ QString onOneLine(const std::string& value) {
 
 email::MessageSummary& messageIn(const frmFrom& window) {
     return email::state.Messages.at(window.OpenMessage);
+}
+
+/** The sender's address; none when the field cannot hold it, since an address that is cut is another one. */
+QString addressToAnswer(const email::MessageSummary& message) {
+    constexpr auto most = static_cast<std::size_t>(controls::LineBox::kMostCharacters);
+    if (message.From.size() <= most) {
+        return onOneLine(platform::fromBytes(message.From));
+    }
+    platform::showMessage(
+        QStringLiteral("The sender's address has %1 bytes, which is too long. Please type the address.")
+            .arg(message.From.size()),
+        email::settings.Institution + QStringLiteral(" E-Mail"));
+    return {};
 }
 
 /** Shows the compose window in front of the message window, which rests until that one is closed. */
@@ -44,8 +61,9 @@ void frmFrom::cmdReply_Click() {
     if (compose.showIfInUse()) {
         return;
     }
-    compose.tTo->setText(onOneLine(message.From));
-    compose.tSubject->setText(QStringLiteral("RE: ") + onOneLine(message.Subject));
+    compose.tTo->setText(addressToAnswer(message));
+    compose.tSubject->setText(QStringLiteral("RE: ") +
+                              onOneLine(platform::startFromBytes(message.Subject, kSubjectBytes)));
     answerIn(compose, *this, compose.tMessage);
 }
 
@@ -55,7 +73,8 @@ void frmFrom::cmdFwrd_Click() {
     if (compose.showIfInUse()) {
         return;
     }
-    compose.tSubject->setText(QStringLiteral("Fwd: ") + onOneLine(message.Subject));
+    compose.tSubject->setText(QStringLiteral("Fwd: ") +
+                              onOneLine(platform::startFromBytes(message.Subject, kSubjectBytes)));
     compose.tMessage->setBytes(forwardedText(message));
     answerIn(compose, *this, compose.tTo);
 }

@@ -30,8 +30,12 @@ constexpr std::int32_t kLargestPlainMessage = 32'000; // bytes
 /** From this size on, a body is parsed while the window lives on. */
 constexpr std::size_t kLongBody = 1U << 20U;
 
-QString oneLine(const std::string& bytes) {
-    return platform::withControlsVisible(platform::fromBytes(bytes));
+/** Bytes of a header's value that a field shows, and a title, which the system's window manager shows. */
+constexpr std::size_t kFieldBytes = 10'000;
+constexpr std::size_t kTitleBytes = 300;
+
+QString oneLine(std::string_view value, std::size_t mostBytes = kFieldBytes) {
+    return platform::withControlsVisible(platform::startFromBytes(value, mostBytes));
 }
 
 /** The message window, as if just loaded: what an opening that failed has left in it belongs to another
@@ -107,7 +111,7 @@ void openMessage(int number) {
     email::MessageSummary& message = state.Messages.at(state.CurrentMessage);
     frmFrom& window = emptyMessageWindow();
     window.OpenMessage = state.CurrentMessage;
-    window.setWindowTitle(QStringLiteral("Message from: ") + oneLine(message.From));
+    window.setWindowTitle(QStringLiteral("Message from: ") + oneLine(message.From, kTitleBytes));
     window.txtFrom->setText(oneLine(message.From));
     window.txtSubject->setText(oneLine(message.Subject));
     if (message.Boundary.empty()) {

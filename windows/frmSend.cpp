@@ -1,5 +1,6 @@
 #include "windows/frmSend.h"
 
+#include "components/controls/line_box.h"
 #include "windows/wiring.h"
 
 #include <QGridLayout>
@@ -8,29 +9,23 @@
 #include <QPushButton>
 #include <QShortcut>
 
-#include <limits>
-
 frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake")) {
     lblTo = named<QLabel>("lblTo", QStringLiteral("&To:"), this);
-    tTo = named<QLineEdit>("tTo", this);
+    tTo = named<controls::LineBox>("tTo", this);
     lblTo->setBuddy(tTo);
     cmdSendto = named<QPushButton>("cmdSendto", QStringLiteral("Find Address"), this);
     cmdSendto->setAccessibleDescription(QStringLiteral("Finds an address to send to"));
 
     lblCc = named<QLabel>("lblCc", QStringLiteral("C&c:"), this);
-    tCc = named<QLineEdit>("tCc", this);
+    tCc = named<controls::LineBox>("tCc", this);
     lblCc->setBuddy(tCc);
     cmdCCto = named<QPushButton>("cmdCCto", QStringLiteral("Find Address"), this);
     cmdCCto->setAccessibleDescription(QStringLiteral("Finds an address to send a copy to"));
 
     lblSubject = named<QLabel>("lblSubject", QStringLiteral("S&ubject:"), this);
-    tSubject = named<QLineEdit>("tSubject", this);
+    tSubject = named<controls::LineBox>("tSubject", this);
     lblSubject->setBuddy(tSubject);
 
-    for (QLineEdit* field : {tTo, tCc, tSubject}) {
-        // An address that is cut would be another one.
-        field->setMaxLength(std::numeric_limits<int>::max());
-    }
     tMessage = named<controls::TextBox>("tMessage", this);
     tMessage->setAccessibleName(QStringLiteral("Message"));
     tMessage->setTabChangesFocus(true);

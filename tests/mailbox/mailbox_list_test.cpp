@@ -194,6 +194,28 @@ TEST_F(MailboxList, AStrangersControlCharactersAreShownAndNotObeyed) {
     EXPECT_TRUE(texts[3].startsWith(QStringLiteral("one two three")));
 }
 
+TEST_F(MailboxList, ARowOfMegabytesHoldsNoMoreThanOneOfWords) {
+    const std::string megabytes(4'000'000, 'd');
+    const auto texts = rowTexts(1, summaryOf(megabytes, megabytes, ' ' + megabytes, 0));
+    EXPECT_EQ(texts[1].toStdString(), megabytes.substr(0, 300) + " [...]");
+    EXPECT_EQ(texts[2].toStdString(), megabytes.substr(0, 50));
+    EXPECT_EQ(texts[3].toStdString(), megabytes.substr(0, 48));
+    // One letter with marks without end is one letter, for as long as anybody would believe it.
+    std::string marks = "a";
+    while (marks.size() < 1'000'000) {
+        marks += "\xcc\x81";
+    }
+    EXPECT_LT(rowTexts(1, summaryOf(marks, marks, marks, 0))[2].size(), 2'100);
+}
+
+TEST_F(MailboxList, WhatIsTrimmedCountsForNothing) {
+    const std::string blanks(1'000'000, ' ');
+    const auto texts = rowTexts(1, summaryOf("\t" + blanks + "Ann\r\n", blanks, blanks + "today", 0));
+    EXPECT_EQ(texts[1], QStringLiteral("today"));
+    EXPECT_EQ(texts[2], QStringLiteral("Ann") + QString(47, u' '));
+    EXPECT_EQ(texts[3], QString(48, u' '));
+}
+
 TEST_F(MailboxList, TheGridIsATableForScreenReaders) {
     fill(2);
     QAccessibleInterface* grid = QAccessible::queryAccessibleInterface(mainWindow().MailGrid);

@@ -142,22 +142,47 @@ TEST_P(HostileSender, IsShownAsItCameOnOneLine) {
 INSTANTIATE_TEST_SUITE_P(Senders, HostileSender, testing::ValuesIn(kSenders),
                          [](const auto& test) { return std::string(test.param.label); });
 
-TEST_F(HostileMessages, ASenderOfAHundredThousandCharactersIsShownWhole) {
+TEST_F(HostileMessages, ASenderOfAHundredThousandCharactersIsShownCutAndAnsweredWhole) {
     const std::string sender(100'000, 's');
     openOnly(multipart({plainPart("text")}, "From: " + sender + "\r\n"));
     EXPECT_THAT(boxTexts(), IsEmpty());
     const frmFrom& window = messageWindow();
     EXPECT_TRUE(window.isVisible());
-    EXPECT_EQ(window.windowTitle().toStdString(), "Message from: " + sender);
+    EXPECT_EQ(window.windowTitle().toStdString(), "Message from: " + sender.substr(0, 300) + " [...]");
     EXPECT_LT(window.width(), 2'000) << "the window is no wider for it";
     EXPECT_EQ(email::state.Messages.at(1).From, sender);
-    EXPECT_EQ(window.txtFrom->text().toStdString(), sender);
+    EXPECT_EQ(window.txtFrom->text().toStdString(), sender.substr(0, 10'000) + " [...]");
     messageWindow().cmdReply->click();
     EXPECT_EQ(composeWindow().tTo->text().toStdString(), sender);
     composeWindow().cmdCancel->click();
     messageWindow().cmdFwrd->click();
     EXPECT_NE(composeWindow().tMessage->bytes().find("\r\nFrom: " + sender + "\r\nSubject: Parts\r\n"),
               std::string::npos);
+}
+
+TEST_F(HostileMessages, ASenderOfAMegabyteIsNotAnsweredAndABoxSaysWhy) {
+    const std::string sender(1'000'000, 's');
+    openOnly(multipart({plainPart("text")}, "From: " + sender + "\r\n"));
+    messageWindow().cmdReply->click();
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("The sender's address has 1000000 bytes, which is too "
+                                                       "long. Please type the address.")));
+    EXPECT_EQ(boxes[0].title, email::settings.Institution + QStringLiteral(" E-Mail"));
+    EXPECT_TRUE(composeWindow().isVisible());
+    EXPECT_EQ(composeWindow().tTo->text(), QString());
+    EXPECT_EQ(composeWindow().tSubject->text(), QStringLiteral("RE: Parts"));
+}
+
+TEST_F(HostileMessages, ASubjectOfAMegabyteGoesOutAsItIsSeen) {
+    const std::string subject(1'000'000, 's');
+    openOnly("From: a@example.org\r\nSubject: " + subject + "\r\n\r\ntext\r\n");
+    const std::string seen = subject.substr(0, 10'000) + " [...]";
+    EXPECT_EQ(messageWindow().txtSubject->text().toStdString(), seen);
+    messageWindow().cmdReply->click();
+    EXPECT_EQ(composeWindow().tSubject->text().toStdString(), "RE: " + seen);
+    composeWindow().cmdCancel->click();
+    messageWindow().cmdFwrd->click();
+    EXPECT_EQ(composeWindow().tSubject->text().toStdString(), "Fwd: " + seen);
+    EXPECT_NE(composeWindow().tMessage->bytes().find("\r\nSubject: " + subject + "\r\n"), std::string::npos);
 }
 
 TEST_F(HostileMessages, AnUnknownLetterSetIsNoError) {
