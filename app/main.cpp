@@ -1,21 +1,26 @@
+#include "platform/program.h"
+#include "windows/application.h"
 #include "windows/windows.h"
 #include "windows/wiring.h"
 
-#include <QApplication>
+#include <QLoggingCategory>
 
 #include <csignal>
 
 int main(int argumentCount, char** arguments) {
     // A limit on the size of files is to be an error like a full disk, not the end of the program.
     std::signal(SIGXFSZ, SIG_IGN);
-    const QApplication application(argumentCount, arguments);
-    QApplication::setApplicationName(QStringLiteral("Brindlewake"));
+    platform::refuseCoreDumps();
+    // Or each letter of the password makes a line in the log: that its field has no text to be read.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.accessibility.atspi.warning=false"));
+    const Application application(argumentCount, arguments);
+    Application::setApplicationName(QStringLiteral("Brindlewake"));
     // Windows are hidden and shown in turn; only the main window and Update end the program.
-    QApplication::setQuitOnLastWindowClosed(false);
+    Application::setQuitOnLastWindowClosed(false);
     const LoadedWindows windows;
     runHandler([] {
         mainWindow();
         keepAWindowVisible();
     });
-    return QApplication::exec();
+    return Application::exec();
 }

@@ -1,6 +1,7 @@
 #include "platform/message_box.h"
 
 #include "platform/nested_wait.h"
+#include "platform/runtime_error.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -53,6 +54,13 @@ MessageAnswer showMessageBox(const MessageBox& box) {
 
 void showMessage(const QString& text, const QString& title) {
     showMessageBox({text, title, MessageIcon::None, MessageButtons::Ok});
+}
+
+void reportError(int errorNumber) {
+    showMessageBox({QStringLiteral("Run-time error %1\n\n%2")
+                        .arg(errorNumber)
+                        .arg(QString::fromStdString(meaningOf(errorNumber))),
+                    QStringLiteral("Brindlewake"), MessageIcon::Exclamation, MessageButtons::Ok});
 }
 
 void replaceMessageBox(std::function<MessageAnswer(const MessageBox&)> standIn) {

@@ -24,6 +24,9 @@ MessageAnswer showMessageBox(const MessageBox& box);
 /** Shows a box with an OK button and no icon. */
 void showMessage(const QString& text, const QString& title);
 
+/** The generic report of an error that nobody has a text of their own for: its number and what it means. */
+void reportError(int errorNumber);
+
 /** Puts a function in the place of the real box, for tests. An empty function brings the real one back. */
 void replaceMessageBox(std::function<MessageAnswer(const MessageBox&)> standIn);
 

@@ -102,7 +102,8 @@ void frmLogin::cmdLogin_Click() {
     setHourglass(true);
     cmdLogin->setEnabled(false);
     mainWindow().tmrCheckMail->setEnabled(false);
-    state.Password = tpwd->text();
+    // A copy of its own: the field forgets what it holds.
+    state.Password = QString(tpwd->text().constData(), tpwd->text().size());
     POP1.setLoginPassword(platform::toBytes(state.Password));
 
     const int error = platform::errorNumberOf([this] { getAllMail(); });
@@ -128,6 +129,8 @@ void frmLogin::getAllMail() {
     UpdateListControls();
     startCheckTimer();
     setHourglass(false);
+    // Later sessions have it from elsewhere; until here another try might have needed it.
+    tpwd->forget();
 }
 
 void frmLogin::logInFailed(int error) {

@@ -33,8 +33,7 @@ frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlew
     connectHandler(tUser, &QLineEdit::returnPressed, this, &frmLogin::tUser_Return);
     connectHandler(tUser, &QLineEdit::textEdited, this, &frmLogin::tUser_Change);
     lPwd = named<QLabel>("lPwd", QStringLiteral("Password:"), this);
-    tpwd = named<QLineEdit>("tpwd", this);
-    tpwd->setEchoMode(QLineEdit::Password);
+    tpwd = named<controls::PasswordBox>("tpwd", this);
     lPwd->setBuddy(tpwd);
 
     cmdLogin = named<QPushButton>("cmdLogin", QStringLiteral("&Get Mail"), this);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "components/controls/mmcontrol.h"
+#include "components/controls/password_box.h"
 #include "components/controls/timer.h"
 #include "components/poplib/pop.h"
 #include "windows/form.h"
@@ -36,7 +37,7 @@ class frmLogin : public Form {
     QLabel* lUser;
     QLineEdit* tUser;
     QLabel* lPwd;
-    QLineEdit* tpwd;
+    controls::PasswordBox* tpwd;
     QPushButton* cmdLogin;
     QPushButton* cmdSetup;
     controls::Timer* tmrProgressTimer;

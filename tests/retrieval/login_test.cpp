@@ -355,6 +355,14 @@ TEST_F(Login, WhatAConnectionNeedsIsLoadedAsSoonAsANameIsTyped) {
     EXPECT_NE(all.find("libbrindlewake_network.so"), std::string::npos);
 }
 
+TEST_F(Login, TheFieldForgetsThePasswordThatLaterSessionsStillHave) {
+    ScriptedServer server{Pop3Mailbox({message("ann")})};
+    logIn(server.address());
+    EXPECT_EQ(loginWindow().tpwd->text(), QString());
+    EXPECT_FALSE(loginWindow().tpwd->isUndoAvailable());
+    EXPECT_EQ(email::state.Password, QStringLiteral("secret"));
+}
+
 TEST_F(Login, ThePasswordIsNotReadable) {
     writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
     startUp();

@@ -1,0 +1,47 @@
+#include "components/controls/password_box.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+
+namespace controls {
+
+namespace {
+class PasswordBoxForReaders : public QAccessibleWidget {
+  public:
+    explicit PasswordBoxForReaders(QWidget* box) : QAccessibleWidget(box, QAccessible::EditableText) {}
+
+    QAccessible::State state() const override {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.passwordEdit = true;
+        state.editable = true;
+        return state;
+    }
+};
+
+/** Qt asks this for every object that a screen reader comes upon. */
+QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) {
+    auto* const box = dynamic_cast<PasswordBox*>(object);
+    return box == nullptr ? nullptr : new PasswordBoxForReaders(box);
+}
+} // namespace
+
+PasswordBox::PasswordBox(QWidget* parent) : QLineEdit(parent) {
+    setEchoMode(Password);
+    // Installed once, however many fields there are.
+    static const bool installed = [] {
+        QAccessible::installFactory(forReaders);
+        return true;
+    }();
+    static_cast<void>(installed);
+}
+
+void PasswordBox::forget() {
+    // The text is shared with the field: it is overwritten where it lies, since a change would copy it first.
+    const QString held = text();
+    for (const QChar& letter : held) {
+        static_cast<volatile char16_t&>(const_cast<QChar&>(letter).unicode()) = u'*';
+    }
+    setText({});
+}
+
+} // namespace controls

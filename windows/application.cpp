@@ -1,0 +1,21 @@
+#include "windows/application.h"
+
+#include "platform/message_box.h"
+#include "platform/runtime_error.h"
+
+#include <QTimer>
+
+#include <utility>
+
+bool Application::notify(QObject* receiver, QEvent* event) {
+    bool answer = false;
+    const int error = platform::errorNumberOf([&] { answer = QApplication::notify(receiver, event); });
+    // One box is enough, and it comes later: the event may have been a request to paint.
+    if (error != 0 && !std::exchange(reporting_, true)) {
+        QTimer::singleShot(0, this, [this, error] {
+            platform::reportError(error);
+            reporting_ = false;
+        });
+    }
+    return answer;
+}
