@@ -114,6 +114,10 @@ void openMessage(int number) {
     window.setWindowTitle(QStringLiteral("Message from: ") + oneLine(message.From, kTitleBytes));
     window.txtFrom->setText(oneLine(message.From));
     window.txtSubject->setText(oneLine(message.Subject));
+    for (QLineEdit* field : {window.txtFrom, window.txtSubject}) {
+        // A long value is read from its start.
+        field->setCursorPosition(0);
+    }
     if (message.Boundary.empty()) {
         showPlain(message, window);
     } else {

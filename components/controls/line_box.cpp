@@ -21,8 +21,9 @@ class Length : public QValidator {
 
 LineBox::LineBox(QWidget* parent) : QLineEdit(parent) {
     // A change that is not valid is taken back as a whole. The maximum is above what is valid, so that it
-    // cuts only what will be taken back: each pasted letter is remembered until then.
-    setMaxLength(2 * kMostCharacters);
+    // cuts only what will be taken back: until then each pasted letter is remembered, and each that fits
+    // costs a copy of all of them. What the program itself adds to a full field has room in between.
+    setMaxLength(kMostCharacters + kMostCharacters / 10);
     setValidator(new Length(this));
     connect(this, &QLineEdit::inputRejected, this, &LineBox::tellLater);
 }

@@ -36,10 +36,14 @@ PasswordBox::PasswordBox(QWidget* parent) : QLineEdit(parent) {
 }
 
 void PasswordBox::forget() {
-    // The text is shared with the field: it is overwritten where it lies, since a change would copy it first.
+    // Shared with the field: the letters are overwritten where they lie, since a change would copy them
+    // first.
     const QString held = text();
-    for (const QChar& letter : held) {
-        static_cast<volatile char16_t&>(const_cast<QChar&>(letter).unicode()) = u'*';
+    // A text without room of its own is a constant of the program's, which was not typed.
+    if (held.capacity() > 0) {
+        for (const QChar& letter : held) {
+            static_cast<volatile char16_t&>(const_cast<QChar&>(letter).unicode()) = u'*';
+        }
     }
     setText({});
 }

@@ -12,8 +12,7 @@ class PasswordBox : public QLineEdit {
   public:
     explicit PasswordBox(QWidget* parent = nullptr);
 
-    /** Empties the field and overwrites what it held. Copies of the text, such as text() gives, stay whole.
-     */
+    /** Empties the field and overwrites its letters, also for whoever shares them, having called text(). */
     void forget();
 };
 

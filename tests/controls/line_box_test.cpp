@@ -24,7 +24,7 @@ class LineBoxTest : public support::WindowTest {
     LineBox box;
 };
 
-const QString kTooLong = QStringLiteral("This is too long for one line: at most 100000 characters.");
+const QString kTooLong = QStringLiteral("This is too long for one line: at most 30000 characters.");
 } // namespace
 
 TEST_F(LineBoxTest, AsMuchAsFitsIsTakenWhole) {

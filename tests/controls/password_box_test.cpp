@@ -52,4 +52,7 @@ TEST(PasswordBox, WhatIsForgottenIsOverwrittenWhereItLay) {
     EXPECT_EQ(box.text(), QString());
     EXPECT_EQ(shared, QStringLiteral("******"));
     EXPECT_FALSE(box.isUndoAvailable());
+    box.setText(QStringLiteral("a constant"));
+    box.forget();
+    EXPECT_EQ(box.text(), QString());
 }

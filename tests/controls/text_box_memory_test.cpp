@@ -20,6 +20,8 @@ constexpr bool kMemoryIsTheSanitizers = true;
 constexpr bool kMemoryIsTheSanitizers = false;
 #endif
 
+constexpr std::size_t kLongText = 25'000'000; // bytes
+
 /** A number of /proc/self/status, in bytes. */
 std::size_t memory(const std::string& key) {
     std::ifstream status("/proc/self/status");
@@ -74,11 +76,16 @@ std::string linesOf(std::size_t bytes, std::size_t lineBytes) {
 }
 } // namespace
 
-TEST_F(TextBoxMemory, ALongTextTakesLessThanTenTimesItsSize) {
-    constexpr std::size_t size = 25'000'000;
-    EXPECT_LT(peakOf(linesOf(size, 1)), 10 * size) << "of empty lines";
-    EXPECT_LT(peakOf(linesOf(size, 67)), 10 * size) << "of ordinary lines";
-    EXPECT_LT(peakOf(std::string(size, 'x')), 10 * size) << "of one line";
+TEST_F(TextBoxMemory, EmptyLinesTakeLessThanTenTimesTheirSize) {
+    EXPECT_LT(peakOf(linesOf(kLongText, 1)), 10 * kLongText);
+}
+
+TEST_F(TextBoxMemory, OrdinaryLinesTakeLessThanTenTimesTheirSize) {
+    EXPECT_LT(peakOf(linesOf(kLongText, 67)), 10 * kLongText);
+}
+
+TEST_F(TextBoxMemory, OneLineTakesLessThanTenTimesItsSize) {
+    EXPECT_LT(peakOf(std::string(kLongText, 'x')), 10 * kLongText);
 }
 
 TEST_F(TextBoxMemory, AShortTextThatCannotBeTenTimesAsSmallStaysBelowAHundredMegabytes) {

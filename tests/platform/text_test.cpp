@@ -53,6 +53,22 @@ INSTANTIATE_TEST_SUITE_P(
                     BytesCase{"EscapeStays", "\x1B$B", u"\x1B$B"}),
     [](const auto& test) { return std::string(test.param.name); });
 
+TEST(Text, AStartEndsBetweenTwoCharacters) {
+    EXPECT_EQ(platform::wholeCharacters("abc", 5), 3U);
+    EXPECT_EQ(platform::wholeCharacters("abc", 2), 2U);
+    EXPECT_EQ(platform::wholeCharacters("a\xc3\xa4", 2), 1U);
+    EXPECT_EQ(platform::wholeCharacters("\xf0\x9f\x93\xa7", 3), 0U);
+    EXPECT_EQ(platform::wholeCharacters("\x80\x80\x80\x80\x80\x80", 5), 5U) << "no UTF-8";
+    EXPECT_EQ(platform::wholeCharacters("\x80\x80", 1), 1U);
+}
+
+TEST(Text, AStartThatIsNotAllSaysSo) {
+    EXPECT_EQ(platform::startFromBytes("abc", 3), QStringLiteral("abc"));
+    EXPECT_EQ(platform::startFromBytes("abcd", 3), QStringLiteral("abc [...]"));
+    EXPECT_EQ(platform::startFromBytes("gr\xfc\xdf", 3), QStringLiteral("grü [...]"));
+    EXPECT_EQ(platform::startFromBytes("gr\xc3\xbcn", 3), QStringLiteral("gr [...]"));
+}
+
 TEST(Text, EveryByteAloneIsShownAsOneCharacter) {
     for (int code = 0; code < 256; ++code) {
         const char byte = static_cast<char>(code);

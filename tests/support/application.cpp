@@ -1,6 +1,6 @@
 #include "tests/support/application.h"
 
-#include <QApplication>
+#include "windows/application.h"
 
 #include <memory>
 
@@ -19,7 +19,7 @@ QApplication& application() {
         static char name[] = "tests";
         static char* arguments[] = {name, nullptr};
         // Qt keeps a reference to both for as long as the application lives.
-        slot() = std::make_unique<QApplication>(argumentCount, arguments);
+        slot() = std::make_unique<Application>(argumentCount, arguments);
         QApplication::setQuitOnLastWindowClosed(false);
     }
     return *slot();

@@ -13,6 +13,8 @@
 #include <QTest>
 #include <QTimer>
 
+#include <new>
+
 using support::WindowTest;
 using testing::ElementsAre;
 
@@ -83,6 +85,27 @@ TEST_F(Windows, MemoryThatCannotBeHadIsError7) {
     runHandler([] { throw std::bad_alloc(); });
     ASSERT_EQ(boxes.size(), 1U);
     EXPECT_TRUE(boxes[0].text.startsWith(QStringLiteral("Run-time error 7")));
+}
+
+namespace {
+/** As Qt itself does, when the clipboard holds more than there is memory. */
+class TooLarge : public QObject {
+  public:
+    bool event(QEvent* /*event*/) override { throw std::bad_alloc(); }
+};
+} // namespace
+
+TEST_F(Windows, WantOfMemoryInsideQtIsReportedOnceAndLater) {
+    TooLarge object;
+    for (int i = 0; i < 3; ++i) {
+        QEvent event(QEvent::User);
+        EXPECT_FALSE(QCoreApplication::sendEvent(&object, &event));
+    }
+    EXPECT_TRUE(boxes.empty());
+    runEventLoop();
+    ASSERT_EQ(boxes.size(), 1U);
+    EXPECT_TRUE(boxes[0].text.startsWith(QStringLiteral("Run-time error 7")));
+    EXPECT_EQ(programEnds, 0);
 }
 
 namespace {
