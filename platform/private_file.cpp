@@ -90,35 +90,6 @@ std::string temporaryNameBeside(const std::string& path) {
 }
 } // namespace
 
-int openingErrorNumber(int systemError) noexcept {
-    switch (systemError) {
-    case ENOSPC:
-    case EDQUOT:
-        return errors::DiskFull;
-    case ENOMEM:
-        return errors::OutOfMemory;
-    case EIO:
-        return errors::DeviceInputOutput;
-    case ENODEV:
-    case ENOMEDIUM:
-        return errors::DeviceUnavailable;
-    default:
-        return errors::PathFileAccess;
-    }
-}
-
-int writingErrorNumber(int systemError) noexcept {
-    const int number = openingErrorNumber(systemError);
-    const bool rights = systemError == EACCES || systemError == EPERM || systemError == EROFS;
-    return number == errors::PathFileAccess && !rights ? errors::DeviceInputOutput : number;
-}
-
-FileDescriptor::~FileDescriptor() {
-    if (isOpen()) {
-        ::close(number_);
-    }
-}
-
 RegularInput::RegularInput(const QString& nativePath) {
     const std::string path = systemPath(nativePath);
 
@@ -243,10 +214,13 @@ void PrivateOutput::finish() {
         throw RuntimeError(writingErrorNumber(errno));
     }
     if (writing_ == Writing::BesideTarget) {
+        // Before the name is moved, so that a loss of power cannot leave the new name with nothing in it.
+        waitForDisk(file_);
         const unsigned flags = existing_ == Existing::Refuse ? RENAME_NOREPLACE : 0U;
         if (::renameat2(AT_FDCWD, writtenPath_.c_str(), AT_FDCWD, path_.c_str(), flags) != 0) {
             throw RuntimeError(openingErrorNumber(errno));
         }
+        waitForFolderOf(path_, file_);
     }
     finished_ = true;
 }

@@ -1,47 +1,15 @@
 #pragma once
 
+#include "platform/file_descriptor.h"
+
 #include <QString>
 
 #include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 
 namespace platform {
-
-/** The error number for a system error that came while a file was opened or put in its place. */
-int openingErrorNumber(int systemError) noexcept;
-
-/** The error number for a system error that came while a file was written: 61 for a full disk or quota. */
-int writingErrorNumber(int systemError) noexcept;
-
-/** An open file, closed when it goes. */
-class FileDescriptor {
-  public:
-    FileDescriptor() = default;
-
-    explicit FileDescriptor(int number) noexcept : number_(number) {}
-
-    FileDescriptor(FileDescriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-
-    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-        std::swap(number_, other.number_);
-        return *this;
-    }
-
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-    ~FileDescriptor();
-
-    bool isOpen() const noexcept { return number_ >= 0; }
-
-    int number() const noexcept { return number_; }
-
-  private:
-    int number_ = -1;
-};
 
 /** A plain file that is read in pieces, from its start to the end that it had when it was opened. */
 class RegularInput {
@@ -78,7 +46,10 @@ enum class Writing {
     InPlace,
     /** The file keeps what it has and gets more; a failure takes away what was added. */
     Append,
-    /** A new file next to it is written and takes its place at the end; a failure leaves the old one. */
+    /**
+     * A new file next to it is written and takes its place at the end, when it is on the disk; a failure
+     * leaves the old one.
+     */
     BesideTarget
 };
 
@@ -116,9 +87,11 @@ class PrivateOutput {
     void write(std::string_view bytes);
 
     /**
-     * Makes the file count. Call it once, last.
+     * Makes the file count. Call it once, last. A file that was written beside its target is on the disk by
+     * then, under its name, as slow as the disk may be; the others may still be on their way there.
      * \throws RuntimeError 61 when the disk turns out to be full, 57 when it fails, or when somebody else
-     * has written into the file, 75 when the file cannot be put in its place.
+     * has written into the file, 75 when the file cannot be put in its place. When only the last step fails,
+     * waiting for the folder to reach the disk, the new file is in its place all the same.
      */
     void finish();
 

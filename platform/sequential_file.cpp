@@ -1,6 +1,6 @@
 #include "platform/sequential_file.h"
 
-#include "platform/private_file.h"
+#include "platform/file_descriptor.h"
 #include "platform/runtime_error.h"
 
 #include <QFileInfo>
@@ -111,13 +111,6 @@ std::string folderOf(const std::string& path) {
     return separator == std::string::npos ? "./" : path.substr(0, separator + 1);
 }
 
-/** Waits until the file or folder is on the disk; some file systems know no such thing. */
-void waitForDisk(const FileDescriptor& file) {
-    if (::fsync(file.number()) != 0 && errno != EINVAL && errno != ENOTSUP) {
-        throw RuntimeError(writingErrorNumber(errno));
-    }
-}
-
 /** A new file beside the target; it goes again unless it has taken the target's place. */
 class Replacement {
   public:
@@ -189,11 +182,7 @@ void Replacement::takePlaceOf(const std::string& target) {
         throw RuntimeError(openingErrorNumber(errno));
     }
     placed_ = true;
-    // A folder that may be written but not read cannot be waited for.
-    const FileDescriptor folder(::open(folderOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder.isOpen()) {
-        waitForDisk(folder);
-    }
+    waitForFolderOf(target, file_);
 }
 } // namespace
 

@@ -74,6 +74,16 @@ extern "C" int fchmod(int file, mode_t mode) noexcept {
     return support::callUnlessItFails<int(int, mode_t)>("fchmod", file, mode);
 }
 
+extern "C" int syncfs(int file) noexcept {
+    return support::callUnlessItFails<int(int)>("syncfs", file);
+}
+
+extern "C" int renameat2(int fromFolder, const char* from, int toFolder, const char* to,
+                         unsigned flags) noexcept {
+    return support::callUnlessItFails<int(int, const char*, int, const char*, unsigned)>(
+        "renameat2", fromFolder, from, toFolder, to, flags);
+}
+
 extern "C" int rename(const char* from, const char* to) noexcept {
     return support::callUnlessItFails<int(const char*, const char*)>("rename", from, to);
 }
