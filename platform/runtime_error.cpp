@@ -96,16 +96,18 @@ std::string meaningOf(int errorNumber) {
         return "The connection to the mail server failed. Try again later.";
     case errors::AnotherMessage:
         return "The mailbox has changed since it was listed. Nothing was deleted; start the program again.";
+    case errors::MessageNotGiven:
+        return "The mail server does not give the message; another program may have deleted it.";
     case errors::NetworkUnreachable:
         return "The network cannot be reached. Check the computer's connection.";
     case errors::ConnectionRefused:
         return "The mail server refused the connection. Check its name and port.";
     case errors::HostNotFound:
         return "The mail server was not found. Check its name.";
-    case errors::EncodedTextCut:
-        return "The attachment's text is incomplete; a part of it was lost on the way.";
-    case errors::UnsafeAttachmentName:
-        return "The attachment's name could lead out of the folder for attachments. It is not saved.";
+    case errors::BadEncodedText:
+        return "The attachment's text is not base64, or a part of it was lost on the way. It is not saved.";
+    case errors::OwnFile:
+        return "The attachment would take the place of a file of the program's own. It is not saved.";
     default:
         const std::string sending = meaningOfSendingError(errorNumber);
         return sending.empty() ? "The program met a condition that it does not know." : sending;

@@ -35,6 +35,8 @@ inline constexpr int LogOnRefused = 20172;
 inline constexpr int MailServerTrouble = 20302;
 /** A message was to be deleted whose number names another message by now, or none that was listed. */
 inline constexpr int AnotherMessage = 20312;
+/** The mail server refused to give a message that was to be opened. */
+inline constexpr int MessageNotGiven = 20322;
 
 // Sending mail. From 20401 on nothing was sent because of the message itself; 2041x and 2042x are refusals by
 // the server, for good and for now, and nothing was sent either; 20431 to 20434 end an attempt before the
@@ -66,10 +68,10 @@ inline constexpr int ConfirmationUnclear = 20444;
 inline constexpr int NetworkUnreachable = 25052;
 inline constexpr int ConnectionRefused = 25062;
 inline constexpr int HostNotFound = 26002;
-/** An attachment's encoded text that ends too early. */
-inline constexpr int EncodedTextCut = 20502;
-/** An attachment's name that could lead out of the folder for attachments, or hide there. */
-inline constexpr int UnsafeAttachmentName = 20503;
+/** An attachment's text that is not base64, or not all of it. */
+inline constexpr int BadEncodedText = 20502;
+/** An attachment that would take the place of a file of the program's own. */
+inline constexpr int OwnFile = 20503;
 } // namespace errors
 
 /** A failure with the number that the handlers' tables know it by. */

@@ -9,11 +9,11 @@
 namespace NetCodeLib {
 
 /** The error of encoded text that stops in the middle of a byte: the rest of it has been lost on the way. */
-inline constexpr int kEncodedTextCut = platform::errors::EncodedTextCut;
+inline constexpr int kEncodedTextCut = platform::errors::BadEncodedText;
 
 /**
  * Turns base64 text back into bytes, as patiently as mail needs it. The text may come in pieces of any size;
- * memory does not grow with it.
+ * memory does not grow with it. Whether a text is base64, and all of it, is for Base64Form to say.
  *
  * - Line ends, blanks and any other foreign character are ignored, wherever they stand (RFC 2045 section
  *   6.8): so is the "--" that begins the next boundary.

@@ -1,5 +1,7 @@
 #include "components/netcodelib/leading_fields.h"
 
+#include "platform/runtime_error.h"
+
 #include <algorithm>
 
 namespace NetCodeLib {
@@ -9,15 +11,18 @@ bool isBlank(char character) noexcept {
     return character == ' ' || character == '\t' || character == '\r';
 }
 
-/** RFC 5322 section 3.6.8: a field's name has printable characters, and no blank before its colon. */
-bool beginsWithFieldName(std::string_view line) noexcept {
-    const auto colon = std::find_if(line.begin(), line.end(), [](char character) {
-        return character <= ' ' || character > '~' || character == ':';
-    });
-    if (colon == line.begin() || colon == line.end() || *colon != ':') {
+bool isOfFieldName(char character) noexcept {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') || character == '-';
+}
+
+bool isHeaderLine(std::string_view line) noexcept {
+    if (line.size() > LeadingFields::kMaximumLineBytes || line.empty()) {
         return false;
     }
-    return colon + 1 == line.end() || isBlank(*(colon + 1));
+    const auto nameEnd = std::find_if_not(line.begin(), line.end(), isOfFieldName);
+    const bool field = nameEnd != line.begin() && nameEnd != line.end() && *nameEnd == ':';
+    return field || line.front() == ' ' || line.front() == '\t';
 }
 } // namespace
 
@@ -27,49 +32,48 @@ std::string_view LeadingFields::take(std::string_view piece) {
     }
     held_.append(piece);
     std::string_view text = held_;
-    while (!passed_) {
+    for (;;) {
         const std::size_t lineFeed = text.find('\n');
         if (lineFeed == std::string_view::npos) {
             break;
         }
-        // However the text is cut: a line that would not have been waited for is none when it comes whole
-        // either.
-        if (lineFeed <= kMaximumLineBytes && isHeaderLine(text.substr(0, lineFeed))) {
-            text.remove_prefix(lineFeed + 1);
-        } else {
-            passed_ = true;
+        takeLine(text.substr(0, lineFeed));
+        if (passed_) {
+            return text;
         }
+        text.remove_prefix(lineFeed + 1);
     }
-    if (!passed_ && text.size() <= kMaximumLineBytes) {
-        held_.erase(0, held_.size() - text.size());
-        return {};
+    if (text.size() > kMaximumLineBytes) {
+        takeLine(text);
+        return text;
     }
-    passed_ = true;
-    return text;
+    held_.erase(0, held_.size() - text.size());
+    return {};
 }
 
 std::string_view LeadingFields::takeLast() {
-    if (passed_ || isHeaderLine(held_)) {
+    if (passed_) {
         return {};
     }
-    passed_ = true;
+    const bool inHeader = fieldSeen_;
+    takeLine(held_);
+    if (inHeader || !passed_) {
+        throw platform::RuntimeError(platform::errors::BadEncodedText);
+    }
     return held_;
 }
 
-/** True for a line to be dropped; the empty line that ends the fields is the last one. */
-bool LeadingFields::isHeaderLine(std::string_view line) {
+/** Passes the header when the line, without its line feed, does not belong to it any more. */
+void LeadingFields::takeLine(std::string_view line) {
     if (std::all_of(line.begin(), line.end(), isBlank)) {
-        passed_ = fieldSeen_;
-        return true;
+        passed_ = true;
+    } else if (isHeaderLine(line)) {
+        fieldSeen_ = true;
+    } else if (fieldSeen_) {
+        throw platform::RuntimeError(platform::errors::BadEncodedText);
+    } else {
+        passed_ = true;
     }
-    if (fieldSeen_ && isBlank(line.front())) {
-        return true; // a folded line (RFC 5322 section 2.2.3)
-    }
-    if (!beginsWithFieldName(line)) {
-        return false;
-    }
-    fieldSeen_ = true;
-    return true;
 }
 
 } // namespace NetCodeLib

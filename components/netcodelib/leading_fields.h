@@ -7,12 +7,15 @@
 namespace NetCodeLib {
 
 /**
- * Drops header lines that stand before encoded text.
+ * Drops what is left of a part's header before its encoded text.
  *
- * An attachment's file begins with whatever header lines of its part nobody has removed: mail programs write
- * more of them than the well-known ones, such as "Content-ID: <...>", in any order. Their letters would be
- * decoded into the file's first bytes. A line of encoded text never has the colon that a field's name ends
- * with, so the lines can be told apart without knowing their names (RFC 5322 section 2.2).
+ * An attachment's file begins with the empty line that ended the part's header, or with what nobody has
+ * removed of that header: fields such as "Content-ID: <...>", and lines that continue a field, such as
+ * " size=35648;". Their letters would be decoded into the file's first bytes.
+ *
+ * So a text whose first line is a field (RFC 5322 section 2.2) or begins with white space (section 2.2.3)
+ * begins with a header, which ends at the first empty line; that line stays. Any other text is encoded text
+ * from its start: behind the empty line a colon makes no header.
  */
 class LeadingFields {
   public:
@@ -25,14 +28,18 @@ class LeadingFields {
     /**
      * The encoded text of this piece: nothing while header lines last, then everything. The view is valid
      * until the next call.
+     * \throws RuntimeError 20502 for a header with a line that is none.
      */
     std::string_view take(std::string_view piece);
 
-    /** The encoded text that was held back, when no piece is left. */
+    /**
+     * The encoded text that was held back, when no piece is left.
+     * \throws RuntimeError 20502 for a header without an empty line behind it.
+     */
     std::string_view takeLast();
 
   private:
-    bool isHeaderLine(std::string_view line);
+    void takeLine(std::string_view line);
 
     std::string held_;
     bool fieldSeen_ = false;

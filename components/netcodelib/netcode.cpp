@@ -1,8 +1,7 @@
 #include "components/netcodelib/netcode.h"
 
-#include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/base64_encoder.h"
-#include "components/netcodelib/leading_fields.h"
+#include "components/netcodelib/part_decoder.h"
 #include "components/netcodelib/write_behind.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
@@ -37,16 +36,12 @@ class Decoding {
   public:
     static constexpr platform::Writing kWriting = platform::Writing::BesideTarget;
 
-    void append(std::string_view piece, std::string& output) { decoder_.append(fields_.take(piece), output); }
+    void append(std::string_view piece, std::string& output) { decoder_.append(piece, output); }
 
-    void finish(std::string& output) {
-        decoder_.append(fields_.takeLast(), output);
-        decoder_.finish(output);
-    }
+    void finish(std::string& output) { decoder_.finish(output); }
 
   private:
-    LeadingFields fields_;
-    Base64Decoder decoder_;
+    PartDecoder decoder_;
 };
 } // namespace
 

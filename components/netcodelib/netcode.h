@@ -23,8 +23,8 @@ enum class Action : std::uint8_t { None = 0, Decode = 1, Encode = 2 };
  * that comes out may be read by the user only and is never executable.
  *
  * An encoded file is written where it stands, and removed when encoding fails. A decoded file takes the
- * target's place when all of it has been decoded; when decoding fails, the target stays as it was. Either
- * way no half of a file is left that could be taken for a whole one.
+ * target's place when all of it has been decoded and is on the disk; when decoding fails, the target stays as
+ * it was. Either way no half of a file is left that could be taken for a whole one.
  */
 class NetCode {
   public:
@@ -58,8 +58,8 @@ class NetCode {
      * Does it, and returns when it is done; None does nothing.
      * \throws RuntimeError 53 when there is no source file, 75 when a file is no plain file, may not be read
      * or written, or is source and target at once, 68 when a drive is not ready, 57 when the source changes
-     * while it is read or a disk fails, 61 when the disk is full, kEncodedTextCut when the source's encoded
-     * text is incomplete.
+     * while it is read or a disk fails, 61 when the disk is full, 20502 when the source is not base64 text,
+     * or not all of it.
      */
     void setAction(Action action);
 

@@ -1,13 +1,15 @@
-#include "components/netcodelib/base64_decoder.h"
 #include "components/netcodelib/netcode.h"
 #include "platform/runtime_error.h"
+#include "tests/platform/file_steps.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/random_bytes.h"
 #include "tests/support/temporary_folder.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -216,10 +218,10 @@ TEST_F(NetCodeTest, ASourceThatShrinksWhileItIsReadLeavesTheOldDecodedFile) {
 
 TEST_F(NetCodeTest, CutTextLeavesTheOldFileOrNone) {
     folder_.write("in", std::string(100'001, 'A'));
-    EXPECT_EQ(decode(), NetCodeLib::kEncodedTextCut);
+    EXPECT_EQ(decode(), errors::BadEncodedText);
     EXPECT_EQ(folder_.entries(), 1U);
     folder_.write("out", "old");
-    EXPECT_EQ(decode(), NetCodeLib::kEncodedTextCut);
+    EXPECT_EQ(decode(), errors::BadEncodedText);
     EXPECT_EQ(folder_.read("out"), "old");
     EXPECT_EQ(folder_.entries(), 2U);
 }
@@ -283,6 +285,42 @@ TEST_F(NetCodeTest, AnErrorOfTheProgressListenerEndsTheWork) {
     EXPECT_EQ(encode(), errors::Overflow);
     EXPECT_EQ(decode(), errors::Overflow);
     EXPECT_EQ(folder_.entries(), 1U);
+}
+
+TEST_F(NetCodeTest, ADecodedFileIsOnTheDiskBeforeItCountsAndAnEncodedOneIsNotWaitedFor) {
+    folder_.write("in", "Zm9v");
+    folder_.write("out", "old");
+    {
+        const support::FileSteps steps;
+        EXPECT_EQ(decode(), 0);
+        EXPECT_THAT(steps.calls(), testing::ElementsAre("write", "fsync", "renameat2", "fsync"));
+    }
+    const support::FileSteps steps;
+    EXPECT_EQ(encode(), 0);
+    EXPECT_THAT(steps.calls(), testing::Not(testing::Contains("fsync")));
+}
+
+TEST_F(NetCodeTest, AMediumThatFailsWhenItIsWaitedForLeavesTheOldDecodedFile) {
+    folder_.write("in", "Zm9v");
+    folder_.write("out", "old");
+    for (const auto& [systemError, error] :
+         {std::pair{EIO, errors::DeviceInputOutput}, std::pair{ENOSPC, errors::DiskFull},
+          std::pair{ENODEV, errors::DeviceUnavailable}}) {
+        const support::FileSteps steps(
+            support::FileSteps::Trouble{1, support::FileSteps::Then::Fail, systemError});
+        EXPECT_EQ(decode(), error);
+        EXPECT_EQ(folder_.read("out"), "old");
+        EXPECT_EQ(folder_.entries(), 2U);
+    }
+}
+
+TEST_F(NetCodeTest, TextThatIsNotBase64LeavesTheOldDecodedFile) {
+    folder_.write("out", "old");
+    for (const char* text : {"\r\n{\"a\": 1}\r\n--\r\n", "Content-ID: <1>\r\n\r\nplain text\r\n--\r\n"}) {
+        folder_.write("in", text);
+        EXPECT_EQ(decode(), errors::BadEncodedText);
+        EXPECT_EQ(folder_.read("out"), "old");
+    }
 }
 
 long peakMemoryKilobytes() {

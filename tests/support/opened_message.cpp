@@ -1,7 +1,6 @@
 #include "tests/support/opened_message.h"
 
-#include "components/netcodelib/base64_decoder.h"
-#include "components/netcodelib/leading_fields.h"
+#include "components/netcodelib/part_decoder.h"
 #include "components/poplib/pop3_session.h"
 #include "email/header_events.h"
 #include "platform/runtime_error.h"
@@ -73,13 +72,11 @@ OpenedMessage openedEncoded(std::string_view message, std::size_t pieceOctets) {
 } // namespace
 
 FoundAttachment decoded(FoundAttachment attachment, std::size_t pieceOctets) {
-    NetCodeLib::LeadingFields fields;
-    NetCodeLib::Base64Decoder decoder;
+    NetCodeLib::PartDecoder decoder;
     std::string content;
     attachment.error = platform::errorNumberOf([&] {
         forEachPiece(attachment.encoded + "\r\n", pieceOctets,
-                     [&](std::string_view piece) { decoder.append(fields.take(piece), content); });
-        decoder.append(fields.takeLast(), content);
+                     [&](std::string_view piece) { decoder.append(piece, content); });
         decoder.finish(content);
     });
     attachment.content = attachment.error == 0 ? content : std::string();

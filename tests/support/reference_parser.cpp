@@ -1,9 +1,14 @@
 #include "tests/support/reference_parser.h"
 
+#include "components/netcodelib/base64_form.h"
 #include "components/netcodelib/leading_fields.h"
 #include "platform/runtime_error.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
+#include <sstream>
+#include <vector>
 
 namespace support::reference {
 
@@ -170,44 +175,119 @@ void parse(OpenedMessage& result) {
     }
 }
 
-bool isBlank(char character) {
-    return character == ' ' || character == '\t' || character == '\r';
+/** The lines of the text, without their line feeds and without the white space at their ends. */
+std::vector<std::string> trimmedLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) {
+        const std::size_t first = std::min(line.find_first_not_of(" \t\r"), line.size());
+        lines.push_back(line.substr(first, line.find_last_not_of(" \t\r") + 1 - first));
+    }
+    return lines;
 }
 
-/** A name of printable characters, a colon, and then the line's end or a blank. */
-bool isField(const std::string& line) {
-    const std::size_t colon = line.find(':');
-    if (colon == std::string::npos || colon == 0) {
-        return false;
-    }
-    const std::string name = line.substr(0, colon);
-    const bool printable = std::all_of(name.begin(), name.end(),
-                                       [](char character) { return character > ' ' && character <= '~'; });
-    return printable && (colon + 1 == line.size() || isBlank(line[colon + 1]));
+const std::string kFieldCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-";
+
+bool isHeaderLine(const std::string& line) {
+    const std::size_t nameEnd = line.find_first_not_of(kFieldCharacters);
+    return line.size() <= NetCodeLib::LeadingFields::kMaximumLineBytes && !line.empty() &&
+           (line.front() == ' ' || line.front() == '\t' ||
+            (nameEnd != std::string::npos && nameEnd > 0 && line[nameEnd] == ':'));
 }
 
-/** Encoded text begins behind the header lines that are left before it. */
-std::string withoutLeadingFields(std::string text) {
-    bool fieldSeen = false;
-    while (!text.empty()) {
-        const std::size_t lineFeed = text.find('\n');
-        const std::string line = text.substr(0, lineFeed);
-        if (line.size() > NetCodeLib::LeadingFields::kMaximumLineBytes) {
+/** What is left of the header goes; nothing when there is a header that is none. */
+std::optional<std::string> withoutLeadingFields(std::string text) {
+    for (bool inHeader = false; text.find('\n') != std::string::npos; inHeader = true) {
+        const std::string line = text.substr(0, text.find('\n'));
+        if (line.find_first_not_of(" \t\r") == std::string::npos) {
             return text;
         }
-        std::string behind = lineFeed == std::string::npos ? "" : text.substr(lineFeed + 1);
-        if (std::all_of(line.begin(), line.end(), isBlank)) {
-            if (fieldSeen) {
-                return behind;
-            }
-        } else if (isField(line)) {
-            fieldSeen = true;
-        } else if (!fieldSeen || !isBlank(line.front())) {
-            return text;
+        if (!isHeaderLine(line)) {
+            return inHeader ? std::nullopt : std::optional(text);
         }
-        text = behind;
+        text.erase(0, line.size() + 1);
     }
-    return text;
+    return std::nullopt;
+}
+
+const std::string kAlphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+std::string lettersOf(const std::string& line) {
+    std::string letters;
+    std::copy_if(line.begin(), line.end(), std::back_inserter(letters),
+                 [](char character) { return kAlphabet.find(character) != std::string::npos; });
+    return letters;
+}
+
+/** The line's letters and padding, counted. */
+std::size_t lengthWithin(const std::string& line) {
+    return lettersOf(line).size() + static_cast<std::size_t>(std::count(line.begin(), line.end(), '='));
+}
+
+bool endsInBoundary(const std::string& line) {
+    return line.ends_with("--") && !line.ends_with("---");
+}
+
+/** Cuts off what stands behind the padding, and the "--" of the next boundary; false when that cannot be. */
+bool cutEnd(std::vector<std::string>& lines) {
+    const auto padded = std::find_if(lines.begin(), lines.end(), [](const std::string& line) {
+        return line.find('=') != std::string::npos;
+    });
+    if (padded != lines.end()) {
+        const auto tail = std::find_if(padded + 1, lines.end(), [](const std::string& line) {
+            return !line.empty() && lettersOf(line).empty() && line.find('=') == std::string::npos;
+        });
+        lines.erase(tail, lines.end());
+    }
+    while (!lines.empty() && lines.back().empty()) {
+        lines.pop_back();
+    }
+    if (!lines.empty() && endsInBoundary(lines.back())) {
+        if (lines.size() == 1 && lines.back() == "--") {
+            return false;
+        }
+        lines.back().resize(lines.back().size() - 2);
+    }
+    std::erase(lines, "");
+    return std::none_of(lines.begin(), lines.end(), endsInBoundary);
+}
+
+/** The letters and the padding of the lines; nothing when they are no base64 text. */
+std::optional<std::string> base64Of(std::vector<std::string> lines) {
+    if (!cutEnd(lines)) {
+        return std::nullopt;
+    }
+    std::string text;
+    std::size_t clean = 0;
+    std::size_t disturbed = 0;
+    bool groups = true;
+    const std::size_t width = lines.empty() ? 0 : lengthWithin(lines.front());
+    bool alike = width >= NetCodeLib::Base64Form::kLeastLineLetters;
+    for (std::size_t index = 0; index < lines.size(); ++index) {
+        const std::string& line = lines[index];
+        const std::string letters = lettersOf(line);
+        const std::string padding(line.substr(std::min(line.find('='), line.size())));
+        const bool endsInPadding = padding.find_first_not_of('=') == std::string::npos;
+        if (line == letters + padding && endsInPadding) {
+            clean += letters.size() == width ? 1 : 0;
+            text += line;
+        } else if (padding.empty() && letters.size() == width &&
+                   width >= NetCodeLib::Base64Form::kLeastLineLetters) {
+            ++disturbed;
+            text += letters;
+        } else {
+            return std::nullopt;
+        }
+        if (index + 1 < lines.size()) {
+            groups = groups && lengthWithin(line) % 4 == 0;
+            alike = alike && lengthWithin(line) == width;
+        }
+    }
+    const std::size_t letters = std::min(text.find('='), text.size());
+    const bool paddedOnce = text.find_first_not_of('=', letters) == std::string::npos;
+    const bool whole = text.size() % 4 == 0 && letters % 4 != 1;
+    const bool fewDisturbed = disturbed == 0 || disturbed < clean;
+    return paddedOnce && whole && fewDisturbed && (groups || alike) ? std::optional(text) : std::nullopt;
 }
 } // namespace
 
@@ -243,19 +323,19 @@ std::string strippedOnce(std::string text) {
 }
 
 FoundAttachment decoded(FoundAttachment attachment) {
-    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    const std::string text = withoutLeadingFields(attachment.encoded + "\r\n");
+    attachment.content.clear();
+    const auto encoded = withoutLeadingFields(attachment.encoded + "\r\n");
+    const auto text = encoded ? base64Of(trimmedLines(*encoded)) : std::nullopt;
+    if (!text) {
+        attachment.error = errors::BadEncodedText;
+        return attachment;
+    }
     std::string bits;
-    for (const char character : text.substr(0, text.find('='))) {
-        const std::size_t value = alphabet.find(character);
-        for (std::size_t bit = 32; value != std::string::npos && bit > 0; bit /= 2) {
+    for (const char character : lettersOf(*text)) {
+        const std::size_t value = kAlphabet.find(character);
+        for (std::size_t bit = 32; bit > 0; bit /= 2) {
             bits += (value & bit) != 0 ? '1' : '0';
         }
-    }
-    attachment.content.clear();
-    if (bits.size() % 24 == 6) {
-        attachment.error = errors::EncodedTextCut;
-        return attachment;
     }
     attachment.error = 0;
     for (std::size_t at = 0; at + 8 <= bits.size(); at += 8) {
