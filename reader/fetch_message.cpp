@@ -1,6 +1,7 @@
 #include "reader/fetch_message.h"
 
 #include "email/state.h"
+#include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
 #include "windows/frmLogin.h"
@@ -11,6 +12,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
+#include <utility>
 
 using email::state;
 using POPLib::Request;
@@ -35,6 +38,30 @@ void resetForOpening(email::MessageSummary& message) {
     message.Date = "':";
 }
 
+/** Puts the record back as it was, unless the message has come. */
+class KeptRecord {
+  public:
+    explicit KeptRecord(email::MessageSummary& message) : message_(message), before_(std::move(message)) {
+        message_.AttachmentName = before_.AttachmentName;
+    }
+
+    ~KeptRecord() {
+        if (!hasCome_) {
+            message_ = std::move(before_);
+        }
+    }
+
+    KeptRecord(const KeptRecord&) = delete;
+    KeptRecord& operator=(const KeptRecord&) = delete;
+
+    void messageHasCome() noexcept { hasCome_ = true; }
+
+  private:
+    email::MessageSummary& message_;
+    email::MessageSummary before_;
+    bool hasCome_ = false;
+};
+
 /**
  * Room for all lines at once, or a long body would be copied again and again while it grows. The size is only
  * what the server claims, so there is an end to what is set aside for it.
@@ -54,7 +81,12 @@ void fetchMessage() {
     pop.issueRequest(Request::ConnectAndLogOn);
     pop.setCurrentMessage(state.CurrentMessage);
     email::MessageSummary& message = state.Messages.at(state.CurrentMessage);
-    message.Size = pop.currentMessageSize();
+    const std::optional<std::int32_t> size = pop.currentMessageSize();
+    if (!size) {
+        throw platform::RuntimeError(platform::errors::MessageNotGiven);
+    }
+    KeptRecord record(message);
+    message.Size = *size;
     mainWindow().barProgress->setMax(message.Size);
     {
         const platform::WhileTrue retrieving(state.Retrieving);
@@ -64,5 +96,6 @@ void fetchMessage() {
         pop.issueRequest(Request::RetrieveCurrentMessage);
         pop.issueRequest(Request::LogOffAndDisconnect);
     }
+    record.messageHasCome();
     enableButtonsAndList(true);
 }

@@ -142,6 +142,8 @@ void openingFailed(int error) {
         button->setEnabled(true);
     }
     main.MailGrid->setEnabled(true);
+    // A disabled list loses the keyboard.
+    main.MailGrid->setFocus();
     main.setHourglass(false);
     main.barProgress->setProgress(0);
     showTotals();

@@ -46,7 +46,7 @@ void tellAndEnd(const QString& text, const char* titleEnding) {
 void fetchSummary(POPLib::POP& pop) {
     pop.setCurrentMessage(email::state.CurrentMessage);
     email::MessageSummary& summary = email::state.Messages.at(email::state.CurrentMessage);
-    summary.Size = pop.currentMessageSize();
+    summary.Size = pop.currentMessageSize().value_or(0);
     email::resetForListing(summary);
     pop.setBodyLineLimit(kSummaryBodyLines);
     pop.issueRequest(POPLib::Request::RetrieveCurrentMessage);

@@ -36,7 +36,7 @@ class Listing {
         for (current_ = 1; current_ <= pop_.messageCount(); ++current_) {
             pop_.setCurrentMessage(current_);
             email::MessageSummary& summary = messages_.at(current_);
-            summary.Size = pop_.currentMessageSize();
+            summary.Size = pop_.currentMessageSize().value_or(0);
             email::resetForListing(summary);
             pop_.setBodyLineLimit(kBodyLines);
             pop_.issueRequest(POPLib::Request::RetrieveCurrentMessage);

@@ -7,6 +7,7 @@
 #include "components/poplib/pop.h"
 #include "email/header_events.h"
 #include "email/messages.h"
+#include "email/own_files.h"
 #include "platform/background.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
@@ -40,7 +41,7 @@ void fetch(const QString& server, email::MessageSummary& message) {
     pop.setLoginPassword("demo");
     pop.issueRequest(Request::ConnectAndLogOn);
     pop.setCurrentMessage(1);
-    message.Size = pop.currentMessageSize();
+    message.Size = pop.currentMessageSize().value_or(0);
     message.BodyText.reserve(static_cast<std::size_t>(message.Size));
     pop.setBodyLineLimit(0);
     pop.issueRequest(Request::RetrieveCurrentMessage);
@@ -64,7 +65,7 @@ void save(const QString& path) {
     { const platform::PrivateOutput trial(platform::nativePath(path), platform::Writing::BesideTarget); }
     NetCodeLib::NetCode codec;
     codec.setOverwrite(true);
-    codec.setSourceFile(QLatin1String(kEncodedAttachmentFile));
+    codec.setSourceFile(QLatin1String(email::kEncodedAttachmentFileName));
     codec.setTargetFile(path);
     codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
     codec.setFileName(QStringLiteral("FILE.BIN"));

@@ -65,8 +65,8 @@ void POP::leave() noexcept {
     static_cast<void>(platform::errorNumberOf([this] { issueRequest(Request::LogOffAndDisconnect); }));
 }
 
-std::int32_t POP::currentMessageSize() {
-    std::int32_t size = 0;
+std::optional<std::int32_t> POP::currentMessageSize() {
+    std::optional<std::int32_t> size;
     asRequest([&] {
         const Command list = listCommand(currentMessage_);
         const auto text = ask(list);
@@ -78,7 +78,7 @@ std::int32_t POP::currentMessageSize() {
             throw RuntimeError(errors::MailServerTrouble);
         }
         size = platform::checkedTo<std::int32_t>(numbers.second);
-        numberAndSize_ = {list.messageNumber, size};
+        numberAndSize_ = {list.messageNumber, *size};
     });
     return size;
 }
@@ -135,11 +135,14 @@ void POP::logOff() {
 }
 
 void POP::retrieve() {
+    const bool listing = bodyLineLimit_ > 0;
     const Command whole = retrCommand(currentMessage_, bodyLineLimit_);
-    const bool wanted = bodyLineLimit_ > 0 && fetchContent(topCommand(currentMessage_, bodyLineLimit_));
-    if (!wanted) {
-        // TOP is optional (RFC 1939 section 7). A message that RETR does not bring either has no events.
-        fetchContent(whole);
+    // TOP is optional (RFC 1939 section 7).
+    const bool given =
+        (listing && fetchContent(topCommand(currentMessage_, bodyLineLimit_))) || fetchContent(whole);
+    // A list has a row for every message, also for one without any events.
+    if (!given && !listing) {
+        throw RuntimeError(errors::MessageNotGiven);
     }
 }
 

@@ -59,7 +59,8 @@ struct Timeouts {
  * try again later; 20172 when the server refuses the name or the password, or these cannot be sent at all;
  * 26002, 25062, 25052 when the name is unknown, the connection refused, the network unreachable; 20302 for
  * silence, a lost connection and answers that are no POP3; 6 for a number that does not fit; 7 for a message
- * that is too large; 20312 for the deletion of a number that by now names another message. After any error
+ * that is too large; 20312 for the deletion of a number that by now names another message; 20322 when the
+ * server refuses a whole message (one that is listed is then without its lines). After any error
  * but a refused log-on the session is closed. A refused log-on stays open until the log-off, and meanwhile a
  * second log-on meets 20102.
  */
@@ -103,10 +104,10 @@ class POP {
     void setCurrentMessage(std::int16_t number) noexcept { currentMessage_ = number; }
 
     /**
-     * Asks the server for the size of the current message, in bytes (LIST n); 0 when the server cannot tell.
-     * Blocks and raises as a request does.
+     * Asks the server for the size of the current message, in bytes (LIST n); nothing when the server refuses
+     * to tell. Blocks and raises as a request does.
      */
-    std::int32_t currentMessageSize();
+    std::optional<std::int32_t> currentMessageSize();
 
     /** Body lines that a retrieval fetches with the header; 0 means the whole message. */
     void setBodyLineLimit(std::int32_t lines) noexcept { bodyLineLimit_ = lines; }

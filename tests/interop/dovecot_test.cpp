@@ -333,7 +333,7 @@ TEST_F(Dovecot, AMessageThatIsNotThereHasNoSizeAndNoEvents) {
     Collected collected(pop_);
     logOn();
     pop_.setCurrentMessage(2);
-    EXPECT_EQ(pop_.currentMessageSize(), 0);
+    EXPECT_EQ(pop_.currentMessageSize(), std::nullopt);
     retrieve(2, 25);
     EXPECT_EQ(collected.message(), "\r\n");
     retrieve(1, 25);

@@ -61,11 +61,11 @@ class PopTest : public testing::Test {
         return request(POPLib::Request::DeleteCurrentMessage);
     }
 
-    /** The size that the server tells, or the negative number of the error. */
+    /** The size that the server tells, 0 when it refuses, or the negative number of the error. */
     std::int32_t sizeOf(std::int16_t number) {
         pop.setCurrentMessage(number);
         std::int32_t size = 0;
-        const int error = platform::errorNumberOf([&] { size = pop.currentMessageSize(); });
+        const int error = platform::errorNumberOf([&] { size = pop.currentMessageSize().value_or(0); });
         return error == 0 ? size : -error;
     }
 

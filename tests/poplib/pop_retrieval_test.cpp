@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <optional>
 #include <stdexcept>
 
 namespace {
@@ -14,6 +15,7 @@ using support::ScriptedServer;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 namespace errors = platform::errors;
@@ -70,6 +72,37 @@ TEST_F(PopRetrieval, ServesMessagesThatTheTotalsDidNotAnnounce) {
     EXPECT_EQ(sizeOf(1), 20);
     EXPECT_EQ(retrieve(1), 0);
     EXPECT_THAT(content, SizeIs(2));
+}
+
+TEST_F(PopRetrieval, AWholeMessageThatTheServerRefusesIsAnErrorOfItsOwn) {
+    Pop3Mailbox mailbox({kMessage});
+    mailbox.answer("RETR", "-ERR no such message\r\n");
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(retrieve(1, 0), errors::MessageNotGiven);
+    EXPECT_THAT(content, IsEmpty());
+    ASSERT_EQ(logOn(), 0) << "the session is closed";
+}
+
+TEST_F(PopRetrieval, AListedMessageThatTheServerRefusesHasNoLines) {
+    Pop3Mailbox mailbox({kMessage});
+    mailbox.answer("TOP", "-ERR\r\n").answer("RETR", "-ERR\r\n");
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(retrieve(1, 25), 0);
+    EXPECT_THAT(content, IsEmpty());
+    EXPECT_EQ(logOff(), 0);
+}
+
+TEST_F(PopRetrieval, ASizeThatTheServerRefusesToTellIsNone) {
+    Pop3Mailbox mailbox({kMessage, kMessage});
+    mailbox.answer("LIST 1", "-ERR no such message\r\n").answer("LIST 2", "+OK 2 0\r\n");
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    pop.setCurrentMessage(1);
+    EXPECT_EQ(pop.currentMessageSize(), std::nullopt);
+    pop.setCurrentMessage(2);
+    EXPECT_EQ(pop.currentMessageSize(), 0);
 }
 
 TEST_F(PopRetrieval, AnErrorOfAListenerReachesTheCallerAndClosesTheSession) {

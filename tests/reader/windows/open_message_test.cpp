@@ -269,13 +269,50 @@ TEST_F(OpenMessage, ARefusedLogOnEndsInTheHeaderErrorBoxAndTheNextTryWorks) {
     EXPECT_TRUE(messageWindow().isVisible());
 }
 
-TEST_F(OpenMessage, AMessageThatTheServerCannotGiveIsOpenedEmpty) {
-    logInWith({"Subject: 1\r\n\r\none\r\n"});
-    mailbox.answer("RETR", "-ERR no such message\r\n").answer("LIST", "-ERR no such message\r\n");
+TEST_F(OpenMessage, AMessageThatTheServerDoesNotGiveIsNotOpenedAndItsRecordStays) {
+    logInWith({multipart({plainPart("text")}, "To: bob@example.org\r\n")});
+    const email::MessageSummary before = email::state.Messages.at(1);
+    for (const char* command : {"RETR", "LIST"}) {
+        mailbox.answer(command, "-ERR no such message\r\n");
+        doubleClick(1);
+        expectHeaderErrorBox(20322);
+        EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("1 messages %1 bytes total").arg(before.Size));
+        EXPECT_EQ(mainWindow().focusWidget(), mainWindow().MailGrid);
+        const email::MessageSummary& after = email::state.Messages.at(1);
+        EXPECT_EQ(after.From, before.From);
+        EXPECT_EQ(after.Subject, before.Subject);
+        EXPECT_EQ(after.Date, before.Date);
+        EXPECT_EQ(after.HeaderText, before.HeaderText);
+        EXPECT_EQ(after.Size, before.Size);
+        EXPECT_EQ(after.BodyText, before.BodyText);
+        EXPECT_EQ(after.ContentType, before.ContentType);
+        EXPECT_EQ(after.Boundary, before.Boundary);
+        boxes.clear();
+        mailbox.answerProperly(command);
+    }
     doubleClick(1);
     EXPECT_THAT(boxTexts(), IsEmpty());
-    EXPECT_EQ(messageWindow().txtSubject->text(), QStringLiteral("'"));
-    EXPECT_EQ(shownText(), QString());
+    EXPECT_EQ(messageWindow().tMessage->bytes(), "\r\ntext\r\n--");
+}
+
+TEST_F(OpenMessage, AMessageThatBreaksOffLeavesItsRecordAsItWas) {
+    logInWith({"From: ann@example.org\r\nSubject: 1\r\n\r\none\r\n"});
+    mailbox.on("RETR", [](support::Peer& peer) {
+        peer.send("+OK\r\nFrom: bob@example.org\r\nSubject: 2\r\n\r\ntwo\r\n");
+        peer.reset();
+    });
+    doubleClick(1);
+    expectHeaderErrorBox(20302);
+    EXPECT_EQ(email::state.Messages.at(1).From, "ann@example.org");
+    EXPECT_EQ(email::state.Messages.at(1).Subject, "1");
+    EXPECT_EQ(email::state.Messages.at(1).BodyText, "one\r\n");
+}
+
+TEST_F(OpenMessage, InTheListAMessageThatTheServerDoesNotGiveKeepsItsPlaceholders) {
+    mailbox.answer("LIST", "-ERR\r\n").answer("TOP", "-ERR\r\n").answer("RETR", "-ERR\r\n");
+    logInWith({"From: ann@example.org\r\nSubject: 1\r\n\r\none\r\n"});
+    EXPECT_EQ(mainWindow().MailGrid->TextMatrix(1, 3).trimmed(), QStringLiteral("'"));
+    EXPECT_EQ(mainWindow().MailGrid->TextMatrix(1, 4), QStringLiteral("(0 bytes)"));
 }
 
 TEST_F(OpenMessage, ASecondDoubleClickWhileTheFirstIsAtWorkDoesNothing) {
