@@ -1,4 +1,5 @@
 #include "compose/composer.h"
+#include "email/own_files.h"
 #include "email/state.h"
 #include "platform/background.h"
 #include "platform/drives.h"
@@ -19,7 +20,7 @@
 using SMTPLib::Request;
 
 namespace {
-constexpr const char* kEncodedFile = "C:\\_brndwake.tmp";
+constexpr const char* kEncodedFile = email::kEncodedOutgoingFileName;
 
 QString title() {
     return email::settings.Institution + QStringLiteral(" E-Mail");

@@ -171,6 +171,10 @@ QString withControlsVisible(const QString& text) {
     return shown;
 }
 
+bool isControlCharacter(QChar character) noexcept {
+    return character.unicode() < 0x20 || isInvisibleControl(character.unicode());
+}
+
 std::string upperCase(std::string_view text) {
     std::string upper(text);
     for (char& character : upper) {

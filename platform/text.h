@@ -51,6 +51,10 @@ QString fitted(const QString& text, int width);
  */
 QString withControlsVisible(const QString& text);
 
+/** Whether the character is a control character, a direction override or the like: obeyed instead of shown.
+ */
+bool isControlCharacter(QChar character) noexcept;
+
 /** The text in upper case; only the letters a to z change, as mail's own names know no others. */
 std::string upperCase(std::string_view text);
 

@@ -1,11 +1,12 @@
 #include "reader/attachment_file.h"
 
+#include "email/own_files.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
 #include "reader/part_headers.h"
 
 void writeAttachment(std::string_view part) {
-    platform::PrivateOutput file(platform::nativePath(QLatin1String(kEncodedAttachmentFile)),
+    platform::PrivateOutput file(platform::nativePath(QLatin1String(email::kEncodedAttachmentFileName)),
                                  platform::Writing::InPlace);
     file.write(withoutPartHeaders(part));
     file.write("\r\n");

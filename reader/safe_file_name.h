@@ -3,9 +3,14 @@
 #include <QString>
 
 /**
- * Refuses an attachment's name, which a stranger has chosen, when it is no plain file name: when it could
- * lead out of the folder for attachments (a separator, a drive letter, ".."), hide the file there or replace
- * a file of the user's own settings (a dot at the start), or look like another name (control characters,
- * direction overrides). \throws RuntimeError 20503
+ * The name under which an attachment is saved: its own, which a stranger has chosen, made into one that every
+ * disk takes, that stays in its folder, and that shows as what it is. A name that is so already is not
+ * changed.
+ *
+ * An underscore stands for each separator, control character, direction override and `: * ? " < > |`, and for
+ * each dot or blank at the start or at the end: at the start it would hide the file or lead out of the
+ * folder, and memory sticks (FAT) take none at the end. One comes before the names of devices, such as CON
+ * and lpt1.txt. Nothing but white space is "attachment". A name of more than 255 bytes is shortened before
+ * its extension.
  */
-void requireSafeName(const QString& name);
+QString safeFileName(const QString& name);

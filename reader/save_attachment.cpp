@@ -1,3 +1,4 @@
+#include "email/own_files.h"
 #include "email/state.h"
 #include "platform/background.h"
 #include "platform/drives.h"
@@ -5,8 +6,7 @@
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
-#include "reader/attachment_file.h"
-#include "reader/attachment_name.h"
+#include "reader/safe_file_name.h"
 #include "windows/frmFrom.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
@@ -20,13 +20,22 @@ void tryToWrite(const QString& path) {
     const platform::PrivateOutput trial(platform::nativePath(path), platform::Writing::BesideTarget);
 }
 
-void decode(NetCode& codec, const QString& target, const QString& name) {
+/** All of it may wait for a disk that is slow, or has been pulled out. */
+void writeDecoded(NetCode& codec, const QString& target) {
+    if (email::isOwnFile(target)) {
+        throw platform::RuntimeError(platform::errors::OwnFile);
+    }
+    tryToWrite(target);
+    codec.setAction(Action::Decode);
+}
+
+void save(NetCode& codec, const QString& target, const QString& name) {
     codec.setOverwrite(true);
-    codec.setSourceFile(QLatin1String(kEncodedAttachmentFile));
+    codec.setSourceFile(QLatin1String(email::kEncodedAttachmentFileName));
     codec.setTargetFile(target);
     codec.setCodingFormat(NetCode::kBase64);
     codec.setFileName(name);
-    platform::runInBackground([&codec] { codec.setAction(Action::Decode); });
+    platform::runInBackground([&] { writeDecoded(codec, target); });
     codec.setAction(Action::None);
 }
 } // namespace
@@ -37,10 +46,8 @@ void frmFrom::cmdSave_Click() {
         const WhileDisabled resting(*this);
         const WhileHourglass waiting(*this);
         const QString name = platform::fromBytes(email::state.CurrentAttachment);
-        requireSafeName(name);
-        path = email::settings.SaveDirectory + name;
-        tryToWrite(path);
-        decode(mainWindow().ctrDecode, path, name);
+        path = email::settings.SaveDirectory + safeFileName(name);
+        save(mainWindow().ctrDecode, path, name);
     });
     if (error != 0) {
         platform::showMessage(QStringLiteral("Please make sure disk is ready. Error#") +

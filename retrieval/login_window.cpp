@@ -1,5 +1,6 @@
 #include "components/controls/picture.h"
 #include "components/transport/stream.h"
+#include "email/own_files.h"
 #include "email/state.h"
 #include "platform/runtime_error.h"
 #include "retrieval/wave_player_setup.h"
@@ -20,10 +21,10 @@ constexpr int kShiftAndControl = 3;
 
 void frmLogin::Form_Load() {
     MMControl1.setDeviceType(QStringLiteral("WaveAudio"));
-    MMControl1.setFileName(QStringLiteral("Gotmail.wav"));
+    MMControl1.setFileName(QLatin1String(email::kNewMailSoundFileName));
     openWavePlayer(MMControl1);
     const int error = platform::errorNumberOf(
-        [this] { picLogo->setPixmap(controls::LoadPicture(QStringLiteral("tolk.jpg"))); });
+        [this] { picLogo->setPixmap(controls::LoadPicture(QLatin1String(email::kLogoFileName))); });
     if (error != 0) {
         picLogo->setPixmap(controls::LoadPicture());
     }
