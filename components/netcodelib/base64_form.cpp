@@ -4,6 +4,8 @@
 #include "platform/runtime_error.h"
 
 #include <array>
+#include <cstdint>
+#include <cstring>
 #include <utility>
 
 namespace NetCodeLib {
@@ -12,36 +14,53 @@ namespace {
 constexpr std::size_t kGroupCharacters = 4;
 constexpr std::size_t kBoundaryHyphens = 2;
 
-/** 0 for the letters of the alphabet, 1 for everything else. */
-constexpr std::array<unsigned char, 256> kOther = [] {
-    std::array<unsigned char, 256> other{};
-    other.fill(1);
+constexpr std::array<bool, 256> kIsLetter = [] {
+    std::array<bool, 256> letters{};
     for (const char letter : kAlphabet) {
-        other[static_cast<unsigned char>(letter)] = 0;
+        letters[static_cast<unsigned char>(letter)] = true;
     }
-    return other;
+    return letters;
 }();
 
-unsigned isOther(char character) noexcept {
-    return kOther[static_cast<unsigned char>(character)];
+bool isLetter(char character) noexcept {
+    return kIsLetter[static_cast<unsigned char>(character)];
+}
+
+/** Eight characters of ASCII, and for each the highest bit as an answer. */
+using Eight = std::uint64_t;
+
+constexpr Eight eightTimes(unsigned value) noexcept {
+    return 0x0101010101010101U * value;
+}
+
+/** Which of the characters, all of them below 0x80, lie between the two; nothing is carried over. */
+constexpr Eight between(char first, char last, Eight characters) noexcept {
+    const Eight fromFirst = characters + eightTimes(0x80U - static_cast<unsigned char>(first));
+    const Eight behindLast = characters + eightTimes(0x7FU - static_cast<unsigned char>(last));
+    return fromFirst & ~behindLast;
+}
+
+bool areEightLetters(const char* text) noexcept {
+    constexpr Eight answers = eightTimes(0x80U);
+    constexpr Eight smallLetter = eightTimes(0x20U);
+    Eight characters = 0;
+    std::memcpy(&characters, text, sizeof characters);
+    if ((characters & answers) != 0) {
+        return false;
+    }
+    // The alphabet's slash stands right before the digits.
+    const Eight letters = between('a', 'z', characters | smallLetter) | between('/', '9', characters) |
+                          between('+', '+', characters);
+    return (letters & answers) == answers;
 }
 
 std::size_t lettersAtFront(std::string_view text) noexcept {
-    constexpr std::size_t atOnce = 8;
     std::size_t letters = 0;
     // Nearly all of a text is letters: one decision for several of them.
-    while (text.size() - letters >= atOnce) {
-        const char* const next = text.data() + letters;
-        unsigned other = 0;
-        for (std::size_t index = 0; index < atOnce; ++index) {
-            other |= isOther(next[index]);
-        }
-        if (other != 0) {
-            break;
-        }
-        letters += atOnce;
+    while (text.size() - letters >= sizeof(Eight) && areEightLetters(text.data() + letters)) {
+        letters += sizeof(Eight);
     }
-    while (letters < text.size() && isOther(text[letters]) == 0) {
+    while (letters < text.size() && isLetter(text[letters])) {
         ++letters;
     }
     return letters;

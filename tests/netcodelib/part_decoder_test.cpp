@@ -1,6 +1,6 @@
-#include "components/netcodelib/base64_encoder.h"
 #include "components/netcodelib/part_decoder.h"
 #include "platform/runtime_error.h"
+#include "tests/support/base64_text.h"
 #include "tests/support/pieces.h"
 #include "tests/support/random_bytes.h"
 
@@ -13,14 +13,6 @@
 namespace {
 
 const std::string kFile = support::randomBytes(67'511, 9);
-
-std::string encodedFile() {
-    NetCodeLib::Base64Encoder encoder;
-    std::string text;
-    encoder.append(kFile, text);
-    encoder.finish(text);
-    return text;
-}
 
 struct Result {
     std::string bytes;
@@ -61,7 +53,7 @@ const std::vector<Case> kRests{
 class PartDecoderBehind : public testing::TestWithParam<Case> {};
 
 TEST_P(PartDecoderBehind, GivesEveryByteOfTheFile) {
-    const std::string text = GetParam().restOfHeader + "\r\n" + encodedFile() + "--\r\n";
+    const std::string text = GetParam().restOfHeader + "\r\n" + support::base64Text(kFile) + "--\r\n";
     for (const std::size_t pieceOctets : support::kPieceSizes) {
         const Result result = decoded(text, pieceOctets);
         EXPECT_EQ(result.error, 0) << pieceOctets;

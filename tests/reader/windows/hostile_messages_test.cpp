@@ -1,7 +1,7 @@
 // What strangers can put into a message: the windows show it whole, on the lines it belongs to, and go on.
 
-#include "components/netcodelib/base64_encoder.h"
 #include "tests/reader/windows/reader_fixture.h"
+#include "tests/support/base64_text.h"
 #include "tests/support/heartbeat.h"
 #include "tests/support/random_bytes.h"
 
@@ -240,11 +240,8 @@ TEST_F(HostileMessages, WhateverTheTransferEncodingSaysTheFileIsDecodedAsBase64)
 
 TEST_F(HostileMessages, ASavedProgramIsNeitherExecutableNorRun) {
     const std::string program = "#!/bin/sh\ntouch ran\n";
-    std::string encoded;
-    NetCodeLib::Base64Encoder encoder;
-    encoder.append(program, encoded);
-    encoder.finish(encoded);
-    openOnly(multipart({"Content-Type: application/x-sh; name=\"run.sh\"\r\n\r\n" + encoded}));
+    openOnly(multipart(
+        {"Content-Type: application/x-sh; name=\"run.sh\"\r\n\r\n" + support::base64Text(program)}));
     const mode_t before = ::umask(0);
     save();
     ::umask(before);
@@ -259,13 +256,9 @@ TEST_F(HostileMessages, ASavedProgramIsNeitherExecutableNorRun) {
 
 TEST_F(HostileMessages, ALargeAttachmentIsSavedByteForByteWhileTheWindowsLive) {
     const std::string content = support::randomBytes(kLargeBytes, 7);
-    std::string encoded;
-    NetCodeLib::Base64Encoder encoder;
-    encoder.append(content, encoded);
-    encoder.finish(encoded);
     // Base64 text of this length holds any short word: a boundary has to have a character that it has not.
     logInWith({"Content-Type: multipart/mixed; boundary=\"=_cut\"\r\n\r\n--=_cut\r\n" +
-               attachmentPart("large.bin", encoded) + "--=_cut--\r\n"});
+               attachmentPart("large.bin", support::base64Text(content)) + "--=_cut--\r\n"});
     support::Heartbeat heartbeat;
     doubleClick(1);
     EXPECT_THAT(boxTexts(), IsEmpty());

@@ -1,5 +1,5 @@
-#include "components/netcodelib/base64_encoder.h"
 #include "tests/reader/windows/reader_fixture.h"
+#include "tests/support/base64_text.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/random_bytes.h"
 
@@ -113,29 +113,21 @@ class SaveAttachmentOf : public SaveAttachment, public testing::WithParamInterfa
 
 const std::string kReport = support::randomBytes(67'511, 3);
 
-std::string encodedReport() {
-    NetCodeLib::Base64Encoder encoder;
-    std::string text;
-    encoder.append(kReport, text);
-    encoder.finish(text);
-    return text;
-}
-
 const std::string kBase64 = "Content-Transfer-Encoding: base64\r\n";
 const TextCase kTexts[] = {
     {"FoldedDisposition", kBase64 + "Content-Disposition: attachment; filename=\"a.bin\";\r\n size=35648\r\n",
-     encodedReport(), kReport},
+     support::base64Text(kReport), kReport},
     {"SizeAndDatesOnLinesOfTheirOwn",
      kBase64 + "Content-Disposition: attachment;\r\n\tfilename=\"a.bin\"; size=67511;\r\n"
                "\tcreation-date=\"Mon, 04 Mar 2024 10:11:12 GMT\";\r\n"
                "\tmodification-date=\"Mon, 04 Mar 2024 10:11:12 GMT\"\r\n",
-     encodedReport(), kReport},
+     support::base64Text(kReport), kReport},
     {"ExtendedName",
      kBase64 +
          "Content-Disposition: attachment; filename=\"a.bin\";\r\n filename*=utf-8''a.bin;\r\n size=1\r\n",
-     encodedReport(), kReport},
-    {"FieldsBehindTheKnownOnes", kBase64 + "Content-ID: <f_1>\r\nX-Attachment-Id: f_1\r\n", encodedReport(),
-     kReport},
+     support::base64Text(kReport), kReport},
+    {"FieldsBehindTheKnownOnes", kBase64 + "Content-ID: <f_1>\r\nX-Attachment-Id: f_1\r\n",
+     support::base64Text(kReport), kReport},
     {"Json", "Content-Transfer-Encoding: 7bit\r\n", "{\r\n  \"a\": 1,\r\n  \"b\": [2]\r\n}", "", 20502},
     {"JsonOnOneLine", "Content-Transfer-Encoding: 7bit\r\n", "{\"a\":1}", "", 20502},
     {"TextThatLooksLikeFields", "Content-Transfer-Encoding: 7bit\r\n", "key: value\r\nother: 1\r\n", "",
