@@ -1,10 +1,20 @@
 #pragma once
 
+#include "platform/private_file.h"
+
 #include <QString>
 
 #include <functional>
 #include <string>
 #include <string_view>
+
+/** A file that was encoded for sending. */
+struct EncodedFile {
+    /** Empty when there is none. */
+    QString path;
+    /** The very file, whatever stands under the path by now. */
+    platform::HeldFile file;
+};
 
 /** What one send hands to the SMTP client. */
 struct ComposedMessage {
@@ -12,14 +22,14 @@ struct ComposedMessage {
     std::string ExtraHeaders;
     std::string MessageBody;
     /** The file whose bytes follow the body; empty without an attachment. */
-    QString encodedFile;
+    EncodedFile encodedFile;
 };
 
 /**
  * Encodes the attachment (a drive path, as typed) into the encoder's own target file, ends that file with the
- * given closing line, and returns the file's path.
+ * given closing line, and returns the file.
  */
-using EncodeAttachment = std::function<QString(const QString& attachment, std::string_view closingLine)>;
+using EncodeAttachment = std::function<EncodedFile(const QString& attachment, std::string_view closingLine)>;
 
 /** The fixed boundary; it begins with two hyphens of its own, so that delimiter lines begin with four. */
 inline constexpr std::string_view MimeBoundary = "--*******Brindlewake************";

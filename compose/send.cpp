@@ -2,9 +2,7 @@
 #include "email/own_files.h"
 #include "email/state.h"
 #include "platform/background.h"
-#include "platform/drives.h"
 #include "platform/message_box.h"
-#include "platform/private_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
@@ -15,6 +13,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <string>
 #include <utility>
 
 using SMTPLib::Request;
@@ -26,20 +25,16 @@ QString title() {
     return email::settings.Institution + QStringLiteral(" E-Mail");
 }
 
-QString encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachment,
-                         std::string_view closingLine) {
+EncodedFile encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachment,
+                             std::string_view closingLine) {
     codec.setSourceFile(attachment);
     codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
     codec.setTargetFile(QLatin1String(kEncodedFile));
     codec.setOverwrite(true);
-    // Both only read and write files, and a large one takes its time.
-    platform::runInBackground([&codec, closingLine] {
-        codec.setAction(NetCodeLib::Action::Encode);
-        platform::PrivateOutput encoded(platform::nativePath(codec.targetFile()), platform::Writing::Append);
-        encoded.write(closingLine);
-        encoded.finish();
-    });
-    return codec.targetFile();
+    codec.setClosingText(std::string(closingLine));
+    // A large file takes its time.
+    platform::runInBackground([&codec] { codec.setAction(NetCodeLib::Action::Encode); });
+    return {codec.targetFile(), codec.takeEncodedFile()};
 }
 
 void refuse(const QString& text, QLineEdit* missing) {
@@ -73,7 +68,7 @@ void frmSend::cmdSndit_Click() {
 
 void frmSend::send() {
     // Composed before anything is checked, so that the encoded file is written even when the send is refused.
-    const ComposedMessage message =
+    ComposedMessage message =
         Compose(tMessage->bytes(), txtAttachment->text(), [this](const QString& file, std::string_view line) {
             // Neither closed nor cancelled while a file is encoded.
             const WhileDisabled resting(*this);
@@ -101,7 +96,7 @@ void frmSend::send() {
     SMTP1.setSubject(platform::toBytes(tSubject->text()));
     SMTP1.setAdditionalHeaders(message.ExtraHeaders);
     SMTP1.setBody(message.MessageBody);
-    SMTP1.setDataFile(message.encodedFile);
+    SMTP1.setDataFile(message.encodedFile.path, std::move(message.encodedFile.file));
     SMTP1.setDataFileEncoded(true);
     setHourglass(true);
     SMTP1.issueRequest(Request::TransmitMessage);

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <optional>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -42,8 +43,12 @@ struct stat statusOf(const FileDescriptor& file) {
     return status;
 }
 
-/** Opens a file that is there for writing, without changing it yet; nothing when there is none. */
-std::optional<FileDescriptor> openExisting(const std::string& path) {
+bool isSameFile(const struct stat& one, const struct stat& other) noexcept {
+    return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
+}
+
+/** Opens a file that is there, without changing it yet; nothing when there is none. */
+std::optional<FileDescriptor> openExisting(const std::string& path, int access) {
     struct stat status {};
 
     if (::lstat(path.c_str(), &status) != 0) {
@@ -55,7 +60,7 @@ std::optional<FileDescriptor> openExisting(const std::string& path) {
     // Asked before, because opening a device may already set it in motion, and after, because another file
     // may have come in its place meanwhile.
     requireOwnPlainFile(status);
-    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_NOFOLLOW | kAlways));
+    FileDescriptor file(::open(path.c_str(), access | O_NOFOLLOW | kAlways));
     if (!file.isOpen()) {
         throw RuntimeError(openingErrorNumber(errno));
     }
@@ -64,11 +69,20 @@ std::optional<FileDescriptor> openExisting(const std::string& path) {
 }
 
 FileDescriptor createNew(const std::string& path) {
-    FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | kAlways, kOwnerOnly));
+    FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | kAlways, kOwnerOnly));
     if (!file.isOpen()) {
         throw RuntimeError(openingErrorNumber(errno));
     }
     return file;
+}
+
+/** True when no other output has the file, and none gets it, until it is closed. */
+bool lockForItself(const FileDescriptor& file, const std::string& path) {
+    struct stat named {};
+
+    // Whoever had the lock before may have put another file in this one's place.
+    return ::flock(file.number(), LOCK_EX | LOCK_NB) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           isSameFile(statusOf(file), named);
 }
 
 /** Takes away rights that an older file may give. */
@@ -103,23 +117,28 @@ RegularInput::RegularInput(const QString& nativePath) {
         }
         throw RuntimeError(errors::PathFileAccess);
     }
+    FileDescriptor file;
     if (S_ISREG(status.st_mode)) {
-        file_ = FileDescriptor(::open(path.c_str(), O_RDONLY | kAlways));
+        file = FileDescriptor(::open(path.c_str(), O_RDONLY | kAlways));
     }
-    if (!file_.isOpen()) {
+    if (!file.isOpen()) {
         throw RuntimeError(errors::PathFileAccess);
     }
-    status = statusOf(file_);
+    status = statusOf(file);
     if (!S_ISREG(status.st_mode)) {
         throw RuntimeError(errors::PathFileAccess);
     }
     size_ = status.st_size;
+    file_ = std::make_shared<const FileDescriptor>(std::move(file));
 }
+
+RegularInput::RegularInput(HeldFile file) : file_(std::move(file)), size_(statusOf(*file_).st_size) {}
 
 std::string_view RegularInput::read(std::span<char> buffer) {
     ssize_t bytes = -1;
     do {
-        bytes = ::read(file_.number(), buffer.data(), buffer.size());
+        // By position, because whoever holds the file may have moved its own.
+        bytes = ::pread(file_->number(), buffer.data(), buffer.size(), bytesRead_);
     } while (bytes < 0 && errno == EINTR);
     if (bytes < 0) {
         throw RuntimeError(errors::DeviceInputOutput);
@@ -131,11 +150,17 @@ std::string_view RegularInput::read(std::span<char> buffer) {
     return {buffer.data(), static_cast<std::size_t>(bytes)};
 }
 
+void RegularInput::rewind() {
+    if (statusOf(*file_).st_size != size_) {
+        throw RuntimeError(errors::DeviceInputOutput);
+    }
+    bytesRead_ = 0;
+}
+
 bool RegularInput::isFileOf(const QString& nativePath) const {
     struct stat other {};
-    const struct stat own = statusOf(file_);
-    return ::stat(systemPath(nativePath).c_str(), &other) == 0 && other.st_dev == own.st_dev &&
-           other.st_ino == own.st_ino;
+
+    return ::stat(systemPath(nativePath).c_str(), &other) == 0 && isSameFile(statusOf(*file_), other);
 }
 
 PrivateOutput::PrivateOutput(const QString& nativePath, Writing writing, Existing existing)
@@ -153,16 +178,25 @@ PrivateOutput::~PrivateOutput() {
     }
 }
 
-void PrivateOutput::openInPlace() {
+/** False when another output has the file. */
+bool PrivateOutput::openForItself() {
     writtenPath_ = path_;
-    auto existing = existing_ == Existing::Replace ? openExisting(path_) : std::nullopt;
+    auto existing = existing_ == Existing::Replace ? openExisting(path_, O_RDWR) : std::nullopt;
     created_ = !existing.has_value();
     file_ = created_ ? createNew(path_) : *std::move(existing);
+    return lockForItself(file_, path_);
+}
+
+void PrivateOutput::openInPlace() {
+    if (!openForItself()) {
+        writing_ = Writing::BesideTarget;
+        openBeside();
+        // Nobody else can have the new one yet; where files cannot be locked, none is ever written in place.
+        static_cast<void>(::flock(file_.number(), LOCK_EX | LOCK_NB));
+        return;
+    }
     makePrivate(file_);
     bytesBefore_ = statusOf(file_).st_size;
-    if (writing_ == Writing::Append && ::lseek(file_.number(), 0, SEEK_END) != bytesBefore_) {
-        throw RuntimeError(errors::DeviceInputOutput);
-    }
 }
 
 void PrivateOutput::openBeside() {
@@ -172,7 +206,7 @@ void PrivateOutput::openBeside() {
         throw RuntimeError(errors::PathFileAccess);
     }
     // Replacing needs rights to the folder only; what may not be written into is not replaced either.
-    openExisting(path_);
+    openExisting(path_, O_WRONLY);
     writtenPath_ = temporaryNameBeside(path_);
     file_ = FileDescriptor(::mkostemp(writtenPath_.data(), O_CLOEXEC));
     if (!file_.isOpen()) {
@@ -226,18 +260,12 @@ void PrivateOutput::finish() {
 }
 
 void PrivateOutput::undo() noexcept {
-    if (writing_ == Writing::Append && !created_) {
-        // Nothing can be done when even this fails; the caller has an error to report already.
-        static_cast<void>(!::ftruncate(file_.number(), bytesBefore_));
-        return;
-    }
-
     struct stat named {};
 
     struct stat own {};
 
     const bool still = ::fstat(file_.number(), &own) == 0 && ::lstat(writtenPath_.c_str(), &named) == 0 &&
-                       named.st_dev == own.st_dev && named.st_ino == own.st_ino;
+                       isSameFile(named, own);
     if (still) {
         ::unlink(writtenPath_.c_str());
     }

@@ -5,11 +5,15 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 
 namespace platform {
+
+/** An open file that several hold; closed when the last one lets it go. */
+using HeldFile = std::shared_ptr<const FileDescriptor>;
 
 /** A plain file that is read in pieces, from its start to the end that it had when it was opened. */
 class RegularInput {
@@ -20,6 +24,9 @@ class RegularInput {
      * device.
      */
     explicit RegularInput(const QString& nativePath);
+
+    /** Reads a file that is open already, whatever stands under its name by now. */
+    explicit RegularInput(HeldFile file);
 
     /** Bytes of the whole file. */
     std::int64_t size() const noexcept { return size_; }
@@ -32,20 +39,27 @@ class RegularInput {
      */
     std::string_view read(std::span<char> buffer);
 
+    /**
+     * Begins again at the start.
+     * \throws RuntimeError 57 when the file has shrunk or grown since it was opened.
+     */
+    void rewind();
+
     /** Whether the path leads to the very file that is being read. */
     bool isFileOf(const QString& nativePath) const;
 
   private:
-    FileDescriptor file_;
+    HeldFile file_;
     std::int64_t size_ = 0;
     std::int64_t bytesRead_ = 0;
 };
 
 enum class Writing {
-    /** The file itself is written anew; a failure removes it. */
+    /**
+     * The file itself is written anew, which saves giving its space away and asking for it again; a failure
+     * removes it. A file that another output holds is left alone: a new one takes its place, as BesideTarget.
+     */
     InPlace,
-    /** The file keeps what it has and gets more; a failure takes away what was added. */
-    Append,
     /**
      * A new file next to it is written and takes its place at the end, when it is on the disk; a failure
      * leaves the old one.
@@ -95,8 +109,15 @@ class PrivateOutput {
      */
     void finish();
 
+    /**
+     * The finished file itself, for reading it again whatever stands under its name by then; only after
+     * InPlace. For as long as it is held, no other output writes into it.
+     */
+    HeldFile takeFile() { return std::make_shared<const FileDescriptor>(std::move(file_)); }
+
   private:
     void openInPlace();
+    bool openForItself();
     void openBeside();
     void undo() noexcept;
 

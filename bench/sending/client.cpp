@@ -7,8 +7,6 @@
 #include "components/smtplib/smtp.h"
 #include "compose/composer.h"
 #include "platform/background.h"
-#include "platform/drives.h"
-#include "platform/private_file.h"
 
 #include <QCoreApplication>
 
@@ -16,27 +14,24 @@
 #include <exception>
 #include <iostream>
 #include <string>
+#include <utility>
 
 namespace {
 using SMTPLib::Request;
 
-QString encodeAttachment(const QString& attachment, std::string_view closingLine) {
+EncodedFile encodeAttachment(const QString& attachment, std::string_view closingLine) {
     NetCodeLib::NetCode codec;
     codec.setSourceFile(attachment);
     codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
     codec.setTargetFile(QStringLiteral("C:\\_brndwake.tmp"));
     codec.setOverwrite(true);
-    platform::runInBackground([&codec, closingLine] {
-        codec.setAction(NetCodeLib::Action::Encode);
-        platform::PrivateOutput encoded(platform::nativePath(codec.targetFile()), platform::Writing::Append);
-        encoded.write(closingLine);
-        encoded.finish();
-    });
-    return codec.targetFile();
+    codec.setClosingText(std::string(closingLine));
+    platform::runInBackground([&codec] { codec.setAction(NetCodeLib::Action::Encode); });
+    return {codec.targetFile(), codec.takeEncodedFile()};
 }
 
 void send(const QString& server, const QString& attachment) {
-    const ComposedMessage message = Compose("See the file.", attachment, encodeAttachment);
+    ComposedMessage message = Compose("See the file.", attachment, encodeAttachment);
     SMTPLib::SMTP smtp;
     smtp.setBlocking(true);
     smtp.setHost(server);
@@ -46,7 +41,7 @@ void send(const QString& server, const QString& attachment) {
     smtp.setSubject("A file");
     smtp.setAdditionalHeaders(message.ExtraHeaders);
     smtp.setBody(message.MessageBody);
-    smtp.setDataFile(message.encodedFile);
+    smtp.setDataFile(message.encodedFile.path, std::move(message.encodedFile.file));
     smtp.issueRequest(Request::TransmitMessage);
     smtp.issueRequest(Request::CloseConnection);
 }

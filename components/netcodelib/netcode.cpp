@@ -24,12 +24,18 @@ class Encoding {
   public:
     static constexpr platform::Writing kWriting = platform::Writing::InPlace;
 
+    explicit Encoding(std::string_view closingText) : closingText_(closingText) {}
+
     void append(std::string_view piece, std::string& output) { encoder_.append(piece, output); }
 
-    void finish(std::string& output) { encoder_.finish(output); }
+    void finish(std::string& output) {
+        encoder_.finish(output);
+        output += closingText_;
+    }
 
   private:
     Base64Encoder encoder_;
+    std::string_view closingText_;
 };
 
 class Decoding {
@@ -57,7 +63,8 @@ void NetCode::setAction(Action action) {
         convert(Decoding());
         break;
     case Action::Encode:
-        convert(Encoding());
+        encodedFile_ = nullptr;
+        convert(Encoding(closingText_));
         break;
     case Action::None:
         break;
@@ -94,6 +101,9 @@ void NetCode::convert(Coder coder) {
         Progress(source.bytesRead(), source.size());
     }
     output.finish();
+    if constexpr (Coder::kWriting == platform::Writing::InPlace) {
+        encodedFile_ = output.takeFile();
+    }
 }
 
 } // namespace NetCodeLib

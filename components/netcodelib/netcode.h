@@ -1,9 +1,13 @@
 #pragma once
 
+#include "platform/private_file.h"
+
 #include <QString>
 
 #include <cstdint>
 #include <functional>
+#include <string>
+#include <utility>
 
 namespace NetCodeLib {
 
@@ -22,9 +26,10 @@ enum class Action : std::uint8_t { None = 0, Decode = 1, Encode = 2 };
  * Files are named by drive paths. A file of any size is worked off in pieces, in constant memory. The file
  * that comes out may be read by the user only and is never executable.
  *
- * An encoded file is written where it stands, and removed when encoding fails. A decoded file takes the
- * target's place when all of it has been decoded and is on the disk; when decoding fails, the target stays as
- * it was. Either way no half of a file is left that could be taken for a whole one.
+ * An encoded file is written where it stands, and removed when encoding fails; one that is still held is left
+ * alone, and a new one takes its place. A decoded file takes the target's place when all of it has been decoded
+ * and is on the disk; when decoding fails, the target stays as it was. Either way no half of a file is left that
+ * could be taken for a whole one.
  */
 class NetCode {
   public:
@@ -45,6 +50,16 @@ class NetCode {
     void setTargetFile(const QString& drivePath) { targetFile_ = drivePath; }
 
     QString targetFile() const { return targetFile_; }
+
+    /** Text that stands behind the encoded text in the target; none when it is empty. */
+    void setClosingText(std::string text) { closingText_ = std::move(text); }
+
+    /**
+     * The very file that was encoded last, whatever stands under the target's name by now; nothing when there
+     * is none, or when it was taken before. While it is held no codec writes into it, not even another
+     * program's.
+     */
+    platform::HeldFile takeEncodedFile() { return std::exchange(encodedFile_, nullptr); }
 
     /** \throws RuntimeError 5 for any format but kBase64. */
     void setCodingFormat(int format);
@@ -70,6 +85,8 @@ class NetCode {
     QString sourceFile_;
     QString targetFile_;
     QString fileName_;
+    std::string closingText_;
+    platform::HeldFile encodedFile_;
     bool overwrite_ = false;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "components/smtplib/address_list.h"
+#include "platform/private_file.h"
 
 #include <QDateTime>
 #include <QString>
@@ -27,6 +28,8 @@ struct Message {
     QString dataFile;
     /** The file holds nothing but short lines of ASCII that end in CR LF, as an encoder writes them. */
     bool dataFileEncoded = false;
+    /** The same file, open; nothing when it is still to be opened. */
+    platform::HeldFile heldDataFile;
 };
 
 /** What of a message goes over the wire before its body. */

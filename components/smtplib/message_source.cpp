@@ -1,8 +1,6 @@
 #include "components/smtplib/message_source.h"
 
-#include "platform/runtime_error.h"
-
-#include <algorithm>
+#include <utility>
 
 namespace SMTPLib {
 
@@ -17,12 +15,9 @@ bool hasEightBit(std::string_view text) {
 }
 } // namespace
 
-MessageSource::MessageSource(std::string_view header, std::string_view body, const QString& dataFile)
-    : header_(header), body_(body), dataFile_(dataFile) {
-    if (!dataFile.isEmpty()) {
-        file_.emplace(dataFile);
-    }
-}
+MessageSource::MessageSource(std::string_view header, std::string_view body,
+                             std::optional<platform::RegularInput> dataFile)
+    : header_(header), body_(body), file_(std::move(dataFile)) {}
 
 MessageTotals MessageSource::measure() {
     MessageTotals totals;
@@ -35,13 +30,10 @@ MessageTotals MessageSource::measure() {
     bodyUsed_ = 0;
     if (end == Part::File) {
         totals.octets += file_->size();
-    } else if (file_) {
-        const std::int64_t measured = file_->size();
-        file_.emplace(dataFile_);
+    }
+    if (file_) {
         // The server will be told the size, and half of a file that somebody still writes is worth nothing.
-        if (file_->size() != measured) {
-            throw platform::RuntimeError(platform::errors::DeviceInputOutput);
-        }
+        file_->rewind();
     }
     return totals;
 }

@@ -3,8 +3,6 @@
 #include "components/smtplib/wire_text.h"
 #include "platform/private_file.h"
 
-#include <QString>
-
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -26,7 +24,7 @@ struct MessageTotals {
  * then to be sent, but for a file that an encoder has just written; and no more than a piece of the file is
  * in memory.
  *
- *     MessageSource source(header, body, path);
+ *     MessageSource source(header, body, platform::RegularInput(path));
  *     const MessageTotals totals = source.measure();
  *     for (std::string piece; source.next(piece); ) { ... }
  */
@@ -35,12 +33,9 @@ class MessageSource {
     /** Octets of the file that one piece is made of. */
     static constexpr std::size_t kPieceOctets = 64U << 10U;
 
-    /**
-     * Opens the file; an empty path, which is one of the system's own, means none. Header and body must
-     * outlive the source.
-     * \throws RuntimeError 53 when there is no such file, 75 when it cannot be read or is not a plain one.
-     */
-    MessageSource(std::string_view header, std::string_view body, const QString& dataFile);
+    /** The file, when there is one, has not been read yet. Header and body must outlive the source. */
+    MessageSource(std::string_view header, std::string_view body,
+                  std::optional<platform::RegularInput> dataFile);
 
     /**
      * Says that the file holds nothing but short lines of ASCII that end in CR LF, as an encoder writes them:
@@ -53,8 +48,7 @@ class MessageSource {
 
     /**
      * Reads everything once, but for a file whose size tells enough, and begins again.
-     * \throws RuntimeError 57 when the disk fails or the file changes meanwhile, and what opening it can
-     * raise.
+     * \throws RuntimeError 57 when the disk fails or the file changes meanwhile.
      */
     MessageTotals measure();
 
@@ -74,7 +68,6 @@ class MessageSource {
 
     std::string_view header_;
     std::string_view body_;
-    QString dataFile_;
     std::optional<platform::RegularInput> file_;
     Part part_ = Part::Header;
     std::size_t bodyUsed_ = 0;

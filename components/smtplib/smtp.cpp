@@ -6,6 +6,9 @@
 #include "platform/runtime_error.h"
 #include "platform/while_true.h"
 
+#include <optional>
+#include <utility>
+
 namespace SMTPLib {
 
 using platform::RuntimeError;
@@ -66,7 +69,20 @@ void SMTP::open() {
     mustCome<Opened>();
 }
 
+namespace {
+std::optional<platform::RegularInput> dataFileOf(const Message& message, platform::HeldFile held) {
+    if (held) {
+        return platform::RegularInput(std::move(held));
+    }
+    if (message.dataFile.isEmpty()) {
+        return std::nullopt;
+    }
+    return platform::RegularInput(platform::nativePath(message.dataFile));
+}
+} // namespace
+
 void SMTP::transmit() {
+    platform::HeldFile heldDataFile = std::exchange(message_.heldDataFile, nullptr);
     if (!connection_.isOpen()) {
         throw RuntimeError(errors::SendingLost);
     }
@@ -77,8 +93,7 @@ void SMTP::transmit() {
     // A listener, or a timer inside a wait, may set properties meanwhile; this message keeps what it has.
     const Message message = message_;
     PreparedMessage prepared = prepareMessage(message, now);
-    const QString dataFile = message.dataFile.isEmpty() ? QString() : platform::nativePath(message.dataFile);
-    MessageSource source(prepared.header, message.body, dataFile);
+    MessageSource source(prepared.header, message.body, dataFileOf(message, std::move(heldDataFile)));
     if (message.dataFileEncoded) {
         source.fileIsEncoded();
     }

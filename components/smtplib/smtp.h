@@ -101,8 +101,15 @@ class SMTP {
     /** Any text; WireText says what is made of it. No MIME header is added. */
     void setBody(std::string body) { message_.body = std::move(body); }
 
-    /** The drive path of a file whose content follows the body directly; empty for none. */
-    void setDataFile(const QString& path) { message_.dataFile = path; }
+    /**
+     * The drive path of a file whose content follows the body directly; empty for none. When the file is
+     * given as well, open, it is this one that is sent, whatever stands under the path by then; the next
+     * transmission uses it up.
+     */
+    void setDataFile(const QString& path, platform::HeldFile file = {}) {
+        message_.dataFile = path;
+        message_.heldDataFile = std::move(file);
+    }
 
     /**
      * Whether the data file holds nothing but short lines of ASCII that end in CR LF, as an encoder writes

@@ -16,7 +16,7 @@ struct NameCase {
 
 class AttachmentName : public testing::TestWithParam<NameCase> {};
 
-QString noEncoder(const QString& /*attachment*/, std::string_view /*closingLine*/) {
+EncodedFile noEncoder(const QString& /*attachment*/, std::string_view /*closingLine*/) {
     ADD_FAILURE() << "nothing is to be encoded";
     return {};
 }
@@ -45,7 +45,7 @@ TEST(Composer, WithoutAnAttachmentTheBodyIsExactlyTheTypedText) {
     const ComposedMessage message = Compose("Hello\r\n\r\nBye", {}, noEncoder);
     EXPECT_EQ(message.MessageBody, "Hello\r\n\r\nBye");
     EXPECT_THAT(message.ExtraHeaders, IsEmpty());
-    EXPECT_EQ(message.encodedFile, QString());
+    EXPECT_EQ(message.encodedFile.path, QString());
 }
 
 TEST(Composer, WithAnAttachmentTheMessageIsThisByteForByte) {
@@ -55,7 +55,7 @@ TEST(Composer, WithAnAttachmentTheMessageIsThisByteForByte) {
                                             [&](const QString& attachment, std::string_view closingLine) {
                                                 encoded = attachment;
                                                 closing = closingLine;
-                                                return QStringLiteral("C:\\_brndwake.tmp");
+                                                return EncodedFile{QStringLiteral("C:\\_brndwake.tmp"), {}};
                                             });
     EXPECT_EQ(message.ExtraHeaders,
               "MIME-Version: 1.0\r\n"
@@ -72,12 +72,13 @@ TEST(Composer, WithAnAttachmentTheMessageIsThisByteForByte) {
                                    "\r\n");
     EXPECT_EQ(encoded, QStringLiteral("C:\\DOCS\\REPORT.TXT"));
     EXPECT_EQ(closing, "----*******Brindlewake************--\r\n");
-    EXPECT_EQ(message.encodedFile, QStringLiteral("C:\\_brndwake.tmp"));
+    EXPECT_EQ(message.encodedFile.path, QStringLiteral("C:\\_brndwake.tmp"));
 }
 
 TEST(Composer, AnEmptyTextWithAnAttachmentStillMakesATextPartWithAnEmptyLine) {
-    const ComposedMessage message = Compose(
-        {}, QStringLiteral("a"), [](const QString&, std::string_view) { return QStringLiteral("t"); });
+    const ComposedMessage message = Compose({}, QStringLiteral("a"), [](const QString&, std::string_view) {
+        return EncodedFile{QStringLiteral("t"), {}};
+    });
     EXPECT_NE(message.MessageBody.find("Content-Type: text/plain;\r\n\r\n\r\n----***"), std::string::npos);
 }
 
@@ -90,9 +91,10 @@ TEST(Composer, AnAttachmentsNameThatWouldEndItsQuotesOrItsLineIsRefused) {
 
 TEST(Composer, AnErrorOfTheEncoderReachesTheCaller) {
     EXPECT_EQ(platform::errorNumberOf([] {
-                  Compose("x", QStringLiteral("gone.txt"), [](const QString&, std::string_view) -> QString {
-                      throw platform::RuntimeError(platform::errors::FileNotFound);
-                  });
+                  Compose("x", QStringLiteral("gone.txt"),
+                          [](const QString&, std::string_view) -> EncodedFile {
+                              throw platform::RuntimeError(platform::errors::FileNotFound);
+                          });
               }),
               platform::errors::FileNotFound);
 }

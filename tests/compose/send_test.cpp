@@ -10,6 +10,9 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <filesystem>
+#include <sys/stat.h>
+
 using support::ScriptedServer;
 using support::SmtpMailbox;
 using support::WhenItHolds;
@@ -64,6 +67,23 @@ class Send : public WindowTest {
             peer.holdSilent();
             peer.send("451 not now\r\n");
         });
+    }
+
+    /** The server keeps the client waiting for its greeting; the file to attach is encoded by then. */
+    void greetWhenReleased() {
+        mailbox.on("EHLO", [](support::Peer& peer) {
+            peer.holdSilent();
+            peer.send("250 ready\r\n");
+        });
+    }
+
+    bool waitsAtGreeting() { return !server.keywords().empty(); }
+
+    void expectOwnFileSent() {
+        EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Your message has been sent.")));
+        ASSERT_EQ(mailbox.messages().size(), 1U);
+        EXPECT_THAT(mailbox.messages()[0],
+                    HasSubstr("\r\n\r\nbXkgb3duIGZpbGU=\r\n----*******Brindlewake************--\r\n"));
     }
 
     bool waitsAtData() { return !server.keywords().empty() && server.keywords().back() == "DATA"; }
@@ -292,6 +312,54 @@ TEST_F(Send, TextThatHoldsTheBoundaryLineItselfIsSentAsItStands) {
     ASSERT_EQ(mailbox.messages().size(), 1U);
     EXPECT_THAT(mailbox.messages()[0],
                 HasSubstr("\r\nbefore\r\n----*******Brindlewake************\r\nbehind\r\n"));
+}
+
+TEST_F(Send, TheFileThatGoesOutIsTheOneThatWasEncodedWhateverHasItsNameByThen) {
+    folder.write("MINE.TXT", "my own file");
+    folder.write("another", "c2VjcmV0\r\n");
+    greetWhenReleased();
+    const WhenItHolds replace([this] { return waitsAtGreeting(); },
+                              [&] {
+                                  std::filesystem::rename(folder.path("another"),
+                                                          folder.path("_brndwake.tmp"));
+                                  server.release();
+                              });
+    write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("C:\\MINE.TXT"));
+    press();
+    expectOwnFileSent();
+    EXPECT_EQ(folder.read("_brndwake.tmp"), "c2VjcmV0\r\n");
+}
+
+TEST_F(Send, WhatAnotherProgramEncodesMeanwhileGoesIntoAnotherFile) {
+    folder.write("MINE.TXT", "my own file");
+    folder.write("SECRET.TXT", "secret");
+    greetWhenReleased();
+    const WhenItHolds encode([this] { return waitsAtGreeting(); },
+                             [&] {
+                                 NetCodeLib::NetCode another;
+                                 another.setOverwrite(true);
+                                 another.setSourceFile(QStringLiteral("C:\\SECRET.TXT"));
+                                 another.setTargetFile(QStringLiteral("C:\\_brndwake.tmp"));
+                                 another.setAction(NetCodeLib::Action::Encode);
+                                 server.release();
+                             });
+    write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("C:\\MINE.TXT"));
+    press();
+    expectOwnFileSent();
+    EXPECT_EQ(folder.read("_brndwake.tmp"), "c2VjcmV0\r\n");
+}
+
+TEST_F(Send, AnotherTryEncodesIntoTheSameFile) {
+    folder.write("MINE.TXT", "my own file");
+    mailbox.answer("DATA", "451 not now\r\n");
+    write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("C:\\MINE.TXT"));
+    const auto encodedInto = [this] {
+        press();
+        struct stat status {};
+        EXPECT_EQ(::stat(folder.path("_brndwake.tmp").c_str(), &status), 0);
+        return status.st_ino;
+    };
+    EXPECT_EQ(encodedInto(), encodedInto());
 }
 
 TEST_F(Send, CtrlReturnSends) {

@@ -15,6 +15,8 @@
 #include <string>
 #include <string_view>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -321,6 +323,40 @@ TEST_F(NetCodeTest, TextThatIsNotBase64LeavesTheOldDecodedFile) {
         EXPECT_EQ(decode(), errors::BadEncodedText);
         EXPECT_EQ(folder_.read("out"), "old");
     }
+}
+
+TEST_F(NetCodeTest, AClosingTextStandsBehindTheEncodedTextOnly) {
+    folder_.write("in", "abc");
+    codec_.setClosingText("--end--\r\n");
+    EXPECT_EQ(encode(), 0);
+    EXPECT_EQ(folder_.read("out"), "YWJj\r\n--end--\r\n");
+    EXPECT_EQ(run(Action::Decode, QStringLiteral("in"), QStringLiteral("decoded")), 0);
+    EXPECT_EQ(folder_.read("decoded").find("--end--"), std::string::npos);
+}
+
+std::string contentOf(platform::HeldFile file) {
+    platform::RegularInput input(std::move(file));
+    std::string buffer(100, '\0');
+    return std::string(input.read(buffer));
+}
+
+TEST_F(NetCodeTest, WhatAnotherProcessEncodesIntoTheSameTargetLeavesTheHeldFileAsItIs) {
+    folder_.write("in", "mine");
+    folder_.write("secret", "the other one's");
+    ASSERT_EQ(encode(), 0);
+    const platform::HeldFile held = codec_.takeEncodedFile();
+    ASSERT_NE(held, nullptr);
+    EXPECT_EQ(codec_.takeEncodedFile(), nullptr);
+    const pid_t other = ::fork();
+    ASSERT_GE(other, 0);
+    if (other == 0) {
+        ::_exit(encode(QStringLiteral("secret")));
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(other, &status, 0), other);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(contentOf(held), "bWluZQ==\r\n");
+    EXPECT_EQ(folder_.read("out"), "dGhlIG90aGVyIG9uZSdz\r\n");
 }
 
 long peakMemoryKilobytes() {

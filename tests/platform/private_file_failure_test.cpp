@@ -8,7 +8,11 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -21,6 +25,12 @@ using support::modeOf;
 using support::TemporaryFolder;
 namespace errors = platform::errors;
 namespace filesystem = std::filesystem;
+
+std::string contentOf(platform::HeldFile file) {
+    platform::RegularInput input(std::move(file));
+    std::string buffer(100, '\0');
+    return std::string(input.read(buffer));
+}
 
 TEST(PrivateOutput, WritingInPlaceRemovesTheFileWhenItFails) {
     const TemporaryFolder folder;
@@ -39,20 +49,53 @@ TEST(PrivateOutput, WritingInPlaceRemovesNothingThatHasTakenTheFilesPlace) {
     EXPECT_EQ(folder.read("f"), "another");
 }
 
-TEST(PrivateOutput, AppendingKeepsWhatIsThere) {
+TEST(PrivateOutput, AFileThatIsHeldIsNotWrittenIntoAndAnotherTakesItsPlace) {
     const TemporaryFolder folder;
-    folder.write("f", "old ");
-    PrivateOutput output(folder.qtPath("f"), Writing::Append);
-    output.write("new");
-    output.finish();
-    EXPECT_EQ(folder.read("f"), "old new");
+    PrivateOutput first(folder.qtPath("f"), Writing::InPlace);
+    first.write("first");
+    first.finish();
+    const platform::HeldFile held = first.takeFile();
+    for (const std::string_view later : {"second, longer", "third"}) {
+        PrivateOutput output(folder.qtPath("f"), Writing::InPlace);
+        output.write(later);
+        output.finish();
+        EXPECT_EQ(folder.read("f"), later);
+        EXPECT_EQ(contentOf(held), "first");
+        EXPECT_EQ(modeOf(folder.path("f")), 0600U);
+        EXPECT_EQ(folder.entries(), 1U);
+    }
 }
 
-TEST(PrivateOutput, AppendingTakesAwayWhatItHasAddedWhenItFails) {
+TEST(PrivateOutput, AFileThatIsBeingWrittenIsNotWrittenIntoByAnother) {
     const TemporaryFolder folder;
-    folder.write("f", "old");
-    { PrivateOutput(folder.qtPath("f"), Writing::Append).write("half"); }
-    EXPECT_EQ(folder.read("f"), "old");
+    PrivateOutput first(folder.qtPath("f"), Writing::InPlace);
+    first.write("fir");
+    PrivateOutput second(folder.qtPath("f"), Writing::InPlace);
+    second.write("second");
+    second.finish();
+    first.write("st");
+    first.finish();
+    EXPECT_EQ(contentOf(first.takeFile()), "first");
+    EXPECT_EQ(folder.read("f"), "second");
+    // What took the other's place is locked as well.
+    PrivateOutput third(folder.qtPath("f"), Writing::InPlace);
+    third.write("third");
+    third.finish();
+    EXPECT_EQ(contentOf(second.takeFile()), "second");
+}
+
+TEST(PrivateOutput, AFileThatIsHeldNoLongerIsWrittenIntoAgain) {
+    const TemporaryFolder folder;
+    PrivateOutput(folder.qtPath("f"), Writing::InPlace).finish();
+
+    struct stat before {};
+
+    struct stat after {};
+
+    ASSERT_EQ(::stat(folder.path("f").c_str(), &before), 0);
+    PrivateOutput(folder.qtPath("f"), Writing::InPlace).finish();
+    ASSERT_EQ(::stat(folder.path("f").c_str(), &after), 0);
+    EXPECT_EQ(before.st_ino, after.st_ino);
 }
 
 TEST(PrivateOutput, WritingBesideLeavesTheTargetAsItIsUntilTheEnd) {

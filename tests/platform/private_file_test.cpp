@@ -23,7 +23,7 @@ using support::TemporaryFolder;
 namespace errors = platform::errors;
 namespace filesystem = std::filesystem;
 
-constexpr Writing kWritings[] = {Writing::InPlace, Writing::Append, Writing::BesideTarget};
+constexpr Writing kWritings[] = {Writing::InPlace, Writing::BesideTarget};
 
 void writeWhole(const QString& path, Writing writing, std::string_view bytes,
                 Existing existing = Existing::Replace) {
@@ -49,8 +49,6 @@ INSTANTIATE_TEST_SUITE_P(PrivateOutput, EveryWriting, testing::ValuesIn(kWriting
     switch (test.param) {
     case Writing::InPlace:
         return "InPlace";
-    case Writing::Append:
-        return "Append";
     case Writing::BesideTarget:
         break;
     }
