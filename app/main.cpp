@@ -1,3 +1,4 @@
+#include "app/second_start.h"
 #include "platform/program.h"
 #include "windows/application.h"
 #include "windows/windows.h"
@@ -13,10 +14,14 @@ int main(int argumentCount, char** arguments) {
     platform::refuseCoreDumps();
     // Or each letter of the password makes a line in the log: that its field has no text to be read.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.accessibility.atspi.warning=false"));
+    SecondStart start;
     const Application application(argumentCount, arguments);
     Application::setApplicationName(QStringLiteral("Brindlewake"));
     // Windows are hidden and shown in turn; only the main window and Update end the program.
     Application::setQuitOnLastWindowClosed(false);
+    if (const auto status = start.statusToEndWith()) {
+        return *status;
+    }
     const LoadedWindows windows;
     runHandler([] {
         mainWindow();

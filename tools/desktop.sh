@@ -130,16 +130,24 @@ EOF
     HOME=$home fbsetroot -solid '#5f7688' 2>>"$pictures/window-manager.log"
 }
 
-start_program() {
+# Becomes the program, in its folder; for a shell of its own.
+become_program() {
     local -r program=$(realpath "$build/brindlewake")
-    (
-        cd "$folder"
-        # Nothing of the user's own desktop: neither settings nor files nor services.
-        export HOME=$home XDG_RUNTIME_DIR=$home/runtime QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
-        unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
-        exec "$program"
-    ) >"$pictures/program.log" 2>&1 &
+    cd "$folder"
+    # Nothing of the user's own desktop: neither settings nor files nor services.
+    export HOME=$home XDG_RUNTIME_DIR=$home/runtime QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
+    unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_STATE_HOME WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
+    exec "$program"
+}
+
+start_program() {
+    (become_program) >"$pictures/program.log" 2>&1 &
     program_pid=$!
+}
+
+# start_program_again: a second start beside the first, which ends by itself.
+start_program_again() {
+    (become_program) >"$pictures/second-start.log" 2>&1 || fail "the second start ended with status $?"
 }
 
 # click_row <row> <title of the main window> <times>: where a person would, on the subject.

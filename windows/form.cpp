@@ -17,6 +17,7 @@ void Form::setHourglass(bool on) {
 }
 
 void Form::bringUp() {
+    setWindowState(windowState() & ~Qt::WindowStates(Qt::WindowMinimized));
     show();
     raise();
     activateWindow();

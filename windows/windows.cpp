@@ -9,10 +9,13 @@
 #include "windows/frmSetup.h"
 #include "windows/wiring.h"
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QCoreApplication>
+#include <QTimer>
+#include <QWindow>
 
 #include <algorithm>
+#include <chrono>
 #include <vector>
 
 struct LoadedWindows::Windows {
@@ -114,6 +117,51 @@ void unload(Form& window) {
                          retireIfSame(current->setup, window);
     if (retired) {
         keepAWindowVisible();
+    }
+}
+
+namespace {
+/** The visible window that lies over the others; one that may be used, where there is such a one. */
+Form* topmostWindow() {
+    Form* const fromTheTop[] = {current->compose.get(), current->message.get(), current->setup.get(),
+                                current->main.get(),    current->login.get(),   current->about.get()};
+    const auto visible = [](const Form* window) { return window != nullptr && window->isVisible(); };
+    const auto usable = [&](const Form* window) { return visible(window) && window->isEnabled(); };
+    const auto* const end = std::end(fromTheTop);
+    const auto* found = std::find_if(std::begin(fromTheTop), end, usable);
+    found = found != end ? found : std::find_if(std::begin(fromTheTop), end, visible);
+    return found != end ? *found : nullptr;
+}
+
+/**
+ * Window managers let nobody to the front who asks with a time before the last key press anywhere. Qt asks
+ * with the time of the last event that it has got, which a change of a property brings.
+ */
+void activateWithPresentTime(QWidget& window) {
+    constexpr std::chrono::milliseconds untilTheEventHasCome{100};
+    window.windowHandle()->setTitle(window.windowHandle()->title());
+    QTimer::singleShot(untilTheEventHasCome, &window, [&window] {
+        // Where it has come to the front already, a person may have gone on to another one.
+        if (QApplication::activeWindow() == nullptr && window.isVisible()) {
+            window.activateWindow();
+        }
+    });
+}
+} // namespace
+
+void bringUpWindowInUse() {
+    QWidget* front = QApplication::activeWindow();
+    if (Form* const window = topmostWindow(); window != nullptr && front == nullptr) {
+        window->bringUp();
+        front = window;
+    }
+    if (QWidget* const box = QApplication::activeModalWidget()) {
+        front = box;
+    }
+    if (front != nullptr) {
+        front->raise();
+        front->activateWindow();
+        activateWithPresentTime(*front);
     }
 }
 

@@ -30,6 +30,12 @@ void unload(Form& window);
 /** Shows the main window when no other window is to be seen. */
 void keepAWindowVisible();
 
+/**
+ * Brings the window to the front that a person is working in: the one that has the keyboard, or else the one
+ * that lies over the others; with it the box or dialog that waits for an answer.
+ */
+void bringUpWindowInUse();
+
 /** Owns the windows. One stands for as long as the accessors are used; a test may have one after the other.
  */
 class LoadedWindows {

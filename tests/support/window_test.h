@@ -2,6 +2,7 @@
 
 #include "email/settings_file.h"
 #include "platform/message_box.h"
+#include "tests/support/environment.h"
 #include "tests/support/recording_printer.h"
 #include "tests/support/temporary_folder.h"
 #include "windows/windows.h"
@@ -56,6 +57,8 @@ class WindowTest : public testing::Test {
     std::vector<QString> boxTexts() const;
 
     TemporaryFolder folder;
+    /** Where letters are kept that are being written. */
+    TemporaryFolder stateHome;
     std::vector<platform::MessageBox> boxes;
     /** Runs while a box is open; takes the box. */
     std::function<void(const platform::MessageBox&)> whileBoxIsOpen;
@@ -67,6 +70,7 @@ class WindowTest : public testing::Test {
 
   private:
     std::string folderBefore_;
+    EnvironmentVariable stateHomeVariable_{"XDG_STATE_HOME", stateHome.path().string()};
     std::unique_ptr<LoadedWindows> windows_;
 };
 

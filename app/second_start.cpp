@@ -1,0 +1,80 @@
+#include "app/second_start.h"
+
+#include "platform/message_box.h"
+#include "windows/windows.h"
+#include "windows/wiring.h"
+
+#include <QGuiApplication>
+#include <QSocketNotifier>
+
+#include <cstdlib>
+
+using platform::OnlyProgram;
+
+namespace {
+/** The variable's value as the desktop has set it; empty when there is none. */
+std::string variable(const char* name) {
+    return qgetenv(name).toStdString();
+}
+
+/** Names the screen that the program's windows are on, so that another one can be told from it. */
+std::string currentScreen() {
+    std::string name = QGuiApplication::platformName().toStdString();
+    if (name == "xcb") {
+        const std::string display = variable("DISPLAY");
+        // ":0.0" is a part of ":0", which its windows can be seen on.
+        const std::size_t dot =
+            display.find('.', display.rfind(':') == std::string::npos ? 0 : display.rfind(':'));
+        return name + ' ' + display.substr(0, dot);
+    }
+    return name + ' ' + variable("WAYLAND_DISPLAY");
+}
+} // namespace
+
+SecondStart::SecondStart() {
+    request_.token = variable("XDG_ACTIVATION_TOKEN");
+}
+
+SecondStart::~SecondStart() = default;
+
+std::optional<int> SecondStart::statusToEndWith() {
+    request_.screen = currentScreen();
+    switch (only_.start(request_)) {
+    case OnlyProgram::Start::First:
+        answerLaterStarts();
+        return std::nullopt;
+    case OnlyProgram::Start::Shown:
+        return EXIT_SUCCESS;
+    case OnlyProgram::Start::NotShown:
+        break;
+    }
+    platform::showMessageBox(
+        {QStringLiteral(
+             "Brindlewake is already running in this folder, and its window cannot be shown from "
+             "here.\n\nUse it where it was started, perhaps on another screen, or end it there and "
+             "start again."),
+         QStringLiteral("Brindlewake"), platform::MessageIcon::Exclamation, platform::MessageButtons::Ok});
+    return EXIT_FAILURE;
+}
+
+void SecondStart::answerLaterStarts() {
+    if (only_.listener() < 0) {
+        return;
+    }
+    later_ = std::make_unique<QSocketNotifier>(only_.listener(), QSocketNotifier::Read);
+    QObject::connect(later_.get(), &QSocketNotifier::activated, [this] {
+        runHandler([this] {
+            only_.answer([](const OnlyProgram::Request& request) {
+                if (request.screen != currentScreen()) {
+                    return false;
+                }
+                if (!request.token.empty()) {
+                    // Where windows may not come to the front by themselves, this allows it.
+                    qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(request.token));
+                }
+                bringUpWindowInUse();
+                return true;
+            });
+        });
+    });
+}

@@ -1,0 +1,157 @@
+// Two programs of one user: the built program itself, started as often as a test wants.
+
+#include "tests/support/places.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/window_test.h"
+#include "windows/frmAbout.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
+#include "windows/frmSend.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTest>
+
+#include <filesystem>
+#include <memory>
+
+namespace filesystem = std::filesystem;
+
+namespace {
+class SecondStart : public support::WindowTest {
+  protected:
+    SecondStart() {
+        filesystem::create_directory(folder.path("one"));
+        filesystem::create_directory(folder.path("two"));
+        filesystem::create_directory(folder.path("runtime"));
+        filesystem::permissions(folder.path("runtime"), filesystem::perms::owner_all);
+    }
+
+    /** Starts the program in the folder and waits until it has begun. */
+    std::unique_ptr<QProcess> start(const char* where, const char* platform = "offscreen") {
+        auto process = std::make_unique<QProcess>();
+        process->setWorkingDirectory(folder.qtPath(where));
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QLatin1String(platform));
+        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), folder.qtPath("runtime"));
+        environment.insert(QStringLiteral("HOME"), folder.qtPath("."));
+        process->setProcessEnvironment(environment);
+        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process->start(QString::fromStdString(support::buildFolder() + "/brindlewake"), {});
+        EXPECT_TRUE(process->waitForStarted());
+        return process;
+    }
+
+    /** Starts the program and waits until it is the one that works in the folder. */
+    std::unique_ptr<QProcess> startFirst(const char* where) {
+        const std::size_t before = sockets();
+        auto process = start(where);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return sockets() > before; }, 20'000));
+        return process;
+    }
+
+    std::size_t sockets() const {
+        const filesystem::path place = folder.path("runtime/brindlewake");
+        std::size_t found = 0;
+        if (filesystem::exists(place)) {
+            for (const auto& entry : filesystem::directory_iterator(place)) {
+                found += entry.is_socket() ? 1U : 0U;
+            }
+        }
+        return found;
+    }
+
+    static bool runs(const QProcess& process) { return process.state() == QProcess::Running; }
+
+    static void end(QProcess& process) {
+        process.kill();
+        process.waitForFinished();
+    }
+};
+} // namespace
+
+TEST_F(SecondStart, InOneFolderItEndsWellAndTheFirstGoesOn) {
+    const auto first = startFirst("one");
+    const auto second = start("one");
+    ASSERT_TRUE(second->waitForFinished(20'000));
+    EXPECT_EQ(second->exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(second->exitCode(), 0);
+    EXPECT_TRUE(runs(*first));
+    end(*first);
+}
+
+TEST_F(SecondStart, InTwoFoldersBothWork) {
+    const auto first = startFirst("one");
+    const auto second = startFirst("two");
+    EXPECT_TRUE(runs(*first));
+    EXPECT_TRUE(runs(*second));
+    end(*first);
+    end(*second);
+}
+
+TEST_F(SecondStart, AfterTheFirstWasKilledTheNextOneWorks) {
+    end(*startFirst("one"));
+    const auto next = start("one");
+    EXPECT_FALSE(next->waitForFinished(500));
+    const auto second = start("one");
+    ASSERT_TRUE(second->waitForFinished(20'000));
+    EXPECT_EQ(second->exitCode(), 0);
+    EXPECT_TRUE(runs(*next));
+    end(*next);
+}
+
+TEST_F(SecondStart, OnAnotherScreenItTellsInABoxAndTouchesNothing) {
+    const auto first = startFirst("one");
+    const auto second = start("one", "minimal");
+    EXPECT_FALSE(second->waitForFinished(500)) << "the box waits for an answer";
+    EXPECT_TRUE(filesystem::is_empty(folder.path("one")));
+    end(*second);
+    EXPECT_TRUE(runs(*first));
+    end(*first);
+}
+
+namespace {
+class WindowInUse : public support::WindowTest {
+  protected:
+    WindowInUse() {
+        writeSettings(support::schoolSettings(QStringLiteral("mail.example.org")));
+        startUp();
+    }
+
+    /** The window that comes to the front when nobody of the program's has the keyboard. */
+    static QWidget* broughtUp() {
+        QWidget other;
+        other.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
+        other.hide();
+        EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::activeWindow() == nullptr; }));
+        bringUpWindowInUse();
+        EXPECT_TRUE(QTest::qWaitFor([] { return QApplication::activeWindow() != nullptr; }));
+        return QApplication::activeWindow();
+    }
+};
+} // namespace
+
+TEST_F(WindowInUse, IsTheLoginWindowAtFirst) {
+    EXPECT_EQ(broughtUp(), &loginWindow());
+}
+
+TEST_F(WindowInUse, IsTheOneThatLiesOverTheOthers) {
+    mainWindow().bringUp();
+    mainWindow().cmdCmpose->click();
+    EXPECT_EQ(broughtUp(), &composeWindow());
+}
+
+TEST_F(WindowInUse, IsNotOneThatRests) {
+    mainWindow().bringUp();
+    composeWindow().bringUp();
+    composeWindow().setEnabled(false);
+    EXPECT_EQ(broughtUp(), &mainWindow());
+}
+
+TEST_F(WindowInUse, ComesBackWhenItWasMinimised) {
+    mainWindow().cmdCmpose->click();
+    composeWindow().showMinimized();
+    EXPECT_EQ(broughtUp(), &composeWindow());
+    EXPECT_FALSE(composeWindow().isMinimized());
+}
