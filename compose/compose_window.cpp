@@ -18,10 +18,11 @@ void frmMain::cmdCmpose_Click() {
     if (compose.showIfInUse()) {
         return;
     }
+    const bool goesOn = compose.goOnWithKeptLetter();
     setEnabled(false);
     compose.bringUp();
     compose.tTo->setFocus();
-    if (email::isYes(email::settings.SaveCopy)) {
+    if (!goesOn && email::isYes(email::settings.SaveCopy)) {
         // The copy that is kept is one sent to the sender's own mailbox.
         const QString sender = email::state.UserName + email::derived.AtDomain;
         const QString copies = compose.tCc->text();
@@ -42,11 +43,11 @@ void frmSend::Form_Load() {
 }
 
 bool frmSend::showIfInUse() {
-    const bool inUse = sending_ || isVisible();
-    if (inUse) {
+    const bool shown = sending_ || isVisible();
+    if (shown) {
         bringUp();
     }
-    return inUse;
+    return shown || offering_;
 }
 
 void frmSend::cmdCancel_Click() {
@@ -71,6 +72,7 @@ void frmSend::cmdCCto_Click() {
 }
 
 void frmSend::Form_Unload() {
+    removeKeptLetter();
     tTo->clear();
     tCc->clear();
     tSubject->clear();

@@ -101,6 +101,8 @@ void frmSend::send() {
     setHourglass(true);
     SMTP1.issueRequest(Request::TransmitMessage);
     setHourglass(false);
+    // The server has confirmed it: from now on, to go on with the letter would be to send it twice.
+    removeKeptLetter();
     SMTP1.issueRequest(Request::CloseConnection);
 
     lblSending->setText(QString());

@@ -1,8 +1,12 @@
 #include "platform/program.h"
 
+#include "platform/runtime_error.h"
+
+#include <algorithm>
 #include <cstdlib>
 #include <sys/resource.h>
 #include <utility>
+#include <vector>
 
 namespace platform {
 
@@ -11,9 +15,25 @@ std::function<void()>& endProgramStandIn() {
     static std::function<void()> standIn;
     return standIn;
 }
+
+std::vector<BeforeTheEnd*>& beforeTheEnd() {
+    static std::vector<BeforeTheEnd*> all;
+    return all;
+}
 } // namespace
 
+BeforeTheEnd::BeforeTheEnd(std::function<void()> action) : action_(std::move(action)) {
+    beforeTheEnd().push_back(this);
+}
+
+BeforeTheEnd::~BeforeTheEnd() {
+    std::erase(beforeTheEnd(), this);
+}
+
 void endProgram() {
+    for (const BeforeTheEnd* const one : beforeTheEnd()) {
+        static_cast<void>(errorNumberOf(one->action_));
+    }
     if (const auto& standIn = endProgramStandIn()) {
         standIn();
         return;

@@ -61,6 +61,10 @@ void frmFrom::cmdReply_Click() {
     if (compose.showIfInUse()) {
         return;
     }
+    if (compose.goOnWithKeptLetter()) {
+        answerIn(compose, *this, compose.tMessage);
+        return;
+    }
     compose.tTo->setText(addressToAnswer(message));
     compose.tSubject->setText(QStringLiteral("RE: ") +
                               onOneLine(platform::startFromBytes(message.Subject, kSubjectBytes)));
@@ -71,6 +75,10 @@ void frmFrom::cmdFwrd_Click() {
     const email::MessageSummary& message = messageIn(*this);
     frmSend& compose = composeWindow();
     if (compose.showIfInUse()) {
+        return;
+    }
+    if (compose.goOnWithKeptLetter()) {
+        answerIn(compose, *this, compose.tMessage);
         return;
     }
     compose.tSubject->setText(QStringLiteral("Fwd: ") +

@@ -51,6 +51,13 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
     barSending = named<MSComctlLib::ProgressBar>("barSending", this);
     barSending->setAccessibleName(QStringLiteral("Progress"));
 
+    tmrKeepLetter = named<controls::Timer>("tmrKeepLetter", this);
+    connectHandler(tmrKeepLetter, &QTimer::timeout, this, &frmSend::tmrKeepLetter_Timer);
+    for (QLineEdit* field : {tTo, tCc, tSubject, txtAttachment}) {
+        connectHandler(field, &QLineEdit::textChanged, this, &frmSend::letter_Change);
+    }
+    connectHandler(tMessage, &QPlainTextEdit::textChanged, this, &frmSend::letter_Change);
+
     // The component raises these from inside its requests.
     SMTP1.PITrail = [this](SMTPLib::Direction direction, const std::string& message) {
         SMTP1_PITrail(direction, message);

@@ -3,9 +3,14 @@
 #include "components/controls/common_dialog.h"
 #include "components/controls/progress_bar.h"
 #include "components/controls/text_box.h"
+#include "components/controls/timer.h"
 #include "components/netcodelib/netcode.h"
 #include "components/smtplib/smtp.h"
+#include "platform/kept_file.h"
+#include "platform/program.h"
 #include "windows/form.h"
+
+#include <string>
 
 class QLabel;
 class QLineEdit;
@@ -25,9 +30,18 @@ class frmSend : public Form {
     void cmdCCto_Click();
     /**
      * Shows the window when somebody's message is in it, sent at this moment or to be tried again; true then,
-     * and nothing may be filled in.
+     * and nothing may be filled in. True also while a kept letter is offered.
      */
     bool showIfInUse();
+
+    // compose/keep_letter.cpp
+    /**
+     * Offers to go on with the letter that was being written when the program ended, if there is one. True
+     * when it is in the window now, and nothing more may be filled in. A letter that is given up is removed.
+     */
+    bool goOnWithKeptLetter();
+    void letter_Change();
+    void tmrKeepLetter_Timer();
 
     // compose/send.cpp
     void cmdSndit_Click();
@@ -50,9 +64,12 @@ class frmSend : public Form {
     QPushButton* cmdSndit;
     QPushButton* cmdCancel;
     MSComctlLib::ProgressBar* barSending;
+    controls::Timer* tmrKeepLetter;
     MSComDlg::CommonDialog dlgAttach;
     NetCodeLib::NetCode ctrNetcode;
     SMTPLib::SMTP SMTP1;
+    /** Where the letter in the window is kept until it is sent or given up. */
+    platform::KeptFile keptLetter;
 
   protected:
     /** Closed while it sends, the window only hides: should the message not go out, it comes back with it. */
@@ -62,7 +79,17 @@ class frmSend : public Form {
     void layOut();
     void send();
     void giveControlBack();
+    void keepLetterNow();
+    std::string letterToKeep();
+    void letterKept(int error);
+    void removeKeptLetter();
 
+    /** Of what the file holds, so that the same is not written again; 0 for nothing. */
+    std::size_t keptDigest_ = 0;
+    /** Milliseconds that it took to keep it the last time. */
+    int keepingMs_ = 0;
+    platform::BeforeTheEnd keepBeforeTheEnd_{[this] { keepLetterNow(); }};
     bool sending_ = false;
+    bool offering_ = false;
     bool controlGivenBack_ = false;
 };

@@ -1,0 +1,165 @@
+#include "compose/kept_letter.h"
+#include "email/state.h"
+#include "platform/message_box.h"
+#include "platform/runtime_error.h"
+#include "platform/user_folders.h"
+#include "platform/while_true.h"
+#include "windows/frmSend.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+
+#include <algorithm>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace {
+/** From the first change that is not kept yet; a person who types on does not put it off. */
+constexpr int kDelayMs = 2000;
+/** A letter so long that keeping it takes time is kept less often: this many times longer than that takes. */
+constexpr int kTimesLonger = 20;
+constexpr int kLongestDelayMs = 10'000;
+
+QString senderAddress() {
+    return email::state.UserName + email::derived.AtDomain;
+}
+
+/** The file for what this person writes here; empty when this computer has no place for it. */
+QString pathOfKeptLetter() {
+    QString path;
+    static_cast<void>(platform::errorNumberOf([&] {
+        path = platform::stateFolder().path + u'/' +
+               keptLetterName(senderAddress(), QDir::current().canonicalPath());
+    }));
+    return path;
+}
+
+KeptLetter letterIn(const frmSend& window) {
+    return {.to = window.tTo->text(),
+            .copies = window.tCc->text(),
+            .subject = window.tSubject->text(),
+            .attachment = window.txtAttachment->text(),
+            .text = window.tMessage->bytes()};
+}
+
+/** Never 0, which stands for nothing. */
+std::size_t digestOf(const std::string& file) {
+    return std::hash<std::string>()(file) | 1U;
+}
+
+QString notKept(int error) {
+    return QStringLiteral("This letter is not kept. Error# ") + QString::number(error);
+}
+} // namespace
+
+bool frmSend::goOnWithKeptLetter() {
+    keptLetter.setPath(pathOfKeptLetter());
+    if (!keptLetter.hasPath()) {
+        lblSending->setText(notKept(platform::errors::PathFileAccess));
+        return false;
+    }
+    const auto file = keptLetter.read();
+    const auto letter = file ? keptLetterIn(*file) : std::nullopt;
+    if (!letter) {
+        return false;
+    }
+    const platform::WhileTrue offering(offering_);
+    const auto answer = platform::showMessageBox(
+        {QStringLiteral(
+             "A letter that you were writing was neither sent nor cancelled.\n\nDo you want to go on "
+             "with it? No removes it."),
+         email::settings.Institution + QStringLiteral(" E-Mail"), platform::MessageIcon::Question,
+         platform::MessageButtons::YesNo});
+    if (answer == platform::MessageAnswer::No) {
+        keptLetter.remove();
+        return false;
+    }
+    keptDigest_ = digestOf(*file);
+    tTo->setText(letter->to);
+    tCc->setText(letter->copies);
+    tSubject->setText(letter->subject);
+    if (txtAttachment->isEnabled()) {
+        txtAttachment->setText(letter->attachment);
+    }
+    tMessage->setBytes(letter->text);
+    return true;
+}
+
+void frmSend::letter_Change() {
+    if (keptLetter.hasPath() && !tmrKeepLetter->isEnabled()) {
+        tmrKeepLetter->setPeriod(std::clamp(keepingMs_ * kTimesLonger, kDelayMs, kLongestDelayMs));
+        tmrKeepLetter->setEnabled(true);
+    }
+}
+
+void frmSend::tmrKeepLetter_Timer() {
+    tmrKeepLetter->setEnabled(false);
+    if (keptLetter.isWriting()) {
+        letter_Change();
+        return;
+    }
+    QElapsedTimer sinceStart;
+    sinceStart.start();
+    const int error = platform::errorNumberOf([&] {
+        if (std::string file = letterToKeep(); !file.empty()) {
+            keptLetter.write(std::move(file), [this, sinceStart](int writingError) {
+                keepingMs_ = static_cast<int>(sinceStart.elapsed());
+                letterKept(writingError);
+            });
+        }
+    });
+    if (error != 0) {
+        letterKept(error);
+    }
+}
+
+/** What the file is to hold; empty when it holds that already. A letter in which nothing is left is removed.
+ */
+std::string frmSend::letterToKeep() {
+    const KeptLetter letter = letterIn(*this);
+    std::string file = isEmpty(letter, senderAddress()) ? std::string() : keptLetterFile(letter);
+    const std::size_t digest = file.empty() ? 0 : digestOf(file);
+    if (std::exchange(keptDigest_, digest) == digest) {
+        return {};
+    }
+    if (file.empty()) {
+        keptLetter.remove();
+    }
+    return file;
+}
+
+void frmSend::letterKept(int error) {
+    if (error != 0) {
+        // The next try is to write it, be it changed by then or not.
+        keptDigest_ = 0;
+        letter_Change();
+    }
+    const bool told = lblSending->text().startsWith(notKept(0).chopped(1));
+    if (!sending_ && (error != 0 || told)) {
+        lblSending->setText(error != 0 ? notKept(error) : QString());
+    }
+}
+
+void frmSend::keepLetterNow() {
+    if (!keptLetter.hasPath()) {
+        return;
+    }
+    // What the file is to hold may still be on its way there.
+    keptLetter.waitForWriter();
+    if (const std::string file = letterToKeep(); !file.empty()) {
+        keptLetter.writeNow(file);
+    }
+}
+
+void frmSend::removeKeptLetter() {
+    tmrKeepLetter->setEnabled(false);
+    if (keptLetter.hasPath()) {
+        keptLetter.remove();
+        keptLetter.setPath({});
+        keptDigest_ = 0;
+    }
+}

@@ -1,0 +1,93 @@
+#include "compose/kept_letter.h"
+
+#include <QCryptographicHash>
+
+#include <charconv>
+#include <utility>
+
+namespace {
+constexpr std::string_view kFirstLine = "Brindlewake letter 1\n";
+
+// A field is its name, a blank, the number of its bytes, LF, its bytes, LF.
+
+void append(std::string& file, std::string_view name, std::string_view value) {
+    file.append(name).append(" ").append(std::to_string(value.size())).append("\n");
+    file.append(value).append("\n");
+}
+
+/** Takes the prefix from the text's start; false when it does not stand there. */
+bool take(std::string_view& text, std::string_view prefix) {
+    if (!text.starts_with(prefix)) {
+        return false;
+    }
+    text.remove_prefix(prefix.size());
+    return true;
+}
+
+/** Takes the field of this name from the text's start. */
+std::optional<std::string_view> takeField(std::string_view& text, std::string_view name) {
+    std::size_t size = 0;
+    if (!take(text, name) || !take(text, " ")) {
+        return std::nullopt;
+    }
+    const auto number = std::from_chars(text.data(), text.data() + text.size(), size);
+    if (number.ec != std::errc()) {
+        return std::nullopt;
+    }
+    text.remove_prefix(static_cast<std::size_t>(number.ptr - text.data()));
+    if (!take(text, "\n") || size > text.size()) {
+        return std::nullopt;
+    }
+    const std::string_view value = text.substr(0, size);
+    text.remove_prefix(size);
+    return take(text, "\n") ? std::optional(value) : std::nullopt;
+}
+
+bool takeField(std::string_view& text, std::string_view name, QString& value) {
+    const auto bytes = takeField(text, name);
+    if (bytes) {
+        value = QString::fromUtf8(bytes->data(), static_cast<qsizetype>(bytes->size()));
+    }
+    return bytes.has_value();
+}
+} // namespace
+
+bool isEmpty(const KeptLetter& letter, const QString& senderAddress) {
+    return letter.to.isEmpty() && (letter.copies.isEmpty() || letter.copies == senderAddress) &&
+           letter.subject.isEmpty() && letter.attachment.isEmpty() && letter.text.empty();
+}
+
+std::string keptLetterFile(const KeptLetter& letter) {
+    std::string file(kFirstLine);
+    // Room for the lines and the fields that people type, so that a long text is copied once.
+    constexpr std::size_t usually = 4096;
+    file.reserve(letter.text.size() + usually);
+    append(file, "To", letter.to.toStdString());
+    append(file, "Cc", letter.copies.toStdString());
+    append(file, "Subject", letter.subject.toStdString());
+    append(file, "Attachment", letter.attachment.toStdString());
+    append(file, "Text", letter.text);
+    return file;
+}
+
+std::optional<KeptLetter> keptLetterIn(std::string_view file) {
+    KeptLetter letter;
+    if (!take(file, kFirstLine) || !takeField(file, "To", letter.to) ||
+        !takeField(file, "Cc", letter.copies) || !takeField(file, "Subject", letter.subject) ||
+        !takeField(file, "Attachment", letter.attachment)) {
+        return std::nullopt;
+    }
+    const auto text = takeField(file, "Text");
+    if (!text || !file.empty()) {
+        return std::nullopt;
+    }
+    letter.text = *text;
+    return letter;
+}
+
+QString keptLetterName(const QString& sender, const QString& folder) {
+    const QByteArray both = folder.toUtf8() + '\0' + sender.toUtf8();
+    const QByteArray digest = QCryptographicHash::hash(both, QCryptographicHash::Sha256);
+    constexpr qsizetype letters = 32;
+    return QLatin1String(digest.toHex().first(letters)) + QStringLiteral(".letter");
+}
