@@ -7,6 +7,7 @@
 #include <QLoggingCategory>
 
 #include <csignal>
+#include <cstdlib>
 
 int main(int argumentCount, char** arguments) {
     // A limit on the size of files is to be an error like a full disk, not the end of the program.
@@ -20,7 +21,8 @@ int main(int argumentCount, char** arguments) {
     // Windows are hidden and shown in turn; only the main window and Update end the program.
     Application::setQuitOnLastWindowClosed(false);
     if (const auto status = start.statusToEndWith()) {
-        return *status;
+        // As the program always ends: at once.
+        std::_Exit(*status);
     }
     const LoadedWindows windows;
     runHandler([] {

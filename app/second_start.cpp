@@ -23,9 +23,7 @@ std::string currentScreen() {
     if (name == "xcb") {
         const std::string display = variable("DISPLAY");
         // ":0.0" is a part of ":0", which its windows can be seen on.
-        const std::size_t dot =
-            display.find('.', display.rfind(':') == std::string::npos ? 0 : display.rfind(':'));
-        return name + ' ' + display.substr(0, dot);
+        return name + ' ' + display.substr(0, display.find('.', display.rfind(':')));
     }
     return name + ' ' + variable("WAYLAND_DISPLAY");
 }

@@ -2,6 +2,7 @@
 #include "platform/runtime_error.h"
 #include "tests/platform/file_steps.h"
 #include "tests/support/file_faults.h"
+#include "tests/support/held_file.h"
 #include "tests/support/random_bytes.h"
 #include "tests/support/temporary_folder.h"
 
@@ -25,6 +26,7 @@ namespace {
 using NetCodeLib::Action;
 using NetCodeLib::NetCode;
 using platform::errorNumberOf;
+using support::contentOf;
 using support::modeOf;
 using support::randomBytes;
 namespace errors = platform::errors;
@@ -332,12 +334,6 @@ TEST_F(NetCodeTest, AClosingTextStandsBehindTheEncodedTextOnly) {
     EXPECT_EQ(folder_.read("out"), "YWJj\r\n--end--\r\n");
     EXPECT_EQ(run(Action::Decode, QStringLiteral("in"), QStringLiteral("decoded")), 0);
     EXPECT_EQ(folder_.read("decoded").find("--end--"), std::string::npos);
-}
-
-std::string contentOf(platform::HeldFile file) {
-    platform::RegularInput input(std::move(file));
-    std::string buffer(100, '\0');
-    return std::string(input.read(buffer));
 }
 
 TEST_F(NetCodeTest, WhatAnotherProcessEncodesIntoTheSameTargetLeavesTheHeldFileAsItIs) {

@@ -1,5 +1,6 @@
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
+#include "tests/support/environment.h"
 #include "tests/support/temporary_folder.h"
 
 #include <QDir>
@@ -15,32 +16,8 @@ using platform::drivePath;
 using platform::errorNumberOf;
 using platform::nativePath;
 using support::TemporaryFolder;
+using Variable = support::EnvironmentVariable;
 namespace errors = platform::errors;
-
-/** Sets a variable of the environment for as long as it lives. */
-class Variable {
-  public:
-    Variable(const char* name, const QString& value)
-        : name_(name), wasSet_(qEnvironmentVariableIsSet(name)), old_(qgetenv(name)) {
-        qputenv(name, value.toUtf8());
-    }
-
-    ~Variable() {
-        if (wasSet_) {
-            qputenv(name_, old_);
-        } else {
-            qunsetenv(name_);
-        }
-    }
-
-    Variable(const Variable&) = delete;
-    Variable& operator=(const Variable&) = delete;
-
-  private:
-    const char* name_;
-    bool wasSet_;
-    QByteArray old_;
-};
 
 class DrivesTest : public testing::Test {
   protected:
@@ -48,9 +25,9 @@ class DrivesTest : public testing::Test {
 
     QString drive(const char16_t* path) { return drivePath(QString::fromUtf16(path)); }
 
-    Variable home_{"HOME", QStringLiteral("/home/ann")};
-    Variable diskB_{"BRINDLEWAKE_DRIVE_B", QStringLiteral("/srv/disk b")};
-    Variable diskH_{"BRINDLEWAKE_DRIVE_H", QStringLiteral("/home/ann/mail/")};
+    Variable home_{"HOME", "/home/ann"};
+    Variable diskB_{"BRINDLEWAKE_DRIVE_B", "/srv/disk b"};
+    Variable diskH_{"BRINDLEWAKE_DRIVE_H", "/home/ann/mail/"};
 };
 
 TEST_F(DrivesTest, LettersStandForFolders) {
@@ -92,16 +69,16 @@ TEST_F(DrivesTest, APathWithoutALetterStaysAsTyped) {
 }
 
 TEST_F(DrivesTest, TheEnvironmentIsAskedFirst) {
-    const Variable diskC("BRINDLEWAKE_DRIVE_C", QStringLiteral("/srv/c"));
-    const Variable diskA("BRINDLEWAKE_DRIVE_A", QStringLiteral("/srv/a"));
-    const Variable diskZ("BRINDLEWAKE_DRIVE_Z", QStringLiteral("/srv/z"));
+    const Variable diskC("BRINDLEWAKE_DRIVE_C", "/srv/c");
+    const Variable diskA("BRINDLEWAKE_DRIVE_A", "/srv/a");
+    const Variable diskZ("BRINDLEWAKE_DRIVE_Z", "/srv/z");
     EXPECT_EQ(native(u"C:\\x"), QStringLiteral("/srv/c/x"));
     EXPECT_EQ(native(u"A:\\x"), QStringLiteral("/srv/a/x"));
     EXPECT_EQ(native(u"Z:\\x"), QStringLiteral("/srv/z/x"));
 }
 
 TEST_F(DrivesTest, AnEmptyVariableNamesNoFolder) {
-    const Variable diskC("BRINDLEWAKE_DRIVE_C", QString());
+    const Variable diskC("BRINDLEWAKE_DRIVE_C", "");
     EXPECT_EQ(native(u"C:\\x"), QStringLiteral("/home/ann/x"));
 }
 
@@ -158,20 +135,20 @@ TEST_F(DrivesTest, AFileWithABackslashInItsNameHasNoDrivePath) {
 }
 
 TEST_F(DrivesTest, ADrivesFolderMayHaveABackslashInItsName) {
-    const Variable diskQ("BRINDLEWAKE_DRIVE_Q", QStringLiteral("/srv/q\\q"));
+    const Variable diskQ("BRINDLEWAKE_DRIVE_Q", "/srv/q\\q");
     EXPECT_EQ(drive(u"/srv/q\\q/a"), QStringLiteral("Q:\\a"));
     EXPECT_EQ(native(u"Q:\\a"), QStringLiteral("/srv/q\\q/a"));
 }
 
 TEST_F(DrivesTest, AFileOutsideEveryDriveHasNoDrivePath) {
-    const Variable diskZ("BRINDLEWAKE_DRIVE_Z", QStringLiteral("/srv/z"));
+    const Variable diskZ("BRINDLEWAKE_DRIVE_Z", "/srv/z");
     EXPECT_EQ(errorNumberOf([&] { drive(u"/etc/hosts"); }), errors::PathFileAccess);
 }
 
 TEST_F(DrivesTest, TheListHasEveryDriveInTheOrderOfTheLetters) {
     const TemporaryFolder folder;
-    const Variable home("HOME", folder.qtPath(""));
-    const Variable diskA("BRINDLEWAKE_DRIVE_A", QStringLiteral("/srv/missing"));
+    const Variable home("HOME", folder.path("").string());
+    const Variable diskA("BRINDLEWAKE_DRIVE_A", "/srv/missing");
     std::vector<std::string> names;
     std::vector<bool> ready;
     for (const platform::Drive& drive : platform::drives()) {

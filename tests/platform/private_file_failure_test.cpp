@@ -1,6 +1,7 @@
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
 #include "tests/support/file_faults.h"
+#include "tests/support/held_file.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -21,16 +22,11 @@ using platform::errorNumberOf;
 using platform::Existing;
 using platform::PrivateOutput;
 using platform::Writing;
+using support::contentOf;
 using support::modeOf;
 using support::TemporaryFolder;
 namespace errors = platform::errors;
 namespace filesystem = std::filesystem;
-
-std::string contentOf(platform::HeldFile file) {
-    platform::RegularInput input(std::move(file));
-    std::string buffer(100, '\0');
-    return std::string(input.read(buffer));
-}
 
 TEST(PrivateOutput, WritingInPlaceRemovesTheFileWhenItFails) {
     const TemporaryFolder folder;
