@@ -290,6 +290,7 @@ TEST_F(Login, TheBodyTextGrowsWhenTheSameNumberIsListedAgain) {
     ScriptedServer server{Pop3Mailbox({message("one")})};
     logIn(server.address());
     loginWindow().cmdLogin->setEnabled(true);
+    loginWindow().tpwd->setText(QStringLiteral("secret"));
     loginWindow().cmdLogin->click();
     EXPECT_EQ(email::state.Messages.at(1).BodyText, "Text of one\r\nText of one\r\n");
 }
