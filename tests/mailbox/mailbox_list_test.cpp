@@ -261,16 +261,11 @@ TEST_F(MailboxList, WhileNothingIsRedrawnWrittenRowsAskForNoPicture) {
     QCoreApplication::processEvents();
     const CountedPaintings paintings(*grid->viewport());
     grid->setTextMatrix(1, 3, QStringLiteral("another subject"));
-    grid->setRows(3);
-    grid->setTextMatrix(2, 3, QStringLiteral("a new row"));
     QCoreApplication::processEvents();
-    const int whileResting = paintings.count();
-    grid->setTextMatrix(1, 3, QStringLiteral("a third subject"));
-    QCoreApplication::processEvents();
-    EXPECT_EQ(paintings.count(), whileResting);
+    EXPECT_EQ(paintings.count(), 0);
     grid->setRedraw(true);
     QCoreApplication::processEvents();
-    EXPECT_GT(paintings.count(), whileResting);
+    EXPECT_GT(paintings.count(), 0);
 }
 
 TEST_F(MailboxList, ACellsTipHasItsWholeTextWithoutTheBlanksThatPadIt) {
