@@ -14,13 +14,18 @@ void LineBuffer::append(std::string_view bytes) {
     bytes_.append(bytes);
 }
 
-std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded) {
+std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded, std::size_t mostOctets) {
+    if (lineGivenOut_) {
+        droppedOctets_ = 0;
+        lineGivenOut_ = false;
+    }
     const std::string_view all = bytes_;
     std::size_t from = std::max(used_, lookedUntil_);
     for (;;) {
         const std::size_t lineFeed = all.find('\n', from);
         if (lineFeed == std::string_view::npos) {
-            lookedUntil_ = all.size();
+            dropBehind(mostOctets);
+            lookedUntil_ = bytes_.size();
             return std::nullopt;
         }
         const bool carriageReturn = lineFeed > used_ && all[lineFeed - 1] == '\r';
@@ -28,10 +33,25 @@ std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded) {
             const std::size_t start = used_;
             used_ = lineFeed + 1;
             lookedUntil_ = used_;
-            return all.substr(start, lineFeed - start - (carriageReturn ? 1 : 0));
+            lineGivenOut_ = true;
+            const std::size_t octets = lineFeed - start - (carriageReturn ? 1 : 0);
+            const std::size_t kept = std::min(octets, mostOctets);
+            droppedOctets_ += octets - kept;
+            return all.substr(start, kept);
         }
         from = lineFeed + 1;
     }
+}
+
+/** Shortens the line that is coming. A last CR stays: it may be half a line end. */
+void LineBuffer::dropBehind(std::size_t mostOctets) {
+    const std::size_t lineEnd = endsInCarriageReturn() ? 1 : 0;
+    if (size() - lineEnd <= mostOctets) {
+        return;
+    }
+    droppedOctets_ += size() - lineEnd - mostOctets;
+    bytes_.resize(used_ + mostOctets);
+    bytes_.append(lineEnd, '\r');
 }
 
 } // namespace POPLib

@@ -16,10 +16,18 @@ class LineBuffer {
     void append(std::string_view bytes);
 
     /** The next line that ends in CR LF or in LF alone, without its end; nothing while none is complete. */
-    std::optional<std::string_view> nextReplyLine() { return next(false); }
+    std::optional<std::string_view> nextReplyLine() { return next(false, kAllOctets); }
 
-    /** The next line that ends in CR LF; a lone LF or CR belongs to the line. */
-    std::optional<std::string_view> nextContentLine() { return next(true); }
+    /**
+     * The next line that ends in CR LF; a lone LF or CR belongs to the line. Of a longer line only the first
+     * `mostOctets` are kept, also while it is still coming; they are at least one.
+     */
+    std::optional<std::string_view> nextContentLine(std::size_t mostOctets = kAllOctets) {
+        return next(true, mostOctets);
+    }
+
+    /** Octets that were dropped of the line given out last, or of the one that is coming. */
+    std::size_t droppedOctets() const noexcept { return droppedOctets_; }
 
     /** True when the bytes that have not been given out end in CR. */
     bool endsInCarriageReturn() const noexcept { return size() > 0 && bytes_.back() == '\r'; }
@@ -28,13 +36,19 @@ class LineBuffer {
     std::size_t size() const noexcept { return bytes_.size() - used_; }
 
   private:
-    std::optional<std::string_view> next(bool carriageReturnNeeded);
+    static constexpr std::size_t kAllOctets = std::string_view::npos;
+
+    std::optional<std::string_view> next(bool carriageReturnNeeded, std::size_t mostOctets);
+    void dropBehind(std::size_t mostOctets);
 
     std::string bytes_;
     /** Where the next line starts. */
     std::size_t used_ = 0;
     /** No line end that counts lies before this position. */
     std::size_t lookedUntil_ = 0;
+    std::size_t droppedOctets_ = 0;
+    /** What was dropped belongs to the line given out last. */
+    bool lineGivenOut_ = false;
 };
 
 } // namespace POPLib

@@ -34,18 +34,18 @@ std::optional<std::string_view> textAfter(std::string_view status, std::string_v
 HeaderLine headerLine(std::string_view line) {
     const auto isBlank = [](char character) { return character == ' ' || character == '\t'; };
     if (isBlank(line.front())) {
-        return {{}, std::string(line)};
+        return {{}, std::string(line), false};
     }
     const std::size_t colon = line.find(':');
     if (colon == std::string_view::npos) {
-        return {std::string(line), {}};
+        return {std::string(line), {}, false};
     }
     std::string_view value = line.substr(colon + 1);
     // One blank after the colon is punctuation; any further one belongs to the value.
     if (!value.empty() && isBlank(value.front())) {
         value.remove_prefix(1);
     }
-    return {std::string(line.substr(0, colon)), std::string(value)};
+    return {std::string(line.substr(0, colon)), std::string(value), false};
 }
 } // namespace
 
@@ -101,7 +101,6 @@ std::optional<Event> Pop3Session::nextReply() {
     if (!line) {
         return std::nullopt;
     }
-    ++lines_;
     if (const auto text = textAfter("+OK", *line)) {
         return accept(*text);
     }
@@ -111,12 +110,14 @@ std::optional<Event> Pop3Session::nextReply() {
     }
     const CommandKind kind = underWay_.front().kind;
     underWay_.pop_front();
+    ++answers_;
     return Refused{kind, std::string(*text)};
 }
 
 Event Pop3Session::accept(std::string_view text) {
     if (state_ == State::Greeting) {
         state_ = State::Authorization;
+        ++answers_;
         return Greeted{std::string(text)};
     }
     const CommandKind kind = underWay_.front().kind;
@@ -128,6 +129,7 @@ Event Pop3Session::accept(std::string_view text) {
         return Accepted{kind, std::string(text)};
     }
     underWay_.pop_front();
+    ++answers_;
     if (kind == CommandKind::Pass) {
         state_ = State::Transaction;
     } else if (kind == CommandKind::Quit) {
@@ -138,7 +140,8 @@ Event Pop3Session::accept(std::string_view text) {
 
 /** Length of the line, or of what has come of it; there, a last CR may be half a line end. */
 std::size_t Pop3Session::lineOctets(const std::optional<std::string_view>& line) const noexcept {
-    return line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
+    const std::size_t kept = line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
+    return kept + input_.droppedOctets();
 }
 
 Event Pop3Session::fail(FailureKind kind) {
@@ -147,29 +150,35 @@ Event Pop3Session::fail(FailureKind kind) {
 }
 
 bool Pop3Session::contentTooLarge(std::size_t lineOctets) const noexcept {
-    const bool listing = isListing(underWay_.front());
-    if (listing && lineOctets > kMaximumListingLineOctets) {
-        return true;
-    }
-    const std::int64_t limit = listing ? kMaximumListingOctets : kMaximumMessageOctets;
+    const std::int64_t limit = isListing(underWay_.front()) ? maximumListingOctets_ : kMaximumMessageOctets;
     return contentOctets_ + static_cast<std::int64_t>(lineOctets) > limit;
+}
+
+/** What is to be kept of the next line. Of one that is only counted, its first octet tells what it is. */
+std::size_t Pop3Session::wantedLineOctets() const noexcept {
+    const Command& command = underWay_.front();
+    if (!isListing(command)) {
+        return std::string_view::npos;
+    }
+    const bool counted = inBody_ && bodyLines_ == command.bodyLineLimit;
+    return counted ? 1 : kMaximumListingLineOctets;
 }
 
 std::optional<Event> Pop3Session::nextContent() {
     // Lines past the wanted ones make no event; going on until there is one keeps them from piling up.
     for (;;) {
-        const std::optional<std::string_view> line = input_.nextContentLine();
+        const std::optional<std::string_view> line = input_.nextContentLine(wantedLineOctets());
         if (contentTooLarge(lineOctets(line))) {
             return fail(FailureKind::TooLarge);
         }
         if (!line) {
             return std::nullopt;
         }
-        ++lines_;
-        if (*line == ".") {
+        if (*line == "." && input_.droppedOctets() == 0) {
             const CommandKind kind = underWay_.front().kind;
             underWay_.pop_front();
             inContent_ = false;
+            ++answers_;
             return ContentEnded{kind};
         }
         if (auto event = contentLine(*line)) {
@@ -183,7 +192,8 @@ std::optional<Event> Pop3Session::contentLine(std::string_view line) {
     if (line.starts_with('.')) {
         line.remove_prefix(1);
     }
-    contentOctets_ += static_cast<std::int64_t>(line.size()) + kLineEndOctets;
+    const std::size_t dropped = input_.droppedOctets();
+    contentOctets_ += static_cast<std::int64_t>(line.size() + dropped) + kLineEndOctets;
     if (underWay_.front().kind == CommandKind::Uidl) {
         return ListingLine{std::string(line)};
     }
@@ -192,7 +202,9 @@ std::optional<Event> Pop3Session::contentLine(std::string_view line) {
             inBody_ = true;
             return std::nullopt;
         }
-        return headerLine(line);
+        HeaderLine header = headerLine(line);
+        header.cut = dropped > 0;
+        return header;
     }
     const std::int32_t limit = underWay_.front().bodyLineLimit;
     if (limit > 0 && bodyLines_ == limit) {

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,6 +38,8 @@ struct Refused {
 struct HeaderLine {
     std::string field;
     std::string value;
+    /** The line was longer than a listing keeps, and this is its first part. */
+    bool cut = false;
 };
 
 /** One line of a message's body, without its line end and without a stuffed dot. */
@@ -94,12 +97,18 @@ class Pop3Session {
 
     /** Longest status line, in octets. RFC 2449 section 4 has 512; some servers like to talk. */
     static constexpr std::size_t kMaximumReplyOctets = 4096;
-    /** Longest line of a listing answer, in octets. */
+    /** What is kept of a line while listing, in octets; the rest of it is dropped. */
     static constexpr std::size_t kMaximumListingLineOctets = 1U << 20U;
-    /** Largest answer while listing, in octets. */
-    static constexpr std::int64_t kMaximumListingOctets = 64LL << 20;
+    /**
+     * Largest answer while listing, in octets. What is not wanted of an answer is only counted, so any size
+     * that a server can tell of is passed over; what goes on beyond it has no end.
+     */
+    static constexpr std::int64_t kMaximumListingOctets = std::numeric_limits<std::int32_t>::max();
     /** Largest message, in octets. */
     static constexpr std::int64_t kMaximumMessageOctets = 256LL << 20;
+
+    explicit Pop3Session(std::int64_t maximumListingOctets = kMaximumListingOctets)
+        : maximumListingOctets_(maximumListingOctets) {}
 
     /** Puts a command at the end of the queue. */
     void submit(Command command);
@@ -128,22 +137,24 @@ class Pop3Session {
     std::size_t underWay() const noexcept { return underWay_.size(); }
 
     /**
-     * A number that grows with every complete line and with every few kilobytes: while it grows, the server
-     * is alive, even when one answer takes long.
+     * A number that grows with every complete answer and with every few kilobytes: while it grows, the server
+     * does what it was asked for, even when one answer takes long. A line now and then is no progress.
      */
-    std::uint64_t progress() const noexcept { return lines_ + octets_ / kOctetsOfProgress; }
+    std::uint64_t progress() const noexcept { return answers_ + octets_ / kOctetsOfProgress; }
 
-  private:
     static constexpr std::uint64_t kOctetsOfProgress = 4096;
 
+  private:
     std::optional<Event> nextReply();
     std::optional<Event> nextContent();
+    std::size_t wantedLineOctets() const noexcept;
     Event accept(std::string_view text);
     Event fail(FailureKind kind);
     std::size_t lineOctets(const std::optional<std::string_view>& line) const noexcept;
     bool contentTooLarge(std::size_t lineOctets) const noexcept;
     std::optional<Event> contentLine(std::string_view line);
 
+    std::int64_t maximumListingOctets_;
     State state_ = State::Greeting;
     std::deque<Command> waiting_;
     std::deque<Command> underWay_;
@@ -152,7 +163,7 @@ class Pop3Session {
     LineBuffer input_;
     /** Bytes came that no command under way had asked for. */
     bool spokeOutOfTurn_ = false;
-    std::uint64_t lines_ = 0;
+    std::uint64_t answers_ = 0;
     std::uint64_t octets_ = 0;
 
     /** The first command under way has been accepted and its content is coming. */

@@ -104,6 +104,53 @@ TEST(LineBuffer, LooksAtEachByteOfALongLineOnce) {
     EXPECT_EQ(buffer.nextContentLine()->size(), octets);
 }
 
+struct CutCase {
+    const char* name;
+    std::string line;
+    std::size_t most;
+    std::string kept;
+};
+
+class CutLine : public testing::TestWithParam<CutCase> {};
+
+TEST_P(CutLine, KeepsItsFirstPartForPiecesOfEverySizeAndTheNextLineIsWhole) {
+    const CutCase& cut = GetParam();
+    for (const std::size_t pieceOctets : support::kPieceSizes) {
+        SCOPED_TRACE(pieceOctets);
+        LineBuffer buffer;
+        std::vector<std::string> lines;
+        std::vector<std::size_t> dropped;
+        support::forEachPiece(cut.line + "\r\nnext\r\n", pieceOctets, [&](std::string_view piece) {
+            buffer.append(piece);
+            while (const auto line = buffer.nextContentLine(lines.empty() ? cut.most : 4)) {
+                lines.emplace_back(*line);
+                dropped.push_back(buffer.droppedOctets());
+            }
+        });
+        EXPECT_THAT(lines, testing::ElementsAre(cut.kept, "next"));
+        EXPECT_THAT(dropped, testing::ElementsAre(cut.line.size() - cut.kept.size(), 0U));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, CutLine,
+                         testing::Values(CutCase{"Short", "abc", 3, "abc"},
+                                         CutCase{"OneTooLong", "abcd", 3, "abc"},
+                                         CutCase{"Long", std::string(100, 'x'), 3, "xxx"},
+                                         CutCase{"OneOctetOnly", "..\r.\r", 1, "."},
+                                         CutCase{"LineEndsWithin", "a\n\r\rb\nc\r\rd\n\n", 2, "a\n"},
+                                         CutCase{"CarriageReturns", "\r\r\r\r\r", 2, "\r\r"}),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(LineBuffer, HoldsNoMoreThanItsPartOfALineThatKeepsComing) {
+    LineBuffer buffer;
+    for (int piece = 0; piece < 1000; ++piece) {
+        buffer.append(std::string(1000, piece % 2 == 0 ? 'x' : '\r'));
+        ASSERT_EQ(buffer.nextContentLine(10), std::nullopt);
+        ASSERT_LE(buffer.size(), 11U);
+    }
+    EXPECT_EQ(buffer.size() + buffer.droppedOctets(), 1'000'000U);
+}
+
 TEST(LineBuffer, DropsGivenOutLinesWithoutMovingTheRestEachTime) {
     std::string lines;
     for (int line = 0; line < 500'000; ++line) {

@@ -30,8 +30,9 @@ std::vector<std::string> eventsAfter(Pop3Session& session, std::string_view byte
 }
 
 /** A session that has been greeted and has sent this command. */
-Pop3Session sessionThatSent(POPLib::Command command) {
-    Pop3Session session;
+Pop3Session sessionThatSent(POPLib::Command command,
+                            std::int64_t listingOctets = Pop3Session::kMaximumListingOctets) {
+    Pop3Session session(listingOctets);
     EXPECT_THAT(eventsAfter(session, "+OK\r\n"), ElementsAre("greeted []"));
     session.submit(std::move(command));
     EXPECT_THAT(session.takeOutput(), EndsWith("\r\n"));
@@ -124,18 +125,28 @@ TEST(Pop3Session, TakesNoAnswerThatCameBeforeTheCommandWasSent) {
     EXPECT_THAT(eventsOf(session), ElementsAre("failed out of step"));
 }
 
-TEST(Pop3Session, MakesProgressWithEveryLineAndEveryFewKilobytes) {
+TEST(Pop3Session, MakesProgressWithEveryAnswerAndEveryFewKilobytesButNotWithALine) {
     Pop3Session session = sessionThatSent(POPLib::retrCommand(1));
     auto progress = session.progress();
     const auto grows = [&](std::string_view bytes) {
         eventsAfter(session, bytes);
         return std::exchange(progress, session.progress()) < session.progress();
     };
-    EXPECT_TRUE(grows("+OK\r\n"));
-    EXPECT_FALSE(grows("Subject: "));
-    EXPECT_TRUE(grows("a\r\n"));
-    EXPECT_FALSE(grows("x"));
+    EXPECT_FALSE(grows("+OK\r\n"));
+    EXPECT_FALSE(grows("Subject: a\r\n"));
+    EXPECT_FALSE(grows("\r\nx"));
     EXPECT_TRUE(grows(std::string(8192, 'x')));
+    EXPECT_FALSE(grows("\r\n"));
+    EXPECT_TRUE(grows(".\r\n"));
+    for (const POPLib::Command& command : {POPLib::listCommand(1), POPLib::deleCommand(1)}) {
+        session.submit(command);
+        session.takeOutput();
+        EXPECT_FALSE(grows("+OK"));
+        EXPECT_TRUE(grows("\r\n"));
+    }
+    session.submit(POPLib::listCommand(2));
+    session.takeOutput();
+    EXPECT_TRUE(grows("-ERR no\r\n"));
 }
 
 TEST(Pop3Session, ReadsAHeaderLineOfAMegabyteOctetByOctet) {
@@ -167,53 +178,64 @@ TEST(Pop3Session, ReadsAHundredThousandHeaderLines) {
     EXPECT_EQ(headerLines, 100'000U);
 }
 
-struct LongestLine {
-    const char* name;
-    std::string start;
-    std::size_t longest;
-    bool listing;
-    /** The event of a line of the longest length starts with this; the event of a longer one is this. */
-    const char* accepted;
-    const char* failed;
-};
-
-class LongestLineCase : public testing::TestWithParam<LongestLine> {
-  protected:
-    /** The event that a line of so many octets makes when it is cut before its last octets. */
-    static std::string eventOf(std::size_t octets, std::size_t octetsBehindTheCut) {
-        const LongestLine& limit = GetParam();
-        Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
-        if (limit.listing) {
-            eventsAfter(session, "+OK\r\n");
-        }
-        const std::string line = limit.start + std::string(octets - limit.start.size(), 'x') + "\r\n";
-        std::vector<std::string> events =
-            eventsAfter(session, std::string_view(line).substr(0, line.size() - octetsBehindTheCut));
-        for (std::string& event :
-             eventsAfter(session, std::string_view(line).substr(line.size() - octetsBehindTheCut))) {
-            events.push_back(std::move(event));
-        }
-        EXPECT_THAT(events, SizeIs(1));
-        return events.empty() ? std::string() : events.front();
+/** The events of a line of so many octets, line end not counted, that comes in two pieces. */
+std::vector<std::string> eventsOfLine(Pop3Session& session, const std::string& start, std::size_t octets,
+                                      std::size_t octetsInTheSecondPiece) {
+    const std::string line = start + std::string(octets - start.size(), 'x') + "\r\n";
+    const std::size_t first = line.size() - octetsInTheSecondPiece;
+    std::vector<std::string> events = eventsAfter(session, std::string_view(line).substr(0, first));
+    for (std::string& event : eventsAfter(session, std::string_view(line).substr(first))) {
+        events.push_back(std::move(event));
     }
-};
+    return events;
+}
 
-TEST_P(LongestLineCase, IsTakenWhereverTheNetworkCutsItAndNoLongerOne) {
-    for (const std::size_t octetsBehindTheCut : {0U, 1U, 2U, 3U}) {
-        SCOPED_TRACE(octetsBehindTheCut);
-        EXPECT_THAT(eventOf(GetParam().longest, octetsBehindTheCut),
-                    testing::StartsWith(GetParam().accepted));
-        EXPECT_EQ(eventOf(GetParam().longest + 1, octetsBehindTheCut), GetParam().failed);
+TEST(Pop3Session, TakesTheLongestStatusLineWhereverTheNetworkCutsItAndNoLongerOne) {
+    for (const std::size_t octets : {0U, 1U, 2U, 3U}) {
+        SCOPED_TRACE(octets);
+        Pop3Session taken = sessionThatSent(POPLib::topCommand(1, 25));
+        EXPECT_THAT(eventsOfLine(taken, "+OK ", Pop3Session::kMaximumReplyOctets, octets),
+                    ElementsAre(testing::StartsWith("accepted TOP")));
+        Pop3Session failed = sessionThatSent(POPLib::topCommand(1, 25));
+        EXPECT_THAT(eventsOfLine(failed, "+OK ", Pop3Session::kMaximumReplyOctets + 1, octets),
+                    ElementsAre("failed out of step"));
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Limits, LongestLineCase,
-                         testing::Values(LongestLine{"StatusLine", "+OK ", Pop3Session::kMaximumReplyOctets,
-                                                     false, "accepted TOP", "failed out of step"},
-                                         LongestLine{"LineOfAListing",
-                                                     "Subject: ", Pop3Session::kMaximumListingLineOctets,
-                                                     true, "header [Subject]", "failed too large"}),
-                         [](const auto& test) { return test.param.name; });
+TEST(Pop3Session, CutsALongerLineOfAListingWhereverTheNetworkCutsIt) {
+    constexpr std::size_t longest = Pop3Session::kMaximumListingLineOctets;
+    const std::string whole = "header [Subject] [" + std::string(longest - 9, 'x') + ']';
+    for (const std::size_t octets : {0U, 1U, 2U, 3U, 100'000U}) {
+        for (const std::size_t surplus : {0U, 1U, 100'001U}) {
+            SCOPED_TRACE(testing::Message() << octets << ' ' << surplus);
+            Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
+            eventsAfter(session, "+OK\r\n");
+            EXPECT_TRUE(eventsOfLine(session, "Subject: ", longest + surplus, octets) ==
+                        std::vector<std::string>{whole});
+            EXPECT_THAT(
+                eventsAfter(session, "\r\nbody\r\n.\r\n"),
+                ElementsAre("body " + std::to_string(longest + surplus + 10) + " [body]", "ended TOP"));
+        }
+    }
+}
+
+TEST(Pop3Session, OnlyCountsWhatLiesBehindTheWantedLines) {
+    const std::string counted =
+        "..\r\n.\r.\r\n" + std::string(5U << 20U, '.') + "\r\n\r\n" + std::string(100, 'x') + "\r\n.";
+    for (const std::size_t pieceOctets : {std::size_t{1} << 16U, std::string_view::npos}) {
+        Pop3Session session = sessionThatSent(POPLib::retrCommand(1, 2));
+        std::vector<std::string> events;
+        support::forEachPiece("+OK\r\na:b\r\n\r\none\r\ntwo\r\n" + counted, pieceOctets,
+                              [&](std::string_view piece) {
+                                  for (std::string& event : eventsAfter(session, piece)) {
+                                      events.push_back(std::move(event));
+                                  }
+                              });
+        EXPECT_THAT(events,
+                    ElementsAre("accepted RETR []", "header [a] [b]", "body 12 [one]", "body 17 [two]"));
+        EXPECT_THAT(eventsAfter(session, "\r\n"), ElementsAre("ended RETR"));
+    }
+}
 
 /** Feeds lines of a kilobyte until the session says something else than a line; returns the octets fed. */
 std::int64_t octetsUntilItFails(Pop3Session& session, std::int64_t atMost) {
@@ -232,11 +254,12 @@ std::int64_t octetsUntilItFails(Pop3Session& session, std::int64_t atMost) {
     return atMost;
 }
 
-TEST(Pop3Session, GivesUpAListingAnswerPastItsLimit) {
-    Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
-    constexpr std::int64_t limit = Pop3Session::kMaximumListingOctets;
+TEST(Pop3Session, GivesUpAListingAnswerThatIsLongerThanAnySize) {
+    constexpr std::int64_t limit = 1 << 20;
+    Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25), limit);
     EXPECT_NEAR(static_cast<double>(octetsUntilItFails(session, 2 * limit)), static_cast<double>(limit),
                 2048);
+    EXPECT_EQ(Pop3Session::kMaximumListingOctets, 2'147'483'647);
 }
 
 TEST(Pop3Session, GivesUpAMessagePastItsLimit) {
