@@ -35,8 +35,10 @@ inline constexpr int LogOnRefused = 20172;
 inline constexpr int MailServerTrouble = 20302;
 /** A message was to be deleted whose number names another message by now, or none that was listed. */
 inline constexpr int AnotherMessage = 20312;
+/** The mail server refused to delete a message. */
+inline constexpr int DeletionRefused = 20332;
 /** The mail server refused to give a message that was to be opened. */
-inline constexpr int MessageNotGiven = 20322;
+inline constexpr int MessageNotGiven = 20342;
 
 // Sending mail. From 20401 on nothing was sent because of the message itself; 2041x and 2042x are refusals by
 // the server, for good and for now, and nothing was sent either; 20431 to 20434 end an attempt before the
@@ -107,6 +109,19 @@ template <class Action>
         return errors::OutOfMemory;
     }
     return errors::None;
+}
+
+/** Runs the action; false when memory could not be had for it. Any other error passes through. */
+template <class Action>
+[[nodiscard]] bool fitsInMemory(Action&& action) {
+    try {
+        std::forward<Action>(action)();
+    } catch (const std::bad_alloc&) {
+        return false;
+    } catch (const std::length_error&) {
+        return false;
+    }
+    return true;
 }
 
 } // namespace platform

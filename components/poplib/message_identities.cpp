@@ -1,7 +1,6 @@
 #include "components/poplib/message_identities.h"
 
-#include <QByteArrayView>
-
+#include <algorithm>
 #include <utility>
 
 namespace POPLib {
@@ -19,7 +18,7 @@ void MessageIdentities::remember(std::int32_t number, MessageIdentity identity) 
 
 void MessageIdentities::setUniqueId(std::int32_t number, std::string_view uniqueId) {
     const auto index = static_cast<std::size_t>(number) - 1;
-    if (number >= 1 && index < entries_.size()) {
+    if (number >= 1 && index < entries_.size() && uniqueId != std::to_string(number)) {
         entries_[index].identity.uniqueId = uniqueId;
     }
 }
@@ -30,39 +29,33 @@ const MessageIdentity* MessageIdentities::of(std::int32_t number) const {
     return known ? &entries_[index].identity : nullptr;
 }
 
-std::vector<std::int32_t> MessageIdentities::indistinguishable(std::int32_t number, bool byUniqueId) const {
+std::vector<std::int32_t> MessageIdentities::alike(std::int32_t number) const {
     std::vector<std::int32_t> numbers;
     const MessageIdentity* const wanted = of(number);
     const auto last = static_cast<std::int32_t>(entries_.size());
     for (std::int32_t other = 1; wanted != nullptr && other <= last; ++other) {
         const MessageIdentity* const identity = of(other);
-        if (identity == nullptr) {
-            continue;
-        }
-        const bool same =
-            byUniqueId ? identity->uniqueId == wanted->uniqueId
-                       : identity->size == wanted->size && identity->headerDigest == wanted->headerDigest;
-        if (same) {
+        if (identity != nullptr && identity->size == wanted->size && identity->digest == wanted->digest) {
             numbers.push_back(other);
         }
     }
     return numbers;
 }
 
+bool MessageIdentities::uniqueIdTells(std::int32_t number) const {
+    const MessageIdentity* const wanted = of(number);
+    if (wanted == nullptr || wanted->uniqueId.empty()) {
+        return false;
+    }
+    return std::count_if(entries_.begin(), entries_.end(), [wanted](const Entry& entry) {
+               return entry.known && entry.identity.uniqueId == wanted->uniqueId;
+           }) == 1;
+}
+
 void MessageIdentities::remove(std::int32_t number) {
     if (number >= 1 && static_cast<std::size_t>(number) <= entries_.size()) {
         entries_.erase(entries_.begin() + (number - 1));
     }
-}
-
-void HeaderDigest::add(std::string_view field, std::string_view value) {
-    for (const std::string_view text : {field, std::string_view(":"), value, std::string_view("\n")}) {
-        hash_.addData(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
-    }
-}
-
-std::string HeaderDigest::result() const {
-    return hash_.result().toStdString();
 }
 
 } // namespace POPLib

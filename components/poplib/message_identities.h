@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QCryptographicHash>
-
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,10 +10,10 @@ namespace POPLib {
 
 /** What is known of a message, to know it again when its number may name another one. */
 struct MessageIdentity {
-    /** Bytes, as the server told them. */
-    std::int32_t size = 0;
-    /** Of all header lines, see HeaderDigest. */
-    std::string headerDigest;
+    /** Bytes, as the server told them; nothing when it did not. */
+    std::optional<std::int32_t> size;
+    /** Of the header and the first body lines, see MessageDigest; empty when the server did not give them. */
+    std::string digest;
     /** The server's unique-id (RFC 1939 section 7); empty when it offers none. */
     std::string uniqueId;
 };
@@ -24,18 +23,23 @@ class MessageIdentities {
   public:
     void remember(std::int32_t number, MessageIdentity identity);
 
-    /** Adds the unique-id to what is remembered; nothing for a number that is not. */
+    /**
+     * Adds the unique-id to what is remembered; nothing for a number that is not. An id that is just the
+     * number says nothing, and would go wrong with the first deletion; it is as good as none.
+     */
     void setUniqueId(std::int32_t number, std::string_view uniqueId);
 
     /** nullptr for a number that was never listed. */
     const MessageIdentity* of(std::int32_t number) const;
 
     /**
-     * The numbers that cannot be told from this one, itself included: a server may give identical copies one
-     * unique-id. They are told apart by their unique-ids where these are known and asked for, otherwise by
-     * size and header.
+     * The numbers of all messages of the same size and digest, the message itself included. Unique-ids do not
+     * tell them apart: the server may have given a freed id to another message since.
      */
-    std::vector<std::int32_t> indistinguishable(std::int32_t number, bool byUniqueId) const;
+    std::vector<std::int32_t> alike(std::int32_t number) const;
+
+    /** Whether the unique-id is known, and no other message has the same one. */
+    bool uniqueIdTells(std::int32_t number) const;
 
     /** The message is gone; those behind it have moved up by one. */
     void remove(std::int32_t number);
@@ -47,17 +51,6 @@ class MessageIdentities {
     };
 
     std::vector<Entry> entries_;
-};
-
-/** A digest of header lines, in the order in which they come. */
-class HeaderDigest {
-  public:
-    void add(std::string_view field, std::string_view value);
-
-    std::string result() const;
-
-  private:
-    QCryptographicHash hash_{QCryptographicHash::Sha256};
 };
 
 } // namespace POPLib

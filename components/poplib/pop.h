@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/poplib/listing_allowance.h"
 #include "components/poplib/message_identities.h"
 #include "components/poplib/pop3_session.h"
 #include "components/transport/connection.h"
@@ -13,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace POPLib {
 
@@ -28,10 +30,19 @@ enum class Direction { ToServer, FromServer };
 
 /** How long the component waits. Tests shorten it. */
 struct Timeouts {
-    /** For the name, the connection, and each answer; an answer that keeps coming may take longer. */
+    /** For the name, the connection, each answer, and every Pop3Session::kOctetsOfProgress of a long answer.
+     */
     std::chrono::milliseconds answer{60'000};
-    /** For the farewell of a server that has refused the log-on: nothing depends on it. */
+    /** For the whole of a farewell on which nothing depends. */
     std::chrono::milliseconds farewell{5'000};
+};
+
+/** How much the component takes. Tests shorten it. */
+struct Limits {
+    /** Octets of one answer while listing, most of which are only counted. */
+    std::int64_t listingOctets = Pop3Session::kMaximumListingOctets;
+    /** Octets of a message that is fetched whole for a listing, where the server does not know TOP. */
+    std::int32_t wholeMessageOctets = 64 << 20;
 };
 
 /**
@@ -49,20 +60,25 @@ struct Timeouts {
  * A request blocks its caller, while the windows stay alive, and raises its events from the caller's own
  * frame: an error thrown by a listener reaches the caller of the request.
  *
+ * A retrieval with a body line limit lists a message: its over-long lines are cut, its further lines only
+ * counted, and of very large headers not everything is raised (ListingAllowance). When memory fails for one
+ * message, its remaining events are left out, lastMessageFitted() says so, and the session goes on.
+ *
  * A deletion is carried out only on a message that was listed before, by its size and its first lines, and
  * that the number still names: the client remembers what every number named, follows its own deletions, and
- * compares unique-ids where the server has any, otherwise sizes and headers. Nothing is deleted before the
- * log-off has been confirmed.
+ * compares size, header, first lines and the unique-id where there is one. Nothing is deleted before the
+ * log-off has been confirmed. Where nothing is to be deleted, nothing depends on the log-off, and it raises
+ * no error.
  *
  * Every request can raise a RuntimeError:
  * 20102 when another request is running, for a log-on while a session is open, and when the server asks to
  * try again later; 20172 when the server refuses the name or the password, or these cannot be sent at all;
  * 26002, 25062, 25052 when the name is unknown, the connection refused, the network unreachable; 20302 for
  * silence, a lost connection and answers that are no POP3; 6 for a number that does not fit; 7 for a message
- * that is too large; 20312 for the deletion of a number that by now names another message; 20322 when the
- * server refuses a whole message (one that is listed is then without its lines). After any error
- * but a refused log-on the session is closed. A refused log-on stays open until the log-off, and meanwhile a
- * second log-on meets 20102.
+ * that is too large or has no end; 20312 for the deletion of a number that by now names another message;
+ * 20332 for a deletion that the server refuses; 20342 when the server refuses a whole message (one that is
+ * listed is then without its lines). After any error but a refused log-on the session is closed. A refused
+ * log-on stays open until the log-off, and meanwhile a second log-on meets 20102.
  */
 class POP {
   public:
@@ -85,6 +101,9 @@ class POP {
     void setMailServer(const QString& server) { mailServer_ = server; }
 
     void setTimeouts(Timeouts timeouts) { timeouts_ = timeouts; }
+
+    /** Counts from the next log-on. */
+    void setLimits(Limits limits) { limits_ = limits; }
 
     void issueRequest(Request request);
 
@@ -112,6 +131,9 @@ class POP {
     /** Body lines that a retrieval fetches with the header; 0 means the whole message. */
     void setBodyLineLimit(std::int32_t lines) noexcept { bodyLineLimit_ = lines; }
 
+    /** False when memory has failed for the message that was listed last: not all of it was raised. */
+    bool lastMessageFitted() const noexcept { return lastMessageFitted_; }
+
     /** Round trips to the server since the last log-on: times that commands were sent. */
     std::uint64_t roundTrips() const noexcept { return roundTrips_; }
 
@@ -121,23 +143,34 @@ class POP {
     void logOn();
     void logOff();
     void retrieve();
-    void deleteMessage();
     bool fetchContent(Command command);
-    bool readContent(Command command, const std::function<void(const Event&)>& take);
-    void rememberUniqueIds();
-    std::optional<std::map<std::int32_t, std::string>> askUniqueIds();
-    bool stillNames(std::int32_t number, const MessageIdentity& identity);
-    void mustStillBeTheListedMessage(std::int32_t number);
+    bool listContent(Command command);
+    std::string readListed();
+    void raiseWithinAllowance(Event& event);
 
+    // pop_deletion.cpp
+    using UniqueIds = std::map<std::int32_t, std::string>;
+    void rememberUniqueIds();
+    std::optional<UniqueIds> askUniqueIds(const std::set<std::int32_t>& wanted);
+    void deleteMessage();
+    void mustStillBeTheListedMessage(std::int32_t number);
+    bool stillNames(std::int32_t number, const MessageIdentity& identity);
+
+    // pop_dialogue.cpp
     std::optional<std::string> ask(Command command);
     void mustAccept(Command command);
-    void sendQueued();
+    bool readContent(Command command, const std::function<void(const Event&)>& take);
+    bool sendQueued();
     Event awaitEvent();
+    void receive();
     void raise(const Event& event);
     [[noreturn]] void refusedLogOn(std::string_view text);
+    void waitNoLongerThan(std::chrono::milliseconds time);
+    void renewDeadline();
     void closeSession();
 
     Timeouts timeouts_;
+    Limits limits_;
     QString mailServer_;
     std::string loginUser_;
     std::string loginPassword_;
@@ -148,12 +181,19 @@ class POP {
 
     transport::Connection connection_;
     Pop3Session session_;
-    /** How long the running request waits for an answer. */
-    std::chrono::milliseconds patience_{0};
+    /** When the server is given up; moved on by each command and by progress, but not for a farewell. */
+    QDeadlineTimer deadline_;
+    bool deadlineIsFixed_ = false;
+    /** Pop3Session::progress() at the time when the deadline was set. */
+    std::uint64_t progress_ = 0;
     bool running_ = false;
     bool logOnRefused_ = false;
 
     MessageIdentities identities_;
+    ListingAllowance allowance_;
+    /** Of the last listing; a deletion compares as many. */
+    std::int32_t listedBodyLines_ = 0;
+    bool lastMessageFitted_ = true;
     /** The size that LIST told last, and of which message. */
     std::pair<std::int32_t, std::int32_t> numberAndSize_{0, 0};
     /** Messages that were listed in this session. */

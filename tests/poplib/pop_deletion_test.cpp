@@ -136,7 +136,7 @@ TEST_P(PopDeletion, IsNoSuccessUntilTheServerHasSaidSo) {
 TEST_P(PopDeletion, ARefusedDeletionOrALostConnectionDeletesNothing) {
     ASSERT_EQ(listing(), 0);
     mailbox.answer("DELE", "-ERR read only\r\n");
-    EXPECT_EQ(deleteInASession(1), errors::MailServerTrouble);
+    EXPECT_EQ(deleteInASession(1), errors::DeletionRefused);
     mailbox.on("DELE", [](Peer& peer) { peer.close(); });
     EXPECT_EQ(deleteInASession(1), errors::MailServerTrouble);
     EXPECT_THAT(mailbox.messages(), SizeIs(4));
@@ -196,83 +196,3 @@ INSTANTIATE_TEST_SUITE_P(Servers, PopIdenticalCopies, testing::Values(Ids::Offer
                          [](const auto& test) {
                              return test.param == Ids::Offered ? "WithUidl" : "WithoutUidl";
                          });
-
-namespace {
-class PopUniqueIds : public PopTest {
-  protected:
-    int deleteFirst() {
-        if (const int error = logOn(); error != 0) {
-            return error;
-        }
-        const int error = remove(1);
-        logOff();
-        return error;
-    }
-
-    Pop3Mailbox mailbox{{message("a"), message("b")}};
-    ScriptedServer server{mailbox};
-};
-} // namespace
-
-TEST_F(PopUniqueIds, AreAskedForOnceWhenMessagesWereListed) {
-    pop.setMailServer(server.address());
-    ASSERT_EQ(listing(), 0);
-    EXPECT_EQ(std::count(trail.begin(), trail.end(), "> UIDL"), 1);
-    trail.clear();
-    ASSERT_EQ(logOn(), 0);
-    ASSERT_EQ(retrieve(1, 0), 0);
-    ASSERT_EQ(logOff(), 0);
-    EXPECT_EQ(std::count(trail.begin(), trail.end(), "> UIDL"), 0);
-}
-
-TEST_F(PopUniqueIds, OfOddShapesAreOnlyComparedOrPassedOver) {
-    pop.setMailServer(server.address());
-    const std::vector<std::string> oddAnswers = {"1 /../x\x1b[2J\r\n",
-                                                 "1\r\n",
-                                                 "one a\r\n",
-                                                 "",
-                                                 "1 " + std::string(71, 'x') + "\r\n",
-                                                 "99999999999 a\r\n1 b\r\n",
-                                                 "0 a\r\n-1 b\r\n1 \r\n"};
-    int newMessages = 0;
-    for (const std::string& ids : oddAnswers) {
-        mailbox.answer("UIDL", "+OK\r\n" + ids + ".\r\n");
-        ASSERT_EQ(listing(), 0) << ids;
-        mailbox.remove(1).deliver(message("new " + std::to_string(++newMessages)));
-        mailbox.answer("UIDL", "+OK\r\n1 other\r\n.\r\n");
-        EXPECT_EQ(deleteFirst(), errors::AnotherMessage) << ids;
-        EXPECT_THAT(mailbox.messages(), SizeIs(2));
-    }
-}
-
-TEST_F(PopUniqueIds, ThatAreNoLongerOfferedLeaveSizeAndHeaderToCompare) {
-    pop.setMailServer(server.address());
-    ASSERT_EQ(listing(), 0);
-    mailbox.answer("UIDL", "-ERR not today\r\n");
-    EXPECT_EQ(deleteFirst(), 0);
-    EXPECT_THAT(mailbox.messages(), ElementsAre(message("b")));
-}
-
-TEST_F(PopUniqueIds, AMessageThatTheServerCannotGiveIsStillKnownByItsId) {
-    pop.setMailServer(server.address());
-    mailbox.answer("TOP 1", "-ERR broken\r\n").answer("RETR 1", "-ERR broken\r\n");
-    ASSERT_EQ(listing(), 0);
-    EXPECT_EQ(deleteFirst(), 0);
-    EXPECT_THAT(mailbox.messages(), ElementsAre(message("b")));
-}
-
-TEST_F(PopUniqueIds, WithoutIdAndHeaderAMessageIsNotDeleted) {
-    pop.setMailServer(server.address());
-    mailbox.answer("UIDL", "-ERR\r\n").answer("TOP 1", "-ERR broken\r\n").answer("RETR 1", "-ERR broken\r\n");
-    ASSERT_EQ(listing(), 0);
-    EXPECT_EQ(deleteFirst(), errors::AnotherMessage);
-    EXPECT_THAT(mailbox.messages(), SizeIs(2));
-}
-
-TEST_F(PopUniqueIds, ATopThatIsNotKnownIsReplacedByTheWholeMessage) {
-    pop.setMailServer(server.address());
-    mailbox.answer("UIDL", "-ERR\r\n").answer("TOP", "-ERR\r\n");
-    ASSERT_EQ(listing(), 0);
-    EXPECT_EQ(deleteFirst(), 0);
-    EXPECT_THAT(mailbox.messages(), ElementsAre(message("b")));
-}

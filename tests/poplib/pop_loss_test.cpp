@@ -53,7 +53,7 @@ std::string lossName(const testing::TestParamInfo<std::tuple<const char*, Ending
 
 INSTANTIATE_TEST_SUITE_P(Commands, LossAfterCommand,
                          testing::Combine(testing::Values("GREETING", "USER", "PASS", "STAT", "LIST 1",
-                                                          "TOP 1", "LIST 2", "TOP 2", "QUIT"),
+                                                          "TOP 1", "LIST 2", "TOP 2"),
                                           testing::Values(Ending::Close, Ending::Reset)),
                          lossName);
 
@@ -68,10 +68,13 @@ TEST_P(LossAfterOctet, IsTroubleAndNoEventIsMadeUp) {
     const std::size_t total = server.octetsSent();
     const std::vector<std::string> whole = std::exchange(content, {});
     ASSERT_THAT(whole, SizeIs(7));
+    const std::string_view farewell = "+OK\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK bye\r\n";
     for (std::size_t octets = 0; octets < total; ++octets) {
         SCOPED_TRACE(octets);
         server.cutAfter(octets, GetParam());
-        ASSERT_EQ(listing(), errors::MailServerTrouble);
+        // Nothing depends on the unique-ids and the farewell.
+        const bool everythingCame = octets + farewell.size() >= total;
+        ASSERT_EQ(listing(), everythingCame ? 0 : errors::MailServerTrouble);
         ASSERT_LE(content.size(), whole.size());
         ASSERT_TRUE(std::equal(content.begin(), content.end(), whole.begin()));
         content.clear();

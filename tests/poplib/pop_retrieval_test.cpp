@@ -221,6 +221,9 @@ TEST_P(EndlessAnswer, IsGivenUpAtItsLimit) {
     ScriptedServer server(mailbox);
     pop.Header = nullptr;
     pop.Transfer = nullptr;
+    POPLib::Limits limits;
+    limits.listingOctets = 8 << 20;
+    pop.setLimits(limits);
     int error = logOn(server);
     if (error == 0) {
         error = retrieve(1, answer.bodyLineLimit);

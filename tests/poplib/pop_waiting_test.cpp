@@ -71,7 +71,6 @@ const std::vector<Silence>& silences() {
         {"InAHeader", {{"TOP", say("+OK\r\nSubject: a\r\nFrom")}}, 2},
         {"InABody", {{"TOP", say("+OK\r\nSubject: a\r\n\r\nbody\r\n.")}}, 2},
         {"InAnUnwantedLine", {{"TOP", say("+OK\r\n\r\n")}}, 2},
-        {"AfterQuit", {{"QUIT", hold}}, 3},
     };
     return table;
 }
@@ -121,18 +120,20 @@ TEST_F(PopWaiting, AGreetingThatComesOctetByOctetInTimeIsTaken) {
 }
 
 /** A message whose body lines come one by one; all of them together take longer than the time-out. */
-void sendSlowLines(Peer& peer) {
-    peer.send("+OK\r\nSubject: a\r\n\r\n");
-    for (int line = 0; line < 4; ++line) {
-        peer.send("x\r");
-        peer.trickle("\n", 600ms);
-    }
-    peer.send(".\r\n");
+support::Conversation slowLines(std::size_t octets) {
+    return [octets](Peer& peer) {
+        peer.send("+OK\r\nSubject: a\r\n\r\n");
+        for (int line = 0; line < 4; ++line) {
+            peer.send(std::string(octets, 'x') + '\r');
+            peer.trickle("\n", 600ms);
+        }
+        peer.send(".\r\n");
+    };
 }
 
-TEST_F(PopWaiting, AnAnswerWhoseLinesKeepComingMayTakeLongerThanTheTimeOut) {
+TEST_F(PopWaiting, AnAnswerThatKeepsComingMayTakeLongerThanTheTimeOut) {
     Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
-    mailbox.on("TOP", sendSlowLines);
+    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kOctetsOfProgress));
     ScriptedServer server(mailbox);
     pop.setTimeouts({1s, 1s});
     ASSERT_EQ(logOn(server), 0);
@@ -142,12 +143,40 @@ TEST_F(PopWaiting, AnAnswerWhoseLinesKeepComingMayTakeLongerThanTheTimeOut) {
 
 TEST_F(PopWaiting, LinesPastTheWantedOnesAreASignOfLifeToo) {
     Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
-    mailbox.on("TOP", sendSlowLines);
+    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kOctetsOfProgress));
     ScriptedServer server(mailbox);
     pop.setTimeouts({1s, 1s});
     ASSERT_EQ(logOn(server), 0);
     EXPECT_EQ(retrieve(1, 1), 0);
     EXPECT_THAT(content, SizeIs(2));
+}
+
+TEST_F(PopWaiting, AServerThatOnlySendsALineNowAndThenIsGivenUp) {
+    for (const std::int32_t bodyLineLimit : {25, 1, 0}) {
+        Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
+        mailbox.on("TOP", slowLines(1)).on("RETR", slowLines(1));
+        ScriptedServer server(mailbox);
+        pop.setTimeouts({1s, 1s});
+        ASSERT_EQ(logOn(server), 0);
+        EXPECT_EQ(retrieve(1, bodyLineLimit), errors::MailServerTrouble) << bodyLineLimit;
+    }
+}
+
+TEST_F(PopWaiting, EveryAnswerMayTakeTheWholeTimeOut) {
+    Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
+    const auto late = [](const std::string& bytes) -> support::Conversation {
+        return [bytes](Peer& peer) {
+            peer.trickle("+", 600ms);
+            peer.send(bytes);
+        };
+    };
+    mailbox.on("USER", late("OK\r\n")).on("LIST", late("OK 1 14\r\n"));
+    mailbox.on("TOP", late("OK\r\nSubject: a\r\n\r\n.\r\n"));
+    ScriptedServer server(mailbox);
+    pop.setTimeouts({1s, 1s});
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(sizeOf(1), 14);
+    EXPECT_EQ(retrieve(1), 0);
 }
 
 TEST_F(PopWaiting, ARefusedLogOnSaysGoodbyeWithoutWaitingLong) {

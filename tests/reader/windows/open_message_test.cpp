@@ -275,7 +275,7 @@ TEST_F(OpenMessage, AMessageThatTheServerDoesNotGiveIsNotOpenedAndItsRecordStays
     for (const char* command : {"RETR", "LIST"}) {
         mailbox.answer(command, "-ERR no such message\r\n");
         doubleClick(1);
-        expectHeaderErrorBox(20322);
+        expectHeaderErrorBox(20342);
         EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("1 messages %1 bytes total").arg(before.Size));
         EXPECT_EQ(mainWindow().focusWidget(), mainWindow().MailGrid);
         const email::MessageSummary& after = email::state.Messages.at(1);

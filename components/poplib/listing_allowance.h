@@ -1,0 +1,42 @@
+#pragma once
+
+#include "components/poplib/pop3_session.h"
+
+#include <cstddef>
+
+namespace POPLib {
+
+/**
+ * How much of the messages' lines a listing hands over, so that no mailbox, whatever is in it, takes more
+ * than some megabytes. A list needs the first lines of a header only, and opening a message fetches it anew,
+ * so nothing that is cut here is lost.
+ *
+ * Every header has an allowance of its own, of which no line uses up more than a part; what goes beyond it,
+ * and all body lines, draw on what all messages share. One message of any size thus leaves enough for the
+ * rows of all others.
+ */
+class ListingAllowance {
+  public:
+    /** Octets of header lines, over all messages, beyond their own. */
+    static constexpr std::size_t kSharedHeaderOctets = 3U << 20U;
+    /** Octets of each header that need nothing of the shared ones. */
+    static constexpr std::size_t kHeaderOctets = 16U << 10U;
+    /** Of these, octets that one line may use. */
+    static constexpr std::size_t kHeaderLineOctets = 4U << 10U;
+    /** Octets of body lines, over all messages. */
+    static constexpr std::size_t kBodyOctets = 6U << 20U;
+
+    /** The lines that follow are another message's. */
+    void beginMessage() noexcept { ownHeaderOctets_ = kHeaderOctets; }
+
+    /** Cuts the line to what is left for it; false when that is nothing. */
+    bool cut(HeaderLine& line);
+    bool cut(BodyLine& line);
+
+  private:
+    std::size_t ownHeaderOctets_ = kHeaderOctets;
+    std::size_t sharedHeaderOctets_ = kSharedHeaderOctets;
+    std::size_t bodyOctets_ = kBodyOctets;
+};
+
+} // namespace POPLib

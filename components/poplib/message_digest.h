@@ -1,0 +1,34 @@
+#pragma once
+
+#include "components/poplib/pop3_session.h"
+
+#include <QCryptographicHash>
+
+#include <string>
+#include <string_view>
+
+namespace POPLib {
+
+/**
+ * A digest of a message's header and first body lines, in the order in which they come. Nobody who writes
+ * messages can make two of one digest; that is also why it is no checksum.
+ */
+class MessageDigest {
+  public:
+    /** Adds a header or body line; other events add nothing. */
+    void add(const Event& event);
+
+    std::string result();
+
+  private:
+    void add(std::string_view text) { gathered_.append(text); }
+
+    void digestGathered();
+
+    /** Lines that are not in the hash yet: it takes a few long texts faster than many short ones. */
+    std::string gathered_;
+    QCryptographicHash hash_{QCryptographicHash::Blake2b_256};
+    bool inBody_ = false;
+};
+
+} // namespace POPLib
