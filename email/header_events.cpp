@@ -73,4 +73,12 @@ void resetForListing(MessageSummary& summary) {
     summary.Date = '\'';
 }
 
+void emptyForListing(MessageSummary& summary) {
+    for (std::string* const text : {&summary.From, &summary.HeaderText, &summary.ContentType,
+                                    &summary.Boundary, &summary.Subject, &summary.Date, &summary.BodyText}) {
+        std::string().swap(*text);
+    }
+    resetForListing(summary);
+}
+
 } // namespace email

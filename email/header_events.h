@@ -43,4 +43,7 @@ class HeaderEvents {
 /** Empties the summary for a new listing: a message without Subject or Date shows an apostrophe for it. */
 void resetForListing(MessageSummary& summary);
 
+/** The same, and gives back the memory of all texts that a listing fills. */
+void emptyForListing(MessageSummary& summary);
+
 } // namespace email

@@ -6,6 +6,7 @@
 #include "mailbox/mailbox_list.h"
 #include "platform/message_box.h"
 #include "platform/program.h"
+#include "platform/runtime_error.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
@@ -50,7 +51,13 @@ void fetchSummary(POPLib::POP& pop) {
     email::resetForListing(summary);
     pop.setBodyLineLimit(kSummaryBodyLines);
     pop.issueRequest(POPLib::Request::RetrieveCurrentMessage);
-    writeRow(email::state.CurrentMessage, summary);
+    const bool fitted = pop.lastMessageFitted() &&
+                        platform::fitsInMemory([&] { writeRow(email::state.CurrentMessage, summary); });
+    if (!fitted) {
+        // One message for which memory fails must not end the listing of all.
+        email::emptyForListing(summary);
+        writeRow(email::state.CurrentMessage, summary);
+    }
 }
 
 void numberTheRows() {

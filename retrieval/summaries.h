@@ -19,7 +19,8 @@ QString boxTitle(const char* ending);
 void tellAndEnd(const QString& text, const char* titleEnding);
 
 /**
- * Fetches the summary of the current message, its size, header and first body lines, and writes its row.
+ * Fetches the summary of the current message, its size, header and first body lines, and writes its row. A
+ * message for which memory fails keeps its placeholders.
  * \throws RuntimeError 9 when the message's number lies outside the table, and whatever a request raises.
  */
 void fetchSummary(POPLib::POP& pop);

@@ -145,7 +145,8 @@ TEST_F(NewMailCheck, ARefusedPasswordIsReportedAndTheProgramGoesOn) {
 TEST_F(NewMailCheck, AMessageThatIsTooLargeIsReportedAndTheNextCheckWorks) {
     logInWith(1);
     mailbox.deliver(message("2"));
-    mailbox.answer("TOP 2", "+OK\r\nSubject: " + std::string((1U << 20U) + 10, 'x') + "\r\n\r\n.\r\n");
+    mailbox.answer("TOP 2", "+OK\r\nSubject: " + std::string(100'000, 'x') + "\r\n\r\n.\r\n");
+    loginWindow().POP1.setLimits({.listingOctets = 50'000});
     mainWindow().tmrCheckMail_Timer();
     expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
     EXPECT_EQ(programEnds, 0);

@@ -1,0 +1,23 @@
+#include "tests/reader/windows/reader_fixture.h"
+
+using support::Peer;
+using support::ReaderTest;
+using testing::IsEmpty;
+
+TEST_F(ReaderTest, AMessageThatHasComeIsShownHoweverTheServerEndsTheSession) {
+    logInWith({support::multipart({support::plainPart("Hello")})});
+    loginWindow().POP1.setTimeouts({std::chrono::seconds(20), std::chrono::milliseconds(50)});
+    const std::vector<support::Conversation> farewells = {
+        [](Peer& peer) { peer.holdSilent(); }, [](Peer& peer) { peer.close(); },
+        [](Peer& peer) { peer.reset(); }, [](Peer& peer) { peer.send("<html>\r\n"); },
+        [](Peer& peer) { peer.send("-ERR stay\r\n"); }};
+    for (const support::Conversation& farewell : farewells) {
+        mailbox.on("QUIT", farewell);
+        doubleClick(1);
+        EXPECT_THAT(boxTexts(), IsEmpty());
+        ASSERT_TRUE(messageWindow().isVisible());
+        EXPECT_EQ(messageWindow().txtSubject->text(), QStringLiteral("Parts"));
+        messageWindow().close();
+        EXPECT_TRUE(mainWindow().isEnabled());
+    }
+}
