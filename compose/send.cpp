@@ -1,3 +1,5 @@
+#include "components/smtplib/address_list.h"
+#include "components/smtplib/message.h"
 #include "compose/composer.h"
 #include "email/own_files.h"
 #include "email/state.h"
@@ -9,14 +11,17 @@
 #include "windows/frmSend.h"
 #include "windows/windows.h"
 
+#include <QDateTime>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <cstddef>
 #include <string>
 #include <utility>
 
 using SMTPLib::Request;
+namespace errors = platform::errors;
 
 namespace {
 constexpr const char* kEncodedFile = email::kEncodedOutgoingFileName;
@@ -41,6 +46,47 @@ void refuse(const QString& text, QLineEdit* missing) {
     platform::showMessage(text, title());
     missing->setFocus();
 }
+
+std::string sendersAddress() {
+    return platform::toBytes(email::state.UserName + email::derived.AtDomain);
+}
+
+/** Raises what the SMTP client would raise for these fields, but before a server is asked. */
+void mustBeSendable(const frmSend& window) {
+    SMTPLib::Message message;
+    message.sender = sendersAddress();
+    message.recipients = platform::toBytes(window.tTo->text());
+    message.copies = platform::toBytes(window.tCc->text());
+    message.subject = platform::toBytes(window.tSubject->text());
+    SMTPLib::prepareMessage(message, QDateTime::currentDateTime());
+}
+
+/** Puts the keyboard into the field, with the part of its text marked that these octets are. */
+void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
+    const std::string text = platform::toBytes(field->text());
+    const auto unitsBefore = [&text](std::size_t octets) {
+        return static_cast<int>(QString::fromUtf8(text.data(), static_cast<qsizetype>(octets)).size());
+    };
+    field->setFocus();
+    field->setSelection(unitsBefore(begin), unitsBefore(end) - unitsBefore(begin));
+}
+
+/** Marks the first address that cannot be sent to, or the subject, where one of them is what the error means.
+ */
+void markWhatIsWrong(const frmSend& window, int error) {
+    for (QLineEdit* field : {window.tTo, window.tCc}) {
+        const auto fault = SMTPLib::findAddressFault(platform::toBytes(field->text()));
+        if (fault && fault->error == error) {
+            mark(field, fault->begin, fault->end);
+            return;
+        }
+    }
+    if (error == errors::NoRecipient || error == errors::FieldHoldsLineEnd) {
+        QLineEdit* const field = error == errors::NoRecipient ? window.tTo : window.tSubject;
+        field->setFocus();
+        field->selectAll();
+    }
+}
 } // namespace
 
 void frmSend::cmdSndit_Click() {
@@ -64,6 +110,7 @@ void frmSend::cmdSndit_Click() {
     }
     platform::showMessage(QStringLiteral("Unable to send message. Error# ") + QString::number(error),
                           title());
+    markWhatIsWrong(*this, error);
 }
 
 void frmSend::send() {
@@ -87,10 +134,11 @@ void frmSend::send() {
     for (QPushButton* button : {cmdSndit, cmdCancel, cmdAttach}) {
         button->setEnabled(false);
     }
+    mustBeSendable(*this);
     SMTP1.setBlocking(true);
     SMTP1.setHost(email::settings.SMTPServer);
     SMTP1.issueRequest(Request::OpenConnection);
-    SMTP1.setSender(platform::toBytes(email::state.UserName + email::derived.AtDomain));
+    SMTP1.setSender(sendersAddress());
     SMTP1.setRecipients(platform::toBytes(tTo->text()));
     SMTP1.setCopies(platform::toBytes(tCc->text()));
     SMTP1.setSubject(platform::toBytes(tSubject->text()));

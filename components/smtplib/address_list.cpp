@@ -5,6 +5,7 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <optional>
 #include <unordered_set>
 #include <utility>
 
@@ -72,17 +73,22 @@ void setDisplayName(Address& address, const std::vector<AddressToken>& words) {
 
 class AddressListParser {
   public:
-    explicit AddressListParser(std::string_view text) : tokens_(text) { advance(); }
+    explicit AddressListParser(std::string_view text) : tokens_(text) {}
 
     std::vector<Address> parse() {
+        advance();
         while (token_.kind != Kind::End) {
             parseItem();
         }
         if (inGroup_) {
+            itemBegin_ = groupBegin_;
             refuse();
         }
         return std::move(addresses_);
     }
+
+    /** Where the item begins that is being read, or that could not be read: behind a comma or a colon. */
+    std::size_t itemBegin() const noexcept { return itemBegin_; }
 
   private:
     void advance() { token_ = tokens_.next(); }
@@ -101,7 +107,8 @@ class AddressListParser {
             endItem();
         } else if (token_.is(':') && !words.empty() && !inGroup_) {
             inGroup_ = true;
-            advance();
+            groupBegin_ = itemBegin_;
+            beginItem();
         } else if (words.empty()) {
             endItem();
         } else {
@@ -154,23 +161,82 @@ class AddressListParser {
             inGroup_ = false;
             advance();
         }
-        if (token_.kind != Kind::End) {
-            mustBe(',');
+        if (token_.kind == Kind::End) {
+            return;
         }
+        if (!token_.is(',')) {
+            refuse();
+        }
+        beginItem();
+    }
+
+    /** Goes on behind the comma or the colon, which is the token read last. */
+    void beginItem() {
+        itemBegin_ = tokens_.position();
+        advance();
     }
 
     AddressTokens tokens_;
     AddressToken token_;
+    std::size_t itemBegin_ = 0;
+    std::size_t groupBegin_ = 0;
     bool inGroup_ = false;
     std::vector<Address> addresses_;
 };
+
+/** No line end, and no NUL, may come into a header or a command. */
+std::size_t findForbidden(std::string_view text) {
+    return text.find_first_of(std::string_view("\r\n\0", 3));
+}
+
+/** The end of the item: its comma, or the next one behind the place where no word can be made out. */
+std::size_t endOfItem(std::string_view text, std::size_t begin) {
+    AddressTokens tokens(text.substr(begin));
+    AddressToken token;
+    const int error = platform::errorNumberOf([&] {
+        do {
+            token = tokens.next();
+        } while (token.kind != Kind::End && !token.is(','));
+    });
+    if (error == 0 && token.is(',')) {
+        return begin + tokens.position() - 1;
+    }
+    return std::min(text.find(',', begin + tokens.position()), text.size());
+}
+
+AddressFault withoutBlanks(std::string_view text, AddressFault fault) {
+    constexpr std::string_view blanks = " \t";
+    const std::string_view item = text.substr(fault.begin, fault.end - fault.begin);
+    const std::size_t first = item.find_first_not_of(blanks);
+    if (first != std::string_view::npos) {
+        fault.end = fault.begin + item.find_last_not_of(blanks) + 1;
+        fault.begin += first;
+    }
+    return fault;
+}
 } // namespace
 
 std::vector<Address> parseAddressList(std::string_view text) {
-    if (text.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos) {
+    if (findForbidden(text) != std::string_view::npos) {
         throw platform::RuntimeError(errors::FieldHoldsLineEnd);
     }
     return AddressListParser(text).parse();
+}
+
+std::optional<AddressFault> findAddressFault(std::string_view text) {
+    if (const std::size_t at = findForbidden(text); at != std::string_view::npos) {
+        const std::size_t comma = text.rfind(',', at);
+        const std::size_t begin = comma == std::string_view::npos ? 0 : comma + 1;
+        return withoutBlanks(text,
+                             {errors::FieldHoldsLineEnd, begin, std::min(text.find(',', at), text.size())});
+    }
+    AddressListParser parser(text);
+    const int error = platform::errorNumberOf([&parser] { parser.parse(); });
+    if (error == 0) {
+        return std::nullopt;
+    }
+    const std::size_t begin = parser.itemBegin();
+    return withoutBlanks(text, {error, begin, endOfItem(text, begin)});
 }
 
 std::vector<std::string> distinctMailboxes(const std::vector<Address>& recipients,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -43,6 +44,17 @@ inline constexpr std::size_t kMaximumPathOctets = 256;
  * is too long for one.
  */
 std::vector<Address> parseAddressList(std::string_view text);
+
+/** What parseAddressList() raises for a text, and for which part of it. */
+struct AddressFault {
+    int error = 0;
+    /** Octets of the text: an item between commas, without the blanks around it. */
+    std::size_t begin = 0;
+    std::size_t end = 0;
+};
+
+/** The first item of a list of addresses that is none; nothing when all are right. */
+std::optional<AddressFault> findAddressFault(std::string_view text);
 
 /**
  * The mailboxes of both lists, each one once, in the order of their first appearance. Domains that differ

@@ -34,6 +34,9 @@ class AddressTokens {
      */
     AddressToken next();
 
+    /** How far the text has been read, in octets. */
+    std::size_t position() const noexcept { return position_; }
+
   private:
     void skipBlanksAndComments();
     void skipComment();

@@ -245,6 +245,65 @@ TEST_F(Send, AnUnknownServerIsItsError) {
     expectFailure(26002);
 }
 
+TEST_F(Send, AnAddressThatCannotBeSentToIsMarkedInItsFieldBeforeAnybodyIsConnected) {
+    const struct {
+        QString to;
+        QString copies;
+        QString marked;
+        bool inCopies;
+        int error;
+    } cases[] = {
+        {QStringLiteral("ann@example.org, bob@, cid@example.org"), {}, QStringLiteral("bob@"), false, 20401},
+        {QStringLiteral("J\u00f6rg \U0001f600 <j@x.org>, b\u00f6b@x.org"),
+         {},
+         QStringLiteral("b\u00f6b@x.org"),
+         false,
+         20401},
+        {bob, QStringLiteral("ann@example.org,  cid "), QStringLiteral("cid"), true, 20401},
+        {QStringLiteral("ann@x.org\r\nBcc: eve@x.org"),
+         {},
+         QStringLiteral("ann@x.org\r\nBcc: eve@x.org"),
+         false,
+         20403},
+        {QStringLiteral(", ,"), {}, QStringLiteral(", ,"), false, 20402},
+    };
+
+    auto& window = composeWindow();
+    for (const auto& [to, copies, marked, inCopies, error] : cases) {
+        boxes.clear();
+        write(to, QStringLiteral("Hello"), QStringLiteral("x"));
+        window.tCc->setText(copies);
+        window.tMessage->setFocus();
+        press();
+        expectFailure(error);
+        const QLineEdit* const field = inCopies ? window.tCc : window.tTo;
+        EXPECT_EQ(window.focusWidget(), field);
+        EXPECT_EQ(field->selectedText(), marked);
+    }
+    EXPECT_EQ(server.connections(), 0U);
+}
+
+TEST_F(Send, TheFieldIsMarkedAfterTheWindowHasRestedForAFileToBeEncoded) {
+    folder.write("report.txt", "report");
+    write(QStringLiteral("bob"), QStringLiteral("Hello"), QStringLiteral("x"),
+          QStringLiteral("C:\\report.txt"));
+    composeWindow().cmdSndit->setFocus();
+    QTest::keyClick(composeWindow().cmdSndit, Qt::Key_Space);
+    expectFailure(20401);
+    EXPECT_EQ(composeWindow().focusWidget(), composeWindow().tTo);
+    EXPECT_EQ(composeWindow().tTo->selectedText(), QStringLiteral("bob"));
+    EXPECT_FALSE(composeWindow().cmdAttach->isEnabled());
+}
+
+TEST_F(Send, ASendersAddressThatIsNoneMarksNothing) {
+    email::state.UserName = QStringLiteral("ann miller");
+    write(bob, QStringLiteral("Hello"), QStringLiteral("x"));
+    press();
+    expectFailure(20401);
+    EXPECT_FALSE(composeWindow().tTo->hasSelectedText());
+    EXPECT_EQ(server.connections(), 0U);
+}
+
 TEST_F(Send, ALineEndInASubjectThatSomebodyElseWroteMakesNoHeader) {
     write(bob, QStringLiteral("RE: x\r\nBcc: eve@example.org"), QStringLiteral("x"));
     press();
@@ -252,6 +311,8 @@ TEST_F(Send, ALineEndInASubjectThatSomebodyElseWroteMakesNoHeader) {
     EXPECT_TRUE(boxes[0].text.startsWith(QStringLiteral("Unable to send message. Error# 204")));
     EXPECT_THAT(mailbox.messages(), IsEmpty());
     EXPECT_THAT(server.commands(), Not(Contains(HasSubstr("eve"))));
+    EXPECT_EQ(composeWindow().focusWidget(), composeWindow().tSubject);
+    EXPECT_TRUE(composeWindow().tSubject->hasSelectedText());
 }
 
 TEST_F(Send, ClosedWhileItSendsTheWindowHidesAndTheMessageIsSentOnce) {

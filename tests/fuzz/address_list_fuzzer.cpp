@@ -66,6 +66,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::require(error == 0 || error == platform::errors::BadAddress ||
                       error == platform::errors::FieldHoldsLineEnd,
                   "refused with a number of its own");
+    const auto fault = SMTPLib::findAddressFault(text);
+    fuzz::require(fault.has_value() == (error != 0), "a fault where it is refused, and only there");
+    fuzz::require(!fault || (fault->error == error && fault->begin < fault->end && fault->end <= size),
+                  "a fault is a part of the text");
     if (addresses.empty()) {
         return 0;
     }

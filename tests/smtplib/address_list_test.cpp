@@ -169,6 +169,69 @@ const std::vector<Bad> kBad{
 
 INSTANTIATE_TEST_SUITE_P(Lists, AddressListRefused, testing::ValuesIn(kBad), nameOf<Bad>);
 
+struct Faulty {
+    const char* name;
+    std::string typed;
+    /** What is to be marked of it. */
+    std::string marked;
+    int error = errors::BadAddress;
+};
+
+class AddressListFault : public testing::TestWithParam<Faulty> {};
+
+TEST_P(AddressListFault, IsFoundInItsItem) {
+    const auto& [name, typed, marked, error] = GetParam();
+    for (const char* before : {"", "ann@example.org, ", "Friends: a@x.org; , ", ",,"}) {
+        const std::string text = before + typed;
+        const auto fault = SMTPLib::findAddressFault(text);
+        ASSERT_TRUE(fault.has_value()) << text;
+        EXPECT_EQ(fault->error, error);
+        EXPECT_EQ(errorOf(text), error);
+        EXPECT_EQ(text.substr(fault->begin, fault->end - fault->begin), marked) << text;
+    }
+}
+
+const std::vector<Faulty> kFaulty{
+    {"Alone", "bob", "bob"},
+    {"BetweenOthers", "bob@, cid@example.org", "bob@"},
+    {"TheFirstOfTwo", "bob, cid", "bob"},
+    {"BlanksAround", "  bob \t , cid@example.org", "bob"},
+    {"UnquotedNameWithComma", "Miller, Ann <ann@example.org>", "Miller"},
+    {"CommaInAQuotedName", "\"Miller, Ann\" <ann>, cid@example.org", "\"Miller, Ann\" <ann>"},
+    {"TwoWords", "ann miller@x.org, cid@example.org", "ann miller@x.org"},
+    {"SemicolonForAComma", "a@x.org;b@x.org, cid@example.org", "a@x.org;b@x.org"},
+    {"QuoteWithoutEnd", "\"Ann <a@x.org>, cid@example.org", "\"Ann <a@x.org>, cid@example.org"},
+    {"CommentWithoutEnd", "a@x.org (Ann, cid@example.org", "a@x.org (Ann, cid@example.org"},
+    {"BracketWithoutEnd", "Ann <a@x.org, cid@example.org", "Ann <a@x.org"},
+    {"SignThatHasNoPlace", "a@x.org, \\b@x.org, cid@example.org", "\\b@x.org"},
+    {"BeyondAscii", "j\xc3\xb6rg@x.org, cid@example.org", "j\xc3\xb6rg@x.org"},
+    {"TooLong", std::string(65, 'a') + "@x.org, cid@example.org", std::string(65, 'a') + "@x.org"},
+    {"MemberOfAGroup", "Friends: a@x.org, bob, cid@x.org;", "bob"},
+    {"FirstMemberOfAGroup", "Friends: bob, cid@x.org;", "bob"},
+    {"GroupWithoutEnd", "Friends: a@x.org, cid@x.org", "Friends: a@x.org"},
+    {"LineEnd", "a@x.org, bob@x.org\r\nBcc: eve@x.org, cid@x.org", "bob@x.org\r\nBcc: eve@x.org",
+     errors::FieldHoldsLineEnd},
+    {"Nul", std::string("a@x.org\0", 8), std::string("a@x.org\0", 8), errors::FieldHoldsLineEnd},
+};
+
+INSTANTIATE_TEST_SUITE_P(Lists, AddressListFault, testing::ValuesIn(kFaulty), nameOf<Faulty>);
+
+TEST(AddressList, AListWithoutFaultHasNone) {
+    for (const Good& good : kGood) {
+        EXPECT_FALSE(SMTPLib::findAddressFault(good.typed).has_value()) << good.name;
+    }
+}
+
+TEST(AddressList, AFaultIsTheErrorOfItsListAndNeverEmpty) {
+    for (const Bad& bad : kBad) {
+        const auto fault = SMTPLib::findAddressFault(bad.typed);
+        ASSERT_TRUE(fault.has_value()) << bad.name;
+        EXPECT_EQ(fault->error, bad.error) << bad.name;
+        EXPECT_LT(fault->begin, fault->end) << bad.name;
+        EXPECT_LE(fault->end, bad.typed.size()) << bad.name;
+    }
+}
+
 TEST(AddressList, APathMayHaveItsLongestLengthAndNoMore) {
     // 256 octets with both brackets, 3 of them for the brackets and the sign, 2 for the local part.
     const std::string label = std::string(61, 'x') + '.';
