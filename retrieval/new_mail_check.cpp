@@ -13,6 +13,8 @@
 #include <QPushButton>
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 
 using email::state;
 using POPLib::Request;
@@ -33,7 +35,16 @@ void enableButtons(bool enabled) {
     }
 }
 
-void fetchNewMail(frmLogin& login) {
+/** The list before a check and what the check has added to it. */
+struct ListedMail {
+    /** Bytes of the whole mailbox, as the server told them last. */
+    std::int32_t bytesBefore = state.MailboxBytes;
+    std::int16_t rowsBefore = std::max(state.MessageCount, state.LastMessageCount);
+    /** The last row by now. */
+    std::int16_t rows = rowsBefore;
+};
+
+void fetchNewMail(frmLogin& login, ListedMail& listed) {
     const auto first = static_cast<std::int16_t>(state.LastMessageCount + 1);
     playSoundAgain(login.MMControl1);
     showTotals();
@@ -43,6 +54,7 @@ void fetchNewMail(frmLogin& login) {
     mainWindow().MailGrid->setRows(state.MessageCount + 1);
     for (state.CurrentMessage = first; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
         fetchSummary(login.POP1);
+        listed.rows = std::max(listed.rows, state.CurrentMessage);
     }
     numberTheRows();
     login.setHourglass(false);
@@ -55,10 +67,10 @@ void fetchNewMail(frmLogin& login) {
     UpdateListControls();
 }
 
-void checkAtTheServer(frmLogin& login) {
+void checkAtTheServer(frmLogin& login, ListedMail& listed) {
     logOnAndCount(login.POP1);
     if (state.LastMessageCount < state.MessageCount) {
-        fetchNewMail(login);
+        fetchNewMail(login, listed);
         return;
     }
     // Fewer messages than before are no news either: only what lies above the last count is new.
@@ -84,10 +96,25 @@ void endCheck(frmLogin& login, bool redrewBefore) {
     UpdateListControls();
 }
 
-/** What was not fetched is not in the list, and will be new at the next check. */
-void forgetNewMessages() {
-    state.MessageCount = state.LastMessageCount;
-    mainWindow().MailGrid->setRows(std::max<int>(state.MessageCount, 1) + 1);
+/**
+ * Keeps the rows that the check has fetched; what was not fetched is not in the list. The server's total
+ * counts those messages too, so the sizes of the new rows are added to the total before the check. The last
+ * count belongs to the last check that succeeded: the next one fetches from there again.
+ */
+void keepWhatWasFetched(const ListedMail& listed) {
+    std::int64_t bytes = listed.bytesBefore;
+    for (auto number = listed.rowsBefore; number < listed.rows;) {
+        bytes += state.Messages.at(++number).Size;
+    }
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    state.MailboxBytes = static_cast<std::int32_t>(std::min(bytes, most));
+    state.MessageCount = listed.rows;
+    mainWindow().MailGrid->setRows(std::max<int>(listed.rows, 1) + 1);
+    if (listed.rows > listed.rowsBefore) {
+        numberTheRows();
+        state.NewMailFound = true;
+    }
+    showTotals();
 }
 
 /** Boxes of failed checks that wait for an answer. */
@@ -99,7 +126,7 @@ void tellOfFailedCheck(const QString& text, const char* titleEnding) {
     --openBoxes;
 }
 
-void checkFailed(frmLogin& login, int error, bool redrewBefore) {
+void checkFailed(frmLogin& login, int error, const ListedMail& listed, bool redrewBefore) {
     const QString number = QString::number(error);
     const auto mayTryAgain = [&](const QString& text) {
         tellOfFailedCheck(text + number, " Mail Error");
@@ -123,7 +150,7 @@ void checkFailed(frmLogin& login, int error, bool redrewBefore) {
         tellAndEnd(QStringLiteral("Host Not Found. Please make sure your Settings are correct."), " Mail");
         break;
     case errors::OutOfMemory:
-        forgetNewMessages();
+        keepWhatWasFetched(listed);
         tellOfFailedCheck(QStringLiteral("Message is too large."), " E-mail");
         endCheck(login, redrewBefore);
         break;
@@ -157,9 +184,10 @@ void checkForNewMail() {
     login.cmdLogin->setEnabled(false);
     login.POP1.setLoginUser(platform::toBytes(state.UserName));
     login.POP1.setLoginPassword(platform::toBytes(state.Password));
-    const int error = platform::errorNumberOf([&login] { checkAtTheServer(login); });
+    ListedMail listed;
+    const int error = platform::errorNumberOf([&] { checkAtTheServer(login, listed); });
     if (error != 0) {
-        checkFailed(login, error, redrewBefore);
+        checkFailed(login, error, listed, redrewBefore);
     }
 }
 } // namespace

@@ -10,6 +10,10 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <cstdint>
+#include <new>
+#include <string>
+
 using support::Pop3Mailbox;
 using support::ScriptedServer;
 using support::WhenItHolds;
@@ -42,6 +46,28 @@ class NewMailCheck : public WindowTest {
     void expectBox(const QString& text, const QString& title) {
         ASSERT_THAT(boxTexts(), ElementsAre(text));
         EXPECT_EQ(boxes[0].title, title);
+    }
+
+    /** Lets memory fail when the command is sent. */
+    static void runOutOfMemoryAt(const std::string& command) {
+        loginWindow().POP1.PITrail = [command](POPLib::Direction, const std::string& text) {
+            if (text == command) {
+                throw std::bad_alloc();
+            }
+        };
+    }
+
+    /** The rows, the counters, the line at the foot and the numbers of the rows tell of one list. */
+    static void expectList(int messages, std::int32_t bytes) {
+        EXPECT_EQ(mainWindow().MailGrid->Rows(), messages + 1);
+        EXPECT_EQ(email::state.MessageCount, messages);
+        EXPECT_EQ(email::state.MailboxBytes, bytes);
+        EXPECT_EQ(mainWindow().lStats->text(),
+                  QStringLiteral("%1 messages %2 bytes total").arg(messages).arg(bytes));
+        for (int row = 1; row <= messages; ++row) {
+            EXPECT_EQ(cell(row, 0), QString::number(row));
+            EXPECT_EQ(email::state.MessageNumbers.at(static_cast<std::size_t>(row) - 1), row);
+        }
     }
 
     static void expectUsableWindow() {
@@ -156,6 +182,58 @@ TEST_F(NewMailCheck, AMessageThatIsTooLargeIsReportedAndTheNextCheckWorks) {
     mainWindow().tmrCheckMail_Timer();
     EXPECT_EQ(email::state.LastMessageCount, 2);
     EXPECT_EQ(cell(2, 3), QStringLiteral("About 2"));
+}
+
+TEST_F(NewMailCheck, WhatCameBeforeAMessageThatIsTooLargeStaysAndAllNumbersAgree) {
+    logInWith(2);
+    const std::int32_t bytesBefore = email::state.MailboxBytes;
+    mailbox.deliver(message("3")).deliver(message("4")).deliver(message("5"));
+    runOutOfMemoryAt("LIST 5");
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
+    expectList(4, bytesBefore + email::state.Messages.at(3).Size + email::state.Messages.at(4).Size);
+    EXPECT_EQ(cell(3, 3), QStringLiteral("About 3"));
+    EXPECT_EQ(cell(4, 3), QStringLiteral("About 4"));
+    EXPECT_TRUE(email::state.NewMailFound);
+    expectUsableWindow();
+}
+
+TEST_F(NewMailCheck, AFailedCheckLeavesTheLastCountAndTheNextOneFetchesFromThere) {
+    logInWith(1);
+    mailbox.deliver(message("2")).deliver(message("3"));
+    runOutOfMemoryAt("LIST 3");
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_EQ(email::state.LastMessageCount, 1);
+    const std::int32_t bytesAfter = email::state.MailboxBytes;
+    // Told once more, the second message is still one row and is counted once.
+    mainWindow().tmrCheckMail_Timer();
+    expectList(2, bytesAfter);
+    loginWindow().POP1.PITrail = nullptr;
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_EQ(email::state.LastMessageCount, 3);
+    expectList(3, email::state.MailboxBytes);
+    EXPECT_EQ(cell(3, 3), QStringLiteral("About 3"));
+}
+
+TEST_F(NewMailCheck, MemoryThatRunsOutAfterTheLastMessageCostsNoRow) {
+    logInWith(1);
+    const std::int32_t bytesBefore = email::state.MailboxBytes;
+    mailbox.deliver(message("2"));
+    runOutOfMemoryAt("QUIT");
+    mainWindow().tmrCheckMail_Timer();
+    expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
+    expectList(2, bytesBefore + email::state.Messages.at(2).Size);
+    expectUsableWindow();
+}
+
+TEST_F(NewMailCheck, WhenNothingCouldBeFetchedTheListIsAsItWas) {
+    logInWith(2);
+    const std::int32_t bytesBefore = email::state.MailboxBytes;
+    mailbox.deliver(message("3"));
+    runOutOfMemoryAt("LIST 3");
+    mainWindow().tmrCheckMail_Timer();
+    expectList(2, bytesBefore);
+    EXPECT_FALSE(email::state.NewMailFound);
 }
 
 TEST_F(NewMailCheck, ASecondCheckUnderTheBoxOfTheFirstMeetsABusyServerAndHarmsNothing) {
