@@ -1,5 +1,6 @@
 #include "email/settings_file.h"
 #include "email/state.h"
+#include "email/typed_host.h"
 #include "platform/message_box.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
@@ -52,7 +53,7 @@ void startLists(const frmSetup& window) {
 void frmSetup::Form_Load() {
     // Before the fields, since a change of folder writes the one of the attachment directory.
     startLists(*this);
-    const email::SettingsFields current = email::fieldsOf(email::settings);
+    const email::SettingsFields current = email::fieldsOf(email::settingsOfFile());
     showText(*cboSetup, current.ShowSetup);
     txtPOP->setText(current.POPServer);
     txtSMTP->setText(current.SMTPServer);
@@ -94,7 +95,7 @@ void frmSetup::cboDir_Change() {
 
 void frmSetup::cmdUpdate_Click() {
     platform::writeWholeFile(QLatin1String(email::kSettingsFileName),
-                             email::settingsFileText(fieldsOf(*this), email::settings));
+                             email::settingsFileText(fieldsOf(*this), email::settingsOfFile()));
     hide();
     platform::showMessageBox(
         {QStringLiteral("You must restart Brindlewake in order for changes to take effect."),

@@ -49,6 +49,7 @@ void readSettingsFile() {
 void applySettings(frmMain& main) {
     const QString title = email::settings.Institution + QStringLiteral(" E-Mail");
     // The message and the compose window give themselves the same title, when they are first needed.
+    email::state.WindowTitle = title;
     aboutWindow().setWindowTitle(title);
     loginWindow().setWindowTitle(title);
     main.setWindowTitle(title);

@@ -31,7 +31,7 @@ void frmMain::cmdCmpose_Click() {
 }
 
 void frmSend::Form_Load() {
-    setWindowTitle(email::settings.Institution + QStringLiteral(" E-Mail"));
+    takeProgramTitle();
     lblSending->setText(QString());
     const bool findAddress = email::isYes(email::settings.ShowDatabase);
     cmdSendto->setVisible(findAddress);

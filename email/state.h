@@ -8,9 +8,16 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 /** What all windows share. It lives for the whole run and only on the user-interface thread. */
 namespace email {
+
+/** The two mail servers. */
+struct Servers {
+    QString POPServer;
+    QString SMTPServer;
+};
 
 /** What is known of the mailbox, the person, and the message at hand. */
 struct State {
@@ -35,6 +42,14 @@ struct State {
     /** Kept from the log-on for every later session. */
     QString UserName;
     QString Password;
+    /** What the settings file names, once a host typed at the log-on stands in the settings in its place. */
+    std::optional<Servers> FileServers;
+
+    /**
+     * What start-up titles the windows with; null until all settings are read, and then windows keep the
+     * titles that they are made with.
+     */
+    QString WindowTitle;
 
     /** File name of the attachment that the message window offers to save. */
     std::string CurrentAttachment;

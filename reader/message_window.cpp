@@ -51,7 +51,7 @@ void answerIn(frmSend& compose, frmFrom& window, QWidget* field) {
 } // namespace
 
 void frmFrom::Form_Load() {
-    setWindowTitle(email::settings.Institution + QStringLiteral(" E-Mail"));
+    takeProgramTitle();
     CmdPrint->setEnabled(email::isYes(email::settings.AllowPrinting));
 }
 

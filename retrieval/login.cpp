@@ -1,5 +1,6 @@
 #include "components/controls/paced_showing.h"
 #include "email/state.h"
+#include "email/typed_host.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
 #include "platform/message_box.h"
@@ -27,10 +28,8 @@ void takeUserName(const QString& typed) {
         state.UserName = typed;
         return;
     }
-    settings.POPServer = typed.sliced(at + 1);
-    settings.SMTPServer = settings.POPServer;
     state.UserName = typed.first(at);
-    email::derived.AtDomain = u'@' + settings.POPServer;
+    email::useTypedHost(typed.sliced(at + 1));
 }
 
 void prepareList(const POPLib::POP& pop) {

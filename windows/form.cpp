@@ -1,5 +1,7 @@
 #include "windows/form.h"
 
+#include "email/state.h"
+
 #include <QFontMetrics>
 #include <QScreen>
 
@@ -21,6 +23,12 @@ void Form::bringUp() {
     show();
     raise();
     activateWindow();
+}
+
+void Form::takeProgramTitle() {
+    if (!email::state.WindowTitle.isNull()) {
+        setWindowTitle(email::state.WindowTitle);
+    }
 }
 
 void Form::setTabSequence(std::initializer_list<QWidget*> controls) {

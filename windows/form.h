@@ -26,6 +26,9 @@ class Form : public QWidget {
   protected:
     Form(const QString& objectName, const QString& caption);
 
+    /** Takes the title that start-up has found in the settings; without one the window keeps its own. */
+    void takeProgramTitle();
+
     /** A disabled window cannot be closed; any other one is unloaded. */
     void closeEvent(QCloseEvent* event) override;
 

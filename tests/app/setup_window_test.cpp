@@ -1,5 +1,6 @@
 #include "email/state.h"
 #include "tests/support/file_faults.h"
+#include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmSetup.h"
@@ -39,6 +40,35 @@ TEST_F(SetupWindow, UpdateWithAnEmptiedPopServerWritesTheOldOneBack) {
     setupWindow().txtPOP->clear();
     setupWindow().cmdUpdate->click();
     EXPECT_THAT(folder.read("tolk.ini"), HasSubstr("\r\nPOPServer=pop.example.org\r\n"));
+}
+
+TEST_F(SetupWindow, AHostTypedAtTheLogOnIsNeitherShownNorWritten) {
+    support::Pop3Mailbox mailbox;
+    mailbox.answer("PASS", "-ERR no\r\n");
+    const support::ScriptedServer server(mailbox);
+    writeSettings(school);
+    const std::string before = folder.read("tolk.ini");
+    startUp();
+    const QString otherName =
+        server.address().replace(QStringLiteral("127.0.0.1"), QStringLiteral("localhost"));
+    for (const QString& host : {otherName, server.address()}) {
+        loginWindow().tUser->setText(QStringLiteral("ann@") + host);
+        loginWindow().tpwd->setText(QStringLiteral("secret"));
+        whileBoxIsOpen = [&host](const auto&) { EXPECT_EQ(email::settings.POPServer, host); };
+        loginWindow().cmdLogin->click();
+    }
+    EXPECT_EQ(boxes.size(), 2U);
+    EXPECT_EQ(email::settings.POPServer, server.address());
+    EXPECT_EQ(email::settings.SMTPServer, server.address());
+    EXPECT_EQ(email::derived.AtDomain, u'@' + server.address());
+    whileBoxIsOpen = nullptr;
+    loginWindow().cmdSetup->click();
+    EXPECT_EQ(setupWindow().txtPOP->text(), school.POPServer);
+    EXPECT_EQ(setupWindow().txtSMTP->text(), school.SMTPServer);
+    EXPECT_EQ(setupWindow().txtDomain->text(), school.DomainName);
+    setupWindow().txtPOP->clear();
+    setupWindow().txtSMTP->clear();
+    EXPECT_EQ(updated(), before);
 }
 
 TEST_F(SetupWindow, UpdateWritesTheFieldsTellsToRestartAndEndsTheProgram) {

@@ -83,6 +83,8 @@ TEST_F(StartUp, WithoutASettingsFileKeepsTitlesDefaultsAndTheGetMailButton) {
     EXPECT_EQ(loginWindow().windowTitle(), QStringLiteral("Brindlewake"));
     EXPECT_EQ(aboutWindow().windowTitle(), QStringLiteral("About Brindlewake"));
     EXPECT_EQ(setupWindow().windowTitle(), QStringLiteral("Brindlewake Setup"));
+    EXPECT_EQ(messageWindow().windowTitle(), QStringLiteral("Brindlewake"));
+    EXPECT_EQ(composeWindow().windowTitle(), QStringLiteral("Brindlewake"));
     EXPECT_FALSE(mainWindow().cmdGetMail->isHidden());
     EXPECT_EQ(email::settings.Institution, QStringLiteral("Your Name Here"));
     EXPECT_EQ(email::settings.LDAPSearchBase, QStringLiteral("c=us"));
@@ -98,6 +100,7 @@ TEST_F(StartUp, AFileOf18LinesIsProblem62WithAllValuesUpToLine18Read) {
     EXPECT_EQ(email::settings.Institution, QStringLiteral("Example School"));
     EXPECT_EQ(email::settings.AddressLookup, QStringLiteral("Personal Address Book"));
     EXPECT_EQ(mainWindow().windowTitle(), QStringLiteral("Brindlewake"));
+    EXPECT_EQ(composeWindow().windowTitle(), QStringLiteral("Brindlewake"));
 }
 
 TEST_F(StartUp, AGetMailEveryMadeOfLettersIsProblem13) {
