@@ -74,6 +74,7 @@ void reportStartUpFailure(frmMain& main, int error) {
 void frmMain::Form_Load() {
     email::derived.WindowsDirectory = email::GetWinDirectory();
     UpdateListControls();
+    showTotals();
     prepareColumns(*MailGrid);
     assignDefaults();
     const int error = platform::errorNumberOf([this] {

@@ -103,6 +103,17 @@ TEST_F(StartUp, AFileOf18LinesIsProblem62WithAllValuesUpToLine18Read) {
     EXPECT_EQ(composeWindow().windowTitle(), QStringLiteral("Brindlewake"));
 }
 
+TEST_F(StartUp, TheTotalsReadZeroFromTheStart) {
+    writeSettingsText(settingsText());
+    startUp();
+    EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("0 messages 0 bytes total"));
+}
+
+TEST_F(StartUp, TheTotalsReadZeroWithoutASettingsFileToo) {
+    startUp();
+    EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("0 messages 0 bytes total"));
+}
+
 TEST_F(StartUp, AGetMailEveryMadeOfLettersIsProblem13) {
     writeSettingsText(settingsText(16, "GetMailEvery=often"));
     startUp();
