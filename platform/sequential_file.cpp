@@ -2,8 +2,9 @@
 
 #include "platform/file_descriptor.h"
 #include "platform/runtime_error.h"
+#include "platform/trusted_file.h"
 
-#include <QFileInfo>
+#include <QFile>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,20 +22,14 @@ namespace {
 constexpr std::size_t kReadBytes = 64U << 10U;
 }
 
-SequentialInput::SequentialInput(const QString& path) : file_(path) {
-    const QFileInfo info(path);
-    if (!info.exists() && !info.isSymLink()) {
-        throw RuntimeError(errors::FileNotFound);
-    }
-    // A folder has no lines, and opening a pipe would wait for ever.
-    if (!info.isFile() || !file_.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
-        throw RuntimeError(errors::PathFileAccess);
-    }
-}
+SequentialInput::SequentialInput(const QString& path) : file_(openTrusted(path)) {}
 
 bool SequentialInput::fill() {
     buffer_.resize(kReadBytes);
-    const qint64 bytes = file_.read(buffer_.data(), static_cast<qint64>(buffer_.size()));
+    ssize_t bytes = -1;
+    do {
+        bytes = ::read(file_.number(), buffer_.data(), buffer_.size());
+    } while (bytes < 0 && errno == EINTR);
     if (bytes < 0) {
         throw RuntimeError(errors::DeviceInputOutput);
     }
@@ -131,10 +126,12 @@ class Replacement {
 
 Replacement::Replacement(const std::string& folder) {
     constexpr int attempts = 1000;
+    // Without the right for everybody to write: such a file would not be read again.
+    constexpr mode_t rights = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
     // A process that was ended on the way may have left a file of that name, and so may another computer.
     for (int attempt = 0; attempt < attempts && !file_.isOpen(); ++attempt) {
         path_ = folder + ".brindlewake-" + std::to_string(::getpid()) + '-' + std::to_string(attempt);
-        file_ = FileDescriptor(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        file_ = FileDescriptor(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights));
         if (!file_.isOpen() && errno != EEXIST) {
             break;
         }

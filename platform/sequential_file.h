@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QFile>
+#include "platform/private_file.h"
+
 #include <QString>
 
 #include <cstddef>
@@ -16,8 +17,9 @@ class SequentialInput {
     static constexpr std::size_t kMaximumLineBytes = 1U << 20U;
 
     /**
-     * Opens the file.
-     * \throws RuntimeError 53 when there is none, 75 when it cannot be read or is not a plain file.
+     * Opens the file; see openTrusted() for which one is not.
+     * \throws RuntimeError 53 when there is none, 75 when it cannot be read, is not a plain file, or may be
+     * what somebody else has put there.
      */
     explicit SequentialInput(const QString& path);
 
@@ -28,13 +30,11 @@ class SequentialInput {
      */
     std::string nextLine();
 
-    void close() { file_.close(); }
-
   private:
     /** Reads on when all bytes are used up; false at the end of the file. */
     bool fill();
 
-    QFile file_;
+    FileDescriptor file_;
     std::string buffer_;
     std::size_t used_ = 0;
 };

@@ -103,6 +103,14 @@ TEST_F(StartUp, AFileOf18LinesIsProblem62WithAllValuesUpToLine18Read) {
     EXPECT_EQ(composeWindow().windowTitle(), QStringLiteral("Brindlewake"));
 }
 
+TEST_F(StartUp, AFileThatEverybodyMayWriteIsProblem75AndNothingOfItCounts) {
+    writeSettingsText(settingsText());
+    ASSERT_EQ(chmod("tolk.ini", 0646), 0);
+    startUp();
+    expectProblem(75);
+    EXPECT_EQ(email::settings.POPServer, email::Settings().POPServer);
+}
+
 TEST_F(StartUp, TheTotalsReadZeroFromTheStart) {
     writeSettingsText(settingsText());
     startUp();

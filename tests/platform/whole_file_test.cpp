@@ -14,6 +14,7 @@
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -153,12 +154,14 @@ TEST(WholeFile, OnARealFullDiskTheOldContentStays) {
     EXPECT_EQ(content, "old");
 }
 
-TEST(WholeFile, ANewFileHasTheRightsOfNewFiles) {
-    const TemporaryFolder folder;
-    const mode_t maskBefore = ::umask(0027);
-    writeWholeFile(folder.qtPath("f"), kNew);
-    ::umask(maskBefore);
-    EXPECT_EQ(modeOf(folder.path("f")), 0640U);
+TEST(WholeFile, ANewFileHasTheRightsOfNewFilesButIsNeverEverybodysToWrite) {
+    for (const auto& [mask, mode] : {std::pair<mode_t, mode_t>{0027, 0640}, {0, 0664}}) {
+        const TemporaryFolder folder;
+        const mode_t maskBefore = ::umask(mask);
+        writeWholeFile(folder.qtPath("f"), kNew);
+        ::umask(maskBefore);
+        EXPECT_EQ(modeOf(folder.path("f")), mode);
+    }
 }
 
 TEST(WholeFile, AFileThatIsThereKeepsItsRights) {

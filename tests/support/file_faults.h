@@ -75,6 +75,24 @@ bool withoutPrivileges(const Action& action) {
     return given;
 }
 
+/**
+ * Calls the action on a thread that is the user of this number to the system. False when that needs more
+ * rights than the test has.
+ */
+template <class Action>
+bool asUser(uid_t user, const Action& action) {
+    bool taken = false;
+    std::thread([&] {
+        // The library's own function would change the whole process.
+        constexpr auto asBefore = static_cast<uid_t>(-1);
+        taken = ::syscall(SYS_setresuid, asBefore, user, asBefore) == 0;
+        if (taken) {
+            action();
+        }
+    }).join();
+    return taken;
+}
+
 inline mode_t modeOf(const std::filesystem::path& path) {
     struct stat status {};
 
