@@ -67,7 +67,7 @@ TEST_F(MessageSourceTest, TellsOfOctetsBeyondAsciiInBodyAndFile) {
 
 TEST_F(MessageSourceTest, AnEncodedFileIsMeasuredByItsSize) {
     folder.write("data", "QUJD\r\nREVG\r\n");
-    MessageSource source(kHeader, "body\r\n", folder.qtPath("data"));
+    MessageSource source(kHeader, "body\r\n", file("data"));
     EXPECT_TRUE(source.readsFileToMeasure());
     source.fileIsEncoded();
     EXPECT_FALSE(source.readsFileToMeasure());
@@ -82,7 +82,7 @@ TEST_F(MessageSourceTest, BehindABodyWithoutALastLineEndAnEncodedFileIsReadAllTh
     const std::string longLine(SMTPLib::kMaximumTextLineOctets, 'a');
     folder.write("data", "QUJD\r\n");
     for (const std::string& body : {longLine, std::string(), std::string("body\r")}) {
-        MessageSource source(kHeader, body, folder.qtPath("data"));
+        MessageSource source(kHeader, body, file("data"));
         source.fileIsEncoded();
         EXPECT_TRUE(source.readsFileToMeasure());
         const MessageTotals totals = source.measure();
