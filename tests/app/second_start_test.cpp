@@ -10,6 +10,7 @@
 
 #include <QCoreApplication>
 #include <QProcess>
+#include <QPushButton>
 #include <QTest>
 
 #include <filesystem>

@@ -24,18 +24,17 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Start = OnlyProgram::Start;
 namespace filesystem = std::filesystem;
-using std::chrono_literals::operator""ms;
 
 class OnlyProgramTest : public testing::Test {
   protected:
-    OnlyProgramTest() : before_(filesystem::current_path()) {
+    void SetUp() override {
         for (const char* const name : {"runtime", "work", "other"}) {
             filesystem::create_directory(folder.path(name));
         }
         filesystem::current_path(folder.path("work"));
     }
 
-    ~OnlyProgramTest() override { filesystem::current_path(before_); }
+    void TearDown() override { filesystem::current_path(before_); }
 
     /** Starts a second program while the first one answers. */
     Start startAnswered(OnlyProgram& first, bool canShow, const OnlyProgram::Request& request = {}) {
@@ -49,7 +48,7 @@ class OnlyProgramTest : public testing::Test {
         return second.get();
     }
 
-    static Start startUnanswered() { return OnlyProgram().start({}, 50ms); }
+    static Start startUnanswered() { return OnlyProgram().start({}, std::chrono::milliseconds(50)); }
 
     support::TemporaryFolder folder;
     std::vector<std::string> requests;
@@ -57,7 +56,7 @@ class OnlyProgramTest : public testing::Test {
     EnvironmentVariable state{"XDG_STATE_HOME", folder.path("state").string()};
 
   private:
-    filesystem::path before_;
+    filesystem::path before_ = filesystem::current_path();
 };
 
 TEST_F(OnlyProgramTest, ASecondStartAsksTheFirstOneToShowItsWindow) {
