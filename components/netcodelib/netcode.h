@@ -27,9 +27,9 @@ enum class Action : std::uint8_t { None = 0, Decode = 1, Encode = 2 };
  * that comes out may be read by the user only and is never executable.
  *
  * An encoded file is written where it stands, and removed when encoding fails; one that is still held is left
- * alone, and a new one takes its place. A decoded file takes the target's place when all of it has been decoded
- * and is on the disk; when decoding fails, the target stays as it was. Either way no half of a file is left that
- * could be taken for a whole one.
+ * alone, and a new one takes its place. A decoded file takes the target's place when all of it has been
+ * decoded and is on the disk; when decoding fails, the target stays as it was. Either way no half of a file
+ * is left that could be taken for a whole one.
  */
 class NetCode {
   public:
