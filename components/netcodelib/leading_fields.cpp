@@ -65,15 +65,15 @@ std::string_view LeadingFields::takeLast() {
 
 /** Passes the header when the line, without its line feed, does not belong to it any more. */
 void LeadingFields::takeLine(std::string_view line) {
-    if (std::all_of(line.begin(), line.end(), isBlank)) {
-        passed_ = true;
-    } else if (isHeaderLine(line)) {
+    const bool empty = std::all_of(line.begin(), line.end(), isBlank);
+    if (!empty && isHeaderLine(line)) {
         fieldSeen_ = true;
-    } else if (fieldSeen_) {
-        throw platform::RuntimeError(platform::errors::BadEncodedText);
-    } else {
-        passed_ = true;
+        return;
     }
+    if (!empty && fieldSeen_) {
+        throw platform::RuntimeError(platform::errors::BadEncodedText);
+    }
+    passed_ = true;
 }
 
 } // namespace NetCodeLib
