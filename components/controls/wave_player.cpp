@@ -12,12 +12,21 @@ namespace controls {
 namespace {
 struct ca_context;
 
+using AlsaErrorHandler = void (*)(const char* file, int line, const char* function, int error,
+                                  const char* format, ...);
+
+// ALSA calls it with a text and what belongs into it, as printf() is called.
+// NOLINTNEXTLINE(cert-dcl50-cpp)
+void sayNothing(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
+                const char* /*format*/, ...) {}
+
 /** The sound library, loaded at the first sound. It knows which sound system the machine has. */
 class SoundLibrary {
   public:
     SoundLibrary() : library_(QStringLiteral("canberra"), 0) {
         const auto create = reinterpret_cast<int (*)(ca_context**)>(library_.resolve("ca_context_create"));
         play_ = reinterpret_cast<Play>(library_.resolve("ca_context_play"));
+        silenceAlsa();
         if (create == nullptr || play_ == nullptr || create(&context_) != 0) {
             context_ = nullptr;
         }
@@ -31,8 +40,17 @@ class SoundLibrary {
 
   private:
     using Play = int (*)(ca_context*, std::uint32_t, ...);
+    /** ALSA, on which the sound library stands, would write about a missing device on the standard error. */
+    void silenceAlsa() {
+        const auto setErrorHandler =
+            reinterpret_cast<int (*)(AlsaErrorHandler)>(alsa_.resolve("snd_lib_error_set_handler"));
+        if (setErrorHandler != nullptr) {
+            setErrorHandler(sayNothing);
+        }
+    }
 
     QLibrary library_;
+    QLibrary alsa_{QStringLiteral("asound"), 2};
     Play play_ = nullptr;
     ca_context* context_ = nullptr;
 };
