@@ -10,21 +10,28 @@
 #include "windows/wiring.h"
 
 #include <QCloseEvent>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QSize>
 
 namespace {
 constexpr int kKeyF9 = 120;
 constexpr int kShiftAndControl = 3;
+/** What the window has room for above its fields. */
+constexpr QSize kLogoRoom(360, 120);
 } // namespace
 
 void frmLogin::Form_Load() {
     MMControl1.setDeviceType(QStringLiteral("WaveAudio"));
     MMControl1.setFileName(QLatin1String(email::kNewMailSoundFileName));
     openWavePlayer(MMControl1);
-    const int error = platform::errorNumberOf(
-        [this] { picLogo->setPixmap(controls::LoadPicture(QLatin1String(email::kLogoFileName))); });
+    const int error = platform::errorNumberOf([this] {
+        // As sharp as the best of the screens, since the window may be moved there.
+        picLogo->setPixmap(controls::LoadPicture(QLatin1String(email::kLogoFileName), kLogoRoom,
+                                                 qGuiApp->devicePixelRatio()));
+    });
     if (error != 0) {
         picLogo->setPixmap(controls::LoadPicture());
     }

@@ -1,5 +1,6 @@
 #include "windows/frmSetup.h"
 
+#include "windows/setting_hints.h"
 #include "windows/wiring.h"
 
 #include <QComboBox>
@@ -69,10 +70,35 @@ QFormLayout* addGroup(QVBoxLayout* column, const QString& title) {
     return form;
 }
 
-/** Lets all fields of the column start on one line, whichever group they are in. */
-void alignFields(const QWidget& column) {
+/** Adds a field that has something at its side. */
+void addRow(QFormLayout* form, const QString& caption, QWidget* field, QWidget* beside) {
+    auto* row = new QHBoxLayout;
+    row->addWidget(field);
+    row->addWidget(beside, 1);
+    auto* label = new QLabel(caption);
+    label->setBuddy(field);
+    form->addRow(label, row);
+}
+
+void addSwitch(QFormLayout* form, const QString& caption, QComboBox* box) {
+    QLabel* hint = makeHint(box->objectName() + QStringLiteral("Hint"));
+    // Its place is kept, so that nothing moves when it comes, and it makes no column wider.
+    QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    policy.setRetainSizeWhenHidden(true);
+    hint->setSizePolicy(policy);
+    addRow(form, caption, box, hint);
+    keepHint(box->lineEdit(), hint, hintOfSwitch);
+}
+
+/** Adds what belongs to the field above. */
+void addBelow(QFormLayout* form, QWidget* widget) {
+    form->setWidget(form->rowCount(), QFormLayout::FieldRole, widget);
+}
+
+/** Lets all fields of the page start on one line, whichever group they are in. */
+void alignFields(const QWidget& page) {
     int width = 0;
-    QList<QLabel*> captions = column.findChildren<QLabel*>();
+    QList<QLabel*> captions = page.findChildren<QLabel*>();
     captions.removeIf([](const QLabel* label) { return label->buddy() == nullptr; });
     for (const QLabel* caption : std::as_const(captions)) {
         width = std::max(width, caption->sizeHint().width());
@@ -140,23 +166,17 @@ QWidget* frmSetup::serverColumn() {
     form->addRow(QStringLiteral(" Domain Name:"), txtDomain);
 
     form = addGroup(groups, QStringLiteral("New mail"));
-    form->addRow(QStringLiteral("Check for New Mail Button:"), cboShowGetMail);
-    auto* interval = new QHBoxLayout;
-    interval->addWidget(cboCheckNewMail);
-    interval->addWidget(new QLabel(QStringLiteral("Mins")));
-    interval->addStretch();
-    auto* intervalLabel = new QLabel(QStringLiteral("Check for New Mail Every:"));
-    intervalLabel->setBuddy(cboCheckNewMail);
-    form->addRow(intervalLabel, interval);
-    form->addRow(QStringLiteral(" Play Wav:"), cboPlayWav);
+    addSwitch(form, QStringLiteral("Check for New Mail Button:"), cboShowGetMail);
+    addRow(form, QStringLiteral("Check for New Mail Every:"), cboCheckNewMail,
+           new QLabel(QStringLiteral("Mins")));
+    addSwitch(form, QStringLiteral(" Play Wav:"), cboPlayWav);
 
     form = addGroup(groups, QStringLiteral("Addresses"));
-    form->addRow(QStringLiteral("Find Address Button:"), cboShowDatabase);
+    addSwitch(form, QStringLiteral("Find Address Button:"), cboShowDatabase);
     form->addRow(QStringLiteral("Find Address In:"), cboAddressIn);
     form->addRow(QStringLiteral("LDAP Server:"), txtLDAPServer);
     form->addRow(QStringLiteral("Search Base:"), txtSearchBase);
     groups->addStretch();
-    alignFields(*column);
     return column;
 }
 
@@ -165,20 +185,23 @@ QWidget* frmSetup::programColumn() {
     auto* groups = new QVBoxLayout(column);
     groups->setContentsMargins(0, 0, 0, 0);
     QFormLayout* form = addGroup(groups, QStringLiteral("Program"));
-    form->addRow(QStringLiteral("Show Setup Button:"), cboSetup);
-    form->addRow(QStringLiteral("Printer:"), cboPrinter);
-    form->addRow(QStringLiteral("Save Copy of Sent Messages:"), cboSaveCopy);
+    addSwitch(form, QStringLiteral("Show Setup Button:"), cboSetup);
+    addSwitch(form, QStringLiteral("Printer:"), cboPrinter);
+    addSwitch(form, QStringLiteral("Save Copy of Sent Messages:"), cboSaveCopy);
 
     form = addGroup(groups, QStringLiteral("Attachments"));
-    form->addRow(QStringLiteral("Send Attachments:"), cboAttachments);
+    addSwitch(form, QStringLiteral("Send Attachments:"), cboAttachments);
     form->addRow(QStringLiteral("Attachment Directory:"), txtSaveDir);
-    form->addRow(cboDrive);
-    form->addRow(cboDir);
-    form->addRow(new QLabel(QStringLiteral("Double-click a folder to choose it.")));
+    QLabel* hint = makeHint(QStringLiteral("txtSaveDirHint"));
+    hint->setWordWrap(true);
+    addBelow(form, hint);
+    keepHint(txtSaveDir, hint, hintOfAttachmentDirectory);
+    addBelow(form, cboDrive);
+    addBelow(form, cboDir);
+    addBelow(form, new QLabel(QStringLiteral("Double-click a folder to choose it.")));
     cboDrive->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     cboDir->setMinimumHeight(9 * cboDir->fontMetrics().lineSpacing());
     groups->setStretch(1, 1);
-    alignFields(*column);
     return column;
 }
 
@@ -189,6 +212,7 @@ void frmSetup::layOut() {
     columns_ = new QBoxLayout(QBoxLayout::LeftToRight, page);
     columns_->addWidget(left, 1);
     columns_->addWidget(right, 1);
+    alignFields(*page);
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();

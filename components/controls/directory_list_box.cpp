@@ -47,12 +47,7 @@ QString DirectoryListBox::path() const {
 
 void DirectoryListBox::setPath(const QString& path) {
     const QString before = this->path();
-    Place place = placeOf(path);
-    QStringList inside = foldersIn(place);
-    folders_->show(std::move(place), std::move(inside));
-    const QModelIndex openRow = folders_->index(folders_->openRow());
-    setCurrentIndex(openRow);
-    scrollTo(openRow, QAbstractItemView::PositionAtCenter);
+    showFolder(path);
     if (Change && before != this->path()) {
         Change();
     }
@@ -60,8 +55,20 @@ void DirectoryListBox::setPath(const QString& path) {
 
 void DirectoryListBox::open(const QModelIndex& row) {
     if (row.isValid()) {
-        setPath(pathOf(folders_->placeOfRow(row.row())));
+        showFolder(pathOf(folders_->placeOfRow(row.row())));
+        if (Change) {
+            Change();
+        }
     }
+}
+
+void DirectoryListBox::showFolder(const QString& path) {
+    Place place = placeOf(path);
+    QStringList inside = foldersIn(place);
+    folders_->show(std::move(place), std::move(inside));
+    const QModelIndex openRow = folders_->index(folders_->openRow());
+    setCurrentIndex(openRow);
+    scrollTo(openRow, QAbstractItemView::PositionAtCenter);
 }
 
 void DirectoryListBox::keyPressEvent(QKeyEvent* event) {

@@ -21,7 +21,10 @@ class DirectoryListBox : public QListView {
   public:
     explicit DirectoryListBox(QWidget* parent = nullptr);
 
-    /** Raised from inside setPath() and open() when path() has become another one. */
+    /**
+     * Raised from inside setPath() when path() has become another one, and from inside open() always: who
+     * opens the folder that is open already wants that one.
+     */
     std::function<void()> Change;
 
     /** The open folder as a drive path: "C:\DOCS", "C:\" for a root; empty before the first setPath(). */
@@ -42,6 +45,8 @@ class DirectoryListBox : public QListView {
     void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    void showFolder(const QString& path);
+
     FolderList* folders_;
 };
 

@@ -96,6 +96,19 @@ TEST_F(SetupLists, PickingAnyOtherDirectoryAppendsABackslash) {
     EXPECT_THAT(folder.read("tolk.ini"), HasSubstr("\r\nSaveDirectory=C:\\docs\\mail\\\r\n"));
 }
 
+TEST_F(SetupLists, ADoubleClickOnTheFolderThatIsOpenAlreadyTakesIt) {
+    openWith(QStringLiteral("A:\\"));
+    controls::DirectoryListBox& list = *setupWindow().cboDir;
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&setupWindow()));
+    ASSERT_EQ(list.path(), QStringLiteral("C:\\"));
+    ASSERT_EQ(directory(), QStringLiteral("A:\\"));
+    const QPoint root = list.visualRect(list.model()->index(0, 0)).center();
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, root);
+    EXPECT_EQ(directory(), QStringLiteral("A:\\"));
+    QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, root);
+    EXPECT_EQ(directory(), QStringLiteral("C:\\"));
+}
+
 TEST_F(SetupLists, ChoosingAnotherDriveShowsItsFoldersAndTakesItsRoot) {
     openWith(QStringLiteral("C:\\docs\\"));
     choose(QStringLiteral("D:"));

@@ -16,6 +16,7 @@
 #include <QTest>
 
 #include <map>
+#include <set>
 
 using support::WindowTest;
 
@@ -163,6 +164,59 @@ TEST_F(SetupLooks, FitsAScreenOf1024By768WithNothingToScrollTo) {
     }
 }
 
+TEST_F(SetupLooks, FieldsStartOnOneLineInOneColumnAndInTwo) {
+    frmSetup& window = setupWindow();
+    const auto starts = [&window] {
+        QCoreApplication::processEvents();
+        std::set<int> found;
+        for (const QWidget* control : inOrder().first(18)) {
+            found.insert(control->mapTo(&window, QPoint()).x());
+        }
+        return found;
+    };
+    window.resize(480, 700);
+    EXPECT_EQ(starts().size(), 1U);
+    window.resize(1100, 700);
+    EXPECT_EQ(starts().size(), 2U);
+}
+
+TEST_F(SetupLooks, ASwitchThatIsNeitherYesNorNoTellsWhatItCountsAs) {
+    frmSetup& window = setupWindow();
+    const auto* hint = window.findChild<QLabel*>(QStringLiteral("cboPrinterHint"));
+    ASSERT_NE(hint, nullptr);
+    EXPECT_FALSE(hint->isVisible());
+    window.cboPrinter->setEditText(QStringLiteral("Yes"));
+    EXPECT_TRUE(hint->isVisible());
+    EXPECT_EQ(hint->text(), QStringLiteral("counts as \"no\""));
+    EXPECT_EQ(accessibleText(window.cboPrinter->lineEdit(), QAccessible::Description), hint->text());
+    EXPECT_EQ(window.cboPrinter->currentText(), QStringLiteral("Yes"));
+    EXPECT_GE(hint->width(), hint->sizeHint().width());
+    window.cboPrinter->clearEditText();
+    EXPECT_EQ(hint->text(), QStringLiteral("stays as it was"));
+    window.cboPrinter->setEditText(QStringLiteral("yes"));
+    EXPECT_FALSE(hint->isVisible());
+}
+
+TEST_F(SetupLooks, AFolderWithoutABackslashAtItsEndTellsWhereFilesWillGo) {
+    frmSetup& window = setupWindow();
+    const auto* hint = window.findChild<QLabel*>(QStringLiteral("txtSaveDirHint"));
+    ASSERT_NE(hint, nullptr);
+    const auto hintFor = [&](const char* path) {
+        window.txtSaveDir->setText(QLatin1String(path));
+        EXPECT_EQ(hint->isVisible(), !hint->text().isEmpty()) << path;
+        return hint->text();
+    };
+    EXPECT_EQ(hintFor("C:\\docs\\mail"),
+              QStringLiteral("Without \"\\\" at its end, report.txt is saved as mailreport.txt."));
+    EXPECT_EQ(window.txtSaveDir->accessibleDescription(), hint->text());
+    EXPECT_EQ(hintFor("C:mail"),
+              QStringLiteral("Without \"\\\" at its end, report.txt is saved as mailreport.txt."));
+    EXPECT_EQ(hintFor("C:\\docs\\mail\\"), QString());
+    EXPECT_EQ(hintFor("C:/docs/"), QString());
+    EXPECT_EQ(hintFor("C:"), QString());
+    EXPECT_EQ(hintFor(""), QString());
+}
+
 // For whoever wants to look: the window as it opens, and as it is on a small screen.
 TEST_F(SetupLooks, PicturesAreTaken) {
     const QString folderName = QString::fromStdString(support::buildFolder() + "/pictures");
@@ -172,4 +226,11 @@ TEST_F(SetupLooks, PicturesAreTaken) {
     window.resize(660, 350);
     QCoreApplication::processEvents();
     EXPECT_TRUE(window.grab().save(folderName + QStringLiteral("/Setup-small.png")));
+    window.cboPrinter->setEditText(QStringLiteral("Yes"));
+    window.txtSaveDir->setText(QStringLiteral("C:\\docs\\mail"));
+    for (const QSize size : {QSize(1000, 690), QSize(480, 1200)}) {
+        window.resize(size);
+        QCoreApplication::processEvents();
+        EXPECT_TRUE(window.grab().save(folderName + QStringLiteral("/Setup-hints-%1.png").arg(size.width())));
+    }
 }

@@ -6,6 +6,7 @@
 #include "windows/frmSetup.h"
 
 #include <QElapsedTimer>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -310,6 +311,16 @@ TEST_F(Login, ABrokenLogoChangesNothingElse) {
     EXPECT_TRUE(loginWindow().isVisible());
     EXPECT_TRUE(loginWindow().picLogo->pixmap().isNull());
     EXPECT_THAT(boxTexts(), IsEmpty());
+}
+
+TEST_F(Login, ALargeLogoIsMadeToFitTheWindow) {
+    QImage logo(4000, 3000, QImage::Format_RGB32);
+    logo.fill(Qt::blue);
+    ASSERT_TRUE(logo.save(folder.qtPath("tolk.jpg"), "PNG"));
+    writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
+    startUp();
+    EXPECT_EQ(loginWindow().picLogo->pixmap().deviceIndependentSize(), QSizeF(160, 120));
+    EXPECT_LT(loginWindow().width(), 500);
 }
 
 TEST_F(Login, ReturnInTheUserNameGoesToThePasswordAndReturnThereGetsTheMail) {
