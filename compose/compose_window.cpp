@@ -19,7 +19,7 @@ void frmMain::cmdCmpose_Click() {
         return;
     }
     const bool goesOn = compose.goOnWithKeptLetter();
-    setEnabled(false);
+    rest();
     compose.bringUp();
     compose.tTo->setFocus();
     if (!goesOn && email::isYes(email::settings.SaveCopy)) {

@@ -56,6 +56,7 @@ void ResetMailList() {
     MSFlexGridLib::MSFlexGrid* const grid = mainWindow().MailGrid;
     grid->setRows(2);
     grid->Clear();
+    grid->chooseNone();
     writeTitles();
     UpdateListControls();
     showTotals();

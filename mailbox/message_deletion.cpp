@@ -72,19 +72,24 @@ void frmMain::cmdDelete_Click() {
         return;
     }
     SelectedMessage = platform::toInteger16(MailGrid->TextMatrix(row, 0));
+    MailGrid->showRow(row);
     const MessageAnswer answer =
-        platform::showMessageBox({QStringLiteral("Are you sure you want to delete this message?"), title(),
-                                  platform::MessageIcon::None, MessageButtons::YesNo});
+        platform::showMessageBox({.text = QStringLiteral("Are you sure you want to delete this message?"),
+                                  .title = title(),
+                                  .buttons = MessageButtons::YesNo,
+                                  .defaultAnswer = MessageAnswer::No,
+                                  .leftFree = MailGrid->placeOfRow(row)});
     if (answer == MessageAnswer::Yes) {
         deleteSelected();
     }
     setEnabled(true);
     cmdExit->setEnabled(true);
+    startAtTheListIfNowhere();
 }
 
 void frmMain::deleteSelected() {
     lStats->setText(QStringLiteral("Deleting message..."));
-    setEnabled(false);
+    rest();
     cmdExit->setEnabled(false);
     POPLib::POP& pop = loginWindow().POP1;
     const std::int16_t number = SelectedMessage;

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <QScreen>
 
 #include <utility>
 
@@ -27,6 +28,19 @@ QMessageBox::Icon iconOf(MessageIcon icon) {
     }
     return QMessageBox::NoIcon;
 }
+
+/** Puts the box below the place that is to be left free, or above it where the screen ends. */
+void placeBeside(const QRect& leftFree, const QWidget& opener, QMessageBox& box) {
+    constexpr int gap = 8;
+    const QRect screen = opener.screen()->availableGeometry();
+    const QSize frame = opener.frameGeometry().size() - opener.size();
+    box.ensurePolished();
+    const QSize size = box.sizeHint() + frame;
+    const int left = opener.frameGeometry().center().x() - size.width() / 2;
+    const int below = leftFree.bottom() + gap;
+    const int top = below + size.height() <= screen.bottom() ? below : leftFree.top() - gap - size.height();
+    box.move(qBound(screen.left(), left, screen.right() - size.width()), qMax(screen.top(), top));
+}
 } // namespace
 
 MessageAnswer showMessageBox(const MessageBox& box) {
@@ -45,6 +59,12 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     dialog.setWindowTitle(box.title);
     dialog.setStandardButtons(yesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
     dialog.setEscapeButton(yesNo ? QMessageBox::No : QMessageBox::Ok);
+    if (yesNo) {
+        dialog.setDefaultButton(box.defaultAnswer == MessageAnswer::No ? QMessageBox::No : QMessageBox::Yes);
+    }
+    if (!box.leftFree.isEmpty() && active != nullptr) {
+        placeBeside(box.leftFree, *active, dialog);
+    }
     const int answer = dialog.exec();
     if (!yesNo) {
         return MessageAnswer::Ok;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRect>
 #include <QString>
 
 #include <functional>
@@ -16,6 +17,10 @@ struct MessageBox {
     QString title;
     MessageIcon icon = MessageIcon::None;
     MessageButtons buttons = MessageButtons::Ok;
+    /** What Return answers in a Yes/No box. */
+    MessageAnswer defaultAnswer = MessageAnswer::Yes;
+    /** What the question is about, as a place on the screen that the box does not cover; may be empty. */
+    QRect leftFree = {};
 };
 
 /** Shows the box and waits, with the windows alive, until it is answered. Closing a Yes/No box means No. */

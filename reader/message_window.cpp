@@ -44,7 +44,7 @@ QString addressToAnswer(const email::MessageSummary& message) {
 
 /** Shows the compose window in front of the message window, which rests until that one is closed. */
 void answerIn(frmSend& compose, frmFrom& window, QWidget* field) {
-    window.setEnabled(false);
+    window.rest();
     compose.bringUp();
     field->setFocus();
 }

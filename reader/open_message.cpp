@@ -153,7 +153,7 @@ void openingFailed(int error) {
 
 void frmMain::MailGrid_DblClick() {
     // The window lives on while a message is fetched, and the list may be clicked again meanwhile.
-    if (opening_) {
+    if (opening_ || MailGrid->Row() < 0) {
         return;
     }
     const platform::WhileTrue opening(opening_);
@@ -164,7 +164,7 @@ void frmMain::MailGrid_DblClick() {
     }
     messageWindow().bringUp();
     messageWindow().tMessage->setFocus();
-    setEnabled(false);
+    rest();
     for (QPushButton* button : {cmdRead, cmdDelete, cmdGetMail, cmdCmpose}) {
         button->setEnabled(true);
     }

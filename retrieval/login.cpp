@@ -34,6 +34,7 @@ void takeUserName(const QString& typed) {
 
 void prepareList(const POPLib::POP& pop) {
     frmMain& main = mainWindow();
+    main.MailGrid->chooseNone();
     // An empty list still shows one blank row.
     main.MailGrid->setRows(state.MessageCount == 0 ? 2 : state.MessageCount + 1);
     state.LastMessageCount = pop.messageCount();
@@ -49,6 +50,8 @@ void showMainWindowBusy() {
         button->setEnabled(false);
     }
     main.MailGrid->setRedraw(false);
+    // Or the keyboard would go to the only button that is left, which is Exit.
+    main.setFocus();
     welcomeOnMainWindow();
 }
 
@@ -126,6 +129,7 @@ void frmLogin::getAllMail() {
     POP1.issueRequest(Request::LogOffAndDisconnect);
     mainWindow().barProgress->setProgress(0);
     UpdateListControls();
+    mainWindow().startAtTheList();
     startCheckTimer();
     setHourglass(false);
     // Later sessions have it from elsewhere; until here another try might have needed it.

@@ -189,6 +189,7 @@ void checkForNewMail() {
     if (error != 0) {
         checkFailed(login, error, listed, redrewBefore);
     }
+    mainWindow().startAtTheListIfNowhere();
 }
 } // namespace
 

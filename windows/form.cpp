@@ -3,6 +3,7 @@
 #include "email/state.h"
 
 #include <QFontMetrics>
+#include <QPushButton>
 #include <QScreen>
 
 Form::Form(const QString& objectName, const QString& caption) {
@@ -23,6 +24,18 @@ void Form::bringUp() {
     show();
     raise();
     activateWindow();
+}
+
+void Form::rest() {
+    keptFocus_.remember();
+    setEnabled(false);
+}
+
+void Form::showEvent(QShowEvent* event) {
+    for (QPushButton* button : findChildren<QPushButton*>()) {
+        button->setAutoDefault(true);
+    }
+    QWidget::showEvent(event);
 }
 
 void Form::takeProgramTitle() {

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QPointer>
+#include "windows/kept_focus.h"
+
 #include <QWidget>
 
 #include <initializer_list>
@@ -23,11 +24,17 @@ class Form : public QWidget {
     /** Shows the window, and brings it to the front when it is already there. */
     void bringUp();
 
+    /** Disables the window; once it is enabled again, the keyboard is where it is now. */
+    void rest();
+
   protected:
     Form(const QString& objectName, const QString& caption);
 
     /** Takes the title that start-up has found in the settings; without one the window keeps its own. */
     void takeProgramTitle();
+
+    /** Return presses the button that has the keyboard, as Space does. */
+    void showEvent(QShowEvent* event) override;
 
     /** A disabled window cannot be closed; any other one is unloaded. */
     void closeEvent(QCloseEvent* event) override;
@@ -37,29 +44,23 @@ class Form : public QWidget {
 
     /** Size in letters and lines of the window's font, kept within the screen. */
     void resizeToText(int letters, int lines);
+
+  private:
+    KeptFocus keptFocus_{*this};
 };
 
 /** Lets nobody use a window, nor close it, for as long as this lives. */
 class WhileDisabled {
   public:
-    explicit WhileDisabled(Form& window) : window_(window), focus_(window.focusWidget()) {
-        window_.setEnabled(false);
-    }
+    explicit WhileDisabled(Form& window) : window_(window) { window_.rest(); }
 
-    ~WhileDisabled() {
-        window_.setEnabled(true);
-        // A disabled control loses the keyboard.
-        if (focus_) {
-            focus_->setFocus();
-        }
-    }
+    ~WhileDisabled() { window_.setEnabled(true); }
 
     WhileDisabled(const WhileDisabled&) = delete;
     WhileDisabled& operator=(const WhileDisabled&) = delete;
 
   private:
     Form& window_;
-    QPointer<QWidget> focus_;
 };
 
 /** Shows the hourglass over a window for as long as this lives. */

@@ -16,7 +16,6 @@ frmAbout::frmAbout() : Form(QStringLiteral("frmAbout"), QStringLiteral("About Br
     lblMaker = named<QLabel>("lblMaker", QStringLiteral("The Brindlewake team"), this);
 
     cmdOkAbout = named<QPushButton>("cmdOkAbout", QStringLiteral("OK"), this);
-    cmdOkAbout->setAutoDefault(true);
     connectHandler(cmdOkAbout, &QPushButton::clicked, this, &frmAbout::cmdOkAbout_Click);
     auto* escape = new QShortcut(Qt::Key_Escape, this);
     QObject::connect(escape, &QShortcut::activated, cmdOkAbout, &QPushButton::click);

@@ -69,8 +69,6 @@ void frmLogin::layOut() {
     grid->setRowStretch(0, 1);
     grid->setColumnStretch(1, 1);
 
-    cmdLogin->setAutoDefault(true);
-    cmdSetup->setAutoDefault(true);
     setTabSequence({tUser, tpwd, cmdLogin, cmdSetup});
     tUser->setFocus();
 }

@@ -34,6 +34,10 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
         connectHandler(shortcut, &QShortcut::activated, this, &frmMain::MailGrid_DblClick);
     }
 
+    auto* deleteKey =
+        new QShortcut(QKeySequence(Qt::Key_Delete), MailGrid, nullptr, nullptr, Qt::WidgetShortcut);
+    QObject::connect(deleteKey, &QShortcut::activated, cmdDelete, &QPushButton::click);
+
     lStats = named<QLabel>("lStats", this);
     lStats->setTextFormat(Qt::PlainText);
     barProgress = named<MSComctlLib::ProgressBar>("barProgress", this);
@@ -55,6 +59,18 @@ void frmMain::showEvent(QShowEvent* event) {
         menuBar->show();
     }
     Form::showEvent(event);
+}
+
+void frmMain::startAtTheList() {
+    QWidget* const place = MailGrid->isEnabled() ? static_cast<QWidget*>(MailGrid) : cmdCmpose;
+    place->setFocus();
+}
+
+void frmMain::startAtTheListIfNowhere() {
+    const QWidget* const holder = focusWidget();
+    if (holder == nullptr || holder == this || !holder->isEnabled()) {
+        startAtTheList();
+    }
 }
 
 void frmMain::layOut() {

@@ -54,6 +54,12 @@ class frmMain : public Form {
     controls::Timer* tmrCheckMail;
     NetCodeLib::NetCode ctrDecode;
 
+    /** Gives the keyboard to the list, or to Compose Mail when the list is empty. */
+    void startAtTheList();
+
+    /** The same, but only when no control has the keyboard, as after the loss of the last message. */
+    void startAtTheListIfNowhere();
+
     /** The number of the message whose row was clicked last; 0 until a row is clicked. */
     std::int16_t SelectedMessage = 0;
 

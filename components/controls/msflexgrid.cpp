@@ -6,7 +6,10 @@
 #include <QHeaderView>
 #include <QPainter>
 #include <QScrollBar>
+#include <QStyleOptionFocusRect>
 #include <QStyledItemDelegate>
+
+#include <algorithm>
 
 namespace MSFlexGridLib {
 
@@ -22,6 +25,8 @@ class CellPainter : public QStyledItemDelegate {
         while (option->text.endsWith(u' ')) {
             option->text.chop(1);
         }
+        // The chosen row is seen as well where another window has the keyboard.
+        option->state |= QStyle::State_Active;
         // A row is one line high: what hangs from its top and what is centred stand on one line.
         option->displayAlignment = (option->displayAlignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
     }
@@ -116,6 +121,7 @@ void MSFlexGrid::setRedraw(bool on) {
 void MSFlexGrid::paintEvent(QPaintEvent* event) {
     if (redraws_) {
         QTableWidget::paintEvent(event);
+        paintFocus();
         return;
     }
     QPainter painter(viewport());
@@ -125,9 +131,66 @@ void MSFlexGrid::paintEvent(QPaintEvent* event) {
     }
 }
 
+void MSFlexGrid::paintFocus() {
+    if (!hasFocus()) {
+        return;
+    }
+    QStyleOptionFocusRect option;
+    option.initFrom(viewport());
+    option.rect = viewport()->rect();
+    option.state |= QStyle::State_KeyboardFocusChange;
+    QPainter painter(viewport());
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+}
+
+// What is on the screen is moved along, and so would be the frame of the keyboard.
+void MSFlexGrid::scrollContentsBy(int right, int down) {
+    QTableWidget::scrollContentsBy(right, down);
+    if (hasFocus()) {
+        viewport()->update();
+    }
+}
+
+QModelIndex MSFlexGrid::moveCursor(CursorAction action, Qt::KeyboardModifiers held) {
+    const QModelIndex now = currentIndex();
+    const bool fromNone = !now.isValid();
+    const int column = std::max(now.column(), 0);
+    if (action == MoveHome || (fromNone && (action == MoveDown || action == MovePageDown))) {
+        return model()->index(0, column);
+    }
+    if (action == MoveEnd || (fromNone && (action == MoveUp || action == MovePageUp))) {
+        return model()->index(rowCount() - 1, column);
+    }
+    return fromNone ? QModelIndex() : QTableWidget::moveCursor(action, held);
+}
+
+QItemSelectionModel::SelectionFlags MSFlexGrid::selectionCommand(const QModelIndex& index,
+                                                                 const QEvent* /*event*/) const {
+    if (!index.isValid() || selectionMode() == NoSelection) {
+        return QItemSelectionModel::NoUpdate;
+    }
+    return QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows;
+}
+
 int MSFlexGrid::Row() const {
-    const int row = currentRow();
-    return row < 0 ? -1 : row + 1;
+    const QModelIndex now = currentIndex();
+    return now.isValid() && selectionModel()->isSelected(now) ? now.row() + 1 : -1;
+}
+
+void MSFlexGrid::chooseNone() {
+    selectionModel()->clear();
+}
+
+void MSFlexGrid::showRow(int row) {
+    scrollTo(model()->index(row - 1, std::max(currentIndex().column(), 0)));
+}
+
+QRect MSFlexGrid::placeOfRow(int row) const {
+    QRect place = viewport()->rect();
+    place.setTop(rowViewportPosition(row - 1));
+    place.setHeight(rowHeight(row - 1));
+    place &= viewport()->rect();
+    return {viewport()->mapToGlobal(place.topLeft()), place.size()};
 }
 
 void MSFlexGrid::Clear() {
@@ -145,7 +208,7 @@ void MSFlexGrid::RemoveItem(int row) {
 void MSFlexGrid::setHighLight(int mode) {
     setSelectionMode(mode == 0 ? QAbstractItemView::NoSelection : QAbstractItemView::SingleSelection);
     if (mode == 0) {
-        clearSelection();
+        chooseNone();
     }
 }
 

@@ -22,8 +22,21 @@ class MSFlexGrid : public QTableWidget {
     QString TextMatrix(int row, int column) const;
     void setTextMatrix(int row, int column, const QString& text);
 
-    /** The current row; -1 when none is chosen. */
+    /** The row that a person has chosen, which is marked; -1 when none is. */
     int Row() const;
+
+    /** Nothing is chosen any more. */
+    void chooseNone();
+
+    /** A new row is seen in bold letters; there is none but those that were made so. */
+    void setRowNew(int row, bool isNew);
+    bool isRowNew(int row) const;
+
+    /** Brings a data row into view, without choosing it. */
+    void showRow(int row);
+
+    /** Where a data row is on the screen; empty when it is out of view. */
+    QRect placeOfRow(int row) const;
 
     /** Empties every cell, the titles included. */
     void Clear();
@@ -48,12 +61,21 @@ class MSFlexGrid : public QTableWidget {
     void setColAlignment(int column, int code);
 
   protected:
+    /** Home and End go to the first and the last row; only a key that names a row chooses one from none. */
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers held) override;
+
+    /** One whole row is chosen, whatever keys are held: what is current is marked. */
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
+                                                         const QEvent* event = nullptr) const override;
+
+    void scrollContentsBy(int right, int down) override;
     void paintEvent(QPaintEvent* event) override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QList<int>& roles = {}) override;
 
   private:
     void mustHold(int row, int column) const;
+    void paintFocus();
 
     QList<Qt::Alignment> alignments_;
     bool redraws_ = true;

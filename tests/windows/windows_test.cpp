@@ -10,6 +10,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
 #include <QTimer>
 
@@ -115,6 +116,7 @@ struct BoxSeen {
     QString text;
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QMessageBox::StandardButtons buttons;
+    QRect place;
 };
 
 class RealMessageBox : public Windows {
@@ -131,7 +133,8 @@ class RealMessageBox : public Windows {
             [&] {
                 auto* real = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                 ASSERT_NE(real, nullptr);
-                seen = {real->windowTitle(), real->text(), real->icon(), real->standardButtons()};
+                seen = {real->windowTitle(), real->text(), real->icon(), real->standardButtons(),
+                        real->frameGeometry()};
                 QTest::keyClick(real, key, held);
             });
         return platform::showMessageBox(box);
@@ -166,4 +169,28 @@ TEST_F(RealMessageBox, YesMeansYes) {
                              platform::MessageIcon::Question, platform::MessageButtons::YesNo},
                             Qt::Key_Y, Qt::AltModifier);
     EXPECT_EQ(reply, platform::MessageAnswer::Yes);
+}
+
+TEST_F(RealMessageBox, ReturnGivesTheAnswerThatIsTheDefault) {
+    platform::MessageBox box{QStringLiteral("Sure?"), QStringLiteral("Title"), platform::MessageIcon::None,
+                             platform::MessageButtons::YesNo};
+    EXPECT_EQ(show(box, Qt::Key_Return), platform::MessageAnswer::Yes);
+    box.defaultAnswer = platform::MessageAnswer::No;
+    EXPECT_EQ(show(box, Qt::Key_Return), platform::MessageAnswer::No);
+}
+
+TEST_F(RealMessageBox, LeavesFreeWhatItAsksAbout) {
+    loginWindow().bringUp();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&loginWindow()));
+    const QRect screen = loginWindow().screen()->availableGeometry();
+    for (const int top : {screen.top() + 10, screen.center().y(), screen.bottom() - 30}) {
+        const QRect row(screen.left(), top, screen.width(), 20);
+        show({.text = QStringLiteral("Sure?"),
+              .title = QStringLiteral("Title"),
+              .buttons = platform::MessageButtons::YesNo,
+              .leftFree = row},
+             Qt::Key_Escape);
+        EXPECT_FALSE(seen.place.intersects(row)) << top;
+        EXPECT_TRUE(screen.contains(seen.place)) << top;
+    }
 }
