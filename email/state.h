@@ -39,6 +39,8 @@ struct State {
     /** Cleared at start-up; nothing reads it. */
     std::array<std::int16_t, MessageTable::kSize> StartUpNumbers{};
 
+    /** Whether the server has taken the name and the password once in this run. */
+    bool LoggedOn = false;
     /** Kept from the log-on for every later session. */
     QString UserName;
     QString Password;

@@ -164,6 +164,7 @@ void frmMain::MailGrid_DblClick() {
     }
     messageWindow().bringUp();
     messageWindow().tMessage->setFocus();
+    MailGrid->setRowNew(messageWindow().OpenMessage, false);
     rest();
     for (QPushButton* button : {cmdRead, cmdDelete, cmdGetMail, cmdCmpose}) {
         button->setEnabled(true);

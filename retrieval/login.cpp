@@ -35,6 +35,9 @@ void takeUserName(const QString& typed) {
 void prepareList(const POPLib::POP& pop) {
     frmMain& main = mainWindow();
     main.MailGrid->chooseNone();
+    for (int row = 1; row < main.MailGrid->Rows(); ++row) {
+        main.MailGrid->setRowNew(row, false);
+    }
     // An empty list still shows one blank row.
     main.MailGrid->setRows(state.MessageCount == 0 ? 2 : state.MessageCount + 1);
     state.LastMessageCount = pop.messageCount();
@@ -53,6 +56,8 @@ void showMainWindowBusy() {
     // Or the keyboard would go to the only button that is left, which is Exit.
     main.setFocus();
     welcomeOnMainWindow();
+    // Somebody who had closed the login window finds it behind the main window.
+    main.bringUp();
 }
 
 void showMainWindowReady() {
@@ -130,6 +135,7 @@ void frmLogin::getAllMail() {
     mainWindow().barProgress->setProgress(0);
     UpdateListControls();
     mainWindow().startAtTheList();
+    mainWindow().MailGrid->showRow(state.MessageCount);
     startCheckTimer();
     setHourglass(false);
     // Later sessions have it from elsewhere; until here another try might have needed it.

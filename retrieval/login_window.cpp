@@ -24,6 +24,9 @@ constexpr QSize kLogoRoom(360, 120);
 } // namespace
 
 void frmLogin::Form_Load() {
+    // It may have been closed, and be made again.
+    takeProgramTitle();
+    cmdSetup->setVisible(email::isYes(email::settings.ShowSetup));
     MMControl1.setDeviceType(QStringLiteral("WaveAudio"));
     MMControl1.setFileName(QLatin1String(email::kNewMailSoundFileName));
     openWavePlayer(MMControl1);

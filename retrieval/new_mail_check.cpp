@@ -9,6 +9,7 @@
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
+#include <QAccessible>
 #include <QLabel>
 #include <QPushButton>
 
@@ -44,6 +45,16 @@ struct ListedMail {
     std::int16_t rows = rowsBefore;
 };
 
+/** Brings the newest row into view, and lets screen readers tell how many have come. */
+void showThatMailHasCome(const ListedMail& listed) {
+    mainWindow().MailGrid->showRow(listed.rows);
+    QLabel* const line = mainWindow().lStats;
+    line->setAccessibleDescription(QString::number(listed.rows - listed.rowsBefore) +
+                                   QStringLiteral(" new messages"));
+    QAccessibleEvent alert(line, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
 void fetchNewMail(frmLogin& login, ListedMail& listed) {
     const auto first = static_cast<std::int16_t>(state.LastMessageCount + 1);
     playSoundAgain(login.MMControl1);
@@ -54,6 +65,10 @@ void fetchNewMail(frmLogin& login, ListedMail& listed) {
     mainWindow().MailGrid->setRows(state.MessageCount + 1);
     for (state.CurrentMessage = first; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
         fetchSummary(login.POP1);
+        // One that an earlier check has fetched before it failed may have been opened since.
+        if (state.CurrentMessage > listed.rowsBefore) {
+            mainWindow().MailGrid->setRowNew(state.CurrentMessage, true);
+        }
         listed.rows = std::max(listed.rows, state.CurrentMessage);
     }
     numberTheRows();
@@ -65,6 +80,7 @@ void fetchNewMail(frmLogin& login, ListedMail& listed) {
     state.NewMailFound = true;
     // The list may have been empty until now.
     UpdateListControls();
+    showThatMailHasCome(listed);
 }
 
 void checkAtTheServer(frmLogin& login, ListedMail& listed) {
@@ -113,6 +129,7 @@ void keepWhatWasFetched(const ListedMail& listed) {
     if (listed.rows > listed.rowsBefore) {
         numberTheRows();
         state.NewMailFound = true;
+        showThatMailHasCome(listed);
     }
     showTotals();
 }
@@ -200,6 +217,13 @@ void frmMain::cmdGetMail_Click() {
         platform::showMessage(QStringLiteral("You have no new mail."), QStringLiteral("Brindlewake"));
     }
     showTotals();
+    if (!state.LoggedOn) {
+        mnuLogin_Click();
+    }
+}
+
+void frmMain::mnuLogin_Click() {
+    loginWindow().bringUp();
 }
 
 void frmMain::tmrCheckMail_Timer() {

@@ -20,6 +20,7 @@ constexpr int kSummaryBodyLines = 25;
 void logOnAndCount(POPLib::POP& pop) {
     pop.setMailServer(email::settings.POPServer);
     pop.issueRequest(POPLib::Request::ConnectAndLogOn);
+    email::state.LoggedOn = true;
     email::state.MailboxBytes = pop.mailboxSize();
     email::state.MessageCount = pop.messageCount();
 }

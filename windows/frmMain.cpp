@@ -1,14 +1,21 @@
 #include "windows/frmMain.h"
 
+#include "email/state.h"
 #include "windows/wiring.h"
 
 #include <QAction>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QScreen>
 #include <QShortcut>
+#include <QStyle>
+
+#include <algorithm>
+#include <cmath>
 
 frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake")) {
     Frame1 = named<QFrame>("Frame1", this);
@@ -24,6 +31,9 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
 
     mnuHelp = named<QAction>("mnuHelp", QStringLiteral("&About"), this);
     connectHandler(mnuHelp, &QAction::triggered, this, &frmMain::mnuHelp_Click);
+    mnuLogin = named<QAction>("mnuLogin", QStringLiteral("&Log In..."), this);
+    mnuLogin->setVisible(false);
+    connectHandler(mnuLogin, &QAction::triggered, this, &frmMain::mnuLogin_Click);
 
     MailGrid = named<MSFlexGridLib::MSFlexGrid>("MailGrid", 5, this);
     MailGrid->setAccessibleName(QStringLiteral("Waiting messages"));
@@ -54,7 +64,12 @@ void frmMain::showEvent(QShowEvent* event) {
     // Made when it is first seen: a menu bar loads every kind of picture that there is, for its own arrow.
     if (layout()->menuBar() == nullptr) {
         auto* menuBar = named<QMenuBar>("menuBar", this);
-        menuBar->addMenu(QStringLiteral("&Help"))->addAction(mnuHelp);
+        QMenu* const help = menuBar->addMenu(QStringLiteral("&Help"));
+        help->addActions({mnuHelp, mnuLogin});
+        // The way to the login window, once that one was closed, for whom Get New Mail does not lead there.
+        QObject::connect(help, &QMenu::aboutToShow, mnuLogin, [this] {
+            mnuLogin->setVisible(!cmdGetMail->isVisibleTo(this) && !email::state.LoggedOn);
+        });
         layout()->setMenuBar(menuBar);
         menuBar->show();
     }
@@ -94,6 +109,23 @@ void frmMain::layOut() {
 
     setTabSequence({cmdRead, cmdDelete, cmdCmpose, cmdGetMail, cmdExit, MailGrid});
     resizeToText(150, 32);
+    layout()->activate();
+    openAsWideAsTheDatesNeed();
     // Start-up divides the grid's width among its columns, before the window is first seen.
     layout()->activate();
+}
+
+// As wide as it takes to read whole dates, or as the screen sensibly allows.
+void frmMain::openAsWideAsTheDatesNeed() {
+    constexpr double partOfTheDates = 0.11;
+    constexpr int frameOfTheWindow = 16;
+    const int cellMargin = style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, MailGrid) + 1;
+    const int date =
+        MailGrid->fontMetrics().horizontalAdvance(QStringLiteral("Wed, 30 Nov 2026 20:00:00 +0000")) +
+        2 * cellMargin;
+    const int besideTheColumns = width() - MailGrid->usableWidth();
+    const int wanted = static_cast<int>(std::ceil(date / partOfTheDates)) + besideTheColumns;
+    const int screenWidth = screen()->availableSize().width();
+    const bool wholeDates = wanted + frameOfTheWindow <= screenWidth;
+    resize(std::max(wholeDates ? wanted : screenWidth * 9 / 10, minimumSizeHint().width()), height());
 }

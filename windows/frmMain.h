@@ -37,6 +37,7 @@ class frmMain : public Form {
     // retrieval/new_mail_check.cpp
     void cmdGetMail_Click();
     void tmrCheckMail_Timer();
+    void mnuLogin_Click();
 
     // compose/compose_window.cpp
     void cmdCmpose_Click();
@@ -48,6 +49,7 @@ class frmMain : public Form {
     QPushButton* cmdGetMail;
     QPushButton* cmdExit;
     QAction* mnuHelp;
+    QAction* mnuLogin;
     MSFlexGridLib::MSFlexGrid* MailGrid;
     QLabel* lStats;
     MSComctlLib::ProgressBar* barProgress;
@@ -68,6 +70,7 @@ class frmMain : public Form {
 
   private:
     void layOut();
+    void openAsWideAsTheDatesNeed();
     void deleteSelected();
 
     bool opening_ = false;

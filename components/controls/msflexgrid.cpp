@@ -4,19 +4,35 @@
 
 #include <QAccessible>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyleOptionFocusRect>
 #include <QStyledItemDelegate>
+#include <QToolTip>
 
 #include <algorithm>
 
 namespace MSFlexGridLib {
 
 namespace {
+/** Kept in the first cell of a row: whether the row is new. */
+constexpr int kNewRole = Qt::UserRole;
+
 class CellPainter : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
+
+    /** A text that is seen as a whole needs no tip. */
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+                   const QModelIndex& index) override {
+        if (event->type() == QEvent::ToolTip &&
+            sizeHint(option, index).width() <= view->visualRect(index).width()) {
+            QToolTip::hideText();
+            return true;
+        }
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+    }
 
   protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
@@ -24,6 +40,10 @@ class CellPainter : public QStyledItemDelegate {
         // Blanks that pad a cell to its width are not worth three dots where the column is narrower.
         while (option->text.endsWith(u' ')) {
             option->text.chop(1);
+        }
+        if (index.siblingAtColumn(0).data(kNewRole).toBool()) {
+            option->font.setBold(true);
+            option->fontMetrics = QFontMetrics(option->font);
         }
         // The chosen row is seen as well where another window has the keyboard.
         option->state |= QStyle::State_Active;
@@ -121,6 +141,7 @@ void MSFlexGrid::setRedraw(bool on) {
 void MSFlexGrid::paintEvent(QPaintEvent* event) {
     if (redraws_) {
         QTableWidget::paintEvent(event);
+        paintBesideColumns();
         paintFocus();
         return;
     }
@@ -129,6 +150,40 @@ void MSFlexGrid::paintEvent(QPaintEvent* event) {
     if (!frozen_.isNull()) {
         painter.drawPixmap(0, 0, frozen_);
     }
+}
+
+// Columns keep their widths when the grid grows: the rows go on to its edge.
+void MSFlexGrid::paintBesideColumns() {
+    const int last = columnCount() - 1;
+    QRect beside = viewport()->rect();
+    if (isRightToLeft()) {
+        beside.setRight(columnViewportPosition(last) - 1);
+    } else {
+        beside.setLeft(columnViewportPosition(last) + columnWidth(last));
+    }
+    if (beside.isEmpty()) {
+        return;
+    }
+    QPainter painter(viewport());
+    const auto group = isEnabled() ? QPalette::Active : QPalette::Disabled;
+    for (int row = std::max(rowAt(0), 0); row < rowCount(); ++row) {
+        const int top = rowViewportPosition(row);
+        if (top > beside.bottom()) {
+            break;
+        }
+        const bool chosen = selectionModel()->isSelected(model()->index(row, last));
+        const auto ground = chosen         ? QPalette::Highlight
+                            : row % 2 != 0 ? QPalette::AlternateBase
+                                           : QPalette::Base;
+        painter.fillRect(QRect(beside.left(), top, beside.width(), rowHeight(row)),
+                         palette().brush(group, ground));
+    }
+}
+
+// Qt paints the cells anew, but not what lies beside them.
+void MSFlexGrid::selectionChanged(const QItemSelection& chosen, const QItemSelection& before) {
+    QTableWidget::selectionChanged(chosen, before);
+    viewport()->update();
 }
 
 void MSFlexGrid::paintFocus() {
@@ -179,6 +234,18 @@ int MSFlexGrid::Row() const {
 
 void MSFlexGrid::chooseNone() {
     selectionModel()->clear();
+}
+
+void MSFlexGrid::setRowNew(int row, bool isNew) {
+    if (QTableWidgetItem* const cell = item(row - 1, 0)) {
+        cell->setData(kNewRole, isNew);
+        viewport()->update();
+    }
+}
+
+bool MSFlexGrid::isRowNew(int row) const {
+    const QTableWidgetItem* const cell = item(row - 1, 0);
+    return cell != nullptr && cell->data(kNewRole).toBool();
 }
 
 void MSFlexGrid::showRow(int row) {

@@ -28,7 +28,7 @@ class MSFlexGrid : public QTableWidget {
     /** Nothing is chosen any more. */
     void chooseNone();
 
-    /** A new row is seen in bold letters; there is none but those that were made so. */
+    /** A new row is seen in bold letters. */
     void setRowNew(int row, bool isNew);
     bool isRowNew(int row) const;
 
@@ -68,6 +68,7 @@ class MSFlexGrid : public QTableWidget {
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                          const QEvent* event = nullptr) const override;
 
+    void selectionChanged(const QItemSelection& chosen, const QItemSelection& before) override;
     void scrollContentsBy(int right, int down) override;
     void paintEvent(QPaintEvent* event) override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
@@ -75,6 +76,7 @@ class MSFlexGrid : public QTableWidget {
 
   private:
     void mustHold(int row, int column) const;
+    void paintBesideColumns();
     void paintFocus();
 
     QList<Qt::Alignment> alignments_;

@@ -6,11 +6,16 @@
 #include "windows/frmSend.h"
 
 #include <QAccessible>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QTest>
+#include <QToolTip>
+
+#include <algorithm>
 
 using support::WindowTest;
 using testing::ElementsAre;
@@ -285,4 +290,63 @@ TEST_F(MailboxList, AListThatIsFirstShownWhileNothingIsRedrawnIsBlankNotBlack) {
     const QImage picture = view->grab().toImage();
     EXPECT_EQ(picture.pixelColor(picture.rect().center()),
               mainWindow().MailGrid->palette().color(QPalette::Base));
+}
+
+namespace {
+/** Rests the mouse pointer on a cell; the tip that comes then. */
+QString tipAt(int row, int column) {
+    auto* const view = mainWindow().MailGrid->viewport();
+    const QPoint place =
+        mainWindow().MailGrid->visualItemRect(mainWindow().MailGrid->item(row - 1, column)).center();
+    QHelpEvent resting(QEvent::ToolTip, place, view->mapToGlobal(place));
+    QCoreApplication::sendEvent(view, &resting);
+    return QToolTip::isVisible() ? QToolTip::text() : QString();
+}
+} // namespace
+
+TEST_F(MailboxList, OnlyATextThatIsCutHasATip) {
+    email::state.Messages.at(1) = summaryOf("ann@example.org", std::string(48, 'w'), "today", 10);
+    fill(1);
+    mainWindow().MailGrid->setColWidth(3, 100);
+    EXPECT_EQ(tipAt(1, 1), QString());
+    EXPECT_EQ(tipAt(1, 3), QStringLiteral("<p>") + QString(48, u'w') + QStringLiteral("</p>"));
+}
+
+TEST_F(MailboxList, NoStripIsLeftBesideTheColumnsWhenTheWindowGrows) {
+    fill(3);
+    auto& main = mainWindow();
+    main.resize(main.width() + 300, main.height());
+    QCoreApplication::processEvents();
+    click(3);
+    auto& grid = *main.MailGrid;
+    const QImage picture = grid.viewport()->grab().toImage();
+    const auto colourAtTheEdge = [&](int row) {
+        const int middle = grid.rowViewportPosition(row - 1) + grid.rowHeight(row - 1) / 2;
+        return picture.pixelColor(picture.width() - 5, middle);
+    };
+    EXPECT_EQ(colourAtTheEdge(2), grid.palette().color(QPalette::AlternateBase));
+    EXPECT_EQ(colourAtTheEdge(3), grid.palette().color(QPalette::Active, QPalette::Highlight));
+}
+
+TEST_F(MailboxList, TheChosenRowIsMarkedAsWellInAWindowWithoutTheKeyboard) {
+    fill(2);
+    click(2);
+    auto& grid = *mainWindow().MailGrid;
+    QPalette palette = grid.palette();
+    palette.setColor(QPalette::Inactive, QPalette::Highlight, palette.color(QPalette::Base));
+    grid.setPalette(palette);
+    composeWindow().show();
+    composeWindow().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&composeWindow()));
+    const QImage picture = grid.viewport()->grab().toImage();
+    const QRect cell = grid.visualItemRect(grid.item(1, 2));
+    EXPECT_EQ(picture.pixelColor(cell.right() - 5, cell.center().y()),
+              palette.color(QPalette::Active, QPalette::Highlight));
+}
+
+TEST_F(MailboxList, OpensAsWideAsTheScreenAllowsOrWholeDatesNeed) {
+    const auto& main = mainWindow();
+    const int screen = main.screen()->availableSize().width();
+    ASSERT_LT(screen, 1'900) << "too narrow for whole dates";
+    EXPECT_EQ(main.width(), std::max(screen * 9 / 10, main.minimumSizeHint().width()));
 }

@@ -1,10 +1,14 @@
 #include "email/state.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
+#include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 
+#include <QAccessible>
+#include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -13,6 +17,7 @@
 #include <cstdint>
 #include <new>
 #include <string>
+#include <vector>
 
 using support::Pop3Mailbox;
 using support::ScriptedServer;
@@ -41,6 +46,16 @@ class NewMailCheck : public WindowTest {
 
     static QString cell(int row, int column) {
         return mainWindow().MailGrid->TextMatrix(row, column).trimmed();
+    }
+
+    static std::vector<int> newRows() {
+        std::vector<int> rows;
+        for (int row = 1; row < mainWindow().MailGrid->Rows(); ++row) {
+            if (mainWindow().MailGrid->isRowNew(row)) {
+                rows.push_back(row);
+            }
+        }
+        return rows;
     }
 
     void expectBox(const QString& text, const QString& title) {
@@ -397,6 +412,155 @@ TEST_F(NewMailCheck, NewMailTakesTheKeyboardFromNobodyWhoIsWriting) {
     EXPECT_TRUE(composeWindow().tTo->hasFocus());
     EXPECT_FALSE(mainWindow().isEnabled());
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 3);
+}
+
+TEST_F(NewMailCheck, WhatACheckBringsIsNewUntilItIsOpened) {
+    logInWith(1);
+    mailbox.deliver(message("2")).deliver(message("3"));
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(newRows(), ElementsAre(2, 3));
+    doubleClick(2);
+    ASSERT_TRUE(messageWindow().isVisible());
+    EXPECT_THAT(newRows(), ElementsAre(3));
+}
+
+TEST_F(NewMailCheck, WhatIsNewStaysSoUnderItsNewNumberAfterADeletion) {
+    logInWith(2);
+    mailbox.deliver(message("3")).deliver(message("4"));
+    mainWindow().tmrCheckMail_Timer();
+    mainWindow().MailGrid->setCurrentCell(0, 0);
+    mainWindow().cmdDelete->click();
+    EXPECT_THAT(newRows(), ElementsAre(2, 3));
+    mainWindow().MailGrid->setCurrentCell(1, 0);
+    mainWindow().cmdDelete->click();
+    EXPECT_THAT(newRows(), ElementsAre(2));
+    EXPECT_EQ(cell(2, 3), QStringLiteral("About 4"));
+}
+
+TEST_F(NewMailCheck, NothingIsNewInAListing) {
+    logInWith(1);
+    mailbox.deliver(message("2"));
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_THAT(newRows(), ElementsAre(2));
+    loginWindow().cmdLogin->setEnabled(true);
+    loginWindow().tpwd->setText(QStringLiteral("secret"));
+    loginWindow().cmdLogin->click();
+    EXPECT_THAT(newRows(), IsEmpty());
+}
+
+TEST_F(NewMailCheck, ANewRowIsSeenInBoldLetters) {
+    logInWith(1);
+    auto& grid = *mainWindow().MailGrid;
+    const QImage before = grid.viewport()->grab().toImage();
+    grid.setRowNew(1, true);
+    EXPECT_NE(grid.viewport()->grab().toImage(), before);
+    grid.setRowNew(1, false);
+    EXPECT_EQ(grid.viewport()->grab().toImage(), before);
+}
+
+TEST_F(NewMailCheck, TheNewestRowComesIntoViewAndNothingIsChosen) {
+    logInWith(60);
+    auto& grid = *mainWindow().MailGrid;
+    const auto lastIsInView = [&grid] {
+        return grid.viewport()->rect().contains(grid.visualItemRect(grid.item(grid.Rows() - 2, 0)));
+    };
+    EXPECT_TRUE(lastIsInView());
+    grid.scrollToTop();
+    ASSERT_FALSE(lastIsInView());
+    mailbox.deliver(message("61"));
+    mainWindow().tmrCheckMail_Timer();
+    EXPECT_TRUE(lastIsInView());
+    EXPECT_EQ(grid.Row(), -1);
+}
+
+namespace {
+std::vector<QString> alerts;
+
+void rememberAlert(QAccessibleEvent* event) {
+    if (event->type() == QAccessible::Alert) {
+        QAccessibleInterface* const line = QAccessible::queryAccessibleInterface(event->object());
+        alerts.push_back(line->text(QAccessible::Description));
+    }
+}
+} // namespace
+
+TEST_F(NewMailCheck, AScreenReaderHearsHowManyHaveCome) {
+    logInWith(1);
+    mailbox.deliver(message("2")).deliver(message("3"));
+    alerts.clear();
+    const auto before = QAccessible::installUpdateHandler(rememberAlert);
+    mainWindow().tmrCheckMail_Timer();
+    mainWindow().tmrCheckMail_Timer();
+    QAccessible::installUpdateHandler(before);
+    EXPECT_THAT(alerts, ElementsAre(QStringLiteral("2 new messages")));
+}
+
+namespace {
+class NobodyLoggedOn : public NewMailCheck {
+  protected:
+    /** Starts the program and closes the login window. */
+    void startWithout(const char* setting, QString email::SettingsFields::*field) {
+        auto fields = support::schoolSettings(server.address());
+        fields.*field = QLatin1String(setting);
+        writeSettings(fields);
+        startUp();
+        loginWindow().close();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&mainWindow()));
+    }
+
+    static void logInAgain() {
+        ASSERT_TRUE(loginWindow().isVisible());
+        loginWindow().tUser->setText(QStringLiteral("ann"));
+        loginWindow().tpwd->setText(QStringLiteral("secret"));
+        loginWindow().cmdLogin->click();
+    }
+
+    /** Opens the menu as a person does, and closes it. */
+    static bool helpOffersToLogIn() {
+        QTest::keyClick(&mainWindow(), Qt::Key_H, Qt::AltModifier);
+        const bool offered = mainWindow().mnuLogin->isVisible();
+        while (QWidget* const menu = QApplication::activePopupWidget()) {
+            menu->close();
+        }
+        return offered;
+    }
+};
+} // namespace
+
+TEST_F(NobodyLoggedOn, GetNewMailLeadsBackToTheLoginWindow) {
+    mailbox.deliver(message("1"));
+    startWithout("no", &email::SettingsFields::ShowSetup);
+    mainWindow().cmdGetMail->click();
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("User Name Must Be Entered To Get Mail!"),
+                                        QStringLiteral("You have no new mail.")));
+    EXPECT_EQ(loginWindow().windowTitle(), QStringLiteral("Example School E-Mail"));
+    EXPECT_FALSE(loginWindow().cmdSetup->isVisible());
+    EXPECT_FALSE(helpOffersToLogIn());
+    logInAgain();
+    EXPECT_EQ(cell(1, 3), QStringLiteral("About 1"));
+    EXPECT_FALSE(loginWindow().isVisible());
+    mainWindow().cmdGetMail->click();
+    EXPECT_FALSE(loginWindow().isVisible());
+}
+
+TEST_F(NobodyLoggedOn, AfterABrokenSettingsFileGetNewMailLeadsToTheLoginWindow) {
+    writeSettingsText("\"yes\"\r\n");
+    startUp();
+    ASSERT_TRUE(mainWindow().isVisible());
+    EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("0 messages 0 bytes total"));
+    mainWindow().cmdGetMail->click();
+    EXPECT_TRUE(loginWindow().isVisible());
+}
+
+TEST_F(NobodyLoggedOn, WhereGetNewMailIsHiddenTheHelpMenuLeadsBack) {
+    mailbox.deliver(message("1"));
+    startWithout("no", &email::SettingsFields::ShowGetMail);
+    EXPECT_TRUE(helpOffersToLogIn());
+    mainWindow().mnuLogin->trigger();
+    EXPECT_THAT(boxTexts(), IsEmpty());
+    logInAgain();
+    EXPECT_EQ(cell(1, 3), QStringLiteral("About 1"));
+    EXPECT_FALSE(helpOffersToLogIn());
 }
 
 namespace {
