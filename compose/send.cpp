@@ -120,7 +120,10 @@ void frmSend::send() {
             // Neither closed nor cancelled while a file is encoded.
             const WhileDisabled resting(*this);
             const WhileHourglass waiting(*this);
-            return encodeAttachment(ctrNetcode, file, line);
+            lblSending->setText(QStringLiteral("Encoding the attachment..."));
+            EncodedFile encoded = encodeAttachment(ctrNetcode, file, line);
+            lblSending->setText(QString());
+            return encoded;
         });
     if (tTo->text().isEmpty()) {
         refuse(QStringLiteral("You need to enter an e-mail address to send to."), tTo);

@@ -94,6 +94,7 @@ void frmMain::deleteSelected() {
     POPLib::POP& pop = loginWindow().POP1;
     const std::int16_t number = SelectedMessage;
     const int error = platform::errorNumberOf([&] {
+        const WhileHourglass waiting(*this);
         mustBeInTheTable(number);
         deleteAtTheServer(pop, number);
         takeOutOfTheList(number);

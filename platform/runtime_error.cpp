@@ -96,6 +96,8 @@ std::string meaningOf(int errorNumber) {
         return "The connection to the mail server failed. Try again later.";
     case errors::AnotherMessage:
         return "The mailbox has changed since it was listed. Nothing was deleted; start the program again.";
+    case errors::GivenUp:
+        return "The request was given up before the mail server had answered.";
     case errors::DeletionRefused:
         return "The mail server refused to delete the message. It is still there.";
     case errors::MessageNotGiven:

@@ -35,6 +35,8 @@ inline constexpr int LogOnRefused = 20172;
 inline constexpr int MailServerTrouble = 20302;
 /** A message was to be deleted whose number names another message by now, or none that was listed. */
 inline constexpr int AnotherMessage = 20312;
+/** A person did not want to wait for the mail server any longer. */
+inline constexpr int GivenUp = 20322;
 /** The mail server refused to delete a message. */
 inline constexpr int DeletionRefused = 20332;
 /** The mail server refused to give a message that was to be opened. */

@@ -98,22 +98,34 @@ void startCheckTimer() {
 void frmLogin::cmdLogin_Click() {
     if (tUser->text().isEmpty()) {
         platform::showMessage(QStringLiteral("User name must be entered to get mail."), boxTitle(" E-Mail"));
+        tUser->setFocus();
         return;
     }
     if (tpwd->text().isEmpty()) {
         platform::showMessage(QStringLiteral("Password must be entered to get mail."), boxTitle(" E-Mail"));
+        tpwd->setFocus();
         return;
     }
     takeUserName(tUser->text());
     POP1.setLoginUser(platform::toBytes(state.UserName));
     setHourglass(true);
+    if (focusWidget() == cmdLogin) {
+        // A disabled button hands the keyboard on, and the next one would open the setup window.
+        tpwd->setFocus();
+    }
     cmdLogin->setEnabled(false);
     mainWindow().tmrCheckMail->setEnabled(false);
     // A copy of its own: the field forgets what it holds.
     state.Password = QString(tpwd->text().constData(), tpwd->text().size());
     POP1.setLoginPassword(platform::toBytes(state.Password));
 
+    const bool another = loggingOn_;
+    beginWaiting();
     const int error = platform::errorNumberOf([this] { getAllMail(); });
+    // Another log-on, further down the stack, may still be waiting.
+    if (!another) {
+        endWaiting();
+    }
     if (error != 0) {
         logInFailed(error);
     }
@@ -152,7 +164,15 @@ void frmLogin::logInFailed(int error) {
             bringUp();
         }
     };
+    const auto markPassword = [this] {
+        tpwd->setFocus();
+        tpwd->selectAll();
+    };
     switch (error) {
+    case errors::GivenUp:
+        mayTryAgain();
+        markPassword();
+        break;
     case errors::MailServerBusy:
         POP1.leave();
         platform::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
@@ -165,6 +185,7 @@ void frmLogin::logInFailed(int error) {
                               boxTitle(" Mail Error"));
         POP1.leave();
         mayTryAgain();
+        markPassword();
         break;
     case errors::MailServerTrouble:
         tellAndEnd(QStringLiteral("There was trouble connecting with the Mail Server."), " E-Mail");

@@ -14,6 +14,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QSize>
 
 namespace {
@@ -43,7 +44,13 @@ void frmLogin::Form_Load() {
 void frmLogin::Form_Unload() {}
 
 // From the first log-on on the window is only hidden: its parts talk to the mail server for the whole run.
+// While somebody waits in it for the server, to close it is to wait no longer.
 void frmLogin::closeEvent(QCloseEvent* event) {
+    if (loggingOn_ && POP1.isRunning()) {
+        event->ignore();
+        giveUp();
+        return;
+    }
     if (email::state.UserName.isEmpty() || !isEnabled()) {
         Form::closeEvent(event);
         return;
@@ -67,6 +74,30 @@ void frmLogin::Form_KeyDown(int KeyCode, int Shift) {
 // Whoever types a name will want a connection: what it needs is loaded before somebody waits for it.
 void frmLogin::tUser_Change() {
     transport::loadNetwork();
+}
+
+void frmLogin::beginWaiting() {
+    loggingOn_ = true;
+    tmrWaiting->setEnabled(true);
+}
+
+void frmLogin::endWaiting() {
+    loggingOn_ = false;
+    tmrWaiting->setEnabled(false);
+    lblWaiting->hide();
+    barWaiting->hide();
+}
+
+void frmLogin::tmrWaiting_Timer() {
+    lblWaiting->show();
+    barWaiting->show();
+}
+
+// The request that waits ends with an error, and whoever made it goes on from there.
+void frmLogin::giveUp() {
+    if (loggingOn_) {
+        POP1.giveUp();
+    }
 }
 
 void frmLogin::tUser_Return() {

@@ -95,6 +95,7 @@ void checkAtTheServer(frmLogin& login, ListedMail& listed) {
     state.NewMailFound = false;
     UpdateListControls();
     login.setHourglass(false);
+    mainWindow().setHourglass(false);
 }
 
 /**
@@ -198,6 +199,7 @@ void checkForNewMail() {
     }
     frmLogin& login = loginWindow();
     login.setHourglass(true);
+    mainWindow().setHourglass(true);
     login.cmdLogin->setEnabled(false);
     login.POP1.setLoginUser(platform::toBytes(state.UserName));
     login.POP1.setLoginPassword(platform::toBytes(state.Password));

@@ -12,10 +12,25 @@ Form::Form(const QString& objectName, const QString& caption) {
 }
 
 void Form::setHourglass(bool on) {
-    if (on) {
-        setCursor(Qt::WaitCursor);
-    } else {
+    if (on == std::exchange(hourglass_, on)) {
+        return;
+    }
+    if (!on) {
         unsetCursor();
+        for (const auto& [part, pointer] : std::exchange(ownPointers_, {})) {
+            if (part) {
+                part->setCursor(pointer);
+            }
+        }
+        return;
+    }
+    setCursor(Qt::WaitCursor);
+    for (QWidget* part : findChildren<QWidget*>()) {
+        // A field for text has a pointer of its own, which would hide the window's.
+        if (part->testAttribute(Qt::WA_SetCursor) && part->window() == this) {
+            ownPointers_.emplace_back(part, part->cursor());
+            part->setCursor(Qt::WaitCursor);
+        }
     }
 }
 

@@ -2,9 +2,13 @@
 
 #include "windows/kept_focus.h"
 
+#include <QCursor>
+#include <QPointer>
 #include <QWidget>
 
 #include <initializer_list>
+#include <utility>
+#include <vector>
 
 /**
  * A window of the program. Its class gives the looks: controls under their names, layout, wiring. What the
@@ -18,7 +22,7 @@ class Form : public QWidget {
     /** Says good-bye; the window is hidden and forgotten right after it. */
     virtual void Form_Unload() = 0;
 
-    /** The hourglass over this window, or the normal pointer. */
+    /** The hourglass over this window and all that is in it, or the normal pointers. */
     void setHourglass(bool on);
 
     /** Shows the window, and brings it to the front when it is already there. */
@@ -47,6 +51,9 @@ class Form : public QWidget {
 
   private:
     KeptFocus keptFocus_{*this};
+    bool hourglass_ = false;
+    /** Parts with pointers of their own, and what these are without the hourglass. */
+    std::vector<std::pair<QPointer<QWidget>, QCursor>> ownPointers_;
 };
 
 /** Lets nobody use a window, nor close it, for as long as this lives. */

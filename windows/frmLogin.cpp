@@ -6,9 +6,23 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QProgressBar>
 #include <QPushButton>
 
+#include <chrono>
+
 namespace {
+/** A quick log-on shows nothing that would only flicker. */
+constexpr std::chrono::milliseconds kBeforeWaitingIsShown{300};
+
+/** Shown only at times; the window keeps its room, so that nothing moves. */
+void showOnlyAtTimes(QWidget* control) {
+    QSizePolicy policy = control->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    control->setSizePolicy(policy);
+    control->hide();
+}
+
 /** The key codes and the mask that the window's key handler is written in. */
 int keyCodeOf(int key) {
     constexpr int keyCodeF1 = 112;
@@ -43,6 +57,20 @@ frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlew
     connectHandler(cmdSetup, &QPushButton::clicked, this, &frmLogin::cmdSetup_Click);
     tmrProgressTimer = named<controls::Timer>("tmrProgressTimer", this);
 
+    lblWaiting =
+        named<QLabel>("lblWaiting", QStringLiteral("Waiting for the mail server. Escape gives up."), this);
+    barWaiting = named<QProgressBar>("barWaiting", this);
+    barWaiting->setAccessibleName(QStringLiteral("Waiting for the mail server"));
+    barWaiting->setTextVisible(false);
+    // Without an end: how long a server is silent is not known.
+    barWaiting->setRange(0, 0);
+    showOnlyAtTimes(lblWaiting);
+    showOnlyAtTimes(barWaiting);
+    tmrWaiting = named<controls::Timer>("tmrWaiting", this);
+    tmrWaiting->setSingleShot(true);
+    tmrWaiting->setPeriod(static_cast<int>(kBeforeWaitingIsShown.count()));
+    connectHandler(tmrWaiting, &QTimer::timeout, this, &frmLogin::tmrWaiting_Timer);
+
     // The component raises these from inside its requests; an error in them travels on to who made the
     // request.
     POP1.Header = [this](const std::string& field, const std::string& value) { POP1_Header(field, value); };
@@ -65,7 +93,12 @@ void frmLogin::layOut() {
     grid->addWidget(tUser, 1, 1);
     grid->addWidget(lPwd, 2, 0);
     grid->addWidget(tpwd, 2, 1);
+    auto* waiting = new QHBoxLayout;
+    waiting->addWidget(lblWaiting);
+    waiting->addWidget(barWaiting, 1);
+
     grid->addLayout(buttons, 3, 0, 1, 2);
+    grid->addLayout(waiting, 4, 0, 1, 2);
     grid->setRowStretch(0, 1);
     grid->setColumnStretch(1, 1);
 
@@ -77,5 +110,9 @@ void frmLogin::keyPressEvent(QKeyEvent* event) {
     const int keyCode = keyCodeOf(event->key());
     const int shift = shiftMaskOf(event->modifiers());
     runHandler([&] { Form_KeyDown(keyCode, shift); });
+    if (event->key() == Qt::Key_Escape) {
+        giveUp();
+        return;
+    }
     Form::keyPressEvent(event);
 }

@@ -8,6 +8,7 @@
 
 class QLabel;
 class QLineEdit;
+class QProgressBar;
 class QPushButton;
 
 /** The log-on window. Hidden after it, it stays for its POP3 client and its wave player. */
@@ -22,6 +23,8 @@ class frmLogin : public Form {
     void cmdSetup_Click();
     void tUser_Return();
     void tUser_Change();
+    void tmrWaiting_Timer();
+    void giveUp();
 
     // retrieval/login.cpp
     void cmdLogin_Click();
@@ -41,6 +44,9 @@ class frmLogin : public Form {
     QPushButton* cmdLogin;
     QPushButton* cmdSetup;
     controls::Timer* tmrProgressTimer;
+    QLabel* lblWaiting;
+    QProgressBar* barWaiting;
+    controls::Timer* tmrWaiting;
     MCI::MMControl MMControl1;
     POPLib::POP POP1;
 
@@ -52,4 +58,9 @@ class frmLogin : public Form {
 
   private:
     void layOut();
+    void beginWaiting();
+    void endWaiting();
+
+    /** From Get Mail on until the log-on has failed or the messages are listed. */
+    bool loggingOn_ = false;
 };

@@ -26,14 +26,22 @@ void POP::asRequest(const Action& action) {
         throw RuntimeError(errors::MailServerBusy);
     }
     const platform::WhileTrue running(running_);
+    givenUp_ = false;
     try {
         action();
     } catch (...) {
         // Whoever threw, a listener included: an answer may be half read, so nothing further can be asked.
-        if (!logOnRefused_) {
+        if (!logOnRefused_ && !givenUp_) {
             closeSession();
         }
-        throw;
+        if (!givenUp_) {
+            throw;
+        }
+    }
+    // What had come by then may have been enough for the request, but the connection is closed.
+    if (givenUp_) {
+        closeSession();
+        throw RuntimeError(errors::GivenUp);
     }
 }
 
@@ -58,6 +66,13 @@ void POP::issueRequest(Request request) {
     case Request::DeleteCurrentMessage:
         asRequest([this] { deleteMessage(); });
         break;
+    }
+}
+
+void POP::giveUp() {
+    if (running_) {
+        givenUp_ = true;
+        connection_.abort();
     }
 }
 

@@ -127,6 +127,19 @@ TEST_F(Send, AnAttachmentGoesOutAsTheComposerMadeIt) {
     EXPECT_EQ(folder.read("_brndwake.tmp"), "QUJD\r\n----*******Brindlewake************--\r\n");
 }
 
+TEST_F(Send, WhileAFileIsEncodedTheLabelSaysSo) {
+    folder.write("large.bin", std::string(16U << 20U, 'x'));
+    write(QString(), QStringLiteral("s"), QString(), QStringLiteral("C:\\large.bin"));
+    const auto encodes = [] {
+        return composeWindow().lblSending->text() == QStringLiteral("Encoding the attachment...");
+    };
+    const WhenItHolds look(
+        encodes, [] { EXPECT_EQ(composeWindow().tMessage->viewport()->cursor().shape(), Qt::WaitCursor); });
+    press();
+    EXPECT_EQ(composeWindow().lblSending->text(), QString());
+    EXPECT_EQ(composeWindow().tMessage->viewport()->cursor().shape(), Qt::IBeamCursor);
+}
+
 TEST_F(Send, TheSizeThatIsAnnouncedIsThatOfTheMessageWithItsAttachment) {
     folder.write("FILE.BIN", std::string(200'000, 'x'));
     write(bob, QStringLiteral("s"), QStringLiteral("a text"), QStringLiteral("C:\\FILE.BIN"));

@@ -229,48 +229,6 @@ TEST_F(LoginFailure, APasswordWithALineEndNeverReachesTheServer) {
     expectAnotherTry();
 }
 
-TEST_F(LoginFailure, ClosedInTheMidstOfALogOnTheWindowOnlyHidesAndItsSessionServesTheWholeRun) {
-    Pop3Mailbox mailbox(twoMessages);
-    mailbox.on("STAT", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK 2 44\r\n");
-    });
-    ScriptedServer server{mailbox};
-    const frmLogin* before = nullptr;
-    const support::WhenItHolds close([&] { return server.commands().size() == 3; },
-                                     [&] {
-                                         before = &loginWindow();
-                                         loginWindow().close();
-                                         EXPECT_FALSE(loginWindow().isVisible());
-                                         server.release();
-                                     });
-    logIn(server.address());
-    EXPECT_EQ(before, &loginWindow());
-    EXPECT_TRUE(mainWindow().isVisible());
-    mailbox.answerProperly("STAT");
-    mainWindow().MailGrid->setCurrentCell(0, 0);
-    mainWindow().cmdDelete->click();
-    EXPECT_THAT(mailbox.messages(), ElementsAre(twoMessages[1]));
-}
-
-TEST_F(LoginFailure, ClosedInTheMidstOfALogOnThatFailsTheWindowComesBackForAnotherTry) {
-    Pop3Mailbox mailbox(twoMessages);
-    mailbox.on("PASS", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("-ERR no\r\n");
-    });
-    ScriptedServer server{mailbox};
-    const support::WhenItHolds close([&] { return server.commands().size() == 2; },
-                                     [&] {
-                                         loginWindow().close();
-                                         server.release();
-                                     });
-    logIn(server.address());
-    EXPECT_EQ(boxes.size(), 1U);
-    EXPECT_TRUE(loginWindow().isVisible());
-    EXPECT_TRUE(loginWindow().cmdLogin->isEnabled());
-}
-
 namespace {
 class EveryCut : public LoginFailure, public testing::WithParamInterface<Ending> {};
 } // namespace
