@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QMessageBox>
 #include <QScreen>
+#include <QWindow>
 
 #include <utility>
 
@@ -41,6 +42,30 @@ void placeBeside(const QRect& leftFree, const QWidget& opener, QMessageBox& box)
     const int top = below + size.height() <= screen.bottom() ? below : leftFree.top() - gap - size.height();
     box.move(qBound(screen.left(), left, screen.right() - size.width()), qMax(screen.top(), top));
 }
+
+/** A window of the program on the screen; one that may be used, where there is such a one. */
+QWidget* windowThatIsSeen() {
+    QWidget* seen = nullptr;
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && (seen == nullptr || window->isEnabled())) {
+            seen = window;
+        }
+    }
+    return seen;
+}
+
+/** Puts a box that is nobody's child above the window, in its middle. */
+void standAbove(QMessageBox& box, const QWidget* window) {
+    if (window == nullptr) {
+        return;
+    }
+    // A window of the system's, which can be told.
+    box.winId();
+    box.windowHandle()->setTransientParent(window->windowHandle());
+    QRect place(QPoint(0, 0), box.sizeHint());
+    place.moveCenter(window->frameGeometry().center());
+    box.move(place.topLeft());
+}
 } // namespace
 
 MessageAnswer showMessageBox(const MessageBox& box) {
@@ -61,6 +86,9 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     dialog.setEscapeButton(yesNo ? QMessageBox::No : QMessageBox::Ok);
     if (yesNo) {
         dialog.setDefaultButton(box.defaultAnswer == MessageAnswer::No ? QMessageBox::No : QMessageBox::Yes);
+    }
+    if (dialog.parentWidget() == nullptr) {
+        standAbove(dialog, active != nullptr ? active : windowThatIsSeen());
     }
     if (!box.leftFree.isEmpty() && active != nullptr) {
         placeBeside(box.leftFree, *active, dialog);

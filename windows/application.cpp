@@ -3,9 +3,17 @@
 #include "platform/message_box.h"
 #include "platform/runtime_error.h"
 
+#include <QIcon>
 #include <QTimer>
 
 #include <utility>
+
+Application::Application(int& argumentCount, char** arguments) : QApplication(argumentCount, arguments) {
+    // On every window; a picture of the program's own, since it may run without being installed.
+    setWindowIcon(QIcon(QStringLiteral(":/brindlewake/brindlewake.png")));
+    // Where a desktop takes the icon from the menu entry instead.
+    setDesktopFileName(QStringLiteral("brindlewake"));
+}
 
 bool Application::notify(QObject* receiver, QEvent* event) {
     bool answer = false;

@@ -9,7 +9,7 @@
  */
 class Application : public QApplication {
   public:
-    using QApplication::QApplication;
+    Application(int& argumentCount, char** arguments);
 
     bool notify(QObject* receiver, QEvent* event) override;
 

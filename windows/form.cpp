@@ -2,13 +2,29 @@
 
 #include "email/state.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QFontMetrics>
 #include <QPushButton>
 #include <QScreen>
 
+namespace {
+/** Qt tells screen readers of every window that is no dialog of its own as of something to be passed over. */
+QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) {
+    auto* const window = dynamic_cast<Form*>(object);
+    return window == nullptr ? nullptr : new QAccessibleWidget(window, QAccessible::Window);
+}
+} // namespace
+
 Form::Form(const QString& objectName, const QString& caption) {
     setObjectName(objectName);
     setWindowTitle(caption);
+    // Installed once, however many windows there are.
+    static const bool installed = [] {
+        QAccessible::installFactory(forReaders);
+        return true;
+    }();
+    static_cast<void>(installed);
 }
 
 void Form::setHourglass(bool on) {

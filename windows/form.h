@@ -43,6 +43,15 @@ class Form : public QWidget {
     /** A disabled window cannot be closed; any other one is unloaded. */
     void closeEvent(QCloseEvent* event) override;
 
+    /**
+     * Puts the window above the one that it was opened from: where it was last in this run, or else in the
+     * middle of that one, on the same screen.
+     */
+    void showEvent(QShowEvent* event) override;
+
+    /** Remembers size and place, for the next window of this name. */
+    void hideEvent(QHideEvent* event) override;
+
     /** The Tab key walks through the controls in this order. */
     static void setTabSequence(std::initializer_list<QWidget*> controls);
 

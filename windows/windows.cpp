@@ -11,11 +11,13 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QScreen>
 #include <QTimer>
 #include <QWindow>
 
 #include <algorithm>
 #include <chrono>
+#include <map>
 #include <vector>
 
 struct LoadedWindows::Windows {
@@ -25,6 +27,8 @@ struct LoadedWindows::Windows {
     std::unique_ptr<frmLogin> login;
     std::unique_ptr<frmSend> compose;
     std::unique_ptr<frmSetup> setup;
+    /** Size and place of each window when it was hidden last, by its name. */
+    std::map<QString, QByteArray> places;
     /** Unloaded, but perhaps still in use by a handler further down the stack. */
     std::vector<std::unique_ptr<Form>> retired;
 };
@@ -106,6 +110,63 @@ void Form::closeEvent(QCloseEvent* event) {
     event->ignore();
     if (isEnabled()) {
         runHandler([this] { unload(*this); });
+    }
+}
+
+namespace {
+/** The window that this one is opened from; nothing for the first one. */
+const Form* openerOf(const Form& window) {
+    if (&window == current->compose.get()) {
+        // The message window opens it for an answer, and nobody else can while that one is open.
+        const bool answer = current->message && current->message->isVisible();
+        return answer ? static_cast<const Form*>(current->message.get()) : current->main.get();
+    }
+    if (&window == current->message.get() || &window == current->about.get()) {
+        return current->main.get();
+    }
+    const bool opened = &window == current->setup.get() || &window == current->main.get();
+    return opened ? current->login.get() : nullptr;
+}
+
+/** Moves the window to the middle of its opener, or of its screen, and not over the edge of that screen. */
+void standInTheMiddle(Form& window, const Form* opener) {
+    const QRect screen = (opener != nullptr ? opener : &window)->screen()->availableGeometry();
+    const QSize frame = opener != nullptr ? opener->frameGeometry().size() - opener->size() : QSize(0, 0);
+    QRect place(QPoint(0, 0), window.size() + frame);
+    place.moveCenter(opener != nullptr ? opener->frameGeometry().center() : screen.center());
+    place.moveRight(std::min(place.right(), screen.right()));
+    place.moveBottom(std::min(place.bottom(), screen.bottom()));
+    place.moveLeft(std::max(place.left(), screen.left()));
+    place.moveTop(std::max(place.top(), screen.top()));
+    window.move(place.topLeft());
+}
+} // namespace
+
+void Form::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    // Some other program has only brought it back.
+    if (event->spontaneous()) {
+        return;
+    }
+    const Form* opener = openerOf(*this);
+    if (opener != nullptr && opener->windowHandle() == nullptr) {
+        // Never shown until now, it stands nowhere.
+        opener = nullptr;
+    }
+    // Not made a child of it: the opener is often disabled meanwhile, and a child would be disabled with it.
+    windowHandle()->setTransientParent(opener != nullptr && opener->isVisible() ? opener->windowHandle()
+                                                                                : nullptr);
+    if (const auto place = current->places.find(objectName()); place != current->places.end()) {
+        restoreGeometry(place->second);
+    } else if (!testAttribute(Qt::WA_Moved)) {
+        standInTheMiddle(*this, opener);
+    }
+}
+
+void Form::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (!event->spontaneous() && windowHandle() != nullptr) {
+        current->places[objectName()] = saveGeometry();
     }
 }
 

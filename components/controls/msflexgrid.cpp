@@ -56,6 +56,10 @@ class CellPainter : public QStyledItemDelegate {
 class Cell : public QTableWidgetItem {
   public:
     QVariant data(int role) const override {
+        if (role == Qt::AccessibleTextRole) {
+            // Nobody wants to hear of blanks that only pad the text.
+            return text().trimmed();
+        }
         if (role != Qt::ToolTipRole) {
             return QTableWidgetItem::data(role);
         }
