@@ -1,10 +1,14 @@
 #include "windows/form.h"
 
+#include "components/controls/resting_palette.h"
 #include "email/state.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QApplication>
+#include <QEvent>
 #include <QFontMetrics>
+#include <QPainter>
 #include <QPushButton>
 #include <QScreen>
 
@@ -19,6 +23,7 @@ QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) 
 Form::Form(const QString& objectName, const QString& caption) {
     setObjectName(objectName);
     setWindowTitle(caption);
+    setPalette(controls::legibleWhileResting(QApplication::palette()));
     // Installed once, however many windows there are.
     static const bool installed = [] {
         QAccessible::installFactory(forReaders);
@@ -48,6 +53,27 @@ void Form::setHourglass(bool on) {
             part->setCursor(Qt::WaitCursor);
         }
     }
+}
+
+void Form::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange) {
+        // Asks for itself once more, until nothing is left to be changed.
+        setPalette(controls::legibleWhileResting(QApplication::palette()));
+    }
+    QWidget::changeEvent(event);
+}
+
+void Form::paintEvent(QPaintEvent* event) {
+    QWidget::paintEvent(event);
+    if (isEnabled()) {
+        return;
+    }
+    constexpr int width = 4; // within the margin that every window has around its controls
+    QPainter painter(this);
+    const QColor colour = controls::halfway(palette().color(QPalette::Active, QPalette::WindowText),
+                                            palette().color(QPalette::Active, QPalette::Window));
+    painter.setPen(QPen(colour, width, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+    painter.drawRect(rect().adjusted(width / 2, width / 2, -width / 2, -width / 2));
 }
 
 void Form::bringUp() {

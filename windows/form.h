@@ -52,6 +52,11 @@ class Form : public QWidget {
     /** Remembers size and place, for the next window of this name. */
     void hideEvent(QHideEvent* event) override;
 
+    void changeEvent(QEvent* event) override;
+
+    /** A window that rests says so by a dimmed frame. */
+    void paintEvent(QPaintEvent* event) override;
+
     /** The Tab key walks through the controls in this order. */
     static void setTabSequence(std::initializer_list<QWidget*> controls);
 

@@ -1,8 +1,10 @@
 #include "components/controls/msflexgrid.h"
 
+#include "components/controls/resting_palette.h"
 #include "platform/runtime_error.h"
 
 #include <QAccessible>
+#include <QEvent>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QPainter>
@@ -72,6 +74,7 @@ class Cell : public QTableWidgetItem {
 
 MSFlexGrid::MSFlexGrid(int columns, QWidget* parent)
     : QTableWidget(1, columns, parent), alignments_(columns, Qt::AlignLeft | Qt::AlignVCenter) {
+    setPalette(controls::sameWhileResting(palette()));
     setEditTriggers(QAbstractItemView::NoEditTriggers);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setSelectionMode(QAbstractItemView::SingleSelection);
@@ -140,6 +143,15 @@ void MSFlexGrid::setRedraw(bool on) {
     frozen_ = !on && isVisible() ? viewport()->grab() : QPixmap();
     redraws_ = on;
     viewport()->update();
+}
+
+// While the grid rests, for the time of an opening, its texts are read as before: it does not turn grey.
+void MSFlexGrid::changeEvent(QEvent* event) {
+    if (event->type() == QEvent::PaletteChange) {
+        // Asked for again by what this changes itself, until nothing is left to be changed.
+        setPalette(controls::sameWhileResting(palette()));
+    }
+    QTableWidget::changeEvent(event);
 }
 
 void MSFlexGrid::paintEvent(QPaintEvent* event) {

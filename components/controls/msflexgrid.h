@@ -70,6 +70,7 @@ class MSFlexGrid : public QTableWidget {
 
     void selectionChanged(const QItemSelection& chosen, const QItemSelection& before) override;
     void scrollContentsBy(int right, int down) override;
+    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QList<int>& roles = {}) override;
