@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
+#include <QShortcut>
 
 namespace {
 /** Qt tells screen readers of every window that is no dialog of its own as of something to be passed over. */
@@ -99,6 +100,11 @@ void Form::takeProgramTitle() {
     if (!email::state.WindowTitle.isNull()) {
         setWindowTitle(email::state.WindowTitle);
     }
+}
+
+void Form::closeOnEscape() {
+    auto* escape = new QShortcut(Qt::Key_Escape, this);
+    QObject::connect(escape, &QShortcut::activated, this, [this] { close(); });
 }
 
 void Form::setTabSequence(std::initializer_list<QWidget*> controls) {

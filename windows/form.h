@@ -57,6 +57,9 @@ class Form : public QWidget {
     /** A window that rests says so by a dimmed frame. */
     void paintEvent(QPaintEvent* event) override;
 
+    /** Escape closes the window, as its frame does. */
+    void closeOnEscape();
+
     /** The Tab key walks through the controls in this order. */
     static void setTabSequence(std::initializer_list<QWidget*> controls);
 

@@ -4,7 +4,6 @@
 
 #include <QLabel>
 #include <QPushButton>
-#include <QShortcut>
 #include <QVBoxLayout>
 
 frmAbout::frmAbout() : Form(QStringLiteral("frmAbout"), QStringLiteral("About Brindlewake")) {
@@ -17,8 +16,7 @@ frmAbout::frmAbout() : Form(QStringLiteral("frmAbout"), QStringLiteral("About Br
 
     cmdOkAbout = named<QPushButton>("cmdOkAbout", QStringLiteral("OK"), this);
     connectHandler(cmdOkAbout, &QPushButton::clicked, this, &frmAbout::cmdOkAbout_Click);
-    auto* escape = new QShortcut(Qt::Key_Escape, this);
-    QObject::connect(escape, &QShortcut::activated, cmdOkAbout, &QPushButton::click);
+    closeOnEscape();
 
     auto* rows = new QVBoxLayout(this);
     for (QLabel* label : {lblProduct, lblDevelopedBy, lblMaker}) {

@@ -56,7 +56,20 @@ void frmFrom::makeShortcuts() {
         QObject::connect(shortcut, &QShortcut::activated, this, action);
     };
     whenPressed(QKeySequence::Find, [this] { barFind->open(); });
-    whenPressed(Qt::Key_F3, [this] { barFind->findNext(); });
+    whenPressed(Qt::Key_F3, [this] {
+        if (barFind->isVisible()) {
+            barFind->findNext();
+        } else {
+            barFind->open();
+        }
+    });
+    whenPressed(Qt::Key_Escape, [this] {
+        if (barFind->isVisible()) {
+            barFind->close();
+        } else {
+            close();
+        }
+    });
     whenPressed(QKeySequence::ZoomIn, [this] { tMessage->zoomIn(); });
     whenPressed(QKeySequence::ZoomOut, [this] { tMessage->zoomOut(); });
     whenPressed(Qt::CTRL | Qt::Key_0, [this] { tMessage->setFont(font()); });

@@ -245,6 +245,7 @@ void frmSetup::layOut() {
                     txtSearchBase,   cboSetup,   cboPrinter,      cboSaveCopy,  cboAttachments,
                     txtSaveDir,      cboDrive,   cboDir,          cmdUpdate,    cmdExit});
     txtSchool->setFocus();
+    closeOnEscape();
     resizeToText(140, 44);
 }
 

@@ -114,6 +114,21 @@ TEST_F(SetupWindow, ClosedFromItsFrameWithNothingElseToSeeShowsTheMainWindow) {
     EXPECT_EQ(programEnds, 0);
 }
 
+TEST_F(SetupWindow, EscapeClosesItAsItsFrameDoes) {
+    openWith(school);
+    const std::string before = folder.read("tolk.ini");
+    loginWindow().setEnabled(false);
+    setupWindow().txtSchool->setText(QStringLiteral("Other School"));
+    setupWindow().bringUp();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&setupWindow()));
+    QTest::keyClick(setupWindow().cboPlayWav, Qt::Key_Escape);
+    EXPECT_FALSE(setupWindow().isVisible());
+    EXPECT_TRUE(loginWindow().isEnabled());
+    EXPECT_EQ(folder.read("tolk.ini"), before);
+    EXPECT_EQ(setupWindow().txtSchool->text(), school.Institution) << "it was unloaded";
+    EXPECT_EQ(programEnds, 0);
+}
+
 TEST_F(SetupWindow, EveryFieldShowsItsSettingAndUpdateWritesItUnderItsKey) {
     const email::SettingsFields all = {.ShowSetup = QStringLiteral("yes"),
                                        .POPServer = QStringLiteral("pop.example.org"),
