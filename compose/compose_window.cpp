@@ -1,5 +1,7 @@
 #include "email/state.h"
+#include "platform/drives.h"
 #include "platform/message_box.h"
+#include "platform/runtime_error.h"
 #include "windows/frmFrom.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
@@ -7,11 +9,27 @@
 #include "windows/wiring.h"
 
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
 #include <utility>
+
+namespace {
+/** Where a person looks for a file to attach: where the last one was, or else at home. */
+QString folderToAttachFrom() {
+    for (const QString& folder : {email::state.AttachFolder, QStringLiteral("C:\\")}) {
+        bool isThere = false;
+        const int error = platform::errorNumberOf(
+            [&] { isThere = !folder.isEmpty() && QFileInfo(platform::nativePath(folder)).isDir(); });
+        if (error == 0 && isThere) {
+            return folder;
+        }
+    }
+    return {};
+}
+} // namespace
 
 void frmMain::cmdCmpose_Click() {
     frmSend& compose = composeWindow();
@@ -33,9 +51,7 @@ void frmMain::cmdCmpose_Click() {
 void frmSend::Form_Load() {
     takeProgramTitle();
     lblSending->setText(QString());
-    const bool findAddress = email::isYes(email::settings.ShowDatabase);
-    cmdSendto->setVisible(findAddress);
-    cmdCCto->setVisible(findAddress);
+    showFindAddress(email::isYes(email::settings.ShowDatabase));
     const bool attach = email::isYes(email::settings.SendAttachments);
     cmdAttach->setEnabled(attach);
     lblAttachment->setEnabled(attach);
@@ -56,9 +72,23 @@ void frmSend::cmdCancel_Click() {
 
 void frmSend::cmdAttach_Click() {
     dlgAttach.setFilter(QStringLiteral("All Files *.* | *.*"));
-    dlgAttach.ShowOpen(this);
-    if (!dlgAttach.FileName().isEmpty()) {
-        txtAttachment->setText(dlgAttach.FileName());
+    dlgAttach.setInitDir(folderToAttachFrom());
+    const int error = platform::errorNumberOf([this] { dlgAttach.ShowOpen(this); });
+    if (!dlgAttach.isNameable() && error == platform::errors::PathFileAccess) {
+        platform::showMessage(
+            QStringLiteral("This file cannot be attached: its name, or that of a folder it lies in, has a "
+                           "backslash (\\) in it. Please copy the file to another folder or name and attach "
+                           "the copy."),
+            email::settings.Institution + QStringLiteral(" E-Mail"));
+        return;
+    }
+    if (error != 0) {
+        throw platform::RuntimeError(error);
+    }
+    const QString file = dlgAttach.FileName();
+    if (!file.isEmpty()) {
+        email::state.AttachFolder = file.first(file.lastIndexOf(u'\\') + 1);
+        txtAttachment->setText(file);
     }
 }
 

@@ -56,6 +56,9 @@ struct State {
     /** File name of the attachment that the message window offers to save. */
     std::string CurrentAttachment;
 
+    /** Drive path of the folder from which a file was attached the last time; empty before the first. */
+    QString AttachFolder;
+
     /** True only while a whole message is fetched: body lines then move the progress bar. */
     bool Retrieving = false;
 };

@@ -67,18 +67,18 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
 }
 
 void frmSend::layOut() {
-    auto* fields = new QGridLayout;
-    fields->addWidget(lblTo, 0, 0);
-    fields->addWidget(tTo, 0, 1);
-    fields->addWidget(cmdSendto, 0, 2);
-    fields->addWidget(lblCc, 1, 0);
-    fields->addWidget(tCc, 1, 1);
-    fields->addWidget(cmdCCto, 1, 2);
-    fields->addWidget(lblSubject, 2, 0);
-    fields->addWidget(tSubject, 2, 1, 1, 2);
-    fields->addWidget(lblAttachment, 3, 0);
-    fields->addWidget(txtAttachment, 3, 1);
-    fields->addWidget(cmdAttach, 3, 2);
+    fields_ = new QGridLayout;
+    fields_->addWidget(lblTo, 0, 0);
+    fields_->addWidget(tTo, 0, 1);
+    fields_->addWidget(cmdSendto, 0, 2);
+    fields_->addWidget(lblCc, 1, 0);
+    fields_->addWidget(tCc, 1, 1);
+    fields_->addWidget(cmdCCto, 1, 2);
+    fields_->addWidget(lblSubject, 2, 0);
+    fields_->addWidget(tSubject, 2, 1, 1, 2);
+    fields_->addWidget(lblAttachment, 3, 0);
+    fields_->addWidget(txtAttachment, 3, 1);
+    fields_->addWidget(cmdAttach, 3, 2);
 
     auto* foot = new QHBoxLayout;
     foot->addWidget(lblSending);
@@ -87,11 +87,21 @@ void frmSend::layOut() {
     foot->addWidget(cmdCancel);
 
     auto* rows = new QVBoxLayout(this);
-    rows->addLayout(fields);
+    rows->addLayout(fields_);
     rows->addWidget(tMessage, 1);
     rows->addLayout(foot);
 
     setTabSequence(
         {tTo, cmdSendto, tCc, cmdCCto, tSubject, txtAttachment, cmdAttach, tMessage, cmdSndit, cmdCancel});
-    resizeToText(100, 32);
+    resizeToText(116, 32);
+}
+
+void frmSend::showFindAddress(bool shown) {
+    const int columns = shown ? 1 : 2;
+    for (QLineEdit* field : {tTo, tCc}) {
+        fields_->removeWidget(field);
+        fields_->addWidget(field, field == tTo ? 0 : 1, 1, 1, columns);
+    }
+    cmdSendto->setVisible(shown);
+    cmdCCto->setVisible(shown);
 }

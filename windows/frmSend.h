@@ -12,6 +12,7 @@
 
 #include <string>
 
+class QGridLayout;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -77,6 +78,8 @@ class frmSend : public Form {
 
   private:
     void layOut();
+    /** Shows or hides both buttons; without them the fields reach as far as the one of the subject. */
+    void showFindAddress(bool shown);
     void send();
     void giveControlBack();
     void keepLetterNow();
@@ -84,6 +87,7 @@ class frmSend : public Form {
     void letterKept(int error);
     void removeKeptLetter();
 
+    QGridLayout* fields_;
     /** Of what the file holds, so that the same is not written again; 0 for nothing. */
     std::size_t keptDigest_ = 0;
     /** Milliseconds that it took to keep it the last time. */

@@ -2,6 +2,7 @@
 
 #include "platform/drives.h"
 #include "platform/nested_wait.h"
+#include "platform/runtime_error.h"
 
 #include <QFileDialog>
 #include <QStringList>
@@ -11,9 +12,16 @@
 namespace MSComDlg {
 
 namespace {
-std::function<QString()>& openDialogStandIn() {
-    static std::function<QString()> standIn;
+std::function<QString(const QString&)>& openDialogStandIn() {
+    static std::function<QString(const QString&)> standIn;
     return standIn;
+}
+
+/** The system's own path; empty where a letter stands for nothing. */
+QString folderToOpen(const QString& drivePath) {
+    QString folder;
+    const int error = platform::errorNumberOf([&] { folder = platform::nativePath(drivePath); });
+    return error == 0 ? folder : QString();
 }
 } // namespace
 
@@ -31,12 +39,16 @@ QString qtFilter(const QString& filter) {
 void CommonDialog::ShowOpen(QWidget* parent) {
     const platform::NestedWait wait;
     const auto& standIn = openDialogStandIn();
-    const QString chosen =
-        standIn ? standIn() : QFileDialog::getOpenFileName(parent, QString(), QString(), qtFilter(filter_));
+    const QString folder = folderToOpen(initDir_);
+    const QString chosen = standIn
+                               ? standIn(folder)
+                               : QFileDialog::getOpenFileName(parent, QString(), folder, qtFilter(filter_));
+    fileName_.clear();
+    nameable_ = !chosen.contains(u'\\');
     fileName_ = chosen.isEmpty() ? QString() : platform::drivePath(chosen);
 }
 
-void replaceOpenDialog(std::function<QString()> standIn) {
+void replaceOpenDialog(std::function<QString(const QString& folder)> standIn) {
     openDialogStandIn() = std::move(standIn);
 }
 

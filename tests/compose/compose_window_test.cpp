@@ -5,6 +5,7 @@
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 
+#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -93,16 +94,76 @@ TEST_F(ComposeWindowWith, SendAttachmentsTheChosenFileComesAsADrivePath) {
     start(school);
     qputenv("BRINDLEWAKE_DRIVE_D", QByteArray::fromStdString(folder.path().string()));
     folder.write("report.txt", "x");
-    MSComDlg::replaceOpenDialog([this] { return folder.qtPath("report.txt"); });
+    MSComDlg::replaceOpenDialog([this](const QString& /*folder*/) { return folder.qtPath("report.txt"); });
     EXPECT_TRUE(composeWindow().cmdAttach->isEnabled());
     EXPECT_TRUE(composeWindow().txtAttachment->isEnabled());
     composeWindow().cmdAttach->click();
     EXPECT_EQ(composeWindow().txtAttachment->text(), QStringLiteral("D:\\report.txt"));
-    MSComDlg::replaceOpenDialog([] { return QString(); });
+    MSComDlg::replaceOpenDialog([](const QString& /*folder*/) { return QString(); });
     composeWindow().cmdAttach->click();
     EXPECT_EQ(composeWindow().txtAttachment->text(), QStringLiteral("D:\\report.txt"))
         << "left without a choice";
     MSComDlg::replaceOpenDialog({});
+}
+
+TEST_F(ComposeWindowWith, AttachStartsAtHomeAndThenWhereTheLastFileWas) {
+    school.SendAttachments = QStringLiteral("yes");
+    start(school);
+    const QString home = folder.qtPath("home");
+    const QString files = folder.qtPath("home/files");
+    ASSERT_TRUE(QDir().mkpath(files));
+    qputenv("BRINDLEWAKE_DRIVE_C", home.toUtf8());
+    QStringList startedIn;
+    QString chosen;
+    MSComDlg::replaceOpenDialog([&](const QString& startFolder) {
+        startedIn.append(QDir::cleanPath(startFolder));
+        return chosen;
+    });
+    composeWindow().cmdAttach->click();
+    chosen = files + QStringLiteral("/report.txt");
+    composeWindow().cmdAttach->click();
+    unload(composeWindow());
+    chosen.clear();
+    composeWindow().cmdAttach->click();
+    ASSERT_TRUE(QDir(files).removeRecursively());
+    composeWindow().cmdAttach->click();
+    EXPECT_THAT(startedIn, ElementsAre(home, home, files, home));
+    MSComDlg::replaceOpenDialog({});
+}
+
+TEST_F(ComposeWindowWith, AFileWithABackslashInItsNameIsToldKindlyAndNotAttached) {
+    school.SendAttachments = QStringLiteral("yes");
+    start(school);
+    composeWindow().txtAttachment->setText(QStringLiteral("C:\\before.txt"));
+    MSComDlg::replaceOpenDialog([this](const QString& /*folder*/) { return folder.qtPath("a\\b.txt"); });
+    composeWindow().cmdAttach->click();
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral(
+                                "This file cannot be attached: its name, or that of a folder it lies in, has "
+                                "a backslash (\\) in it. Please copy the file to another folder or name and "
+                                "attach the copy.")));
+    EXPECT_EQ(boxes.at(0).title, school.Institution + QStringLiteral(" E-Mail"));
+    EXPECT_EQ(composeWindow().txtAttachment->text(), QStringLiteral("C:\\before.txt"));
+    MSComDlg::replaceOpenDialog({});
+}
+
+TEST_F(ComposeWindow, WithoutFindAddressTheFieldsReachAsFarAsTheSubject) {
+    mainWindow().cmdCmpose->click();
+    const frmSend& compose = composeWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&composeWindow()));
+    EXPECT_EQ(compose.tTo->geometry().right(), compose.tSubject->geometry().right());
+    EXPECT_EQ(compose.tCc->geometry().right(), compose.tSubject->geometry().right());
+}
+
+TEST_F(ComposeWindowWith, BesideFindAddressTheFieldsEndOnOneLine) {
+    school.ShowDatabase = QStringLiteral("yes");
+    start(school);
+    mainWindow().cmdCmpose->click();
+    const frmSend& compose = composeWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&composeWindow()));
+    EXPECT_LT(compose.tTo->geometry().right(), compose.cmdSendto->geometry().left());
+    EXPECT_EQ(compose.tTo->geometry().right(), compose.txtAttachment->geometry().right());
+    EXPECT_EQ(compose.tCc->geometry().right(), compose.txtAttachment->geometry().right());
+    EXPECT_EQ(compose.cmdSendto->geometry().right(), compose.tSubject->geometry().right());
 }
 
 TEST_F(ComposeWindow, TheFilterShowsAllFilesWithADotInTheirNameOrWithout) {
