@@ -4,10 +4,12 @@
 #include "platform/runtime_error.h"
 
 #include <QApplication>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QScreen>
 #include <QWindow>
 
+#include <algorithm>
 #include <utility>
 
 namespace platform {
@@ -66,6 +68,18 @@ void standAbove(QMessageBox& box, const QWidget* window) {
     place.moveCenter(window->frameGeometry().center());
     box.move(place.topLeft());
 }
+
+/** Keeps the box as wide as its title, which a window manager shows in bold, between its buttons. */
+void makeRoomForTitle(QMessageBox& dialog) {
+    QFont bold = QApplication::font();
+    bold.setBold(true);
+    const QFontMetrics metrics(bold);
+    constexpr int buttonsOfAFrame = 8; // with their margins and an icon, in lines
+    const int wanted = metrics.horizontalAdvance(dialog.windowTitle()) + buttonsOfAFrame * metrics.height();
+    const int most = dialog.screen()->availableSize().width() * 9 / 10;
+    auto* const grid = qobject_cast<QGridLayout*>(dialog.layout());
+    grid->addItem(new QSpacerItem(std::min(wanted, most), 0), grid->rowCount(), 0, 1, grid->columnCount());
+}
 } // namespace
 
 MessageAnswer showMessageBox(const MessageBox& box) {
@@ -84,6 +98,7 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     dialog.setWindowTitle(box.title);
     dialog.setStandardButtons(yesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
     dialog.setEscapeButton(yesNo ? QMessageBox::No : QMessageBox::Ok);
+    makeRoomForTitle(dialog);
     if (yesNo) {
         dialog.setDefaultButton(box.defaultAnswer == MessageAnswer::No ? QMessageBox::No : QMessageBox::Yes);
     }

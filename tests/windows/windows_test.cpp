@@ -7,6 +7,8 @@
 #include "windows/windows.h"
 #include "windows/wiring.h"
 
+#include <QApplication>
+#include <QFontMetrics>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -117,6 +119,7 @@ struct BoxSeen {
     QMessageBox::Icon icon = QMessageBox::NoIcon;
     QMessageBox::StandardButtons buttons;
     QRect place;
+    int width = 0;
 };
 
 class RealMessageBox : public Windows {
@@ -134,7 +137,7 @@ class RealMessageBox : public Windows {
                 auto* real = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                 ASSERT_NE(real, nullptr);
                 seen = {real->windowTitle(), real->text(), real->icon(), real->standardButtons(),
-                        real->frameGeometry()};
+                        real->frameGeometry(), real->width()};
                 QTest::keyClick(real, key, held);
             });
         return platform::showMessageBox(box);
@@ -153,6 +156,20 @@ TEST_F(RealMessageBox, ShowsTextTitleIconAndButton) {
     EXPECT_EQ(seen.text, QStringLiteral("Text <b>as it is</b>"));
     EXPECT_EQ(seen.icon, QMessageBox::Warning);
     EXPECT_EQ(seen.buttons, QMessageBox::Ok);
+}
+
+TEST_F(RealMessageBox, ALongTitleIsNotCutByItsFrame) {
+    const QString title = QStringLiteral("The Royal Grammar School of Saint Cuthbert at Lower E-Mail");
+    show({QStringLiteral("Short."), title, platform::MessageIcon::None, platform::MessageButtons::Ok},
+         Qt::Key_Return);
+    QFont bold = QApplication::font();
+    bold.setBold(true);
+    const QFontMetrics metrics(bold);
+    EXPECT_GE(seen.width, metrics.horizontalAdvance(title) + 8 * metrics.height());
+    show({QStringLiteral("Short."), QString(3'000, u'W'), platform::MessageIcon::None,
+          platform::MessageButtons::Ok},
+         Qt::Key_Return);
+    EXPECT_LE(seen.width, QApplication::primaryScreen()->availableSize().width());
 }
 
 TEST_F(RealMessageBox, EscapeMeansNo) {
