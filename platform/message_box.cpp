@@ -1,6 +1,7 @@
 #include "platform/message_box.h"
 
 #include "platform/nested_wait.h"
+#include "platform/reading_order.h"
 #include "platform/runtime_error.h"
 
 #include <QApplication>
@@ -94,7 +95,7 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     dialog.setObjectName(QStringLiteral("messageBox"));
     dialog.setIcon(iconOf(box.icon));
     dialog.setTextFormat(Qt::PlainText);
-    dialog.setText(box.text);
+    dialog.setText(QApplication::isRightToLeft() ? inItsOwnOrder(box.text) : box.text);
     dialog.setWindowTitle(box.title);
     dialog.setStandardButtons(yesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
     dialog.setEscapeButton(yesNo ? QMessageBox::No : QMessageBox::Ok);

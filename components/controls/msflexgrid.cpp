@@ -1,6 +1,7 @@
 #include "components/controls/msflexgrid.h"
 
 #include "components/controls/resting_palette.h"
+#include "platform/reading_order.h"
 #include "platform/runtime_error.h"
 
 #include <QAccessible>
@@ -49,6 +50,9 @@ class CellPainter : public QStyledItemDelegate {
         }
         // The chosen row is seen as well where another window has the keyboard.
         option->state |= QStyle::State_Active;
+        if (option->direction == Qt::RightToLeft) {
+            option->text = platform::inItsOwnOrder(option->text);
+        }
         // A row is one line high: what hangs from its top and what is centred stand on one line.
         option->displayAlignment = (option->displayAlignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
     }

@@ -1,0 +1,59 @@
+// Where windows read from right to left, addresses and sizes still read as they are written.
+
+#include "components/controls/msflexgrid.h"
+#include "platform/message_box.h"
+#include "tests/support/window_test.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QMessageBox>
+#include <QTest>
+
+using MSFlexGridLib::MSFlexGrid;
+
+namespace {
+class RightToLeft : public support::WindowTest {
+  protected:
+    RightToLeft() { QApplication::setLayoutDirection(Qt::RightToLeft); }
+
+    ~RightToLeft() override { QApplication::setLayoutDirection(Qt::LeftToRight); }
+
+    /** How a list shows the text in its only cell. */
+    static QImage shownAs(const QString& text) {
+        MSFlexGrid grid(1);
+        grid.setRows(2);
+        grid.setTextMatrix(1, 0, text);
+        grid.setColWidth(0, 300);
+        grid.resize(320, 100);
+        EXPECT_EQ(grid.TextMatrix(1, 0), text);
+        return grid.viewport()->grab().toImage();
+    }
+};
+} // namespace
+
+TEST_F(RightToLeft, TheListShowsSizesAndAddressesInTheirOwnOrder) {
+    for (const QString& text :
+         {QStringLiteral("(1234 bytes)"), QStringLiteral("Ann Smith <ann@example.org>")}) {
+        // With a mark that sets the direction, which is what a person expects to see without one.
+        const QString marked = u'\u202A' + text + u'\u202C';
+        EXPECT_EQ(shownAs(text), shownAs(marked)) << text.toStdString();
+    }
+}
+
+TEST_F(RightToLeft, ABoxShowsEachLineInItsOwnOrderAndIsAskedWithNoMarks) {
+    platform::replaceMessageBox({});
+    QString shown;
+    const support::WhenItHolds opened(
+        [] {
+            const QWidget* modal = QApplication::activeModalWidget();
+            return modal != nullptr && modal->isActiveWindow();
+        },
+        [&shown] {
+            auto* real = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            ASSERT_NE(real, nullptr);
+            shown = real->text();
+            QTest::keyClick(real, Qt::Key_Return);
+        });
+    platform::showMessage(QStringLiteral("Saved to: C:\\a.txt\n(12 bytes)"), QStringLiteral("Title"));
+    EXPECT_EQ(shown, QStringLiteral("\u2068Saved to: C:\\a.txt\u2069\n\u2068(12 bytes)\u2069"));
+}
