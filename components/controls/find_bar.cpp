@@ -1,16 +1,15 @@
 #include "components/controls/find_bar.h"
 
+#include "components/controls/text_box.h"
+
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QPushButton>
-#include <QTextDocument>
 
 namespace controls {
 
-FindBar::FindBar(QPlainTextEdit* box, QWidget* parent) : QWidget(parent), box_(box) {
+FindBar::FindBar(TextBox* box, QWidget* parent) : QWidget(parent), box_(box) {
     auto* label = new QLabel(QStringLiteral("F&ind:"));
     txtFind = new QLineEdit;
     txtFind->setObjectName(QStringLiteral("txtFind"));
@@ -32,25 +31,31 @@ FindBar::FindBar(QPlainTextEdit* box, QWidget* parent) : QWidget(parent), box_(b
     row->addWidget(lblFound);
 
     connect(txtFind, &QLineEdit::returnPressed, this, &FindBar::findNext);
-    connect(txtFind, &QLineEdit::textEdited, lblFound, &QLabel::clear);
+    connect(txtFind, &QLineEdit::textEdited, this, &FindBar::forgetResult);
     connect(cmdNext, &QPushButton::clicked, this, &FindBar::findNext);
     connect(cmdPrevious, &QPushButton::clicked, this, &FindBar::findPrevious);
+    box_->Filled = [this] {
+        if (waitsBackward_) {
+            find(*waitsBackward_);
+        }
+    };
     hide();
 }
 
 void FindBar::open() {
-    const QString chosen = box_->textCursor().selectedText();
+    const QString chosen = box_->chosenText();
     // A choice over several lines is no word to look for.
-    if (!chosen.isEmpty() && !chosen.contains(QChar::ParagraphSeparator)) {
+    if (!chosen.isEmpty() && !chosen.contains(u'\n')) {
         txtFind->setText(chosen);
     }
-    lblFound->clear();
+    forgetResult();
     show();
     txtFind->setFocus();
     txtFind->selectAll();
 }
 
 void FindBar::close() {
+    forgetResult();
     hide();
     box_->setFocus();
 }
@@ -63,33 +68,35 @@ void FindBar::findPrevious() {
     find(true);
 }
 
+void FindBar::forgetResult() {
+    waitsBackward_.reset();
+    lblFound->clear();
+}
+
 void FindBar::find(bool backward) {
+    forgetResult();
     const QString wanted = txtFind->text();
     if (wanted.isEmpty()) {
         return;
     }
-    const auto direction = backward ? QTextDocument::FindBackward : QTextDocument::FindFlags();
-    if (box_->find(wanted, direction)) {
-        lblFound->clear();
+    if (box_->findText(wanted, backward)) {
+        return;
+    }
+    if (box_->isFilling()) {
+        waitsBackward_ = backward;
+        lblFound->setText(QStringLiteral("Waiting for the rest of the text..."));
         return;
     }
     const QTextCursor before = box_->textCursor();
     box_->moveCursor(backward ? QTextCursor::End : QTextCursor::Start);
-    if (box_->find(wanted, direction)) {
+    if (box_->findText(wanted, backward)) {
         lblFound->setText(backward ? QStringLiteral("Went on from the end")
                                    : QStringLiteral("Went on from the start"));
         return;
     }
     box_->setTextCursor(before);
-    lblFound->setText(QStringLiteral("Not found"));
-}
-
-void FindBar::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape) {
-        close();
-        return;
-    }
-    QWidget::keyPressEvent(event);
+    lblFound->setText(box_->bytesNotShown() == 0 ? QStringLiteral("Not found")
+                                                 : QStringLiteral("Not found in what is shown"));
 }
 
 } // namespace controls

@@ -2,21 +2,24 @@
 
 #include <QWidget>
 
+#include <optional>
+
 class QLabel;
 class QLineEdit;
-class QPlainTextEdit;
 class QPushButton;
 
 namespace controls {
 
+class TextBox;
+
 /**
- * A row below a text box that finds text in it. It is hidden until it is opened, and Escape closes it.
- * Letters count in either case.
+ * A row below a text box that finds text in it. It is hidden until it is opened. Letters count in either
+ * case. Where the text has still to appear, finding waits for it and says so.
  */
 class FindBar : public QWidget {
   public:
     /** The box must outlive the bar. */
-    FindBar(QPlainTextEdit* box, QWidget* parent);
+    FindBar(TextBox* box, QWidget* parent);
 
     /** Shows the bar, with what is chosen in the box as the text to find, and puts the focus into it. */
     void open();
@@ -34,13 +37,13 @@ class FindBar : public QWidget {
     QPushButton* cmdPrevious;
     QLabel* lblFound;
 
-  protected:
-    void keyPressEvent(QKeyEvent* event) override;
-
   private:
     void find(bool backward);
+    void forgetResult();
 
-    QPlainTextEdit* box_;
+    TextBox* box_;
+    /** The direction of a search that waits for the rest of the text. */
+    std::optional<bool> waitsBackward_;
 };
 
 } // namespace controls

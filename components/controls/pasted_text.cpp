@@ -4,6 +4,8 @@
 
 #include <QStringView>
 
+#include <utility>
+
 namespace controls {
 
 namespace {
@@ -32,6 +34,7 @@ std::optional<QString> pastableText(const QString& text) {
     if (unified.count(u'\n') >= kMostPastedLines) {
         return std::nullopt;
     }
+    unified = holdable(std::move(unified));
     QString lines;
     lines.reserve(unified.size() + unified.size() / kLongestLine);
     for (QStringView rest = unified; !rest.isEmpty();) {
@@ -40,7 +43,7 @@ std::optional<QString> pastableText(const QString& text) {
         if (length > kLongestLine) {
             const qsizetype taken = breakIn(rest);
             lines += rest.first(taken);
-            lines += u'\n';
+            lines += kShownBreak;
             rest = rest.sliced(taken);
             continue;
         }
@@ -48,7 +51,7 @@ std::optional<QString> pastableText(const QString& text) {
         lines += rest.first(taken);
         rest = rest.sliced(taken);
     }
-    return holdable(std::move(lines));
+    return lines;
 }
 
 } // namespace controls

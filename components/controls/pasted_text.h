@@ -12,8 +12,8 @@ inline constexpr qsizetype kMostPastedLines = 60'000;
 
 /**
  * A text from elsewhere as a text box can hold it; nothing when it is too much. A line of more than
- * kLongestShownLine characters is broken, behind a blank where there is one: it goes out on many lines in any
- * case (RFC 5322 section 2.1.1), and whole it would take minutes to lay out.
+ * kLongestShownLine characters is broken for showing (kShownBreak), behind a blank where there is one: whole
+ * it would take minutes to lay out.
  */
 std::optional<QString> pastableText(const QString& text);
 

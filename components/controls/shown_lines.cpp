@@ -25,7 +25,7 @@ std::size_t ShownLines::lineLength() {
         lineFeed_ = text_.find('\n', position_);
     }
     const std::size_t end = std::min(carriageReturn_, lineFeed_);
-    if (end != std::string_view::npos && end - position_ < kLongestShownLine) {
+    if (end != std::string_view::npos && end - position_ <= kLongestShownLine) {
         return end - position_ + (end == carriageReturn_ && lineFeed_ == end + 1 ? 2 : 1);
     }
     return platform::wholeCharacters(text_.substr(position_), kLongestShownLine);

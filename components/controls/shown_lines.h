@@ -10,6 +10,9 @@ namespace controls {
 /** Bytes of one line that are shown together: one line of many megabytes would take minutes to lay out. */
 inline constexpr std::size_t kLongestShownLine = 10'000;
 
+/** In a text for a box: a break for showing, where no line ends. holdable() leaves none from elsewhere. */
+inline constexpr QChar kShownBreak = u'\uFDD0';
+
 /**
  * Cuts a text into the lines that a text box shows, one after the other. CR LF, CR and LF end a line; one
  * that is too long is cut between two characters. A text has one line more than line ends. The time is in

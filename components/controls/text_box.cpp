@@ -1,12 +1,14 @@
 #include "components/controls/text_box.h"
 
 #include "components/controls/pasted_text.h"
+#include "components/controls/shown_breaks.h"
 #include "components/controls/shown_lines.h"
 #include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
 
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMimeData>
 #include <QTextBlock>
@@ -104,7 +106,7 @@ void TextBox::fill() {
     std::size_t filled = filledLines_;
     for (std::size_t bytes = 0; filled < lineStarts_.size() && bytes < kPieceBytes; ++filled) {
         if (filled > 0) {
-            piece += u'\n';
+            piece += lineEnd(line(filled - 1)).empty() ? kShownBreak : QChar(u'\n');
         }
         piece += shownLine(line(filled));
         bytes += line(filled).size() + 1;
@@ -113,7 +115,7 @@ void TextBox::fill() {
         const platform::WhileTrue filling(filling_);
         QTextCursor end(document());
         end.movePosition(QTextCursor::End);
-        end.insertText(piece);
+        insertShown(end, piece);
     }
     if (std::exchange(filledLines_, filled) == 0) {
         moveCursor(QTextCursor::Start);
@@ -136,6 +138,9 @@ void TextBox::endFilling() {
     document()->setUndoRedoEnabled(true);
     setTextInteractionFlags(whenFilled_);
     untouchedAtTop_ = untouchedAtBottom_ = lineStarts_.size();
+    if (Filled) {
+        Filled();
+    }
 }
 
 void TextBox::tellWhatIsNotShown() {
@@ -190,7 +195,7 @@ std::string TextBox::bytes() const {
     QTextBlock block = document()->findBlockByNumber(static_cast<int>(untouchedAtTop_));
     for (std::size_t number = untouchedAtTop_; number < lines - bottom; ++number, block = block.next()) {
         text += typed(block.text());
-        if (number + 1 < lines) {
+        if (number + 1 < lines && !continuesLine(block.next())) {
             text += "\r\n";
         }
     }
@@ -216,6 +221,41 @@ QString TextBox::shownText() const {
         text += shownLine(whole) + QLatin1String(lineEnd(whole));
     }
     return text;
+}
+
+QString TextBox::chosenText() const {
+    const QTextCursor cursor = textCursor();
+    return textBetween(*document(), cursor.selectionStart(), cursor.selectionEnd());
+}
+
+bool TextBox::findText(const QString& wanted, bool backward) {
+    const QTextCursor cursor = textCursor();
+    const int from = backward ? cursor.selectionStart() : cursor.selectionEnd();
+    const QTextCursor found = findShown(*document(), wanted, from, backward);
+    if (!found.isNull()) {
+        setTextCursor(found);
+    }
+    return !found.isNull();
+}
+
+// Qt's own would have a line end in the place of each break.
+QMimeData* TextBox::createMimeDataFromSelection() const {
+    auto plain = std::make_unique<QMimeData>();
+    plain->setText(chosenText());
+    return plain.release();
+}
+
+void TextBox::keyPressEvent(QKeyEvent* event) {
+    const bool writable = textInteractionFlags().testFlag(Qt::TextEditable);
+    if (writable) {
+        if (const QTextCursor beside = besideWhatIsDeleted(textCursor(), *event); beside != textCursor()) {
+            setTextCursor(beside);
+        }
+    }
+    QPlainTextEdit::keyPressEvent(event);
+    if (writable && event->matches(QKeySequence::InsertParagraphSeparator)) {
+        makeLineEnd(textCursor());
+    }
 }
 
 bool TextBox::canInsertFromMimeData(const QMimeData* source) const {
@@ -253,7 +293,7 @@ void TextBox::takeIn(const QString& text) {
                         static_cast<std::size_t>(document()->characterCount() + lines->size()) +
                     memoryPerLine * static_cast<std::size_t>(lines->count(u'\n') + 1));
     QTextCursor cursor = textCursor();
-    cursor.insertText(*lines);
+    insertShown(cursor, *lines);
     setTextCursor(cursor);
     ensureCursorVisible();
 }

@@ -3,6 +3,7 @@
 #include <QPlainTextEdit>
 #include <QTimer>
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,9 +17,9 @@ namespace controls {
  * not changed it, although a text box keeps neither line ends nor every character.
  *
  * A long text appears piece by piece, so that the window never stands still; until it is complete it can be
- * read but not written into. A line that is longer than kLongestShownLine is shown on several. Of a text that
- * is longer than a person reads, only the start is shown, and a line below it says how much is not; what is
- * not shown stays part of the text.
+ * read but not written into. A line that is longer than kLongestShownLine is shown on several, and stays one
+ * in all that is copied, found or taken out. Of a text that is longer than a person reads, only the start is
+ * shown, and a line below it says how much is not; what is not shown stays part of the text.
  *
  * Only plain text can be pasted or dropped into it, and only so much that the window lives on.
  */
@@ -53,7 +54,21 @@ class TextBox : public QPlainTextEdit {
     /** Bytes at the end of the text that are not shown, however long one waits. */
     std::size_t bytesNotShown() const { return original_.size() - shownEnd_; }
 
+    /** What is chosen, as a clipboard has it: "\n" ends a line. */
+    QString chosenText() const;
+
+    /**
+     * Chooses the next place where the text is, behind what is chosen or before it; false when what has
+     * appeared so far has none. Letters count in either case.
+     */
+    bool findText(const QString& wanted, bool backward);
+
+    /** Runs when all that is shown of a text has appeared. It must not throw. */
+    std::function<void()> Filled;
+
   protected:
+    QMimeData* createMimeDataFromSelection() const override;
+    void keyPressEvent(QKeyEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
     void resizeEvent(QResizeEvent* event) override;

@@ -5,6 +5,7 @@
 
 using controls::kMostPastedCharacters;
 using controls::kMostPastedLines;
+using controls::kShownBreak;
 using controls::pastableText;
 
 namespace {
@@ -27,8 +28,8 @@ TEST(PastedText, WhatABoxCannotHoldIsASign) {
 
 TEST(PastedText, ALineThatIsTooLongIsBrokenBehindItsLastBlank) {
     const QString words = letters(kLongest - 100) + u' ';
-    EXPECT_EQ(pastableText(words + letters(200)), words + u'\n' + letters(200));
-    EXPECT_EQ(pastableText(letters(kLongest + 1)), letters(kLongest) + QStringLiteral("\nx"));
+    EXPECT_EQ(pastableText(words + letters(200)), words + kShownBreak + letters(200));
+    EXPECT_EQ(pastableText(letters(kLongest + 1)), letters(kLongest) + kShownBreak + u'x');
     EXPECT_EQ(pastableText(letters(kLongest)), letters(kLongest));
     EXPECT_EQ(pastableText(letters(kLongest) + QStringLiteral("\nx")),
               letters(kLongest) + QStringLiteral("\nx"));
@@ -36,7 +37,7 @@ TEST(PastedText, ALineThatIsTooLongIsBrokenBehindItsLastBlank) {
 
 TEST(PastedText, ACharacterIsNeverBroken) {
     const QString envelope = QStringLiteral("\U0001F4E7");
-    EXPECT_EQ(pastableText(letters(kLongest - 1) + envelope), letters(kLongest - 1) + u'\n' + envelope);
+    EXPECT_EQ(pastableText(letters(kLongest - 1) + envelope), letters(kLongest - 1) + kShownBreak + envelope);
 }
 
 TEST(PastedText, TooMuchIsNotTakenAtAll) {

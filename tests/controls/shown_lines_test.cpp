@@ -34,6 +34,9 @@ TEST(ShownLines, ALineThatIsTooLongIsCutBetweenTwoCharacters) {
     const std::string most(controls::kLongestShownLine, 'x');
     EXPECT_THAT(linesOf(most + "yz\n"), ElementsAre(most, "yz\n", ""));
     EXPECT_THAT(linesOf(most.substr(1) + "\xc3\xa4\n"), ElementsAre(most.substr(1), "\xc3\xa4\n", ""));
+    EXPECT_THAT(linesOf(most + "\r\n"), ElementsAre(most + "\r\n", ""));
+    EXPECT_THAT(linesOf(most + most + "\ny"), ElementsAre(most, most + "\n", "y"));
+    EXPECT_THAT(linesOf(most + most), ElementsAre(most, most));
     EXPECT_THAT(linesOf(most.substr(1) + "\r\n"), ElementsAre(most.substr(1) + "\r\n", ""));
 }
 

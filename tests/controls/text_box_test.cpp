@@ -1,36 +1,14 @@
-#include "components/controls/text_box.h"
-#include "tests/support/application.h"
+#include "tests/controls/text_box_fixture.h"
 
-#include <QApplication>
 #include <QLabel>
 #include <QScrollBar>
-#include <QTest>
-#include <QTextBlock>
-#include <gtest/gtest.h>
 
 #include <string>
 
 using controls::TextBox;
+using support::TextBoxTest;
 
 namespace {
-class TextBoxTest : public testing::Test {
-  protected:
-    void fillWith(const std::string& text) {
-        box.setBytes(text);
-        ASSERT_TRUE(QTest::qWaitFor([this] { return !box.isFilling(); }, 30'000));
-    }
-
-    /** Types in front of the numbered line. */
-    void typeAt(int line, const QString& text) {
-        QTextCursor cursor(box.document()->findBlockByNumber(line));
-        box.setTextCursor(cursor);
-        QTest::keyClicks(&box, text);
-    }
-
-    QApplication& application = support::application();
-    TextBox box;
-};
-
 std::string manyLines(int count) {
     std::string text;
     for (int line = 0; line < count; ++line) {

@@ -1,7 +1,9 @@
-// The keys of the message window.
+// The keys of the message window, and finding in its text.
 
+#include "components/controls/text_box.h"
 #include "tests/reader/windows/reader_fixture.h"
 
+using controls::TextBox;
 using support::ReaderTest;
 
 namespace {
@@ -14,7 +16,28 @@ class MessageKeys : public ReaderTest {
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
         window().tMessage->setBytes(text);
     }
+
+    static void waitUntilFilled() {
+        ASSERT_TRUE(QTest::qWaitFor([] { return !window().tMessage->isFilling(); }, 60'000));
+    }
+
+    static void find(const QString& text) {
+        QTest::keyClick(&window(), Qt::Key_F, Qt::ControlModifier);
+        window().barFind->txtFind->setText(text);
+        QTest::keyClick(window().barFind->txtFind, Qt::Key_Return);
+    }
+
+    static QString told() { return window().barFind->lblFound->text(); }
 };
+
+/** More than appears at once. */
+std::string longText(const std::string& lastLine) {
+    std::string text;
+    for (int line = 0; line < 60'000; ++line) {
+        text += "line " + std::to_string(line) + "\r\n";
+    }
+    return text + lastLine;
+}
 } // namespace
 
 TEST_F(MessageKeys, EscapeClosesTheFindBarFirstWhereverTheFocusIsAndThenTheWindow) {
@@ -68,4 +91,60 @@ TEST_F(MessageKeys, F3OpensTheBarAndThenFindsTheNextPlace) {
     EXPECT_EQ(window().tMessage->textCursor().selectionEnd(), 4);
     QTest::keyClick(&window(), Qt::Key_F3);
     EXPECT_EQ(window().tMessage->textCursor().selectionEnd(), 13);
+}
+
+TEST_F(MessageKeys, FindWaitsForWhatHasNotAppearedYetAndSaysSo) {
+    for (const bool backward : {false, true}) {
+        if (!backward) {
+            openText(longText("the needle"));
+        } else {
+            window().tMessage->setBytes(longText("the needle"));
+        }
+        ASSERT_TRUE(window().tMessage->isFilling());
+        find(QStringLiteral("needle"));
+        if (backward) {
+            window().barFind->cmdPrevious->click();
+        }
+        ASSERT_TRUE(window().tMessage->isFilling()) << "nothing is waited for";
+        EXPECT_EQ(told(), QStringLiteral("Waiting for the rest of the text..."));
+        EXPECT_FALSE(window().tMessage->textCursor().hasSelection());
+        waitUntilFilled();
+        EXPECT_EQ(window().tMessage->textCursor().selectedText(), QStringLiteral("needle"));
+        EXPECT_EQ(told(), backward ? QStringLiteral("Went on from the end") : QString());
+    }
+}
+
+TEST_F(MessageKeys, ASearchThatWaitsEndsWithItsBarOrWithAnotherWord) {
+    openText(longText("the needle"));
+    find(QStringLiteral("needle"));
+    QTest::keyClicks(window().barFind->txtFind, QStringLiteral("s"));
+    EXPECT_EQ(told(), QString());
+    window().barFind->cmdNext->click();
+    EXPECT_EQ(told(), QStringLiteral("Waiting for the rest of the text..."));
+    QTest::keyClick(&window(), Qt::Key_Escape);
+    waitUntilFilled();
+    EXPECT_EQ(told(), QString());
+    EXPECT_EQ(window().tMessage->textCursor().position(), 0);
+}
+
+TEST_F(MessageKeys, AWordThatABreakForShowingCutsIsFound) {
+    const std::string start(9'997, 'x');
+    openText(start + "needle in a line\r\n");
+    waitUntilFilled();
+    ASSERT_EQ(window().tMessage->document()->blockCount(), 3);
+    find(QStringLiteral("Needle in"));
+    EXPECT_EQ(told(), QString());
+    EXPECT_EQ(window().tMessage->chosenText(), QStringLiteral("needle in"));
+    window().barFind->close();
+    QTest::keyClick(&window(), Qt::Key_F, Qt::ControlModifier);
+    EXPECT_EQ(window().barFind->txtFind->text(), QStringLiteral("needle in"))
+        << "what is chosen is looked for";
+}
+
+TEST_F(MessageKeys, WhatIsNotShownIsNotFoundAndTheBarSaysWhy) {
+    openText(std::string(TextBox::kMostShownLines, '\n') + "needle");
+    waitUntilFilled();
+    ASSERT_EQ(window().tMessage->bytesNotShown(), 6U);
+    find(QStringLiteral("needle"));
+    EXPECT_EQ(told(), QStringLiteral("Not found in what is shown"));
 }
