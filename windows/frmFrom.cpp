@@ -72,7 +72,7 @@ void frmFrom::makeShortcuts() {
     });
     whenPressed(QKeySequence::ZoomIn, [this] { tMessage->zoomIn(); });
     whenPressed(QKeySequence::ZoomOut, [this] { tMessage->zoomOut(); });
-    whenPressed(Qt::CTRL | Qt::Key_0, [this] { tMessage->setFont(font()); });
+    whenPressed(Qt::CTRL | Qt::Key_0, [this] { tMessage->showAtNormalSize(); });
 }
 
 void frmFrom::layOut() {
@@ -101,5 +101,5 @@ void frmFrom::layOut() {
     // The Tab key takes the controls in the order in which they are worked with: what one reads comes first.
     setTabSequence({tMessage, cmdReply, cmdFwrd, CmdPrint, cmdDone, txtFrom, txtSubject, txtAttachments,
                     cmdSave, barFind->txtFind, barFind->cmdNext, barFind->cmdPrevious});
-    resizeToText(110, 38);
+    resizeToText(116, 38);
 }

@@ -8,6 +8,7 @@
 #include "platform/text.h"
 #include "platform/while_true.h"
 
+#include <QFontDatabase>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMimeData>
@@ -34,6 +35,21 @@ void mustHaveRoomFor(std::size_t bytes) {
     static_cast<volatile char&>(room[0]) = 0;
 }
 
+/** Letters of one width, as authors line up their mail; the size is left to the window. */
+QFont fontOfMail() {
+    QFont font;
+    font.setFamilies(QFontDatabase::systemFont(QFontDatabase::FixedFont).families());
+    font.setStyleHint(QFont::Monospace);
+    return font;
+}
+
+/** The family of the program's other texts. */
+QFont fontOfNotes() {
+    QFont font;
+    font.setFamilies(QFont().families());
+    return font;
+}
+
 std::string typed(const QString& text) {
     QString lines = text;
     return platform::toBytes(lines.replace(kLineSeparator, QStringLiteral("\r\n")));
@@ -41,6 +57,8 @@ std::string typed(const QString& text) {
 } // namespace
 
 TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent), lblNotShown_(new QLabel(this)) {
+    setFont(fontOfMail());
+    lblNotShown_->setFont(fontOfNotes());
     lblNotShown_->setObjectName(QStringLiteral("lblNotShown"));
     lblNotShown_->setTextFormat(Qt::PlainText);
     lblNotShown_->setWordWrap(true);
@@ -226,6 +244,10 @@ QString TextBox::shownText() const {
 QString TextBox::chosenText() const {
     const QTextCursor cursor = textCursor();
     return textBetween(*document(), cursor.selectionStart(), cursor.selectionEnd());
+}
+
+void TextBox::showAtNormalSize() {
+    setFont(fontOfMail());
 }
 
 bool TextBox::findText(const QString& wanted, bool backward) {

@@ -63,6 +63,9 @@ class TextBox : public QPlainTextEdit {
      */
     bool findText(const QString& wanted, bool backward);
 
+    /** Takes back what made the text larger or smaller. */
+    void showAtNormalSize();
+
     /** Runs when all that is shown of a text has appeared. It must not throw. */
     std::function<void()> Filled;
 

@@ -3,6 +3,9 @@
 #include "components/controls/text_box.h"
 #include "tests/reader/windows/reader_fixture.h"
 
+#include <QFontDatabase>
+#include <QFontMetrics>
+
 using controls::TextBox;
 using support::ReaderTest;
 
@@ -147,4 +150,34 @@ TEST_F(MessageKeys, WhatIsNotShownIsNotFoundAndTheBarSaysWhy) {
     ASSERT_EQ(window().tMessage->bytesNotShown(), 6U);
     find(QStringLiteral("needle"));
     EXPECT_EQ(told(), QStringLiteral("Not found in what is shown"));
+}
+
+TEST_F(MessageKeys, MailIsShownInLettersOfOneWidthAndStaysSoWhenItIsEnlarged) {
+    openText("text");
+    const QString family = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    const auto hasOneWidth = [&family](const TextBox& box) {
+        const QFontMetrics metrics(box.document()->defaultFont());
+        return box.font().family() == family && metrics.horizontalAdvance(QStringLiteral("iiii")) ==
+                                                    metrics.horizontalAdvance(QStringLiteral("WWWW"));
+    };
+    const double size = window().font().pointSizeF();
+    TextBox& box = *window().tMessage;
+    EXPECT_TRUE(hasOneWidth(box)) << box.font().family().toStdString();
+    EXPECT_EQ(box.font().pointSizeF(), size);
+    QTest::keyClick(&window(), Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_TRUE(hasOneWidth(box));
+    EXPECT_GT(box.font().pointSizeF(), size);
+    QTest::keyClick(&window(), Qt::Key_0, Qt::ControlModifier);
+    EXPECT_TRUE(hasOneWidth(box));
+    EXPECT_EQ(box.font().pointSizeF(), size);
+    EXPECT_NE(window().txtFrom->font().family(), family);
+    EXPECT_TRUE(hasOneWidth(*composeWindow().tMessage));
+    EXPECT_EQ(composeWindow().tMessage->font().pointSizeF(), size);
+}
+
+TEST_F(MessageKeys, EightyLettersFitOnALineOfAMessageAndOfALetter) {
+    openText("text");
+    for (const TextBox* box : {window().tMessage, composeWindow().tMessage}) {
+        EXPECT_GT(box->width(), QFontMetrics(box->font()).horizontalAdvance(QString(80, u'W')) + 40);
+    }
 }
