@@ -40,6 +40,7 @@ class SoundLibrary {
 
   private:
     using Play = int (*)(ca_context*, std::uint32_t, ...);
+
     /** ALSA, on which the sound library stands, would write about a missing device on the standard error. */
     void silenceAlsa() {
         const auto setErrorHandler =

@@ -136,8 +136,8 @@ class RealMessageBox : public Windows {
             [&] {
                 auto* real = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                 ASSERT_NE(real, nullptr);
-                seen = {real->windowTitle(), real->text(), real->icon(), real->standardButtons(),
-                        real->frameGeometry(), real->width()};
+                seen = {real->windowTitle(),     real->text(),          real->icon(),
+                        real->standardButtons(), real->frameGeometry(), real->width()};
                 QTest::keyClick(real, key, held);
             });
         return platform::showMessageBox(box);
