@@ -89,11 +89,10 @@ void Form::rest() {
     setEnabled(false);
 }
 
-void Form::showEvent(QShowEvent* event) {
+void Form::letReturnPressButtons() {
     for (QPushButton* button : findChildren<QPushButton*>()) {
         button->setAutoDefault(true);
     }
-    QWidget::showEvent(event);
 }
 
 void Form::takeProgramTitle() {

@@ -37,9 +37,6 @@ class Form : public QWidget {
     /** Takes the title that start-up has found in the settings; without one the window keeps its own. */
     void takeProgramTitle();
 
-    /** Return presses the button that has the keyboard, as Space does. */
-    void showEvent(QShowEvent* event) override;
-
     /** A disabled window cannot be closed; any other one is unloaded. */
     void closeEvent(QCloseEvent* event) override;
 
@@ -67,6 +64,9 @@ class Form : public QWidget {
     void resizeToText(int letters, int lines);
 
   private:
+    /** Return presses the button that has the keyboard, as Space does. */
+    void letReturnPressButtons();
+
     KeptFocus keptFocus_{*this};
     bool hourglass_ = false;
     /** Parts with pointers of their own, and what these are without the hourglass. */

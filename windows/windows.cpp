@@ -143,6 +143,7 @@ void standInTheMiddle(Form& window, const Form* opener) {
 } // namespace
 
 void Form::showEvent(QShowEvent* event) {
+    letReturnPressButtons();
     QWidget::showEvent(event);
     // Some other program has only brought it back.
     if (event->spontaneous()) {
