@@ -111,6 +111,7 @@ void frmMain::layOut() {
     resizeToText(150, 32);
     layout()->activate();
     openAsWideAsTheDatesNeed();
+    layout()->invalidate();
     // Start-up divides the grid's width among its columns, before the window is first seen.
     layout()->activate();
 }

@@ -10,7 +10,6 @@
 #include <QHelpEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyleOptionFocusRect>
 #include <QStyledItemDelegate>
 #include <QToolTip>
 
@@ -210,12 +209,10 @@ void MSFlexGrid::paintFocus() {
     if (!hasFocus()) {
         return;
     }
-    QStyleOptionFocusRect option;
-    option.initFrom(viewport());
-    option.rect = viewport()->rect();
-    option.state |= QStyle::State_KeyboardFocusChange;
+    // Not the style's own mark, which would tint all rows.
     QPainter painter(viewport());
-    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+    painter.setPen(palette().color(QPalette::Active, QPalette::Highlight));
+    painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
 }
 
 // What is on the screen is moved along, and so would be the frame of the keyboard.
