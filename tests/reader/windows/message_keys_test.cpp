@@ -177,6 +177,8 @@ TEST_F(MessageKeys, MailIsShownInLettersOfOneWidthAndStaysSoWhenItIsEnlarged) {
 
 TEST_F(MessageKeys, EightyLettersFitOnALineOfAMessageAndOfALetter) {
     openText("text");
+    composeWindow().show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&composeWindow()));
     for (const TextBox* box : {window().tMessage, composeWindow().tMessage}) {
         EXPECT_GT(box->width(), QFontMetrics(box->font()).horizontalAdvance(QString(80, u'W')) + 40);
     }
