@@ -41,7 +41,9 @@ void placeBeside(const QRect& leftFree, const QWidget& opener, QMessageBox& box)
     box.ensurePolished();
     const QSize size = box.sizeHint() + frame;
     const int left = opener.frameGeometry().center().x() - size.width() / 2;
-    const int below = leftFree.bottom() + gap;
+    // Not every window manager counts the title bar to the place that is asked for.
+    const int titleBar = opener.geometry().top() - opener.frameGeometry().top();
+    const int below = leftFree.bottom() + gap + titleBar;
     const int top = below + size.height() <= screen.bottom() ? below : leftFree.top() - gap - size.height();
     box.move(qBound(screen.left(), left, screen.right() - size.width()), qMax(screen.top(), top));
 }
