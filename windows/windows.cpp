@@ -155,8 +155,11 @@ void Form::showEvent(QShowEvent* event) {
         opener = nullptr;
     }
     // Not made a child of it: the opener is often disabled meanwhile, and a child would be disabled with it.
-    windowHandle()->setTransientParent(opener != nullptr && opener->isVisible() ? opener->windowHandle()
-                                                                                : nullptr);
+    // Without a window manager nobody would heed it, and the offscreen platform keeps such a window from
+    // becoming the active one.
+    static const bool managed = QGuiApplication::platformName() != QLatin1String("offscreen");
+    windowHandle()->setTransientParent(
+        managed && opener != nullptr && opener->isVisible() ? opener->windowHandle() : nullptr);
     if (const auto place = current->places.find(objectName()); place != current->places.end()) {
         restoreGeometry(place->second);
     } else if (!testAttribute(Qt::WA_Moved)) {

@@ -239,8 +239,7 @@ TEST_F(OpenMessage, ARowOutsideTheTableEndsInTheHeaderErrorBox) {
     logInWith({"Subject: 1\r\n\r\none\r\n"});
     mainWindow().MailGrid->setCurrentItem(nullptr);
     mainWindow().MailGrid_DblClick();
-    expectHeaderErrorBox(9);
-    boxes.clear();
+    EXPECT_THAT(boxTexts(), IsEmpty());
     mainWindow().MailGrid->setRows(202);
     mainWindow().MailGrid->setCurrentCell(200, 0);
     mainWindow().MailGrid_DblClick();
@@ -341,6 +340,7 @@ TEST_F(OpenMessage, ACheckThatIsAtWorkIsNotDisturbed) {
     });
     const WhenItHolds open([] { return email::state.CurrentMessage == 2; },
                            [&] {
+                               mainWindow().MailGrid->setCurrentCell(0, 0);
                                mainWindow().MailGrid_DblClick();
                                server.release();
                            });
