@@ -105,11 +105,12 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     if (yesNo) {
         dialog.setDefaultButton(box.defaultAnswer == MessageAnswer::No ? QMessageBox::No : QMessageBox::Yes);
     }
+    QWidget* const opener = active != nullptr ? active : windowThatIsSeen();
     if (dialog.parentWidget() == nullptr) {
-        standAbove(dialog, active != nullptr ? active : windowThatIsSeen());
+        standAbove(dialog, opener);
     }
-    if (!box.leftFree.isEmpty() && active != nullptr) {
-        placeBeside(box.leftFree, *active, dialog);
+    if (!box.leftFree.isEmpty() && opener != nullptr) {
+        placeBeside(box.leftFree, *opener, dialog);
     }
     const int answer = dialog.exec();
     if (!yesNo) {

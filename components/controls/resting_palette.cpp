@@ -72,6 +72,10 @@ QPalette legibleWhileResting(QPalette palette) {
 }
 
 QPalette sameWhileResting(QPalette palette) {
+    // The marked row too, whose colours many themes leave at less.
+    palette.setColor(QPalette::Highlight,
+                     legible(palette.color(QPalette::Active, QPalette::Highlight), Qt::black,
+                             {palette.color(QPalette::Active, QPalette::HighlightedText)}));
     for (const QPalette::ColorRole role :
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::HighlightedText,
           QPalette::Window, QPalette::Base, QPalette::AlternateBase, QPalette::Button, QPalette::Highlight}) {

@@ -488,10 +488,13 @@ TEST_F(NewMailCheck, AScreenReaderHearsHowManyHaveCome) {
     logInWith(1);
     mailbox.deliver(message("2")).deliver(message("3"));
     alerts.clear();
+    // As with a screen reader, which the offscreen platform does not have.
+    QAccessible::setActive(true);
     const auto before = QAccessible::installUpdateHandler(rememberAlert);
     mainWindow().tmrCheckMail_Timer();
     mainWindow().tmrCheckMail_Timer();
     QAccessible::installUpdateHandler(before);
+    QAccessible::setActive(false);
     EXPECT_THAT(alerts, ElementsAre(QStringLiteral("2 new messages")));
 }
 
