@@ -9,7 +9,6 @@
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
-#include <QAccessible>
 #include <QLabel>
 #include <QPushButton>
 
@@ -48,11 +47,8 @@ struct ListedMail {
 /** Brings the newest row into view, and lets screen readers tell how many have come. */
 void showThatMailHasCome(const ListedMail& listed) {
     mainWindow().MailGrid->showRow(listed.rows);
-    QLabel* const line = mainWindow().lStats;
-    line->setAccessibleDescription(QString::number(listed.rows - listed.rowsBefore) +
-                                   QStringLiteral(" new messages"));
-    QAccessibleEvent alert(line, QAccessible::Alert);
-    QAccessible::updateAccessibility(&alert);
+    mainWindow().lStats->setAccessibleDescription(QString::number(listed.rows - listed.rowsBefore) +
+                                                  QStringLiteral(" new messages"));
 }
 
 void fetchNewMail(frmLogin& login, ListedMail& listed) {
@@ -197,6 +193,8 @@ void checkForNewMail() {
         mainWindow().MailGrid->setRedraw(redrewBefore);
         return;
     }
+    // The same number once more would be no change, and nothing would be told.
+    mainWindow().lStats->setAccessibleDescription(QString());
     frmLogin& login = loginWindow();
     login.setHourglass(true);
     mainWindow().setHourglass(true);

@@ -128,5 +128,5 @@ void frmMain::openAsWideAsTheDatesNeed() {
     const int wanted = static_cast<int>(std::ceil(date / partOfTheDates)) + besideTheColumns;
     const int screenWidth = screen()->availableSize().width();
     const bool wholeDates = wanted + frameOfTheWindow <= screenWidth;
-    resize(std::max(wholeDates ? wanted : screenWidth * 9 / 10, minimumSizeHint().width()), height());
+    resize(std::max(wholeDates ? wanted : screenWidth * 19 / 20, minimumSizeHint().width()), height());
 }

@@ -292,6 +292,7 @@ TEST_F(Keyboard, ReturnPressesTheButtonThatHasIt) {
     composeWindow().cmdCancel->setFocus();
     press(Qt::Key_Enter);
     EXPECT_FALSE(composeWindow().isVisible());
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&mainWindow()));
     mainWindow().MailGrid->setFocus();
     press(Qt::Key_Down);
     mainWindow().MailGrid_DblClick();

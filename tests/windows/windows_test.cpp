@@ -197,10 +197,10 @@ TEST_F(RealMessageBox, ReturnGivesTheAnswerThatIsTheDefault) {
 }
 
 TEST_F(RealMessageBox, LeavesFreeWhatItAsksAbout) {
-    loginWindow().bringUp();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&loginWindow()));
     const QRect screen = loginWindow().screen()->availableGeometry();
     for (const int top : {screen.top() + 10, screen.center().y(), screen.bottom() - 30}) {
+        loginWindow().bringUp();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&loginWindow()));
         const QRect row(screen.left(), top, screen.width(), 20);
         show({.text = QStringLiteral("Sure?"),
               .title = QStringLiteral("Title"),
