@@ -130,7 +130,7 @@ TEST_F(TrustedFile, IsRefusedWhereAnybodyMayHaveWrittenIt) {
 }
 
 TEST_F(TrustedFile, AtTheEndOfALinkCountsWithItsFolderAndTheFolderOfTheLink) {
-    make("shared", {kStranger, 0755}, {kStranger, 0644});
+    make("common", {kStranger, 0755}, {kStranger, 0644});
     make("open", {kRoot, 01777}, {kStranger, 0644});
     make("written", {kRoot, 0755}, {kRoot, 0646});
 
@@ -141,11 +141,11 @@ TEST_F(TrustedFile, AtTheEndOfALinkCountsWithItsFolderAndTheFolderOfTheLink) {
         uid_t owner;
         int error;
     } cases[] = {
-        {"toShared", {kReader, 0755}, "../shared/tolk.ini", kReader, 0},
+        {"toCommon", {kReader, 0755}, "../common/tolk.ini", kReader, 0},
         {"toOpen", {kReader, 0755}, "../open/tolk.ini", kReader, errors::PathFileAccess},
         {"toWritten", {kReader, 0755}, "../written/tolk.ini", kReader, errors::PathFileAccess},
-        {"fromOpen", {kRoot, 01777}, "../shared/tolk.ini", kStranger, errors::PathFileAccess},
-        {"ownFromOpen", {kRoot, 01777}, "../shared/tolk.ini", kReader, 0},
+        {"fromOpen", {kRoot, 01777}, "../common/tolk.ini", kStranger, errors::PathFileAccess},
+        {"ownFromOpen", {kRoot, 01777}, "../common/tolk.ini", kReader, 0},
         {"throughFromOpen", {kReader, 0755}, "../fromOpen/tolk.ini", kReader, errors::PathFileAccess},
         {"nowhere", {kReader, 0755}, "../nothing/tolk.ini", kReader, errors::PathFileAccess},
         {"itself", {kReader, 0755}, "tolk.ini", kReader, errors::PathFileAccess},
