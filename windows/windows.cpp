@@ -216,7 +216,9 @@ void activateWithPresentTime(QWidget& window) {
 
 void bringUpWindowInUse() {
     QWidget* front = QApplication::activeWindow();
-    if (Form* const window = topmostWindow(); window != nullptr && front == nullptr) {
+    // A window that was minimised may still count as the active one: the keyboard is taken from it later.
+    const bool noneInSight = front == nullptr || front->isMinimized();
+    if (Form* const window = topmostWindow(); window != nullptr && noneInSight) {
         window->bringUp();
         front = window;
     }
@@ -224,6 +226,7 @@ void bringUpWindowInUse() {
         front = box;
     }
     if (front != nullptr) {
+        front->setWindowState(front->windowState() & ~Qt::WindowStates(Qt::WindowMinimized));
         front->raise();
         front->activateWindow();
         activateWithPresentTime(*front);

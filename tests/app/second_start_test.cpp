@@ -161,3 +161,12 @@ TEST_F(WindowInUse, ComesBackWhenItWasMinimised) {
     EXPECT_EQ(broughtUp(), &composeWindow());
     EXPECT_FALSE(composeWindow().isMinimized());
 }
+
+TEST_F(WindowInUse, ComesBackWhenItWasMinimisedAndStillCountsAsActive) {
+    mainWindow().bringUp();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&mainWindow()));
+    mainWindow().showMinimized();
+    ASSERT_EQ(QApplication::activeWindow(), &mainWindow());
+    bringUpWindowInUse();
+    EXPECT_TRUE(QTest::qWaitFor([] { return !mainWindow().isMinimized(); }));
+}
