@@ -19,8 +19,8 @@ inline constexpr int TypeMismatch = 13;
 inline constexpr int BadFileName = 52;
 inline constexpr int FileNotFound = 53;
 inline constexpr int DeviceInputOutput = 57;
-inline constexpr int InputPastEndOfFile = 62;
 inline constexpr int DiskFull = 61;
+inline constexpr int InputPastEndOfFile = 62;
 inline constexpr int DeviceUnavailable = 68;
 inline constexpr int PathFileAccess = 75;
 /** There is no default printer, or it takes no document. */
@@ -35,12 +35,12 @@ inline constexpr int LogOnRefused = 20172;
 inline constexpr int MailServerTrouble = 20302;
 /** A message was to be deleted whose number names another message by now, or none that was listed. */
 inline constexpr int AnotherMessage = 20312;
-/** A person did not want to wait for the mail server any longer. */
-inline constexpr int GivenUp = 20322;
 /** The mail server refused to delete a message. */
 inline constexpr int DeletionRefused = 20332;
 /** The mail server refused to give a message that was to be opened. */
 inline constexpr int MessageNotGiven = 20342;
+/** A person did not want to wait for the mail server any longer. */
+inline constexpr int GivenUp = 20352;
 
 // Sending mail. From 20401 on nothing was sent because of the message itself; 2041x and 2042x are refusals by
 // the server, for good and for now, and nothing was sent either; 20431 to 20434 end an attempt before the
@@ -69,13 +69,14 @@ inline constexpr int ConfirmationLost = 20442;
 inline constexpr int ConfirmationTimedOut = 20443;
 inline constexpr int ConfirmationUnclear = 20444;
 
-inline constexpr int NetworkUnreachable = 25052;
-inline constexpr int ConnectionRefused = 25062;
-inline constexpr int HostNotFound = 26002;
 /** An attachment's text that is not base64, or not all of it. */
 inline constexpr int BadEncodedText = 20502;
 /** An attachment that would take the place of a file of the program's own. */
 inline constexpr int OwnFile = 20503;
+
+inline constexpr int NetworkUnreachable = 25052;
+inline constexpr int ConnectionRefused = 25062;
+inline constexpr int HostNotFound = 26002;
 } // namespace errors
 
 /** A failure with the number that the handlers' tables know it by. */

@@ -76,7 +76,7 @@ struct Limits {
  * 26002, 25062, 25052 when the name is unknown, the connection refused, the network unreachable; 20302 for
  * silence, a lost connection and answers that are no POP3; 6 for a number that does not fit; 7 for a message
  * that is too large or has no end; 20312 for the deletion of a number that by now names another message;
- * 20332 for a deletion that the server refuses; 20322 for a request that is given up (giveUp); 20342 when
+ * 20332 for a deletion that the server refuses; 20352 for a request that is given up (giveUp); 20342 when
  * the server refuses a whole message (one that is listed is then without its lines). After any error but a
  * refused log-on the session is closed. A refused log-on stays open until the log-off, and meanwhile a
  * second log-on meets 20102.
@@ -113,7 +113,7 @@ class POP {
     void leave() noexcept;
 
     /**
-     * Ends the request that waits for the server, further down the stack of whoever calls, with error 20322:
+     * Ends the request that waits for the server, further down the stack of whoever calls, with error 20352:
      * the connection is closed at once. Does nothing when no request waits.
      */
     void giveUp();
