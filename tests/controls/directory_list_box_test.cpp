@@ -1,8 +1,8 @@
 #include "components/controls/directory_list_box.h"
 #include "components/controls/folder_list.h"
 #include "platform/runtime_error.h"
-#include "tests/controls/drive_stands_for.h"
 #include "tests/support/application.h"
+#include "tests/support/drive_stands_for.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/temporary_folder.h"
 

@@ -1,6 +1,6 @@
 #include "components/controls/drive_list_box.h"
-#include "tests/controls/drive_stands_for.h"
 #include "tests/support/application.h"
+#include "tests/support/drive_stands_for.h"
 #include "tests/support/temporary_folder.h"
 
 #include <QSignalSpy>

@@ -10,16 +10,18 @@ namespace support {
 /** Gives a variable of the environment another value, for as long as it lives. */
 class EnvironmentVariable {
   public:
-    EnvironmentVariable(const char* name, const std::string& value)
-        : name_(name), wasSet_(qEnvironmentVariableIsSet(name)), old_(qgetenv(name)) {
-        qputenv(name, QByteArray::fromStdString(value));
+    EnvironmentVariable(std::string name, const std::string& value)
+        : name_(std::move(name)),
+          wasSet_(qEnvironmentVariableIsSet(name_.c_str())),
+          old_(qgetenv(name_.c_str())) {
+        qputenv(name_.c_str(), QByteArray::fromStdString(value));
     }
 
     ~EnvironmentVariable() {
         if (wasSet_) {
-            qputenv(name_, old_);
+            qputenv(name_.c_str(), old_);
         } else {
-            qunsetenv(name_);
+            qunsetenv(name_.c_str());
         }
     }
 
@@ -27,7 +29,7 @@ class EnvironmentVariable {
     EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
 
   private:
-    const char* name_;
+    std::string name_;
     bool wasSet_;
     QByteArray old_;
 };

@@ -1,24 +1,22 @@
 #pragma once
 
-#include <cstddef>
+#include "tests/support/sanitizer.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-// GCC brings the function without its header.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#else
+#include <cstddef>
 #include <malloc.h>
-#endif
+
+// Part of every program that is built with AddressSanitizer.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // NOLINT(bugprone-reserved-identifier)
 
 namespace support {
 
 /** Bytes that are allocated now, by the main thread at least. */
 inline std::size_t allocatedBytes() {
-#if defined(__SANITIZE_ADDRESS__)
-    return __sanitizer_get_current_allocated_bytes();
-#else
+    if constexpr (kSanitized) {
+        return __sanitizer_get_current_allocated_bytes();
+    }
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
-#endif
 }
 
 } // namespace support

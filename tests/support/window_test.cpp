@@ -55,6 +55,9 @@ WindowTest::~WindowTest() {
     MCI::replaceWavePlayer({});
     platform::replaceDefaultPrinter({});
     std::filesystem::current_path(folderBefore_);
+    for (char letter = 'A'; letter <= 'Z'; ++letter) {
+        qunsetenv((std::string("BRINDLEWAKE_DRIVE_") + letter).c_str());
+    }
 }
 
 void WindowTest::forgetEverything() {

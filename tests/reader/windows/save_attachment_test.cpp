@@ -83,8 +83,6 @@ class SaveAttachmentOver : public SaveAttachment, public testing::WithParamInter
         std::filesystem::create_directory(folder.path("sub"));
         std::filesystem::create_directory_symlink(".", folder.path("here"));
     }
-
-    void TearDown() override { qunsetenv("BRINDLEWAKE_DRIVE_C"); }
 };
 
 const OwnFileCase kOwnFiles[] = {{"Settings", "S:\\", "tolk.ini", "tolk.ini"},
