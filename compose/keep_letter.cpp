@@ -68,13 +68,13 @@ bool frmSend::goOnWithKeptLetter() {
         return false;
     }
     const platform::WhileTrue offering(offering_);
-    const auto answer = platform::showMessageBox(
-        {QStringLiteral(
-             "A letter that you were writing was neither sent nor cancelled.\n\nDo you want to go on "
-             "with it? No removes it."),
-         email::settings.Institution + QStringLiteral(" E-Mail"), platform::MessageIcon::Question,
-         platform::MessageButtons::YesNo});
-    if (answer == platform::MessageAnswer::No) {
+    platform::MessageBox offer{
+        QStringLiteral("A letter that you were writing was neither sent nor cancelled.\n\nDo you want to go "
+                       "on with it? No removes it."),
+        email::settings.Institution + QStringLiteral(" E-Mail"), platform::MessageIcon::Question,
+        platform::MessageButtons::YesNo};
+    offer.closingAnswer = platform::MessageAnswer::Yes;
+    if (platform::showMessageBox(offer) == platform::MessageAnswer::No) {
         keptLetter.remove();
         return false;
     }

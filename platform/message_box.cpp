@@ -33,6 +33,10 @@ QMessageBox::Icon iconOf(MessageIcon icon) {
     return QMessageBox::NoIcon;
 }
 
+QMessageBox::StandardButton buttonFor(MessageAnswer answer) {
+    return answer == MessageAnswer::Yes ? QMessageBox::Yes : QMessageBox::No;
+}
+
 /** Puts the box below the place that is to be left free, or above it where the screen ends. */
 void placeBeside(const QRect& leftFree, const QWidget& opener, QMessageBox& box) {
     constexpr int gap = 8;
@@ -100,10 +104,10 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     dialog.setText(QApplication::isRightToLeft() ? inItsOwnOrder(box.text) : box.text);
     dialog.setWindowTitle(box.title);
     dialog.setStandardButtons(yesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
-    dialog.setEscapeButton(yesNo ? QMessageBox::No : QMessageBox::Ok);
     makeRoomForTitle(dialog);
     if (yesNo) {
-        dialog.setDefaultButton(box.defaultAnswer == MessageAnswer::No ? QMessageBox::No : QMessageBox::Yes);
+        dialog.setDefaultButton(buttonFor(box.defaultAnswer));
+        dialog.setEscapeButton(buttonFor(box.closingAnswer));
     }
     QWidget* const opener = active != nullptr ? active : windowThatIsSeen();
     if (dialog.parentWidget() == nullptr) {

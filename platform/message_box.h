@@ -19,11 +19,13 @@ struct MessageBox {
     MessageButtons buttons = MessageButtons::Ok;
     /** What Return answers in a Yes/No box. */
     MessageAnswer defaultAnswer = MessageAnswer::Yes;
+    /** What Escape, or closing the box, answers in a Yes/No box: the answer after which nothing is lost. */
+    MessageAnswer closingAnswer = MessageAnswer::No;
     /** What the question is about, as a place on the screen that the box does not cover; may be empty. */
     QRect leftFree = {};
 };
 
-/** Shows the box and waits, with the windows alive, until it is answered. Closing a Yes/No box means No. */
+/** Shows the box and waits, with the windows alive, until it is answered. */
 MessageAnswer showMessageBox(const MessageBox& box);
 
 /** Shows a box with an OK button and no icon. */

@@ -133,6 +133,16 @@ TEST_F(KeepLetter, WithNothingKeptComposeAsksNothing) {
     EXPECT_THAT(keptFiles(), IsEmpty());
 }
 
+TEST_F(KeepLetter, ClosingTheOfferGoesOnWithTheLetter) {
+    compose();
+    write();
+    passTime();
+    start();
+    compose();
+    ASSERT_THAT(boxTexts(), ElementsAre(kOffer));
+    EXPECT_EQ(boxes[0].closingAnswer, platform::MessageAnswer::Yes);
+}
+
 TEST_F(KeepLetter, ALetterThatIsGivenUpIsGone) {
     compose();
     write();

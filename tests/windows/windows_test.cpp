@@ -181,6 +181,13 @@ TEST_F(RealMessageBox, EscapeMeansNo) {
     EXPECT_EQ(seen.buttons, QMessageBox::Yes | QMessageBox::No);
 }
 
+TEST_F(RealMessageBox, EscapeMeansWhatLosesNothing) {
+    platform::MessageBox box{QStringLiteral("Go on?"), QStringLiteral("Title"), platform::MessageIcon::None,
+                             platform::MessageButtons::YesNo};
+    box.closingAnswer = platform::MessageAnswer::Yes;
+    EXPECT_EQ(show(box, Qt::Key_Escape), platform::MessageAnswer::Yes);
+}
+
 TEST_F(RealMessageBox, YesMeansYes) {
     const auto reply = show({QStringLiteral("Sure?"), QStringLiteral("Title"),
                              platform::MessageIcon::Question, platform::MessageButtons::YesNo},
