@@ -12,9 +12,10 @@ using testing::IsEmpty;
 
 namespace {
 class LineBoxTest : public support::WindowTest {
-  protected:
+  public:
     ~LineBoxTest() override { QGuiApplication::clipboard()->clear(); }
 
+  protected:
     void paste(const QString& text) {
         QGuiApplication::clipboard()->setText(text);
         QTest::keyClick(&box, Qt::Key_V, Qt::ControlModifier);

@@ -12,7 +12,7 @@ namespace {
 constexpr auto kLongest = static_cast<qsizetype>(controls::kLongestShownLine);
 
 QString letters(qsizetype count) {
-    return QString(count, u'x');
+    return {count, u'x'};
 }
 } // namespace
 

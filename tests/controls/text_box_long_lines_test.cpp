@@ -13,9 +13,10 @@ using controls::TextBox;
 
 namespace {
 class TextBoxLongLines : public support::TextBoxTest {
-  protected:
+  public:
     ~TextBoxLongLines() override { QGuiApplication::clipboard()->clear(); }
 
+  protected:
     QString copied(int start, int end) {
         QTextCursor cursor(box.document());
         cursor.setPosition(start);
@@ -161,12 +162,12 @@ TEST_F(TextBoxLongLines, CharactersOfSeveralBytesAreWholeOnBothSidesOfABreak) {
     for (const std::string& letter : {std::string("\xc3\xa4"), std::string("\xf0\x9f\x93\xa7")}) {
         for (std::size_t before = 0; before < letter.size(); ++before) {
             const std::string start = a.substr(before);
-            const std::string whole = start + letter + letter + "z\r\nend";
-            fillWith(whole);
+            const std::string twice = letter + letter;
+            fillWith(start + twice + "z\r\nend");
             ASSERT_EQ(box.document()->blockCount(), 3);
-            EXPECT_TRUE(copiedWhole() == QString::fromStdString(start + letter + letter + "z\nend"));
+            EXPECT_TRUE(copiedWhole() == QString::fromStdString(start + twice + "z\nend"));
             pressAt(startOf(1), Qt::Key_X);
-            expectBytes(start + "x" + letter + letter + "z\r\nend");
+            expectBytes(std::string(start).append("x").append(twice).append("z\r\nend"));
         }
     }
 }

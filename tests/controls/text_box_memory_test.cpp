@@ -2,6 +2,7 @@
 
 #include "components/controls/text_box.h"
 #include "tests/support/application.h"
+#include "tests/support/sanitizer.h"
 
 #include <QLabel>
 #include <QTest>
@@ -14,12 +15,6 @@
 using controls::TextBox;
 
 namespace {
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kMemoryIsTheSanitizers = true;
-#else
-constexpr bool kMemoryIsTheSanitizers = false;
-#endif
-
 constexpr std::size_t kLongText = 25'000'000; // bytes
 
 /** A number of /proc/self/status, in bytes. */
@@ -39,7 +34,7 @@ std::size_t memory(const std::string& key) {
 class TextBoxMemory : public testing::Test {
   protected:
     void SetUp() override {
-        if (kMemoryIsTheSanitizers) {
+        if (support::kSanitized) {
             GTEST_SKIP() << "a sanitizer's memory is not the program's";
         }
         // What any text box costs is not what is looked at here.

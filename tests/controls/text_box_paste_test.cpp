@@ -22,14 +22,15 @@ using testing::IsEmpty;
 
 namespace {
 class TextBoxPaste : public support::WindowTest {
+  public:
+    ~TextBoxPaste() override { QGuiApplication::clipboard()->clear(); }
+
   protected:
     TextBoxPaste() {
         box.resize(400, 300);
         box.show();
         box.setFocus();
     }
-
-    ~TextBoxPaste() override { QGuiApplication::clipboard()->clear(); }
 
     static void copy(QMimeData* data) { QGuiApplication::clipboard()->setMimeData(data); }
 

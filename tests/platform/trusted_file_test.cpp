@@ -55,14 +55,15 @@ struct Case {
 
 /** Files of several owners, as a reader who is not root meets them. */
 class TrustedFile : public testing::Test {
-  protected:
-    TrustedFile() : folderBefore_(std::filesystem::current_path()) {
-        std::filesystem::current_path(folder.path());
-    }
-
+  public:
     ~TrustedFile() override {
         saidFileSystem = 0;
         std::filesystem::current_path(folderBefore_);
+    }
+
+  protected:
+    TrustedFile() : folderBefore_(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder.path());
     }
 
     void SetUp() override {

@@ -73,7 +73,7 @@ class Mailbox {
                                    : ids == Ids::AllTheSame ? "same"
                                    : ids == Ids::Reused     ? "slot" + std::to_string(reused_[index])
                                                             : texts_[index].substr(6, 1);
-            answer += number + ' ' + id + "\r\n";
+            answer.append(number).append(" ").append(id).append("\r\n");
         }
         return ids == Ids::None ? "-ERR what is that\r\n" : answer + ".\r\n";
     }

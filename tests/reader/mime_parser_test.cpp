@@ -26,7 +26,7 @@ class MimeParser : public testing::Test {
     static std::string bodyOf(const std::vector<std::string>& parts, const std::string& boundary = "B0") {
         std::string body = "The preamble\r\n";
         for (const std::string& part : parts) {
-            body += "--" + boundary + "\r\n" + part;
+            body.append("--").append(boundary).append("\r\n").append(part);
         }
         return body + "--" + boundary + "--\r\n";
     }

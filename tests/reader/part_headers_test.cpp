@@ -58,7 +58,7 @@ TEST(StrippedText, IsTheSameAsStrippingTheWholeTextEachTime) {
     std::string expected;
     for (const std::string& piece : pieces) {
         text.setOrAppend(piece);
-        expected = expected.empty() ? piece : expected + "\r\n" + piece;
+        expected.append(expected.empty() ? "" : "\r\n").append(piece);
         text.strip();
         expected = withoutPartHeaders(expected);
         EXPECT_EQ(text.view(), expected);

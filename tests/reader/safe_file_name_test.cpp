@@ -1,5 +1,6 @@
 #include "platform/text.h"
 #include "reader/safe_file_name.h"
+#include "tests/support/sanitizer.h"
 
 #include <gtest/gtest.h>
 
@@ -70,11 +71,10 @@ INSTANTIATE_TEST_SUITE_P(Names, UnsafeFileName, testing::ValuesIn(unsafeNames())
                          [](const auto& test) { return test.param.name; });
 
 TEST(SafeFileName, ANameThatIsSafeStaysLetterForLetter) {
-    for (const char* name : {"a", "report.pdf", "a  b.txt", "archive.tar.gz", "-rf", "~$a.doc",
-                             "a'b&c;d$(e).txt", "CONSOLE.txt", "COM0", "COM10", "LPT", "COM1st.txt",
-                             "\xc3\x9c"
-                             "bersicht M\xc3\xa4rz.pdf",
-                             "\xe6\x97\xa5\xe6\x9c\xac.txt", "\xf0\x9f\x98\x80.png", "tolk.ini"}) {
+    for (const char* name :
+         {"a", "report.pdf", "a  b.txt", "archive.tar.gz", "-rf", "~$a.doc", "a'b&c;d$(e).txt", "CONSOLE.txt",
+          "COM0", "COM10", "LPT", "COM1st.txt", "\303\234bersicht M\303\244rz.pdf",
+          "\xe6\x97\xa5\xe6\x9c\xac.txt", "\xf0\x9f\x98\x80.png", "tolk.ini"}) {
         EXPECT_EQ(safeFileName(named(name)).toStdString(), name);
     }
 }
@@ -111,7 +111,7 @@ TEST(SafeFileName, WhatIsTooLongForAnExtensionIsNone) {
 }
 
 TEST(SafeFileName, ANameOfMegabytesTakesNoTime) {
-    EXPECT_EQ(safeFileName(QString(20'000'000, u'/')), QString(255, u'_'));
+    EXPECT_EQ(safeFileName(QString(support::kSanitized ? 2'000'000 : 20'000'000, u'/')), QString(255, u'_'));
 }
 
 } // namespace

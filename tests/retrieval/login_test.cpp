@@ -108,7 +108,7 @@ TEST_F(Login, EndsWithTheMainWindowReady) {
 
 TEST_F(Login, ShowsWhatItDoesWhileItReceives) {
     Pop3Mailbox mailbox({message("one"), message("two")});
-    mailbox.on("TOP 2", [&mailbox](support::Peer& peer) {
+    mailbox.on("TOP 2", [](support::Peer& peer) {
         peer.holdSilent();
         peer.send("+OK\r\n" + support::stuffed(message("two")));
     });

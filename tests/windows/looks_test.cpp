@@ -214,7 +214,7 @@ void writeTree(QAccessibleInterface& thing, int depth, QStringList& lines) {
     if (thing.state().invisible) {
         return;
     }
-    lines.append(QString(2 * depth, u' ') + nameOf(thing.role()) + u' ' + u'"' +
+    lines.append(QString(qsizetype{2} * depth, u' ') + nameOf(thing.role()) + u' ' + u'"' +
                  thing.text(QAccessible::Name) + u'"');
     for (int index = 0; index < thing.childCount() && thing.role() != QAccessible::Table; ++index) {
         if (QAccessibleInterface* child = thing.child(index)) {

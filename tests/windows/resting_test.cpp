@@ -53,6 +53,9 @@ QImage inside(QWidget& part) {
 }
 
 class Resting : public WindowTest, public testing::WithParamInterface<Theme> {
+  public:
+    ~Resting() override { QApplication::setPalette(before_); }
+
   protected:
     Resting() : before_(QApplication::palette()) {
         writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
@@ -62,8 +65,6 @@ class Resting : public WindowTest, public testing::WithParamInterface<Theme> {
         QApplication::setPalette(GetParam().palette);
         QCoreApplication::processEvents();
     }
-
-    ~Resting() override { QApplication::setPalette(before_); }
 
     static void fillTheList() {
         auto* const grid = mainWindow().MailGrid;

@@ -13,10 +13,11 @@ using MSFlexGridLib::MSFlexGrid;
 
 namespace {
 class RightToLeft : public support::WindowTest {
+  public:
+    ~RightToLeft() override { QApplication::setLayoutDirection(Qt::LeftToRight); }
+
   protected:
     RightToLeft() { QApplication::setLayoutDirection(Qt::RightToLeft); }
-
-    ~RightToLeft() override { QApplication::setLayoutDirection(Qt::LeftToRight); }
 
     /** How a list shows the text in its only cell. */
     static QImage shownAs(const QString& text) {

@@ -4,6 +4,7 @@
 #include "tests/support/base64_text.h"
 #include "tests/support/heartbeat.h"
 #include "tests/support/random_bytes.h"
+#include "tests/support/sanitizer.h"
 
 #include <sys/stat.h>
 
@@ -15,14 +16,10 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
-#if defined(__SANITIZE_ADDRESS__)
-constexpr std::size_t kLargeBytes = 2'000'000;
-#else
-constexpr std::size_t kLargeBytes = 8'000'000;
-#endif
+constexpr std::size_t kLargeBytes = support::kSanitized ? 2'000'000 : 8'000'000;
 
-/** Milliseconds after which a person takes a window for stuck. */
-constexpr qint64 kStuck = 250;
+/** Milliseconds after which a person takes a window for stuck; the sanitizers slow everything down. */
+constexpr qint64 kStuck = support::kSanitized ? 1'000 : 250;
 
 class HostileMessages : public ReaderTest {
   protected:

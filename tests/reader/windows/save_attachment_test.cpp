@@ -87,7 +87,7 @@ class SaveAttachmentOver : public SaveAttachment, public testing::WithParamInter
 
 const OwnFileCase kOwnFiles[] = {{"Settings", "S:\\", "tolk.ini", "tolk.ini"},
                                  {"SettingsInTheCurrentFolder", "", "tolk.ini", "tolk.ini"},
-                                 {"SettingsByALongWay", "S:\\sub\\..\\.\\", "tolk.ini", "tolk.ini"},
+                                 {"SettingsByALongWay", R"(S:\sub\..\.\)", "tolk.ini", "tolk.ini"},
                                  {"SettingsByALinkedFolder", "S:\\here\\", "tolk.ini", "tolk.ini"},
                                  {"SettingsGluedTogether", "S:\\to", "lk.ini", "tolk.ini"},
                                  {"SettingsOnDriveC", "C:\\", "tolk.ini", "tolk.ini"},
