@@ -5,6 +5,7 @@
 #include "platform/runtime_error.h"
 #include "retrieval/wave_player_setup.h"
 #include "windows/frmLogin.h"
+#include "windows/frmMain.h"
 #include "windows/frmSetup.h"
 #include "windows/windows.h"
 #include "windows/wiring.h"
@@ -72,9 +73,11 @@ void frmLogin::Form_KeyDown(int KeyCode, int Shift) {
     }
 }
 
-// Whoever types a name will want a connection: what it needs is loaded before somebody waits for it.
+// Whoever types a name will want a connection and then the list: what they need is there before somebody
+// waits.
 void frmLogin::tUser_Change() {
     transport::loadNetwork();
+    mainWindow().prepare();
 }
 
 void frmLogin::beginWaiting() {

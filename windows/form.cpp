@@ -77,6 +77,17 @@ void Form::paintEvent(QPaintEvent* event) {
     painter.drawRect(rect().adjusted(width / 2, width / 2, -width / 2, -width / 2));
 }
 
+void Form::prepare() {
+    if (windowHandle() != nullptr) {
+        return;
+    }
+    winId();
+    setHourglass(true);
+    setHourglass(false);
+    // Fonts, styles and the layout are worked out by painting, and then known.
+    grab();
+}
+
 void Form::bringUp() {
     setWindowState(windowState() & ~Qt::WindowStates(Qt::WindowMinimized));
     show();

@@ -25,6 +25,9 @@ class Form : public QWidget {
     /** The hourglass over this window and all that is in it, or the normal pointers. */
     void setHourglass(bool on);
 
+    /** Does what takes time before the window can be shown for the first time, while nobody waits for it. */
+    void prepare();
+
     /** Shows the window, and brings it to the front when it is already there. */
     void bringUp();
 

@@ -217,3 +217,14 @@ TEST_F(LoginWaiting, ThePointerWaitsWhileAMessageIsDeleted) {
     mainWindow().cmdDelete->click();
     EXPECT_NE(mainWindow().cursor().shape(), Qt::WaitCursor);
 }
+
+TEST_F(LoginWaiting, TypingANamePreparesTheMainWindowWithoutShowingIt) {
+    writeSettings(support::schoolSettings(server.address()));
+    startUp();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&loginWindow()));
+    EXPECT_EQ(mainWindow().windowHandle(), nullptr) << "nobody has waited for it yet";
+    QTest::keyClicks(loginWindow().tUser, QStringLiteral("a"));
+    EXPECT_NE(mainWindow().windowHandle(), nullptr);
+    EXPECT_FALSE(mainWindow().isVisible());
+    EXPECT_TRUE(loginWindow().isActiveWindow());
+}
