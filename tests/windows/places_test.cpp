@@ -37,6 +37,9 @@ class Places : public WindowTest {
 
     static void expectAbove(const Form& window, const Form& opener) {
         ASSERT_TRUE(window.isVisible());
+        if (QGuiApplication::platformName() != QLatin1String("offscreen")) {
+            EXPECT_EQ(window.windowHandle()->transientParent(), opener.windowHandle());
+        }
         EXPECT_EQ(window.screen(), opener.screen());
         const QRect all = opener.screen()->availableGeometry();
         EXPECT_TRUE(all.contains(window.frameGeometry()) || window.width() > all.width() ||
