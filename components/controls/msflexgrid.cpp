@@ -1,5 +1,6 @@
 #include "components/controls/msflexgrid.h"
 
+#include "components/controls/full_width_header.h"
 #include "components/controls/resting_palette.h"
 #include "platform/reading_order.h"
 #include "platform/runtime_error.h"
@@ -85,6 +86,7 @@ MSFlexGrid::MSFlexGrid(int columns, QWidget* parent)
     setShowGrid(false);
     setWordWrap(false);
     setItemDelegate(new CellPainter(this));
+    setHorizontalHeader(new controls::FullWidthHeader(this));
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + fontMetrics().height() / 2);
     // Tab leaves the grid; the arrow keys walk through it.
     setTabKeyNavigation(false);
