@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QEvent>
 #include <QFontMetrics>
+#include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
@@ -103,6 +104,19 @@ void Form::rest() {
 void Form::letReturnPressButtons() {
     for (QPushButton* button : findChildren<QPushButton*>()) {
         button->setAutoDefault(true);
+    }
+}
+
+// A label goes by the direction of its own letters, and stood at the far end from what it belongs to.
+void Form::startLabelsWhereTheWindowStarts() {
+    if (!isRightToLeft()) {
+        return;
+    }
+    for (QLabel* label : findChildren<QLabel*>()) {
+        const Qt::Alignment vertical = label->alignment() & Qt::AlignVertical_Mask;
+        if (label->alignment().testFlag(Qt::AlignLeft)) {
+            label->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | vertical);
+        }
     }
 }
 

@@ -69,6 +69,8 @@ class Form : public QWidget {
   private:
     /** Return presses the button that has the keyboard, as Space does. */
     void letReturnPressButtons();
+    /** Labels begin at the right where the window reads from right to left. */
+    void startLabelsWhereTheWindowStarts();
 
     KeptFocus keptFocus_{*this};
     bool hourglass_ = false;

@@ -144,6 +144,7 @@ void standInTheMiddle(Form& window, const Form* opener) {
 
 void Form::showEvent(QShowEvent* event) {
     letReturnPressButtons();
+    startLabelsWhereTheWindowStarts();
     QWidget::showEvent(event);
     // Some other program has only brought it back.
     if (event->spontaneous()) {

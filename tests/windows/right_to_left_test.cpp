@@ -3,9 +3,12 @@
 #include "components/controls/msflexgrid.h"
 #include "platform/message_box.h"
 #include "tests/support/window_test.h"
+#include "windows/frmLogin.h"
+#include "windows/frmMain.h"
 
 #include <QApplication>
 #include <QImage>
+#include <QLabel>
 #include <QMessageBox>
 #include <QTest>
 
@@ -39,6 +42,27 @@ TEST_F(RightToLeft, TheListShowsSizesAndAddressesInTheirOwnOrder) {
         const QString marked = u'\u202A' + text + u'\u202C';
         EXPECT_EQ(shownAs(text), shownAs(marked)) << text.toStdString();
     }
+}
+
+TEST_F(RightToLeft, TheFootLineStandsAtTheRight) {
+    writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
+    startUp();
+    loginWindow().hide();
+    mainWindow().bringUp();
+    const QImage picture = mainWindow().lStats->grab().toImage();
+    const auto hasInk = [&picture](int x) {
+        for (int y = 0; y < picture.height(); ++y) {
+            if (picture.pixelColor(x, y) != picture.pixelColor(0, 0)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    int last = picture.width() - 1;
+    while (last > 0 && !hasInk(last)) {
+        --last;
+    }
+    EXPECT_GT(last, picture.width() - 10);
 }
 
 TEST_F(RightToLeft, ABoxShowsEachLineInItsOwnOrderAndIsAskedWithNoMarks) {
