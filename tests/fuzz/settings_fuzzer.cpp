@@ -5,37 +5,16 @@
 #include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
 #include "tests/fuzz/fuzz_input.h"
+#include "tests/support/temporary_folder.h"
 
 #include <QString>
 
-#include <cstdio>
+#include <filesystem>
 #include <string>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace {
 
 namespace errors = platform::errors;
-
-/** A file in memory, for as long as it lives. */
-class MemoryFile {
-  public:
-    explicit MemoryFile(std::string_view content) : descriptor_(::memfd_create("settings", MFD_CLOEXEC)) {
-        fuzz::require(::write(descriptor_, content.data(), content.size()) ==
-                          static_cast<ssize_t>(content.size()),
-                      "the file can be made");
-    }
-
-    ~MemoryFile() { ::close(descriptor_); }
-
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    QString path() const { return QStringLiteral("/proc/self/fd/%1").arg(descriptor_); }
-
-  private:
-    int descriptor_;
-};
 
 struct Read {
     email::Settings settings;
@@ -44,10 +23,11 @@ struct Read {
 };
 
 Read read(std::string_view content) {
-    const MemoryFile file(content);
+    static const support::TemporaryFolder folder(std::filesystem::temp_directory_path());
+    folder.write("settings", content);
     Read result;
     result.error = platform::errorNumberOf([&] {
-        platform::SequentialInput input(file.path());
+        platform::SequentialInput input(folder.qtPath("settings"));
         email::readSettings([&input] { return input.nextLine(); }, result.settings, result.derived,
                             [](bool) {});
     });
