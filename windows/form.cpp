@@ -83,6 +83,7 @@ void Form::prepare() {
         return;
     }
     winId();
+    // Loads the picture of the hourglass.
     setHourglass(true);
     setHourglass(false);
     // Fonts, styles and the layout are worked out by painting, and then known.
@@ -107,7 +108,8 @@ void Form::letReturnPressButtons() {
     }
 }
 
-// A label goes by the direction of its own letters, and stood at the far end from what it belongs to.
+// Qt aligns a label by the direction of its own letters: Latin ones would stand at the wrong end of the
+// window.
 void Form::startLabelsWhereTheWindowStarts() {
     if (!isRightToLeft()) {
         return;
