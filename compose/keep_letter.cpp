@@ -1,5 +1,5 @@
-#include "compose/kept_letter.h"
 #include "email/state.h"
+#include "message/kept_letter.h"
 #include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/user_folders.h"

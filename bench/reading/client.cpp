@@ -8,11 +8,11 @@
 #include "email/header_events.h"
 #include "email/messages.h"
 #include "email/own_files.h"
+#include "message/attachment_file.h"
+#include "message/mime_parser.h"
 #include "platform/background.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
-#include "reader/attachment_file.h"
-#include "reader/mime_parser.h"
 
 #include <QCoreApplication>
 

@@ -1,8 +1,8 @@
 #include "bench/reading/readers.h"
 #include "email/header_events.h"
 #include "email/messages.h"
+#include "message/mime_parser.h"
 #include "platform/text.h"
-#include "reader/mime_parser.h"
 
 #include <algorithm>
 #include <utility>

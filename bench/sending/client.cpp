@@ -5,7 +5,7 @@
 #include "bench/peak_memory.h"
 #include "components/netcodelib/netcode.h"
 #include "components/smtplib/smtp.h"
-#include "compose/composer.h"
+#include "message/composer.h"
 #include "platform/background.h"
 
 #include <QCoreApplication>

@@ -1,6 +1,6 @@
 // Reading a kept letter takes any bytes; a letter that was read, kept and read again, is the same.
 
-#include "compose/kept_letter.h"
+#include "message/kept_letter.h"
 #include "tests/fuzz/fuzz_input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,6 +1,6 @@
 #include "components/printing/paper_printer.h"
+#include "message/word_wrap.h"
 #include "platform/runtime_error.h"
-#include "reader/print_text.h"
 #include "tests/support/application.h"
 #include "tests/support/pdf_words.h"
 #include "tests/support/temporary_folder.h"

@@ -3,8 +3,8 @@
 #include "components/netcodelib/part_decoder.h"
 #include "components/poplib/pop3_session.h"
 #include "email/header_events.h"
+#include "message/mime_parser.h"
 #include "platform/runtime_error.h"
-#include "reader/mime_parser.h"
 #include "tests/support/pieces.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
-#include "reader/printing.h"
+#include "reader/print_message.h"
 
+#include "message/word_wrap.h"
 #include "platform/text_printer.h"
 #include "platform/window_turns.h"
-#include "reader/print_text.h"
 
 void printMessageText(const QString& text) {
     // During a turn of the windows somebody may change the text that was handed in.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "email/messages.h"
-#include "reader/part_headers.h"
+#include "message/part_headers.h"
 
 #include <functional>
 #include <string_view>

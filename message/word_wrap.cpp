@@ -1,4 +1,4 @@
-#include "reader/print_text.h"
+#include "message/word_wrap.h"
 
 #include "platform/text_printer.h"
 

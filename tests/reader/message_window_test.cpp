@@ -1,6 +1,6 @@
 #include "platform/runtime_error.h"
 #include "platform/text_printer.h"
-#include "tests/reader/windows/reader_fixture.h"
+#include "tests/reader/reader_fixture.h"
 
 #include <QScrollBar>
 #include <QWheelEvent>

@@ -1,4 +1,4 @@
-#include "reader/part_headers.h"
+#include "message/part_headers.h"
 
 #include <algorithm>
 

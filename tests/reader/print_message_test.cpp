@@ -1,7 +1,7 @@
 #include "platform/nested_wait.h"
 #include "platform/runtime_error.h"
 #include "platform/text_printer.h"
-#include "reader/printing.h"
+#include "reader/print_message.h"
 #include "tests/support/application.h"
 #include "tests/support/recording_printer.h"
 

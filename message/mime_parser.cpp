@@ -1,4 +1,4 @@
-#include "reader/mime_parser.h"
+#include "message/mime_parser.h"
 
 #include "platform/runtime_error.h"
 #include "platform/text.h"

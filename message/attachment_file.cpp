@@ -1,9 +1,9 @@
-#include "reader/attachment_file.h"
+#include "message/attachment_file.h"
 
 #include "email/own_files.h"
+#include "message/part_headers.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
-#include "reader/part_headers.h"
 
 void writeAttachment(std::string_view part) {
     platform::PrivateOutput file(platform::nativePath(QLatin1String(email::kEncodedAttachmentFileName)),

@@ -1,4 +1,4 @@
-#include "tests/reader/windows/reader_fixture.h"
+#include "tests/reader/reader_fixture.h"
 #include "tests/support/base64_text.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/random_bytes.h"

@@ -1,7 +1,7 @@
 // The keys of the message window, and finding in its text.
 
 #include "components/controls/text_box.h"
-#include "tests/reader/windows/reader_fixture.h"
+#include "tests/reader/reader_fixture.h"
 
 #include <QFontDatabase>
 #include <QFontMetrics>

@@ -1,4 +1,4 @@
-#include "compose/composer.h"
+#include "message/composer.h"
 
 #include "platform/runtime_error.h"
 #include "platform/text.h"

@@ -1,6 +1,6 @@
 // What strangers can put into a message: the windows show it whole, on the lines it belongs to, and go on.
 
-#include "tests/reader/windows/reader_fixture.h"
+#include "tests/reader/reader_fixture.h"
 #include "tests/support/base64_text.h"
 #include "tests/support/heartbeat.h"
 #include "tests/support/random_bytes.h"

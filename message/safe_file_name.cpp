@@ -1,4 +1,4 @@
-#include "reader/safe_file_name.h"
+#include "message/safe_file_name.h"
 
 #include "platform/text.h"
 

@@ -1,5 +1,5 @@
+#include "message/safe_file_name.h"
 #include "platform/text.h"
-#include "reader/safe_file_name.h"
 #include "tests/support/sanitizer.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
+#include "message/word_wrap.h"
 #include "platform/runtime_error.h"
-#include "reader/print_text.h"
 #include "tests/support/recording_printer.h"
 #include "tests/support/sanitizer.h"
 

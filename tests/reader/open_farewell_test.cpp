@@ -1,4 +1,4 @@
-#include "tests/reader/windows/reader_fixture.h"
+#include "tests/reader/reader_fixture.h"
 
 using support::Peer;
 using support::ReaderTest;

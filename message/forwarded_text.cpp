@@ -1,4 +1,4 @@
-#include "reader/forwarded_text.h"
+#include "message/forwarded_text.h"
 
 #include <initializer_list>
 #include <string_view>

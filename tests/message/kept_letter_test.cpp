@@ -1,4 +1,4 @@
-#include "compose/kept_letter.h"
+#include "message/kept_letter.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

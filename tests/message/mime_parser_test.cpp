@@ -1,5 +1,5 @@
+#include "message/mime_parser.h"
 #include "platform/runtime_error.h"
-#include "reader/mime_parser.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
