@@ -1,6 +1,6 @@
 #include "app/second_start.h"
 
-#include "platform/message_box.h"
+#include "components/controls/message_box.h"
 #include "windows/windows.h"
 #include "windows/wiring.h"
 
@@ -46,12 +46,12 @@ std::optional<int> SecondStart::statusToEndWith() {
     case OnlyProgram::Start::NotShown:
         break;
     }
-    platform::showMessageBox(
+    controls::showMessageBox(
         {QStringLiteral(
              "Brindlewake is already running in this folder, and its window cannot be shown from "
              "here.\n\nUse it where it was started, perhaps on another screen, or end it there and "
              "start again."),
-         QStringLiteral("Brindlewake"), platform::MessageIcon::Exclamation, platform::MessageButtons::Ok});
+         QStringLiteral("Brindlewake"), controls::MessageIcon::Exclamation, controls::MessageButtons::Ok});
     return EXIT_FAILURE;
 }
 

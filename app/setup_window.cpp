@@ -1,7 +1,7 @@
+#include "components/controls/message_box.h"
 #include "email/settings_file.h"
 #include "email/state.h"
 #include "email/typed_host.h"
-#include "platform/message_box.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
@@ -82,7 +82,7 @@ void frmSetup::cboAddressIn_Click() {
 void frmSetup::cboDrive_Change() {
     const int error = platform::errorNumberOf([this] { cboDir->setPath(cboDrive->drive()); });
     if (error == platform::errors::DeviceUnavailable) {
-        platform::showMessage(QStringLiteral("The drive is not ready, please insert disk."),
+        controls::showMessage(QStringLiteral("The drive is not ready, please insert disk."),
                               email::settings.Institution + QStringLiteral(" E-Mail"));
         cboDrive->setDrive(cboDir->path());
     }
@@ -97,9 +97,9 @@ void frmSetup::cmdUpdate_Click() {
     platform::writeWholeFile(QLatin1String(email::kSettingsFileName),
                              email::settingsFileText(fieldsOf(*this), email::settingsOfFile()));
     hide();
-    platform::showMessageBox(
+    controls::showMessageBox(
         {QStringLiteral("You must restart Brindlewake in order for changes to take effect."),
-         QStringLiteral("Brindlewake"), platform::MessageIcon::Exclamation, platform::MessageButtons::Ok});
+         QStringLiteral("Brindlewake"), controls::MessageIcon::Exclamation, controls::MessageButtons::Ok});
     platform::endProgram();
 }
 

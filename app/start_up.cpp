@@ -1,7 +1,7 @@
+#include "components/controls/message_box.h"
 #include "email/settings_file.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
-#include "platform/message_box.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "platform/sequential_file.h"
@@ -59,14 +59,14 @@ void applySettings(frmMain& main) {
 
 void reportStartUpFailure(frmMain& main, int error) {
     if (error == platform::errors::FileNotFound) {
-        platform::showMessageBox({QStringLiteral("You must configure Brindlewake!"),
-                                  QStringLiteral("Brindlewake"), platform::MessageIcon::Exclamation,
-                                  platform::MessageButtons::Ok});
+        controls::showMessageBox({QStringLiteral("You must configure Brindlewake!"),
+                                  QStringLiteral("Brindlewake"), controls::MessageIcon::Exclamation,
+                                  controls::MessageButtons::Ok});
         setupWindow().bringUp();
         main.hide();
         return;
     }
-    platform::showMessage(QStringLiteral("Problem starting Brindlewake. Error# ") + QString::number(error),
+    controls::showMessage(QStringLiteral("Problem starting Brindlewake. Error# ") + QString::number(error),
                           QStringLiteral("Brindlewake"));
 }
 } // namespace

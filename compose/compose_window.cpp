@@ -1,6 +1,6 @@
+#include "components/controls/message_box.h"
 #include "email/state.h"
 #include "platform/drives.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "windows/frmFrom.h"
 #include "windows/frmMain.h"
@@ -75,7 +75,7 @@ void frmSend::cmdAttach_Click() {
     dlgAttach.setInitDir(folderToAttachFrom());
     const int error = platform::errorNumberOf([this] { dlgAttach.ShowOpen(this); });
     if (!dlgAttach.isNameable() && error == platform::errors::PathFileAccess) {
-        platform::showMessage(
+        controls::showMessage(
             QStringLiteral("This file cannot be attached: its name, or that of a folder it lies in, has a "
                            "backslash (\\) in it. Please copy the file to another folder or name and attach "
                            "the copy."),
@@ -93,7 +93,7 @@ void frmSend::cmdAttach_Click() {
 }
 
 void frmSend::cmdSendto_Click() {
-    platform::showMessage(QStringLiteral("No address look-up is available here. Please type the address."),
+    controls::showMessage(QStringLiteral("No address look-up is available here. Please type the address."),
                           email::settings.Institution + QStringLiteral(" E-Mail"));
 }
 

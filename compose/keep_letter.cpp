@@ -1,6 +1,6 @@
+#include "components/controls/message_box.h"
 #include "email/state.h"
 #include "message/kept_letter.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/user_folders.h"
 #include "platform/while_true.h"
@@ -68,13 +68,13 @@ bool frmSend::goOnWithKeptLetter() {
         return false;
     }
     const platform::WhileTrue offering(offering_);
-    platform::MessageBox offer{
+    controls::MessageBox offer{
         QStringLiteral("A letter that you were writing was neither sent nor cancelled.\n\nDo you want to go "
                        "on with it? No removes it."),
-        email::settings.Institution + QStringLiteral(" E-Mail"), platform::MessageIcon::Question,
-        platform::MessageButtons::YesNo};
-    offer.closingAnswer = platform::MessageAnswer::Yes;
-    if (platform::showMessageBox(offer) == platform::MessageAnswer::No) {
+        email::settings.Institution + QStringLiteral(" E-Mail"), controls::MessageIcon::Question,
+        controls::MessageButtons::YesNo};
+    offer.closingAnswer = controls::MessageAnswer::Yes;
+    if (controls::showMessageBox(offer) == controls::MessageAnswer::No) {
         keptLetter.remove();
         return false;
     }

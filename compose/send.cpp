@@ -1,10 +1,10 @@
+#include "components/controls/message_box.h"
 #include "components/smtplib/address_list.h"
 #include "components/smtplib/message.h"
 #include "email/own_files.h"
 #include "email/state.h"
 #include "message/composer.h"
 #include "platform/background.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
@@ -43,7 +43,7 @@ EncodedFile encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachme
 }
 
 void refuse(const QString& text, QLineEdit* missing) {
-    platform::showMessage(text, title());
+    controls::showMessage(text, title());
     missing->setFocus();
 }
 
@@ -108,7 +108,7 @@ void frmSend::cmdSndit_Click() {
     if (!isVisible()) {
         bringUp();
     }
-    platform::showMessage(QStringLiteral("Unable to send message. Error# ") + QString::number(error),
+    controls::showMessage(QStringLiteral("Unable to send message. Error# ") + QString::number(error),
                           title());
     markWhatIsWrong(*this, error);
 }
@@ -158,7 +158,7 @@ void frmSend::send() {
 
     lblSending->setText(QString());
     barSending->setProgress(0);
-    platform::showMessage(QStringLiteral("Your message has been sent."), title());
+    controls::showMessage(QStringLiteral("Your message has been sent."), title());
     cmdSndit->setEnabled(true);
     cmdCancel->setEnabled(true);
     unload(*this);

@@ -1,7 +1,7 @@
+#include "components/controls/message_box.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "windows/frmLogin.h"
@@ -11,9 +11,9 @@
 #include <QLabel>
 #include <QPushButton>
 
+using controls::MessageAnswer;
+using controls::MessageButtons;
 using email::state;
-using platform::MessageAnswer;
-using platform::MessageButtons;
 using POPLib::Request;
 
 namespace {
@@ -68,13 +68,13 @@ void frmMain::cmdDelete_Click() {
     const int row = MailGrid->Row();
     // A row without a number is waiting for its message.
     if (row < 0 || MailGrid->TextMatrix(row, 0).trimmed().isEmpty()) {
-        platform::showMessage(QStringLiteral("Please select a message from the list first."), title());
+        controls::showMessage(QStringLiteral("Please select a message from the list first."), title());
         return;
     }
     SelectedMessage = platform::toInteger16(MailGrid->TextMatrix(row, 0));
     MailGrid->showRow(row);
     const MessageAnswer answer =
-        platform::showMessageBox({.text = QStringLiteral("Are you sure you want to delete this message?"),
+        controls::showMessageBox({.text = QStringLiteral("Are you sure you want to delete this message?"),
                                   .title = title(),
                                   .buttons = MessageButtons::YesNo,
                                   .defaultAnswer = MessageAnswer::No,
@@ -100,7 +100,7 @@ void frmMain::deleteSelected() {
         takeOutOfTheList(number);
     });
     if (error != 0) {
-        platform::showMessage(QStringLiteral("Message can not be deleted at this time.  Error# ") +
+        controls::showMessage(QStringLiteral("Message can not be deleted at this time.  Error# ") +
                                   QString::number(error),
                               title());
         pop.leave();

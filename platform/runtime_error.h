@@ -93,9 +93,6 @@ class RuntimeError : public std::exception {
     std::string text_;
 };
 
-/** Returns what the error of this number means and, where one can, what to do. */
-std::string meaningOf(int errorNumber);
-
 /**
  * Runs the action and returns the number of the error that it raised, 0 when it raised none. Memory that
  * cannot be had is error 7, as everywhere in the program.

@@ -1,7 +1,7 @@
 #include "components/controls/line_box.h"
+#include "components/controls/message_box.h"
 #include "email/state.h"
 #include "message/forwarded_text.h"
-#include "platform/message_box.h"
 #include "platform/text.h"
 #include "reader/print_message.h"
 #include "windows/frmFrom.h"
@@ -35,7 +35,7 @@ QString addressToAnswer(const email::MessageSummary& message) {
     if (message.From.size() <= most) {
         return onOneLine(platform::fromBytes(message.From));
     }
-    platform::showMessage(
+    controls::showMessage(
         QStringLiteral("The sender's address has %1 bytes, which is too long. Please type the address.")
             .arg(message.From.size()),
         email::settings.Institution + QStringLiteral(" E-Mail"));

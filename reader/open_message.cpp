@@ -1,10 +1,10 @@
+#include "components/controls/message_box.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
 #include "message/attachment_file.h"
 #include "message/mime_parser.h"
 #include "platform/background.h"
 #include "platform/checked.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
@@ -54,7 +54,7 @@ void showPlain(const email::MessageSummary& message, frmFrom& window) {
         window.tMessage->setBytes(message.BodyText);
         return;
     }
-    platform::showMessage(QStringLiteral("There was a problem with the message header."),
+    controls::showMessage(QStringLiteral("There was a problem with the message header."),
                           QStringLiteral("Brindlewake"));
 }
 
@@ -127,7 +127,7 @@ void openMessage(int number) {
 
 /** After a failure everything can be used again; but not while another session works with it. */
 void openingFailed(int error) {
-    platform::showMessage(QStringLiteral("There is an error in the message header. Error# ") +
+    controls::showMessage(QStringLiteral("There is an error in the message header. Error# ") +
                               QString::number(error),
                           QStringLiteral("Brindlewake"));
     frmMain& main = mainWindow();

@@ -1,9 +1,9 @@
+#include "components/controls/message_box.h"
 #include "email/own_files.h"
 #include "email/state.h"
 #include "message/safe_file_name.h"
 #include "platform/background.h"
 #include "platform/drives.h"
-#include "platform/message_box.h"
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -50,11 +50,11 @@ void frmFrom::cmdSave_Click() {
         save(mainWindow().ctrDecode, path, name);
     });
     if (error != 0) {
-        platform::showMessage(QStringLiteral("Please make sure disk is ready. Error#") +
+        controls::showMessage(QStringLiteral("Please make sure disk is ready. Error#") +
                                   QString::number(error),
                               email::settings.Institution + QStringLiteral(" E-Mail"));
         return;
     }
-    platform::showMessage(QStringLiteral("Attachment has been saved to: ") + path,
+    controls::showMessage(QStringLiteral("Attachment has been saved to: ") + path,
                           QStringLiteral("Brindlewake"));
 }

@@ -1,9 +1,9 @@
+#include "components/controls/message_box.h"
 #include "components/controls/paced_showing.h"
 #include "email/state.h"
 #include "email/typed_host.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "retrieval/summaries.h"
@@ -97,12 +97,12 @@ void startCheckTimer() {
 
 void frmLogin::cmdLogin_Click() {
     if (tUser->text().isEmpty()) {
-        platform::showMessage(QStringLiteral("User name must be entered to get mail."), boxTitle(" E-Mail"));
+        controls::showMessage(QStringLiteral("User name must be entered to get mail."), boxTitle(" E-Mail"));
         tUser->setFocus();
         return;
     }
     if (tpwd->text().isEmpty()) {
-        platform::showMessage(QStringLiteral("Password must be entered to get mail."), boxTitle(" E-Mail"));
+        controls::showMessage(QStringLiteral("Password must be entered to get mail."), boxTitle(" E-Mail"));
         tpwd->setFocus();
         return;
     }
@@ -175,13 +175,13 @@ void frmLogin::logInFailed(int error) {
         break;
     case errors::MailServerBusy:
         POP1.leave();
-        platform::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
+        controls::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
                               boxTitle(" Mail Error"));
         mayTryAgain();
         break;
     case errors::LogOnRefused:
         // While the box is open, so is the session: a check started under it meets a busy mail server.
-        platform::showMessage(QStringLiteral("Password Or User Name Wrong, Please Try Again ") + number,
+        controls::showMessage(QStringLiteral("Password Or User Name Wrong, Please Try Again ") + number,
                               boxTitle(" Mail Error"));
         POP1.leave();
         mayTryAgain();

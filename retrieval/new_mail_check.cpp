@@ -1,6 +1,6 @@
+#include "components/controls/message_box.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "retrieval/summaries.h"
@@ -136,7 +136,7 @@ int openBoxes = 0;
 
 void tellOfFailedCheck(const QString& text, const char* titleEnding) {
     ++openBoxes;
-    platform::showMessage(text, boxTitle(titleEnding));
+    controls::showMessage(text, boxTitle(titleEnding));
     --openBoxes;
 }
 
@@ -189,7 +189,7 @@ void checkForNewMail() {
         : state.Password.isEmpty() ? QStringLiteral("Password Must Be Entered To Get Mail!")
                                    : QString();
     if (!missing.isEmpty()) {
-        platform::showMessage(missing, boxTitle(" Mail"));
+        controls::showMessage(missing, boxTitle(" Mail"));
         mainWindow().MailGrid->setRedraw(redrewBefore);
         return;
     }
@@ -214,7 +214,7 @@ void frmMain::cmdGetMail_Click() {
     lStats->setText(QStringLiteral("Checking for new mail..."));
     checkForNewMail();
     if (!state.NewMailFound) {
-        platform::showMessage(QStringLiteral("You have no new mail."), QStringLiteral("Brindlewake"));
+        controls::showMessage(QStringLiteral("You have no new mail."), QStringLiteral("Brindlewake"));
     }
     showTotals();
     if (!state.LoggedOn) {

@@ -1,10 +1,10 @@
 #include "retrieval/summaries.h"
 
+#include "components/controls/message_box.h"
 #include "components/poplib/pop.h"
 #include "email/header_events.h"
 #include "email/state.h"
 #include "mailbox/mailbox_list.h"
-#include "platform/message_box.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "windows/frmMain.h"
@@ -41,7 +41,7 @@ QString boxTitle(const char* ending) {
 }
 
 void tellAndEnd(const QString& text, const char* titleEnding) {
-    platform::showMessage(text, boxTitle(titleEnding));
+    controls::showMessage(text, boxTitle(titleEnding));
     platform::endProgram();
 }
 

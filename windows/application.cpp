@@ -1,6 +1,6 @@
 #include "windows/application.h"
 
-#include "platform/message_box.h"
+#include "components/controls/message_box.h"
 #include "platform/runtime_error.h"
 
 #include <QIcon>
@@ -21,7 +21,7 @@ bool Application::notify(QObject* receiver, QEvent* event) {
     // One box is enough, and it comes later: the event may have been a request to paint.
     if (error != 0 && !std::exchange(reporting_, true)) {
         QTimer::singleShot(0, this, [this, error] {
-            platform::reportError(error);
+            controls::reportError(error);
             reporting_ = false;
         });
     }

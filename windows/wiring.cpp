@@ -1,10 +1,10 @@
 #include "windows/wiring.h"
 
-#include "platform/message_box.h"
+#include "components/controls/message_box.h"
 #include "platform/runtime_error.h"
 
 void runHandler(const std::function<void()>& handler) {
     if (const int error = platform::errorNumberOf(handler)) {
-        platform::reportError(error);
+        controls::reportError(error);
     }
 }

@@ -1,6 +1,6 @@
 #include "components/controls/line_box.h"
 
-#include "platform/message_box.h"
+#include "components/controls/message_box.h"
 
 #include <QValidator>
 
@@ -34,7 +34,7 @@ void LineBox::tellLater() {
         return;
     }
     const auto tell = [this] {
-        platform::showMessage(
+        controls::showMessage(
             QStringLiteral("This is too long for one line: at most %1 characters.").arg(kMostCharacters),
             QStringLiteral("Brindlewake"));
         telling_ = false;

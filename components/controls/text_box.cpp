@@ -1,9 +1,10 @@
 #include "components/controls/text_box.h"
 
+#include "components/controls/error_meanings.h"
+#include "components/controls/message_box.h"
 #include "components/controls/pasted_text.h"
 #include "components/controls/shown_breaks.h"
 #include "components/controls/shown_lines.h"
-#include "platform/message_box.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
@@ -295,7 +296,7 @@ void TextBox::insertFromMimeData(const QMimeData* source) {
         }
     });
     if (error != 0) {
-        tellLater(QString::fromStdString(platform::meaningOf(error)));
+        tellLater(QString::fromStdString(meaningOf(error)));
     }
 }
 
@@ -326,7 +327,7 @@ void TextBox::tellLater(const QString& text) {
         return;
     }
     const auto tell = [this, text] {
-        platform::showMessage(text, QStringLiteral("Brindlewake"));
+        controls::showMessage(text, QStringLiteral("Brindlewake"));
         telling_ = false;
     };
     QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);

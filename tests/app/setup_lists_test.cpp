@@ -64,8 +64,8 @@ TEST_F(SetupLists, ChoosingADriveWithNoMediumGivesTheDriveMessageAndTheDriveList
     choose(QStringLiteral("A:"));
     ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("The drive is not ready, please insert disk.")));
     EXPECT_EQ(boxes[0].title, QStringLiteral("Example School E-Mail"));
-    EXPECT_EQ(boxes[0].icon, platform::MessageIcon::None);
-    EXPECT_EQ(boxes[0].buttons, platform::MessageButtons::Ok);
+    EXPECT_EQ(boxes[0].icon, controls::MessageIcon::None);
+    EXPECT_EQ(boxes[0].buttons, controls::MessageButtons::Ok);
     EXPECT_EQ(setupWindow().cboDrive->drive(), QStringLiteral("C:"));
     EXPECT_EQ(setupWindow().cboDir->path(), QStringLiteral("C:\\docs"));
     EXPECT_EQ(directory(), QStringLiteral("C:\\docs\\"));
@@ -73,7 +73,7 @@ TEST_F(SetupLists, ChoosingADriveWithNoMediumGivesTheDriveMessageAndTheDriveList
 
 TEST_F(SetupLists, TheDriveListStillShowsTheDriveWithoutMediumWhileItsMessageIsOpen) {
     openWith(QStringLiteral("C:\\docs\\"));
-    whileBoxIsOpen = [](const platform::MessageBox&) {
+    whileBoxIsOpen = [](const controls::MessageBox&) {
         EXPECT_EQ(setupWindow().cboDrive->drive(), QStringLiteral("A:"));
     };
     choose(QStringLiteral("A:"));

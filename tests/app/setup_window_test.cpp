@@ -79,7 +79,7 @@ TEST_F(SetupWindow, UpdateWritesTheFieldsTellsToRestartAndEndsTheProgram) {
     ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral(
                                 "You must restart Brindlewake in order for changes to take effect.")));
     EXPECT_EQ(boxes[0].title, QStringLiteral("Brindlewake"));
-    EXPECT_EQ(boxes[0].icon, platform::MessageIcon::Exclamation);
+    EXPECT_EQ(boxes[0].icon, controls::MessageIcon::Exclamation);
     EXPECT_EQ(programEnds, 1);
     EXPECT_EQ(email::settings.Institution, QStringLiteral("Example School"));
 }
@@ -184,8 +184,8 @@ TEST_F(SetupWindow, UpdateWithEveryFieldEmptiedWritesEverySettingBack) {
 TEST_F(SetupWindow, TheBoxOfUpdateComesWhenTheFileIsWrittenAndTheWindowHidden) {
     openWith(school);
     setupWindow().txtSchool->setText(QStringLiteral("Other School"));
-    whileBoxIsOpen = [this](const platform::MessageBox& box) {
-        EXPECT_EQ(box.buttons, platform::MessageButtons::Ok);
+    whileBoxIsOpen = [this](const controls::MessageBox& box) {
+        EXPECT_EQ(box.buttons, controls::MessageButtons::Ok);
         EXPECT_FALSE(setupWindow().isVisible());
         EXPECT_THAT(folder.read("tolk.ini"), HasSubstr("Institution=Other School\r\n"));
         EXPECT_EQ(programEnds, 0);

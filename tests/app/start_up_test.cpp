@@ -49,8 +49,8 @@ class StartUp : public WindowTest {
         ASSERT_THAT(boxTexts(),
                     ElementsAre(QStringLiteral("Problem starting Brindlewake. Error# %1").arg(number)));
         EXPECT_EQ(boxes[0].title, QStringLiteral("Brindlewake"));
-        EXPECT_EQ(boxes[0].icon, platform::MessageIcon::None);
-        EXPECT_EQ(boxes[0].buttons, platform::MessageButtons::Ok);
+        EXPECT_EQ(boxes[0].icon, controls::MessageIcon::None);
+        EXPECT_EQ(boxes[0].buttons, controls::MessageButtons::Ok);
         EXPECT_FALSE(loginWindow().isVisible());
         EXPECT_TRUE(mainWindow().isVisible());
         EXPECT_EQ(programEnds, 0);
@@ -70,8 +70,8 @@ TEST_F(StartUp, WithoutASettingsFileLeadsToTheSetupWindow) {
     startUp();
     ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("You must configure Brindlewake!")));
     EXPECT_EQ(boxes[0].title, QStringLiteral("Brindlewake"));
-    EXPECT_EQ(boxes[0].icon, platform::MessageIcon::Exclamation);
-    EXPECT_EQ(boxes[0].buttons, platform::MessageButtons::Ok);
+    EXPECT_EQ(boxes[0].icon, controls::MessageIcon::Exclamation);
+    EXPECT_EQ(boxes[0].buttons, controls::MessageButtons::Ok);
     EXPECT_TRUE(setupWindow().isVisible());
     EXPECT_FALSE(mainWindow().isVisible());
     EXPECT_FALSE(loginWindow().isVisible());

@@ -100,7 +100,7 @@ TEST_F(KeepLetter, AfterAnEndOfAnyKindComposeOffersToGoOn) {
     start();
     compose();
     EXPECT_EQ(boxes.at(0).title, QStringLiteral("Example School E-Mail"));
-    EXPECT_EQ(boxes.at(0).buttons, platform::MessageButtons::YesNo);
+    EXPECT_EQ(boxes.at(0).buttons, controls::MessageButtons::YesNo);
     expectTheLetter();
     EXPECT_FALSE(mainWindow().isEnabled());
 }
@@ -140,7 +140,7 @@ TEST_F(KeepLetter, ClosingTheOfferGoesOnWithTheLetter) {
     start();
     compose();
     ASSERT_THAT(boxTexts(), ElementsAre(kOffer));
-    EXPECT_EQ(boxes[0].closingAnswer, platform::MessageAnswer::Yes);
+    EXPECT_EQ(boxes[0].closingAnswer, controls::MessageAnswer::Yes);
 }
 
 TEST_F(KeepLetter, ALetterThatIsGivenUpIsGone) {
@@ -148,7 +148,7 @@ TEST_F(KeepLetter, ALetterThatIsGivenUpIsGone) {
     write();
     passTime();
     start();
-    answer = platform::MessageAnswer::No;
+    answer = controls::MessageAnswer::No;
     compose();
     EXPECT_EQ(composeWindow().tTo->text(), QString());
     EXPECT_EQ(composeWindow().tMessage->bytes(), "");
@@ -181,7 +181,7 @@ TEST_F(KeepLetter, ALetterThatWasSentIsGoneBeforeThatIsTold) {
     write();
     passTime();
     std::vector<filesystem::path> keptWhenTold;
-    whileBoxIsOpen = [&](const platform::MessageBox&) {
+    whileBoxIsOpen = [&](const controls::MessageBox&) {
         passTime();
         keptWhenTold = keptFiles();
     };

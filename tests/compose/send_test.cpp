@@ -51,7 +51,7 @@ class Send : public WindowTest {
     void expectFailure(int number) {
         ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("Unable to send message. Error# %1").arg(number)));
         EXPECT_EQ(boxes[0].title, QStringLiteral("Example School E-Mail"));
-        EXPECT_EQ(boxes[0].buttons, platform::MessageButtons::Ok);
+        EXPECT_EQ(boxes[0].buttons, controls::MessageButtons::Ok);
         auto& window = composeWindow();
         EXPECT_TRUE(window.isVisible());
         EXPECT_TRUE(window.isEnabled());

@@ -10,8 +10,8 @@
 
 #include <utility>
 
-using platform::MessageAnswer;
-using platform::MessageButtons;
+using controls::MessageAnswer;
+using controls::MessageButtons;
 using support::Pop3Mailbox;
 using support::ScriptedServer;
 using support::WhenItHolds;
@@ -240,7 +240,7 @@ TEST_F(MessageDeletion, ACheckThatStartsWhileItWorksIsRefusedAndDoesNoHarm) {
 TEST_F(MessageDeletion, ACheckUnderTheQuestionMayChangeTheListAndTheRightMessageIsDeleted) {
     logInWith(3);
     bool checked = false;
-    whileBoxIsOpen = [&](const platform::MessageBox& box) {
+    whileBoxIsOpen = [&](const controls::MessageBox& box) {
         if (box.buttons == MessageButtons::YesNo && !std::exchange(checked, true)) {
             mailbox.deliver(message(4));
             mainWindow().tmrCheckMail_Timer();

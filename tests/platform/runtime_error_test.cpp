@@ -5,14 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <new>
-#include <set>
 #include <stdexcept>
-#include <string>
 
 namespace {
 
 using platform::errorNumberOf;
-using platform::meaningOf;
 using platform::RuntimeError;
 namespace errors = platform::errors;
 
@@ -40,20 +37,6 @@ TEST(RuntimeError, MemoryThatCannotBeHadIsErrorSeven) {
 TEST(RuntimeError, AMistakeOfTheProgramItselfPassesTheTrap) {
     EXPECT_THROW(static_cast<void>(errorNumberOf([] { throw std::logic_error("a mistake"); })),
                  std::logic_error);
-}
-
-TEST(RuntimeError, EveryKnownNumberHasAMeaningOfItsOwn) {
-    std::set<std::string> meanings{meaningOf(-1)};
-    const std::set<int> numbers = {
-        errors::InvalidProcedureCall, errors::Overflow,           errors::OutOfMemory,
-        errors::SubscriptOutOfRange,  errors::TypeMismatch,       errors::FileNotFound,
-        errors::DeviceInputOutput,    errors::InputPastEndOfFile, errors::DiskFull,
-        errors::DeviceUnavailable,    errors::PathFileAccess,     errors::MailServerBusy,
-        errors::LogOnRefused,         errors::MailServerTrouble,  errors::NetworkUnreachable,
-        errors::ConnectionRefused,    errors::HostNotFound,       errors::PrinterError};
-    for (const int number : numbers) {
-        EXPECT_TRUE(meanings.insert(meaningOf(number)).second) << number;
-    }
 }
 
 TEST(RuntimeError, TheNumbersAreTheOnesThatPeopleKnow) {

@@ -20,8 +20,8 @@ class LoginFailure : public WindowTest {
     void expectBoxAndEnd(const QString& text, const QString& title) {
         ASSERT_THAT(boxTexts(), ElementsAre(text));
         EXPECT_EQ(boxes[0].title, title);
-        EXPECT_EQ(boxes[0].icon, platform::MessageIcon::None);
-        EXPECT_EQ(boxes[0].buttons, platform::MessageButtons::Ok);
+        EXPECT_EQ(boxes[0].icon, controls::MessageIcon::None);
+        EXPECT_EQ(boxes[0].buttons, controls::MessageButtons::Ok);
         EXPECT_EQ(programEnds, 1);
     }
 
@@ -71,7 +71,7 @@ TEST_F(LoginFailure, RefusedPasswordIsReportedAndMayBeRetried) {
     mailbox.answer("PASS", "-ERR no\r\n");
     ScriptedServer server{mailbox};
     std::vector<std::string> commandsUnderTheBox;
-    whileBoxIsOpen = [&](const platform::MessageBox&) { commandsUnderTheBox = server.commands(); };
+    whileBoxIsOpen = [&](const controls::MessageBox&) { commandsUnderTheBox = server.commands(); };
     logIn(server.address());
     ASSERT_THAT(boxTexts(),
                 ElementsAre(QStringLiteral("Password Or User Name Wrong, Please Try Again 20172")));
@@ -99,7 +99,7 @@ TEST_F(LoginFailure, RefusedUserNameIsReportedAsWrong) {
 TEST_F(LoginFailure, AMailboxInUseIsReportedAfterLoggingOff) {
     ScriptedServer server{Pop3Mailbox(twoMessages).answer("PASS", "-ERR [IN-USE] locked\r\n")};
     std::vector<std::string> commandsUnderTheBox;
-    whileBoxIsOpen = [&](const platform::MessageBox&) {
+    whileBoxIsOpen = [&](const controls::MessageBox&) {
         EXPECT_TRUE(server.waitForEndOf(1));
         commandsUnderTheBox = server.commands();
     };
@@ -114,7 +114,7 @@ TEST_F(LoginFailure, AMailboxInUseIsReportedAfterLoggingOff) {
 TEST_F(LoginFailure, ASecondLogOnUnderTheBoxMeetsABusyMailServer) {
     ScriptedServer server{Pop3Mailbox(twoMessages).answer("PASS", "-ERR no\r\n")};
     int depth = 0;
-    whileBoxIsOpen = [&](const platform::MessageBox&) {
+    whileBoxIsOpen = [&](const controls::MessageBox&) {
         if (++depth == 1) {
             loginWindow().cmdLogin_Click();
         }

@@ -256,7 +256,7 @@ TEST_F(NewMailCheck, ASecondCheckUnderTheBoxOfTheFirstMeetsABusyServerAndHarmsNo
     logInWith(1);
     mailbox.answer("PASS", "-ERR no\r\n");
     int depth = 0;
-    whileBoxIsOpen = [&](const platform::MessageBox&) {
+    whileBoxIsOpen = [&](const controls::MessageBox&) {
         if (++depth == 1) {
             mainWindow().tmrCheckMail_Timer();
         }
@@ -309,7 +309,7 @@ TEST_F(NewMailCheck, ABrokenConnectionEndsTheProgram) {
 TEST_F(NewMailCheck, BoxesOfFailedChecksDoNotPileUpWhileNobodyIsThere) {
     logInWith(1);
     mailbox.answer("PASS", "-ERR no\r\n");
-    whileBoxIsOpen = [&](const platform::MessageBox&) {
+    whileBoxIsOpen = [&](const controls::MessageBox&) {
         if (boxes.size() < 10) {
             mainWindow().tmrCheckMail_Timer();
         }

@@ -256,17 +256,4 @@ TEST_F(SmtpSending, AServerThatDoesNotAnswerTheFarewellHasTheMessageAllTheSame) 
     EXPECT_THAT(mailbox.messages(), SizeIs(3));
 }
 
-TEST_F(SmtpSending, EveryNumberOfSendingHasAMeaningOfItsOwn) {
-    std::vector<std::string> meanings;
-    for (const int number :
-         {20401, 20402, 20403, 20404, 20411, 20412, 20413, 20414, 20415, 20416, 20421, 20422,
-          20423, 20424, 20425, 20426, 20431, 20432, 20433, 20434, 20442, 20443, 20444}) {
-        const std::string meaning = platform::meaningOf(number);
-        EXPECT_NE(meaning, platform::meaningOf(-1)) << number;
-        EXPECT_THAT(meanings, Not(Contains(meaning))) << number;
-        EXPECT_THAT(meaning, HasSubstr(number >= 20440 ? "may have been sent" : "sent")) << number;
-        meanings.push_back(meaning);
-    }
-}
-
 } // namespace

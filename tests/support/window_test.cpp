@@ -32,12 +32,12 @@ email::SettingsFields schoolSettings(const QString& mailServer) {
 WindowTest::WindowTest() : folderBefore_(std::filesystem::current_path()) {
     application();
     std::filesystem::current_path(folder.path());
-    platform::replaceMessageBox([this](const platform::MessageBox& box) {
+    controls::replaceMessageBox([this](const controls::MessageBox& box) {
         boxes.push_back(box);
         if (whileBoxIsOpen) {
             whileBoxIsOpen(box);
         }
-        return box.buttons == platform::MessageButtons::YesNo ? answer : platform::MessageAnswer::Ok;
+        return box.buttons == controls::MessageButtons::YesNo ? answer : controls::MessageAnswer::Ok;
     });
     platform::replaceEndProgram([this] { ++programEnds; });
     MCI::replaceWavePlayer([this](const QString& fileName) { sounds.push_back(fileName); });
@@ -50,7 +50,7 @@ WindowTest::WindowTest() : folderBefore_(std::filesystem::current_path()) {
 
 WindowTest::~WindowTest() {
     windows_.reset();
-    platform::replaceMessageBox({});
+    controls::replaceMessageBox({});
     platform::replaceEndProgram({});
     MCI::replaceWavePlayer({});
     platform::replaceDefaultPrinter({});
@@ -104,7 +104,7 @@ void WindowTest::doubleClick(int row) {
 
 std::vector<QString> WindowTest::boxTexts() const {
     std::vector<QString> texts;
-    for (const platform::MessageBox& box : boxes) {
+    for (const controls::MessageBox& box : boxes) {
         texts.push_back(box.text);
     }
     return texts;

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "components/controls/message_box.h"
 #include "email/settings_file.h"
-#include "platform/message_box.h"
 #include "tests/support/environment.h"
 #include "tests/support/recording_printer.h"
 #include "tests/support/temporary_folder.h"
@@ -59,10 +59,10 @@ class WindowTest : public testing::Test {
     TemporaryFolder folder;
     /** Where letters are kept that are being written. */
     TemporaryFolder stateHome;
-    std::vector<platform::MessageBox> boxes;
+    std::vector<controls::MessageBox> boxes;
     /** Runs while a box is open; takes the box. */
-    std::function<void(const platform::MessageBox&)> whileBoxIsOpen;
-    platform::MessageAnswer answer = platform::MessageAnswer::Yes;
+    std::function<void(const controls::MessageBox&)> whileBoxIsOpen;
+    controls::MessageAnswer answer = controls::MessageAnswer::Yes;
     std::vector<QString> sounds;
     /** One for each time that something was printed; a list, since printers keep hold of theirs. */
     std::list<PrintedDocument> printed;

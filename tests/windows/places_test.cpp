@@ -1,6 +1,6 @@
 // Where the windows stand, and as what: beside the one that they were opened from, under one icon.
 
-#include "platform/message_box.h"
+#include "components/controls/message_box.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
 #include "windows/frmFrom.h"
@@ -120,7 +120,7 @@ TEST_F(Places, ABoxStandsAboveAWindowThatRests) {
     mainWindow().activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&mainWindow()));
     mainWindow().setEnabled(false);
-    platform::replaceMessageBox({});
+    controls::replaceMessageBox({});
     bool seen = false;
     QTimer::singleShot(0, [&] {
         auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
@@ -131,7 +131,7 @@ TEST_F(Places, ABoxStandsAboveAWindowThatRests) {
         EXPECT_TRUE(mainWindow().frameGeometry().contains(box->frameGeometry().center()));
         box->accept();
     });
-    platform::showMessage(QStringLiteral("Done"), QStringLiteral("Brindlewake"));
+    controls::showMessage(QStringLiteral("Done"), QStringLiteral("Brindlewake"));
     EXPECT_TRUE(seen);
 }
 

@@ -1,7 +1,7 @@
 // Where windows read from right to left, addresses and sizes still read as they are written.
 
+#include "components/controls/message_box.h"
 #include "components/controls/msflexgrid.h"
-#include "platform/message_box.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -66,7 +66,7 @@ TEST_F(RightToLeft, TheFootLineStandsAtTheRight) {
 }
 
 TEST_F(RightToLeft, ABoxShowsEachLineInItsOwnOrderAndIsAskedWithNoMarks) {
-    platform::replaceMessageBox({});
+    controls::replaceMessageBox({});
     QString shown;
     const support::WhenItHolds opened(
         [] {
@@ -79,6 +79,6 @@ TEST_F(RightToLeft, ABoxShowsEachLineInItsOwnOrderAndIsAskedWithNoMarks) {
             shown = real->text();
             QTest::keyClick(real, Qt::Key_Return);
         });
-    platform::showMessage(QStringLiteral("Saved to: C:\\a.txt\n(12 bytes)"), QStringLiteral("Title"));
+    controls::showMessage(QStringLiteral("Saved to: C:\\a.txt\n(12 bytes)"), QStringLiteral("Title"));
     EXPECT_EQ(shown, QStringLiteral("\u2068Saved to: C:\\a.txt\u2069\n\u2068(12 bytes)\u2069"));
 }

@@ -65,7 +65,7 @@ TEST_F(Windows, AWindowUnloadedWhileAHandlerWaitsLivesUntilTheWaitIsOver) {
 
 TEST_F(Windows, AWindowClosedUnderItsOwnMessageBoxLivesUntilTheHandlerIsThrough) {
     const QPointer<QWidget> login = &loginWindow();
-    whileBoxIsOpen = [&](const platform::MessageBox&) {
+    whileBoxIsOpen = [&](const controls::MessageBox&) {
         loginWindow().close();
         runEventLoop();
         EXPECT_FALSE(login.isNull());
@@ -124,9 +124,9 @@ struct BoxSeen {
 
 class RealMessageBox : public Windows {
   protected:
-    RealMessageBox() { platform::replaceMessageBox({}); }
+    RealMessageBox() { controls::replaceMessageBox({}); }
 
-    platform::MessageAnswer show(const platform::MessageBox& box, Qt::Key key,
+    controls::MessageAnswer show(const controls::MessageBox& box, Qt::Key key,
                                  Qt::KeyboardModifiers held = {}) {
         const support::WhenItHolds opened(
             [] {
@@ -140,7 +140,7 @@ class RealMessageBox : public Windows {
                         real->standardButtons(), real->frameGeometry(), real->width()};
                 QTest::keyClick(real, key, held);
             });
-        return platform::showMessageBox(box);
+        return controls::showMessageBox(box);
     }
 
     BoxSeen seen;
@@ -149,9 +149,9 @@ class RealMessageBox : public Windows {
 
 TEST_F(RealMessageBox, ShowsTextTitleIconAndButton) {
     const auto reply = show({QStringLiteral("Text <b>as it is</b>"), QStringLiteral("Title"),
-                             platform::MessageIcon::Exclamation, platform::MessageButtons::Ok},
+                             controls::MessageIcon::Exclamation, controls::MessageButtons::Ok},
                             Qt::Key_Return);
-    EXPECT_EQ(reply, platform::MessageAnswer::Ok);
+    EXPECT_EQ(reply, controls::MessageAnswer::Ok);
     EXPECT_EQ(seen.title, QStringLiteral("Title"));
     EXPECT_EQ(seen.text, QStringLiteral("Text <b>as it is</b>"));
     EXPECT_EQ(seen.icon, QMessageBox::Warning);
@@ -160,47 +160,47 @@ TEST_F(RealMessageBox, ShowsTextTitleIconAndButton) {
 
 TEST_F(RealMessageBox, ALongTitleIsNotCutByItsFrame) {
     const QString title = QStringLiteral("The Royal Grammar School of Saint Cuthbert at Lower E-Mail");
-    show({QStringLiteral("Short."), title, platform::MessageIcon::None, platform::MessageButtons::Ok},
+    show({QStringLiteral("Short."), title, controls::MessageIcon::None, controls::MessageButtons::Ok},
          Qt::Key_Return);
     QFont bold = QApplication::font();
     bold.setBold(true);
     const QFontMetrics metrics(bold);
     EXPECT_GE(seen.width, metrics.horizontalAdvance(title) + 8 * metrics.height());
-    show({QStringLiteral("Short."), QString(3'000, u'W'), platform::MessageIcon::None,
-          platform::MessageButtons::Ok},
+    show({QStringLiteral("Short."), QString(3'000, u'W'), controls::MessageIcon::None,
+          controls::MessageButtons::Ok},
          Qt::Key_Return);
     EXPECT_LE(seen.width, QApplication::primaryScreen()->availableSize().width());
 }
 
 TEST_F(RealMessageBox, EscapeMeansNo) {
-    const auto reply = show({QStringLiteral("Sure?"), QStringLiteral("Title"), platform::MessageIcon::None,
-                             platform::MessageButtons::YesNo},
+    const auto reply = show({QStringLiteral("Sure?"), QStringLiteral("Title"), controls::MessageIcon::None,
+                             controls::MessageButtons::YesNo},
                             Qt::Key_Escape);
-    EXPECT_EQ(reply, platform::MessageAnswer::No);
+    EXPECT_EQ(reply, controls::MessageAnswer::No);
     EXPECT_EQ(seen.icon, QMessageBox::NoIcon);
     EXPECT_EQ(seen.buttons, QMessageBox::Yes | QMessageBox::No);
 }
 
 TEST_F(RealMessageBox, EscapeMeansWhatLosesNothing) {
-    platform::MessageBox box{QStringLiteral("Go on?"), QStringLiteral("Title"), platform::MessageIcon::None,
-                             platform::MessageButtons::YesNo};
-    box.closingAnswer = platform::MessageAnswer::Yes;
-    EXPECT_EQ(show(box, Qt::Key_Escape), platform::MessageAnswer::Yes);
+    controls::MessageBox box{QStringLiteral("Go on?"), QStringLiteral("Title"), controls::MessageIcon::None,
+                             controls::MessageButtons::YesNo};
+    box.closingAnswer = controls::MessageAnswer::Yes;
+    EXPECT_EQ(show(box, Qt::Key_Escape), controls::MessageAnswer::Yes);
 }
 
 TEST_F(RealMessageBox, YesMeansYes) {
     const auto reply = show({QStringLiteral("Sure?"), QStringLiteral("Title"),
-                             platform::MessageIcon::Question, platform::MessageButtons::YesNo},
+                             controls::MessageIcon::Question, controls::MessageButtons::YesNo},
                             Qt::Key_Y, Qt::AltModifier);
-    EXPECT_EQ(reply, platform::MessageAnswer::Yes);
+    EXPECT_EQ(reply, controls::MessageAnswer::Yes);
 }
 
 TEST_F(RealMessageBox, ReturnGivesTheAnswerThatIsTheDefault) {
-    platform::MessageBox box{QStringLiteral("Sure?"), QStringLiteral("Title"), platform::MessageIcon::None,
-                             platform::MessageButtons::YesNo};
-    EXPECT_EQ(show(box, Qt::Key_Return), platform::MessageAnswer::Yes);
-    box.defaultAnswer = platform::MessageAnswer::No;
-    EXPECT_EQ(show(box, Qt::Key_Return), platform::MessageAnswer::No);
+    controls::MessageBox box{QStringLiteral("Sure?"), QStringLiteral("Title"), controls::MessageIcon::None,
+                             controls::MessageButtons::YesNo};
+    EXPECT_EQ(show(box, Qt::Key_Return), controls::MessageAnswer::Yes);
+    box.defaultAnswer = controls::MessageAnswer::No;
+    EXPECT_EQ(show(box, Qt::Key_Return), controls::MessageAnswer::No);
 }
 
 TEST_F(RealMessageBox, LeavesFreeWhatItAsksAbout) {
@@ -211,7 +211,7 @@ TEST_F(RealMessageBox, LeavesFreeWhatItAsksAbout) {
         const QRect row(screen.left(), top, screen.width(), 20);
         show({.text = QStringLiteral("Sure?"),
               .title = QStringLiteral("Title"),
-              .buttons = platform::MessageButtons::YesNo,
+              .buttons = controls::MessageButtons::YesNo,
               .leftFree = row},
              Qt::Key_Escape);
         EXPECT_FALSE(seen.place.intersects(row)) << top;

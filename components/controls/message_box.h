@@ -5,7 +5,7 @@
 
 #include <functional>
 
-namespace platform {
+namespace controls {
 
 enum class MessageIcon { None, Exclamation, Question };
 enum class MessageButtons { Ok, YesNo };
@@ -37,4 +37,4 @@ void reportError(int errorNumber);
 /** Puts a function in the place of the real box, for tests. An empty function brings the real one back. */
 void replaceMessageBox(std::function<MessageAnswer(const MessageBox&)> standIn);
 
-} // namespace platform
+} // namespace controls

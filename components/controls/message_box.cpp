@@ -1,8 +1,8 @@
-#include "platform/message_box.h"
+#include "components/controls/message_box.h"
 
+#include "components/controls/error_meanings.h"
 #include "platform/nested_wait.h"
 #include "platform/reading_order.h"
-#include "platform/runtime_error.h"
 
 #include <QApplication>
 #include <QGridLayout>
@@ -13,7 +13,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace platform {
+namespace controls {
 
 namespace {
 std::function<MessageAnswer(const MessageBox&)>& messageBoxStandIn() {
@@ -90,7 +90,7 @@ void makeRoomForTitle(QMessageBox& dialog) {
 } // namespace
 
 MessageAnswer showMessageBox(const MessageBox& box) {
-    const NestedWait wait;
+    const platform::NestedWait wait;
     if (const auto& standIn = messageBoxStandIn()) {
         return standIn(box);
     }
@@ -101,7 +101,7 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     dialog.setObjectName(QStringLiteral("messageBox"));
     dialog.setIcon(iconOf(box.icon));
     dialog.setTextFormat(Qt::PlainText);
-    dialog.setText(QApplication::isRightToLeft() ? inItsOwnOrder(box.text) : box.text);
+    dialog.setText(QApplication::isRightToLeft() ? platform::inItsOwnOrder(box.text) : box.text);
     dialog.setWindowTitle(box.title);
     dialog.setStandardButtons(yesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
     makeRoomForTitle(dialog);
@@ -138,4 +138,4 @@ void replaceMessageBox(std::function<MessageAnswer(const MessageBox&)> standIn) 
     messageBoxStandIn() = std::move(standIn);
 }
 
-} // namespace platform
+} // namespace controls

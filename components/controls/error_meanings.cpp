@@ -1,6 +1,10 @@
+#include "components/controls/error_meanings.h"
+
 #include "platform/runtime_error.h"
 
-namespace platform {
+namespace controls {
+
+namespace errors = platform::errors;
 
 namespace {
 /** What the numbers of sending mean; empty for any other number. */
@@ -118,4 +122,4 @@ std::string meaningOf(int errorNumber) {
     }
 }
 
-} // namespace platform
+} // namespace controls
