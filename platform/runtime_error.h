@@ -23,6 +23,8 @@ inline constexpr int DiskFull = 61;
 inline constexpr int InputPastEndOfFile = 62;
 inline constexpr int DeviceUnavailable = 68;
 inline constexpr int PathFileAccess = 75;
+/** A picture file that holds none. */
+inline constexpr int InvalidPicture = 481;
 /** There is no default printer, or it takes no document. */
 inline constexpr int PrinterError = 482;
 

@@ -89,6 +89,8 @@ std::string meaningOf(int errorNumber) {
         return "The drive is not ready. Insert a disk and try again.";
     case errors::PathFileAccess:
         return "A file or folder cannot be opened. Check its name and your rights to it.";
+    case errors::InvalidPicture:
+        return "The picture file holds no picture. Put another one in its place.";
     case errors::PrinterError:
         return "The message cannot be printed. Check that a default printer is set up and ready, then try "
                "again.";

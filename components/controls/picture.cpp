@@ -33,7 +33,7 @@ QPixmap LoadPicture(const QString& fileName, QSize room, qreal dotsPerUnit) {
     }
     QPixmap picture = QPixmap::fromImageReader(&reader);
     if (picture.isNull()) {
-        throw platform::RuntimeError(kInvalidPicture);
+        throw platform::RuntimeError(platform::errors::InvalidPicture);
     }
     if (shown != size) {
         picture.setDevicePixelRatio(std::max(qreal(picture.width()) / shown.width(), //

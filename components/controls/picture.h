@@ -14,6 +14,4 @@ namespace controls {
  */
 QPixmap LoadPicture(const QString& fileName = QString(), QSize room = QSize(), qreal dotsPerUnit = 1);
 
-inline constexpr int kInvalidPicture = 481;
-
 } // namespace controls

@@ -134,7 +134,7 @@ void Base64Decoder::finish(std::string& bytes) {
 void Base64Decoder::raiseIfCut() {
     if (cut_) {
         *this = Base64Decoder();
-        throw platform::RuntimeError(kEncodedTextCut);
+        throw platform::RuntimeError(platform::errors::BadEncodedText);
     }
 }
 

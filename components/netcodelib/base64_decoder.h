@@ -1,15 +1,10 @@
 #pragma once
 
-#include "platform/runtime_error.h"
-
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace NetCodeLib {
-
-/** The error of encoded text that stops in the middle of a byte: the rest of it has been lost on the way. */
-inline constexpr int kEncodedTextCut = platform::errors::BadEncodedText;
 
 /**
  * Turns base64 text back into bytes, as patiently as mail needs it. The text may come in pieces of any size;
@@ -31,11 +26,12 @@ class Base64Decoder {
   public:
     /**
      * Adds the bytes that this piece completes.
-     * \throws RuntimeError kEncodedTextCut; the decoder can then begin anew.
+     * \throws RuntimeError 20502 for a text that stops in the middle of a byte; the decoder can then begin
+     * anew.
      */
     void append(std::string_view text, std::string& bytes);
 
-    /** Adds the last bytes. The decoder can then begin anew. \throws RuntimeError kEncodedTextCut. */
+    /** Adds the last bytes. The decoder can then begin anew. \throws RuntimeError 20502 as append(). */
     void finish(std::string& bytes);
 
   private:

@@ -24,7 +24,8 @@ TEST(ErrorMeanings, EveryKnownNumberHasAMeaningOfItsOwn) {
         errors::DeviceInputOutput,    errors::InputPastEndOfFile, errors::DiskFull,
         errors::DeviceUnavailable,    errors::PathFileAccess,     errors::MailServerBusy,
         errors::LogOnRefused,         errors::MailServerTrouble,  errors::NetworkUnreachable,
-        errors::ConnectionRefused,    errors::HostNotFound,       errors::PrinterError};
+        errors::ConnectionRefused,    errors::HostNotFound,       errors::PrinterError,
+        errors::InvalidPicture};
     for (const int number : numbers) {
         EXPECT_TRUE(meanings.insert(meaningOf(number)).second) << number;
     }

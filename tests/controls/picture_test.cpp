@@ -58,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(Picture, ThatIsNoneIsRefused) {
     folder_.write("logo.jpg", "\xFF\xD8\xFF\xE0 no picture behind the start of one");
     EXPECT_EQ(platform::errorNumberOf([&] { controls::LoadPicture(folder_.qtPath("logo.jpg"), kRoom, 2); }),
-              controls::kInvalidPicture);
+              platform::errors::InvalidPicture);
 }
 
 } // namespace

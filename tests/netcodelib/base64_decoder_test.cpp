@@ -15,7 +15,6 @@
 namespace {
 
 using NetCodeLib::Base64Decoder;
-using NetCodeLib::kEncodedTextCut;
 using support::randomBytes;
 using namespace std::string_literals;
 
@@ -90,11 +89,11 @@ const std::vector<Case>& cases() {
         {"ASingleCharacterAfterPadding", "Zm8=Z", {"fo", 0}},
         {"TextAfterPaddingOfNothing", "=Zm9v", {"", 0}},
 
-        {"OneCharacter", "Z", {"", kEncodedTextCut}},
-        {"CutAfterOneCharacterOfAGroup", "Zm9vY", {"", kEncodedTextCut}},
-        {"CutBeforeALineEnd", "Zm9vY\r\n", {"", kEncodedTextCut}},
-        {"CutBeforePadding", "Zm9vY===", {"", kEncodedTextCut}},
-        {"CutBeforePaddingAndText", "Zm9vY=\r\nZm9v", {"", kEncodedTextCut}},
+        {"OneCharacter", "Z", {"", platform::errors::BadEncodedText}},
+        {"CutAfterOneCharacterOfAGroup", "Zm9vY", {"", platform::errors::BadEncodedText}},
+        {"CutBeforeALineEnd", "Zm9vY\r\n", {"", platform::errors::BadEncodedText}},
+        {"CutBeforePadding", "Zm9vY===", {"", platform::errors::BadEncodedText}},
+        {"CutBeforePaddingAndText", "Zm9vY=\r\nZm9v", {"", platform::errors::BadEncodedText}},
     };
     return table;
 }
@@ -191,17 +190,20 @@ TEST(Base64Decoder, ReadsLinesOfAnyLength) {
 TEST(Base64Decoder, TellsEveryCutInsideAByte) {
     const std::string text = "Zm9vYmFyZm9vYmFy";
     for (std::size_t length = 0; length <= text.size(); ++length) {
-        EXPECT_EQ(decoded(text.substr(0, length)).error, length % 4 == 1 ? kEncodedTextCut : 0) << length;
+        EXPECT_EQ(decoded(text.substr(0, length)).error,
+                  length % 4 == 1 ? platform::errors::BadEncodedText : 0)
+            << length;
     }
 }
 
 TEST(Base64Decoder, BeginsAnewAfterAnErrorAndAddsNothingBeyondTheText) {
     Base64Decoder decoder;
     std::string bytes;
-    EXPECT_EQ(platform::errorNumberOf([&] { decoder.append("Zm9vY=ignored", bytes); }), kEncodedTextCut);
+    EXPECT_EQ(platform::errorNumberOf([&] { decoder.append("Zm9vY=ignored", bytes); }),
+              platform::errors::BadEncodedText);
     EXPECT_EQ(bytes, "foo");
     decoder.append("Zm9vY", bytes);
-    EXPECT_EQ(platform::errorNumberOf([&] { decoder.finish(bytes); }), kEncodedTextCut);
+    EXPECT_EQ(platform::errorNumberOf([&] { decoder.finish(bytes); }), platform::errors::BadEncodedText);
     EXPECT_EQ(bytes, "foofoo");
     decoder.append("Zm8=", bytes);
     decoder.finish(bytes);
