@@ -1,6 +1,6 @@
 #include "components/controls/message_box.h"
 #include "email/settings_file.h"
-#include "email/state.h"
+#include "email/shared_settings.h"
 #include "email/typed_host.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"

@@ -1,6 +1,7 @@
 #include "components/controls/message_box.h"
+#include "email/mailbox.h"
 #include "email/settings_file.h"
-#include "email/state.h"
+#include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
@@ -49,12 +50,12 @@ void readSettingsFile() {
 void applySettings(frmMain& main) {
     const QString title = email::settings.Institution + QStringLiteral(" E-Mail");
     // The message and the compose window give themselves the same title, when they are first needed.
-    email::state.WindowTitle = title;
+    email::derived.WindowTitle = title;
     aboutWindow().setWindowTitle(title);
     loginWindow().setWindowTitle(title);
     main.setWindowTitle(title);
     main.cmdGetMail->setVisible(email::isYes(email::settings.ShowGetMail));
-    email::state.StartUpNumbers.fill(0);
+    email::mailbox.StartUpNumbers.fill(0);
 }
 
 void reportStartUpFailure(frmMain& main, int error) {

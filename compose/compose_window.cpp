@@ -1,5 +1,6 @@
 #include "components/controls/message_box.h"
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/shared_settings.h"
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
 #include "windows/frmFrom.h"
@@ -19,7 +20,7 @@
 namespace {
 /** Where a person looks for a file to attach: where the last one was, or else at home. */
 QString folderToAttachFrom() {
-    for (const QString& folder : {email::state.AttachFolder, QStringLiteral("C:\\")}) {
+    for (const QString& folder : {attachFolder(), QStringLiteral("C:\\")}) {
         bool isThere = false;
         const int error = platform::errorNumberOf(
             [&] { isThere = !folder.isEmpty() && QFileInfo(platform::nativePath(folder)).isDir(); });
@@ -42,7 +43,7 @@ void frmMain::cmdCmpose_Click() {
     compose.tTo->setFocus();
     if (!goesOn && email::isYes(email::settings.SaveCopy)) {
         // The copy that is kept is one sent to the sender's own mailbox.
-        const QString sender = email::state.UserName + email::derived.AtDomain;
+        const QString sender = email::credentials.UserName + email::derived.AtDomain;
         const QString copies = compose.tCc->text();
         compose.tCc->setText(copies.isEmpty() ? sender : copies + QStringLiteral(", ") + sender);
     }
@@ -87,7 +88,7 @@ void frmSend::cmdAttach_Click() {
     }
     const QString file = dlgAttach.FileName();
     if (!file.isEmpty()) {
-        email::state.AttachFolder = file.first(file.lastIndexOf(u'\\') + 1);
+        attachFolder() = file.first(file.lastIndexOf(u'\\') + 1);
         txtAttachment->setText(file);
     }
 }

@@ -1,5 +1,6 @@
 #include "components/controls/message_box.h"
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/shared_settings.h"
 #include "message/kept_letter.h"
 #include "platform/runtime_error.h"
 #include "platform/user_folders.h"
@@ -25,7 +26,7 @@ constexpr int kTimesLonger = 20;
 constexpr int kLongestDelayMs = 10'000;
 
 QString senderAddress() {
-    return email::state.UserName + email::derived.AtDomain;
+    return email::credentials.UserName + email::derived.AtDomain;
 }
 
 /** The file for what this person writes here; empty when this computer has no place for it. */

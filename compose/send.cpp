@@ -1,8 +1,9 @@
 #include "components/controls/message_box.h"
 #include "components/smtplib/address_list.h"
 #include "components/smtplib/message.h"
+#include "email/credentials.h"
 #include "email/own_files.h"
-#include "email/state.h"
+#include "email/shared_settings.h"
 #include "message/composer.h"
 #include "platform/background.h"
 #include "platform/runtime_error.h"
@@ -48,7 +49,7 @@ void refuse(const QString& text, QLineEdit* missing) {
 }
 
 std::string sendersAddress() {
-    return platform::toBytes(email::state.UserName + email::derived.AtDomain);
+    return platform::toBytes(email::credentials.UserName + email::derived.AtDomain);
 }
 
 /** Raises what the SMTP client would raise for these fields, but before a server is asked. */

@@ -40,6 +40,11 @@ struct DerivedValues {
     QString WavCommand = QStringLiteral("close");
     /** The system-wide configuration directory, learnt at start-up. */
     QString WindowsDirectory;
+    /**
+     * What start-up titles the windows with; null until all settings are read, and then windows keep the
+     * titles that they are made with.
+     */
+    QString WindowTitle;
 };
 
 /** The settings file's name; it lies in the current directory, wherever the system-wide directory is. */

@@ -1,13 +1,13 @@
 #include "email/typed_host.h"
 
-#include "email/state.h"
+#include "email/shared_settings.h"
 
 namespace email {
 
 void useTypedHost(const QString& host) {
     // A second host takes the place of the first one, not of the file's servers.
-    if (!state.FileServers) {
-        state.FileServers = {settings.POPServer, settings.SMTPServer};
+    if (!serversOfFile) {
+        serversOfFile = {settings.POPServer, settings.SMTPServer};
     }
     settings.POPServer = host;
     settings.SMTPServer = host;
@@ -16,9 +16,9 @@ void useTypedHost(const QString& host) {
 
 Settings settingsOfFile() {
     Settings file = settings;
-    if (state.FileServers) {
-        file.POPServer = state.FileServers->POPServer;
-        file.SMTPServer = state.FileServers->SMTPServer;
+    if (serversOfFile) {
+        file.POPServer = serversOfFile->POPServer;
+        file.SMTPServer = serversOfFile->SMTPServer;
     }
     return file;
 }

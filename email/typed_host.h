@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace email {
 
 /**
@@ -11,6 +13,15 @@ namespace email {
  * until the program ends. The settings file is not to hear of it.
  */
 void useTypedHost(const QString& host);
+
+/** The two mail servers. */
+struct Servers {
+    QString POPServer;
+    QString SMTPServer;
+};
+
+/** What the settings file names, once a host typed at the log-on stands in the settings in its place. */
+inline std::optional<Servers> serversOfFile;
 
 /** The settings as the file has them, whatever host was typed: for the setup window, which writes them. */
 Settings settingsOfFile();

@@ -1,6 +1,6 @@
 #include "mailbox/mailbox_list.h"
 
-#include "email/state.h"
+#include "email/mailbox.h"
 #include "platform/text.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
@@ -36,7 +36,7 @@ void UpdateListControls() {
     frmMain& main = mainWindow();
     // Rows may have been written with painting switched off.
     main.MailGrid->setRedraw(true);
-    if (email::state.MessageCount != 0) {
+    if (email::mailbox.MessageCount != 0) {
         main.MailGrid->setHighLight(1);
         main.MailGrid->setEnabled(true);
         main.cmdDelete->setEnabled(true);
@@ -50,9 +50,9 @@ void UpdateListControls() {
 }
 
 void ResetMailList() {
-    email::state.MailboxBytes = 0;
-    email::state.MessageCount = 0;
-    email::state.LastMessageCount = 0;
+    email::mailbox.MailboxBytes = 0;
+    email::mailbox.MessageCount = 0;
+    email::mailbox.LastMessageCount = 0;
     MSFlexGridLib::MSFlexGrid* const grid = mainWindow().MailGrid;
     grid->setRows(2);
     grid->Clear();
@@ -63,8 +63,8 @@ void ResetMailList() {
 }
 
 QString totalsText() {
-    return QString::number(email::state.MessageCount) + QStringLiteral(" messages ") +
-           QString::number(email::state.MailboxBytes) + QStringLiteral(" bytes total");
+    return QString::number(email::mailbox.MessageCount) + QStringLiteral(" messages ") +
+           QString::number(email::mailbox.MailboxBytes) + QStringLiteral(" bytes total");
 }
 
 void showTotals() {

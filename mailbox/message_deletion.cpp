@@ -1,5 +1,6 @@
 #include "components/controls/message_box.h"
-#include "email/state.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
@@ -13,7 +14,7 @@
 
 using controls::MessageAnswer;
 using controls::MessageButtons;
-using email::state;
+using email::mailbox;
 using POPLib::Request;
 
 namespace {
@@ -24,8 +25,8 @@ QString title() {
 /** Found out before the server is asked: a message whose row could not be taken out must not be deleted
  * there. */
 void mustBeInTheTable(std::int16_t number) {
-    if (state.MessageCount != 1) {
-        state.Messages.at(number);
+    if (mailbox.MessageCount != 1) {
+        mailbox.Messages.at(number);
     }
 }
 
@@ -39,7 +40,7 @@ void deleteAtTheServer(POPLib::POP& pop, std::int16_t number) {
 
 /** The "Num" column runs from 1 on again, as the server's numbers do. */
 void renumber(MSFlexGridLib::MSFlexGrid& grid) {
-    for (std::int16_t row = 1; row <= state.MessageCount; ++row) {
+    for (std::int16_t row = 1; row <= mailbox.MessageCount; ++row) {
         const QString number = QString::number(row);
         if (grid.TextMatrix(row, 0).trimmed() != number) {
             grid.setTextMatrix(row, 0, number);
@@ -49,14 +50,14 @@ void renumber(MSFlexGridLib::MSFlexGrid& grid) {
 
 /** The table of messages is not compacted: the records behind the deleted one keep their places. */
 void takeOutOfTheList(std::int16_t number) {
-    if (state.MessageCount == 1) {
+    if (mailbox.MessageCount == 1) {
         ResetMailList();
         return;
     }
-    const std::int32_t size = state.Messages.at(number).Size;
-    state.MailboxBytes = platform::checkedSubtract(state.MailboxBytes, size);
-    state.MessageCount = platform::checkedSubtract(state.MessageCount, std::int16_t{1});
-    state.LastMessageCount = state.MessageCount;
+    const std::int32_t size = mailbox.Messages.at(number).Size;
+    mailbox.MailboxBytes = platform::checkedSubtract(mailbox.MailboxBytes, size);
+    mailbox.MessageCount = platform::checkedSubtract(mailbox.MessageCount, std::int16_t{1});
+    mailbox.LastMessageCount = mailbox.MessageCount;
     MSFlexGridLib::MSFlexGrid& grid = *mainWindow().MailGrid;
     grid.RemoveItem(grid.Row());
     renumber(grid);

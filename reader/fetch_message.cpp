@@ -1,6 +1,9 @@
 #include "reader/fetch_message.h"
 
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/opening.h"
+#include "email/shared_settings.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "platform/while_true.h"
@@ -15,7 +18,9 @@
 #include <optional>
 #include <utility>
 
-using email::state;
+using email::credentials;
+using email::mailbox;
+using email::opening;
 using POPLib::Request;
 
 namespace {
@@ -75,12 +80,12 @@ void reserveBody(email::MessageSummary& message) {
 void fetchMessage() {
     enableButtonsAndList(false);
     POPLib::POP& pop = loginWindow().POP1;
-    pop.setLoginUser(platform::toBytes(state.UserName));
-    pop.setLoginPassword(platform::toBytes(state.Password));
+    pop.setLoginUser(platform::toBytes(credentials.UserName));
+    pop.setLoginPassword(platform::toBytes(credentials.Password));
     pop.setMailServer(email::settings.POPServer);
     pop.issueRequest(Request::ConnectAndLogOn);
-    pop.setCurrentMessage(state.CurrentMessage);
-    email::MessageSummary& message = state.Messages.at(state.CurrentMessage);
+    pop.setCurrentMessage(mailbox.CurrentMessage);
+    email::MessageSummary& message = mailbox.Messages.at(mailbox.CurrentMessage);
     const std::optional<std::int32_t> size = pop.currentMessageSize();
     if (!size) {
         throw platform::RuntimeError(platform::errors::MessageNotGiven);
@@ -89,7 +94,7 @@ void fetchMessage() {
     message.Size = *size;
     mainWindow().barProgress->setMax(message.Size);
     {
-        const platform::WhileTrue retrieving(state.Retrieving);
+        const platform::WhileTrue retrieving(opening.Retrieving);
         resetForOpening(message);
         reserveBody(message);
         pop.setBodyLineLimit(0);

@@ -1,10 +1,10 @@
 #pragma once
 
 /**
- * Fetches the whole message `email::state.CurrentMessage` into its summary, in a session of its own. The main
- * window's buttons and list rest meanwhile, and its progress bar follows the bytes.
- * \throws RuntimeError 9 for a number outside the table, 20342 when the server does not tell the message's
- * size or does not give it, 5 for a Content-Type whose boundary is not in quotes, and whatever the POP3
- * client raises. The summary is then as it was, and the buttons and the list are left disabled.
+ * Fetches the whole message `email::mailbox.CurrentMessage` into its summary, in a session of its own. The
+ * main window's buttons and list rest meanwhile, and its progress bar follows the bytes. \throws RuntimeError
+ * 9 for a number outside the table, 20342 when the server does not tell the message's size or does not give
+ * it, 5 for a Content-Type whose boundary is not in quotes, and whatever the POP3 client raises. The summary
+ * is then as it was, and the buttons and the list are left disabled.
  */
 void fetchMessage();

@@ -1,6 +1,7 @@
 #include "components/controls/line_box.h"
 #include "components/controls/message_box.h"
-#include "email/state.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "message/forwarded_text.h"
 #include "platform/text.h"
 #include "reader/print_message.h"
@@ -26,7 +27,7 @@ QString onOneLine(QString text) {
 }
 
 email::MessageSummary& messageIn(const frmFrom& window) {
-    return email::state.Messages.at(window.OpenMessage);
+    return email::mailbox.Messages.at(window.OpenMessage);
 }
 
 /** The sender's address; none when the field cannot hold it, since an address that is cut is another one. */

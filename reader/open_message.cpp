@@ -1,5 +1,7 @@
 #include "components/controls/message_box.h"
-#include "email/state.h"
+#include "email/mailbox.h"
+#include "email/opening.h"
+#include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "message/attachment_file.h"
 #include "message/mime_parser.h"
@@ -22,7 +24,8 @@
 #include <string>
 #include <string_view>
 
-using email::state;
+using email::mailbox;
+using email::opening;
 namespace errors = platform::errors;
 
 namespace {
@@ -76,7 +79,7 @@ void showMultipart(email::MessageSummary& message, frmFrom& window) {
     });
     if (attachment) {
         message.AttachmentName = *attachment;
-        state.CurrentAttachment = *attachment;
+        opening.CurrentAttachment = *attachment;
         window.txtAttachments->setText(oneLine(*attachment));
     }
     window.tMessage->setBytes(std::string(text.view()));
@@ -98,7 +101,7 @@ void openMessage(int number) {
     if (loginWindow().POP1.isRunning()) {
         throw platform::RuntimeError(errors::MailServerBusy);
     }
-    state.CurrentMessage = platform::checkedTo<std::int16_t>(number);
+    mailbox.CurrentMessage = platform::checkedTo<std::int16_t>(number);
     main.setHourglass(true);
     main.lStats->setText(QStringLiteral("Opening message..."));
     main.tmrCheckMail->setEnabled(false);
@@ -108,9 +111,9 @@ void openMessage(int number) {
     main.setHourglass(false);
 
     const WhileDisabled resting(main);
-    email::MessageSummary& message = state.Messages.at(state.CurrentMessage);
+    email::MessageSummary& message = mailbox.Messages.at(mailbox.CurrentMessage);
     frmFrom& window = emptyMessageWindow();
-    window.OpenMessage = state.CurrentMessage;
+    window.OpenMessage = mailbox.CurrentMessage;
     window.setWindowTitle(QStringLiteral("Message from: ") + oneLine(message.From, kTitleBytes));
     window.txtFrom->setText(oneLine(message.From));
     window.txtSubject->setText(oneLine(message.Subject));
@@ -156,7 +159,7 @@ void frmMain::MailGrid_DblClick() {
     if (opening_ || MailGrid->Row() < 0) {
         return;
     }
-    const platform::WhileTrue opening(opening_);
+    const platform::WhileTrue opens(opening_);
     const int error = platform::errorNumberOf([this] { openMessage(MailGrid->Row()); });
     if (error != 0) {
         openingFailed(error);

@@ -1,6 +1,7 @@
 #include "components/controls/message_box.h"
+#include "email/opening.h"
 #include "email/own_files.h"
-#include "email/state.h"
+#include "email/shared_settings.h"
 #include "message/safe_file_name.h"
 #include "platform/background.h"
 #include "platform/drives.h"
@@ -45,7 +46,7 @@ void frmFrom::cmdSave_Click() {
     const int error = platform::errorNumberOf([&] {
         const WhileDisabled resting(*this);
         const WhileHourglass waiting(*this);
-        const QString name = platform::fromBytes(email::state.CurrentAttachment);
+        const QString name = platform::fromBytes(email::opening.CurrentAttachment);
         path = email::settings.SaveDirectory + safeFileName(name);
         save(mainWindow().ctrDecode, path, name);
     });

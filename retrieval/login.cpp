@@ -1,6 +1,8 @@
 #include "components/controls/message_box.h"
 #include "components/controls/paced_showing.h"
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "email/typed_host.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
@@ -15,8 +17,9 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+using email::credentials;
+using email::mailbox;
 using email::settings;
-using email::state;
 using POPLib::Request;
 namespace errors = platform::errors;
 
@@ -25,10 +28,10 @@ namespace {
 void takeUserName(const QString& typed) {
     const qsizetype at = typed.indexOf(u'@');
     if (at < 0) {
-        state.UserName = typed;
+        credentials.UserName = typed;
         return;
     }
-    state.UserName = typed.first(at);
+    credentials.UserName = typed.first(at);
     email::useTypedHost(typed.sliced(at + 1));
 }
 
@@ -39,8 +42,8 @@ void prepareList(const POPLib::POP& pop) {
         main.MailGrid->setRowNew(row, false);
     }
     // An empty list still shows one blank row.
-    main.MailGrid->setRows(state.MessageCount == 0 ? 2 : state.MessageCount + 1);
-    state.LastMessageCount = pop.messageCount();
+    main.MailGrid->setRows(mailbox.MessageCount == 0 ? 2 : mailbox.MessageCount + 1);
+    mailbox.LastMessageCount = pop.messageCount();
     main.barProgress->setMin(0);
     if (pop.messageCount() != 0) {
         main.barProgress->setMax(pop.messageCount());
@@ -71,17 +74,18 @@ void showMainWindowReady() {
 void fetchAllSummaries(POPLib::POP& pop) {
     frmMain& main = mainWindow();
     controls::PacedShowing receiving([&main] {
-        main.lStats->setText(QStringLiteral("Receiving ") + QString::number(state.CurrentMessage) +
-                             QStringLiteral(" of ") + QString::number(state.MessageCount));
+        main.lStats->setText(QStringLiteral("Receiving ") + QString::number(mailbox.CurrentMessage) +
+                             QStringLiteral(" of ") + QString::number(mailbox.MessageCount));
     });
-    for (state.CurrentMessage = 1; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
-        if (state.CurrentMessage == state.MessageCount) {
+    for (mailbox.CurrentMessage = 1; mailbox.CurrentMessage <= mailbox.MessageCount;
+         ++mailbox.CurrentMessage) {
+        if (mailbox.CurrentMessage == mailbox.MessageCount) {
             receiving.showNow();
         } else {
             receiving.changed();
         }
         fetchSummary(pop);
-        main.barProgress->setProgress(state.CurrentMessage);
+        main.barProgress->setProgress(mailbox.CurrentMessage);
     }
 }
 
@@ -107,7 +111,7 @@ void frmLogin::cmdLogin_Click() {
         return;
     }
     takeUserName(tUser->text());
-    POP1.setLoginUser(platform::toBytes(state.UserName));
+    POP1.setLoginUser(platform::toBytes(credentials.UserName));
     setHourglass(true);
     if (focusWidget() == cmdLogin) {
         // A disabled button hands the keyboard on, and the next one would open the setup window.
@@ -116,8 +120,8 @@ void frmLogin::cmdLogin_Click() {
     cmdLogin->setEnabled(false);
     mainWindow().tmrCheckMail->setEnabled(false);
     // A copy of its own: the field forgets what it holds.
-    state.Password = QString(tpwd->text().constData(), tpwd->text().size());
-    POP1.setLoginPassword(platform::toBytes(state.Password));
+    credentials.Password = QString(tpwd->text().constData(), tpwd->text().size());
+    POP1.setLoginPassword(platform::toBytes(credentials.Password));
 
     const bool another = loggingOn_;
     beginWaiting();
@@ -134,7 +138,7 @@ void frmLogin::cmdLogin_Click() {
 void frmLogin::getAllMail() {
     logOnAndCount(POP1);
     prepareList(POP1);
-    if (state.MessageCount > 0) {
+    if (mailbox.MessageCount > 0) {
         MMControl1.setCommand(email::derived.WavCommand);
     }
     hide();
@@ -147,7 +151,7 @@ void frmLogin::getAllMail() {
     mainWindow().barProgress->setProgress(0);
     UpdateListControls();
     mainWindow().startAtTheList();
-    mainWindow().MailGrid->showRow(state.MessageCount);
+    mainWindow().MailGrid->showRow(mailbox.MessageCount);
     startCheckTimer();
     setHourglass(false);
     // Later sessions have it from elsewhere; until here another try might have needed it.

@@ -1,7 +1,8 @@
 #include "components/controls/picture.h"
 #include "components/transport/stream.h"
+#include "email/credentials.h"
 #include "email/own_files.h"
-#include "email/state.h"
+#include "email/shared_settings.h"
 #include "platform/runtime_error.h"
 #include "retrieval/wave_player_setup.h"
 #include "windows/frmLogin.h"
@@ -53,7 +54,7 @@ void frmLogin::closeEvent(QCloseEvent* event) {
         giveUp();
         return;
     }
-    if (email::state.UserName.isEmpty() || !isEnabled()) {
+    if (email::credentials.UserName.isEmpty() || !isEnabled()) {
         Form::closeEvent(event);
         return;
     }

@@ -1,15 +1,16 @@
-#include "email/state.h"
+#include "email/mailbox.h"
+#include "email/opening.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
 void frmLogin::POP1_Header(const std::string& Field, const std::string& Value) {
-    email::state.headerEvents.add(email::state.Messages.at(email::state.CurrentMessage), Field, Value);
+    email::mailbox.headerEvents.add(email::mailbox.Messages.at(email::mailbox.CurrentMessage), Field, Value);
 }
 
 void frmLogin::POP1_Transfer(std::int32_t BytesTransferred, const std::string& Text) {
-    email::state.Messages.at(email::state.CurrentMessage).BodyText.append(Text).append("\r\n");
-    if (email::state.Retrieving) {
+    email::mailbox.Messages.at(email::mailbox.CurrentMessage).BodyText.append(Text).append("\r\n");
+    if (email::opening.Retrieving) {
         mainWindow().barProgress->setProgress(BytesTransferred);
     }
 }

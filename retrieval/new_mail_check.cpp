@@ -1,5 +1,7 @@
 #include "components/controls/message_box.h"
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -16,7 +18,8 @@
 #include <cstdint>
 #include <limits>
 
-using email::state;
+using email::credentials;
+using email::mailbox;
 using POPLib::Request;
 namespace errors = platform::errors;
 
@@ -38,8 +41,8 @@ void enableButtons(bool enabled) {
 /** The list before a check and what the check has added to it. */
 struct ListedMail {
     /** Bytes of the whole mailbox, as the server told them last. */
-    std::int32_t bytesBefore = state.MailboxBytes;
-    std::int16_t rowsBefore = std::max(state.MessageCount, state.LastMessageCount);
+    std::int32_t bytesBefore = mailbox.MailboxBytes;
+    std::int16_t rowsBefore = std::max(mailbox.MessageCount, mailbox.LastMessageCount);
     /** The last row by now. */
     std::int16_t rows = rowsBefore;
 };
@@ -52,28 +55,29 @@ void showThatMailHasCome(const ListedMail& listed) {
 }
 
 void fetchNewMail(frmLogin& login, ListedMail& listed) {
-    const auto first = static_cast<std::int16_t>(state.LastMessageCount + 1);
+    const auto first = static_cast<std::int16_t>(mailbox.LastMessageCount + 1);
     playSoundAgain(login.MMControl1);
     showTotals();
     login.hide();
     enableButtons(false);
     welcomeOnMainWindow();
-    mainWindow().MailGrid->setRows(state.MessageCount + 1);
-    for (state.CurrentMessage = first; state.CurrentMessage <= state.MessageCount; ++state.CurrentMessage) {
+    mainWindow().MailGrid->setRows(mailbox.MessageCount + 1);
+    for (mailbox.CurrentMessage = first; mailbox.CurrentMessage <= mailbox.MessageCount;
+         ++mailbox.CurrentMessage) {
         fetchSummary(login.POP1);
         // One that an earlier check has fetched before it failed may have been opened since.
-        if (state.CurrentMessage > listed.rowsBefore) {
-            mainWindow().MailGrid->setRowNew(state.CurrentMessage, true);
+        if (mailbox.CurrentMessage > listed.rowsBefore) {
+            mainWindow().MailGrid->setRowNew(mailbox.CurrentMessage, true);
         }
-        listed.rows = std::max(listed.rows, state.CurrentMessage);
+        listed.rows = std::max(listed.rows, mailbox.CurrentMessage);
     }
     numberTheRows();
     login.setHourglass(false);
     mainWindow().setHourglass(false);
     enableButtons(true);
     login.POP1.issueRequest(Request::LogOffAndDisconnect);
-    state.LastMessageCount = state.MessageCount;
-    state.NewMailFound = true;
+    mailbox.LastMessageCount = mailbox.MessageCount;
+    mailbox.NewMailFound = true;
     // The list may have been empty until now.
     UpdateListControls();
     showThatMailHasCome(listed);
@@ -81,14 +85,14 @@ void fetchNewMail(frmLogin& login, ListedMail& listed) {
 
 void checkAtTheServer(frmLogin& login, ListedMail& listed) {
     logOnAndCount(login.POP1);
-    if (state.LastMessageCount < state.MessageCount) {
+    if (mailbox.LastMessageCount < mailbox.MessageCount) {
         fetchNewMail(login, listed);
         return;
     }
     // Fewer messages than before are no news either: only what lies above the last count is new.
     mainWindow().cmdCmpose->setEnabled(true);
     login.POP1.issueRequest(Request::LogOffAndDisconnect);
-    state.NewMailFound = false;
+    mailbox.NewMailFound = false;
     UpdateListControls();
     login.setHourglass(false);
     mainWindow().setHourglass(false);
@@ -117,15 +121,15 @@ void endCheck(frmLogin& login, bool redrewBefore) {
 void keepWhatWasFetched(const ListedMail& listed) {
     std::int64_t bytes = listed.bytesBefore;
     for (auto number = listed.rowsBefore; number < listed.rows;) {
-        bytes += state.Messages.at(++number).Size;
+        bytes += mailbox.Messages.at(++number).Size;
     }
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
-    state.MailboxBytes = static_cast<std::int32_t>(std::min(bytes, most));
-    state.MessageCount = listed.rows;
+    mailbox.MailboxBytes = static_cast<std::int32_t>(std::min(bytes, most));
+    mailbox.MessageCount = listed.rows;
     mainWindow().MailGrid->setRows(std::max<int>(listed.rows, 1) + 1);
     if (listed.rows > listed.rowsBefore) {
         numberTheRows();
-        state.NewMailFound = true;
+        mailbox.NewMailFound = true;
         showThatMailHasCome(listed);
     }
     showTotals();
@@ -185,9 +189,9 @@ void checkForNewMail() {
     const bool redrewBefore = mainWindow().MailGrid->redraws();
     mainWindow().MailGrid->setRedraw(false);
     const QString missing =
-        state.UserName.isEmpty()   ? QStringLiteral("User Name Must Be Entered To Get Mail!")
-        : state.Password.isEmpty() ? QStringLiteral("Password Must Be Entered To Get Mail!")
-                                   : QString();
+        credentials.UserName.isEmpty()   ? QStringLiteral("User Name Must Be Entered To Get Mail!")
+        : credentials.Password.isEmpty() ? QStringLiteral("Password Must Be Entered To Get Mail!")
+                                         : QString();
     if (!missing.isEmpty()) {
         controls::showMessage(missing, boxTitle(" Mail"));
         mainWindow().MailGrid->setRedraw(redrewBefore);
@@ -199,8 +203,8 @@ void checkForNewMail() {
     login.setHourglass(true);
     mainWindow().setHourglass(true);
     login.cmdLogin->setEnabled(false);
-    login.POP1.setLoginUser(platform::toBytes(state.UserName));
-    login.POP1.setLoginPassword(platform::toBytes(state.Password));
+    login.POP1.setLoginUser(platform::toBytes(credentials.UserName));
+    login.POP1.setLoginPassword(platform::toBytes(credentials.Password));
     ListedMail listed;
     const int error = platform::errorNumberOf([&] { checkAtTheServer(login, listed); });
     if (error != 0) {
@@ -213,11 +217,11 @@ void checkForNewMail() {
 void frmMain::cmdGetMail_Click() {
     lStats->setText(QStringLiteral("Checking for new mail..."));
     checkForNewMail();
-    if (!state.NewMailFound) {
+    if (!mailbox.NewMailFound) {
         controls::showMessage(QStringLiteral("You have no new mail."), QStringLiteral("Brindlewake"));
     }
     showTotals();
-    if (!state.LoggedOn) {
+    if (!credentials.LoggedOn) {
         mnuLogin_Click();
     }
 }

@@ -2,8 +2,10 @@
 
 #include "components/controls/message_box.h"
 #include "components/poplib/pop.h"
+#include "email/credentials.h"
 #include "email/header_events.h"
-#include "email/state.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
@@ -20,15 +22,15 @@ constexpr int kSummaryBodyLines = 25;
 void logOnAndCount(POPLib::POP& pop) {
     pop.setMailServer(email::settings.POPServer);
     pop.issueRequest(POPLib::Request::ConnectAndLogOn);
-    email::state.LoggedOn = true;
-    email::state.MailboxBytes = pop.mailboxSize();
-    email::state.MessageCount = pop.messageCount();
+    email::credentials.LoggedOn = true;
+    email::mailbox.MailboxBytes = pop.mailboxSize();
+    email::mailbox.MessageCount = pop.messageCount();
 }
 
 void welcomeOnMainWindow() {
     frmMain& main = mainWindow();
     main.setHourglass(true);
-    main.setWindowTitle(QStringLiteral("Welcome ") + email::state.UserName + QStringLiteral(" To ") +
+    main.setWindowTitle(QStringLiteral("Welcome ") + email::credentials.UserName + QStringLiteral(" To ") +
                         email::settings.Institution + QStringLiteral(" E-Mail"));
     // A check finds the window there, perhaps behind the one that somebody is writing in.
     if (!main.isVisible()) {
@@ -46,23 +48,23 @@ void tellAndEnd(const QString& text, const char* titleEnding) {
 }
 
 void fetchSummary(POPLib::POP& pop) {
-    pop.setCurrentMessage(email::state.CurrentMessage);
-    email::MessageSummary& summary = email::state.Messages.at(email::state.CurrentMessage);
+    pop.setCurrentMessage(email::mailbox.CurrentMessage);
+    email::MessageSummary& summary = email::mailbox.Messages.at(email::mailbox.CurrentMessage);
     summary.Size = pop.currentMessageSize().value_or(0);
     email::resetForListing(summary);
     pop.setBodyLineLimit(kSummaryBodyLines);
     pop.issueRequest(POPLib::Request::RetrieveCurrentMessage);
     const bool fitted = pop.lastMessageFitted() &&
-                        platform::fitsInMemory([&] { writeRow(email::state.CurrentMessage, summary); });
+                        platform::fitsInMemory([&] { writeRow(email::mailbox.CurrentMessage, summary); });
     if (!fitted) {
         // One message for which memory fails must not end the listing of all.
         email::emptyForListing(summary);
-        writeRow(email::state.CurrentMessage, summary);
+        writeRow(email::mailbox.CurrentMessage, summary);
     }
 }
 
 void numberTheRows() {
-    for (std::int16_t row = 0; row < email::state.MessageCount; ++row) {
-        email::state.MessageNumbers.at(static_cast<std::size_t>(row)) = static_cast<std::int16_t>(row + 1);
+    for (std::int16_t row = 0; row < email::mailbox.MessageCount; ++row) {
+        email::mailbox.MessageNumbers.at(static_cast<std::size_t>(row)) = static_cast<std::int16_t>(row + 1);
     }
 }

@@ -1,7 +1,7 @@
 #include "windows/form.h"
 
 #include "components/controls/resting_palette.h"
-#include "email/state.h"
+#include "email/shared_settings.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
@@ -123,8 +123,8 @@ void Form::startLabelsWhereTheWindowStarts() {
 }
 
 void Form::takeProgramTitle() {
-    if (!email::state.WindowTitle.isNull()) {
-        setWindowTitle(email::state.WindowTitle);
+    if (!email::derived.WindowTitle.isNull()) {
+        setWindowTitle(email::derived.WindowTitle);
     }
 }
 

@@ -1,6 +1,6 @@
 #include "windows/frmMain.h"
 
-#include "email/state.h"
+#include "email/credentials.h"
 #include "windows/wiring.h"
 
 #include <QAction>
@@ -68,7 +68,7 @@ void frmMain::showEvent(QShowEvent* event) {
         help->addActions({mnuHelp, mnuLogin});
         // The way to the login window, once that one was closed, for whom Get New Mail does not lead there.
         QObject::connect(help, &QMenu::aboutToShow, mnuLogin, [this] {
-            mnuLogin->setVisible(!cmdGetMail->isVisibleTo(this) && !email::state.LoggedOn);
+            mnuLogin->setVisible(!cmdGetMail->isVisibleTo(this) && !email::credentials.LoggedOn);
         });
         layout()->setMenuBar(menuBar);
         menuBar->show();

@@ -29,6 +29,7 @@ struct LoadedWindows::Windows {
     std::unique_ptr<frmSetup> setup;
     /** Size and place of each window when it was hidden last, by its name. */
     std::map<QString, QByteArray> places;
+    QString attachFolder;
     /** Unloaded, but perhaps still in use by a handler further down the stack. */
     std::vector<std::unique_ptr<Form>> retired;
 };
@@ -103,6 +104,10 @@ frmSend& composeWindow() {
 
 frmSetup& setupWindow() {
     return loaded(current->setup);
+}
+
+QString& attachFolder() {
+    return current->attachFolder;
 }
 
 // Here and not with the rest of the class, so that a window's looks need to know of no other window.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <memory>
 
 class Form;
@@ -35,6 +37,10 @@ void keepAWindowVisible();
  * that lies over the others; with it the box or dialog that waits for an answer.
  */
 void bringUpWindowInUse();
+
+/** Drive path of the folder from which a file was attached the last time in this run; empty before the first.
+ */
+QString& attachFolder();
 
 /** Owns the windows. One stands for as long as the accessors are used; a test may have one after the other.
  */

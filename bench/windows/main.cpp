@@ -10,7 +10,6 @@
 
 #include "bench/peak_memory.h"
 #include "bench/windows/stopwatch.h"
-#include "email/state.h"
 #include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"

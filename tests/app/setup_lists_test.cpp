@@ -1,6 +1,5 @@
 // The drive list and the directory list of the setup window.
 
-#include "email/state.h"
 #include "tests/support/drive_stands_for.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"

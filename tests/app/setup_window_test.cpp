@@ -1,4 +1,4 @@
-#include "email/state.h"
+#include "email/shared_settings.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"

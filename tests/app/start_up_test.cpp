@@ -1,4 +1,4 @@
-#include "email/state.h"
+#include "email/shared_settings.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
 #include "windows/frmFrom.h"

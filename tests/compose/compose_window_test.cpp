@@ -1,5 +1,6 @@
 #include "components/controls/common_dialog.h"
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/shared_settings.h"
 #include "tests/support/window_test.h"
 #include "windows/frmFrom.h"
 #include "windows/frmMain.h"
@@ -21,7 +22,7 @@ class ComposeWindow : public WindowTest {
     void start(const email::SettingsFields& fields) {
         writeSettings(fields);
         startUp();
-        email::state.UserName = QStringLiteral("ann");
+        email::credentials.UserName = QStringLiteral("ann");
         mainWindow().bringUp();
     }
 

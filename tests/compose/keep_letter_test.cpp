@@ -1,6 +1,8 @@
 // No letter is lost: what is in the compose window is kept until it is sent or given up.
 
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "platform/program.h"
 #include "tests/support/file_faults.h"
 #include "tests/support/pop3_script.h"
@@ -42,7 +44,7 @@ class KeepLetter : public WindowTest {
         forgetEverything();
         writeSettings(school);
         startUp();
-        email::state.UserName = user;
+        email::credentials.UserName = user;
         mainWindow().bringUp();
     }
 
@@ -244,7 +246,7 @@ TEST_F(KeepLetter, TheProgramsOwnEndKeepsWhatWasTypedLast) {
 TEST_F(KeepLetter, ACheckThatMeetsALostConnectionEndsTheProgramAndNotTheLetter) {
     const ScriptedServer lost([](support::Peer& peer) { peer.close(); });
     email::settings.POPServer = lost.address();
-    email::state.Password = QStringLiteral("secret");
+    email::credentials.Password = QStringLiteral("secret");
     compose();
     write();
     mainWindow().tmrCheckMail_Timer();
@@ -288,7 +290,7 @@ TEST_F(KeepLetter, ReplyAndForwardOfferItBeforeTheyFillAnything) {
 }
 
 TEST_F(KeepLetter, AForwardedMessageIsKeptByteForByte) {
-    email::state.Messages.at(1).BodyText = std::string("bytes \xff\0 of any kind\n\r", 22);
+    email::mailbox.Messages.at(1).BodyText = std::string("bytes \xff\0 of any kind\n\r", 22);
     messageWindow().OpenMessage = 1;
     messageWindow().show();
     messageWindow().cmdFwrd_Click();

@@ -1,4 +1,5 @@
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/shared_settings.h"
 #include "tests/support/smtp_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmMain.h"
@@ -32,7 +33,7 @@ class Send : public WindowTest {
         fields.SendAttachments = QStringLiteral("yes");
         writeSettings(fields);
         startUp();
-        email::state.UserName = QStringLiteral("ann");
+        email::credentials.UserName = QStringLiteral("ann");
         mainWindow().bringUp();
         mainWindow().cmdCmpose->click();
     }
@@ -309,7 +310,7 @@ TEST_F(Send, TheFieldIsMarkedAfterTheWindowHasRestedForAFileToBeEncoded) {
 }
 
 TEST_F(Send, ASendersAddressThatIsNoneMarksNothing) {
-    email::state.UserName = QStringLiteral("ann miller");
+    email::credentials.UserName = QStringLiteral("ann miller");
     write(bob, QStringLiteral("Hello"), QStringLiteral("x"));
     press();
     expectFailure(20401);

@@ -1,6 +1,6 @@
 // The login window against a real mail server.
 
-#include "email/state.h"
+#include "email/mailbox.h"
 #include "tests/support/dovecot_server.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
@@ -49,9 +49,9 @@ TEST_F(LoginAtDovecot, ListsMessagesOfAllShapes) {
     EXPECT_EQ(cell(1, 2), QStringLiteral("Ann <ann@example.org>"));
     EXPECT_EQ(cell(1, 3), QStringLiteral("Plain"));
     EXPECT_EQ(cell(2, 3), QStringLiteral("'"));
-    EXPECT_EQ(email::state.Messages.at(2).Boundary, "XyZ");
-    EXPECT_NE(email::state.Messages.at(2).BodyText.find("\r\n.dots\r\n..more\r\n"), std::string::npos);
-    const std::string& body = email::state.Messages.at(3).BodyText;
+    EXPECT_EQ(email::mailbox.Messages.at(2).Boundary, "XyZ");
+    EXPECT_NE(email::mailbox.Messages.at(2).BodyText.find("\r\n.dots\r\n..more\r\n"), std::string::npos);
+    const std::string& body = email::mailbox.Messages.at(3).BodyText;
     EXPECT_TRUE(body.ends_with("line 25\r\n")) << body;
     EXPECT_EQ(cell(3, 4), QStringLiteral("(%1 bytes)").arg(longMessage.size()));
     EXPECT_EQ(server->messages().size(), 3U);
@@ -70,7 +70,7 @@ TEST_F(LoginAtDovecot, AWrongPasswordIsReportedAndTheRightOneThenWorks) {
     loginWindow().tpwd->setText(QStringLiteral("secret"));
     loginWindow().cmdLogin->click();
     EXPECT_EQ(boxes.size(), 1U);
-    EXPECT_EQ(email::state.MessageCount, 1);
+    EXPECT_EQ(email::mailbox.MessageCount, 1);
 }
 
 TEST_F(LoginAtDovecot, TwoHundredMessagesAreListed) {

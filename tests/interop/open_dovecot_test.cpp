@@ -1,7 +1,8 @@
 // Opening, saving and forwarding a message that lies on a real mail server.
 
 #include "components/netcodelib/base64_encoder.h"
-#include "email/state.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "tests/support/dovecot_server.h"
 #include "tests/support/random_bytes.h"
 #include "tests/support/window_test.h"
@@ -81,7 +82,7 @@ TEST_F(OpenAtDovecot, AMessageOfPartsIsShownSavedAndForwardedByteForByte) {
     EXPECT_EQ(window.txtAttachments->text(), QStringLiteral("report.bin"));
     EXPECT_EQ(window.tMessage->bytes(), "\r\nGr\xc3\xbc\xc3\x9f"
                                         "e\r\n.\r\n..two dots\r\n+OK\r\n-ERR\r\n\r\n--");
-    EXPECT_EQ(email::state.Messages.at(2).Size, static_cast<std::int32_t>(stored.size()));
+    EXPECT_EQ(email::mailbox.Messages.at(2).Size, static_cast<std::int32_t>(stored.size()));
 
     window.cmdSave->click();
     ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("Attachment has been saved to: S:\\report.bin")));

@@ -1,8 +1,8 @@
 // Mail written in the compose window, sent through a real Exim, and fetched again from a real Dovecot.
 
 #include "components/poplib/pop.h"
+#include "email/mailbox.h"
 #include "email/settings.h"
-#include "email/state.h"
 #include "platform/runtime_error.h"
 #include "tests/support/dovecot_server.h"
 #include "tests/support/exim_server.h"
@@ -189,7 +189,7 @@ TEST_F(SendThroughExim, AnAttachmentOf25MegabytesArrivesByteForByte) {
     logInAsBob();
     ASSERT_EQ(mainWindow().MailGrid->Rows(), 2);
     EXPECT_EQ(mainWindow().MailGrid->TextMatrix(1, 3).trimmed(), QStringLiteral("A large file"));
-    EXPECT_GT(email::state.Messages.at(1).Size, static_cast<std::int32_t>(message.body.size()));
+    EXPECT_GT(email::mailbox.Messages.at(1).Size, static_cast<std::int32_t>(message.body.size()));
 }
 
 TEST_F(SendThroughExim, DotsLongLinesAndUmlautsArriveAsTyped) {

@@ -1,4 +1,6 @@
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/runtime_error.h"
 #include "tests/support/window_test.h"
@@ -30,10 +32,10 @@ class MailboxList : public WindowTest {
     }
 
     static void fill(std::int16_t messages) {
-        email::state.MessageCount = messages;
+        email::mailbox.MessageCount = messages;
         mainWindow().MailGrid->setRows(messages + 1);
         for (std::int16_t number = 1; number <= messages; ++number) {
-            writeRow(number, email::state.Messages.at(number));
+            writeRow(number, email::mailbox.Messages.at(number));
         }
         UpdateListControls();
     }
@@ -90,12 +92,12 @@ TEST_F(MailboxList, WithoutMessagesHasOneBlankRowDisabledButtonsAndZeroTotals) {
 
 TEST_F(MailboxList, ResetForgetsWhatWasListed) {
     fill(3);
-    email::state.MailboxBytes = 300;
-    email::state.LastMessageCount = 3;
+    email::mailbox.MailboxBytes = 300;
+    email::mailbox.LastMessageCount = 3;
     ResetMailList();
-    EXPECT_EQ(email::state.MessageCount, 0);
-    EXPECT_EQ(email::state.LastMessageCount, 0);
-    EXPECT_EQ(email::state.MailboxBytes, 0);
+    EXPECT_EQ(email::mailbox.MessageCount, 0);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 0);
+    EXPECT_EQ(email::mailbox.MailboxBytes, 0);
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 2);
     EXPECT_EQ(mainWindow().MailGrid->TextMatrix(1, 0), QString());
 }
@@ -113,7 +115,7 @@ TEST_F(MailboxList, ReadWithARowSelectedOpensAnEmptyComposeWindowAndNotTheMessag
 
 TEST_F(MailboxList, ReadWithSaveCopyOpensTheComposeWindowWithTheSenderInCc) {
     email::settings.SaveCopy = QStringLiteral("yes");
-    email::state.UserName = QStringLiteral("ann");
+    email::credentials.UserName = QStringLiteral("ann");
     fill(1);
     mainWindow().cmdRead->click();
     EXPECT_EQ(composeWindow().tCc->text(), QStringLiteral("ann@example.org"));
@@ -121,13 +123,13 @@ TEST_F(MailboxList, ReadWithSaveCopyOpensTheComposeWindowWithTheSenderInCc) {
 
 TEST_F(MailboxList, ControlsFollowTheListFromEmptyToFilledAndBack) {
     auto& main = mainWindow();
-    email::state.MessageCount = 1;
+    email::mailbox.MessageCount = 1;
     UpdateListControls();
     EXPECT_TRUE(main.cmdRead->isEnabled());
     EXPECT_TRUE(main.cmdDelete->isEnabled());
     EXPECT_TRUE(main.MailGrid->isEnabled());
     EXPECT_EQ(main.MailGrid->selectionMode(), QAbstractItemView::SingleSelection);
-    email::state.MessageCount = 0;
+    email::mailbox.MessageCount = 0;
     UpdateListControls();
     EXPECT_FALSE(main.cmdRead->isEnabled());
     EXPECT_FALSE(main.cmdDelete->isEnabled());
@@ -161,12 +163,12 @@ TEST_F(MailboxList, TheSelectedMessageStaysWhenTheListChanges) {
 }
 
 TEST_F(MailboxList, TotalsHaveNoGroupingAndOnePlural) {
-    email::state.MessageCount = 1;
-    email::state.MailboxBytes = 120345;
+    email::mailbox.MessageCount = 1;
+    email::mailbox.MailboxBytes = 120345;
     showTotals();
     EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("1 messages 120345 bytes total"));
-    email::state.MessageCount = 3;
-    email::state.MailboxBytes = 10452;
+    email::mailbox.MessageCount = 3;
+    email::mailbox.MailboxBytes = 10452;
     showTotals();
     EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("3 messages 10452 bytes total"));
 }
@@ -248,7 +250,7 @@ TEST_F(MailboxList, AClickOnARowThatStillWaitsForItsMessageChangesNothing) {
 }
 
 TEST_F(MailboxList, WhileNothingIsRedrawnTheListShowsWhatItShowedBefore) {
-    email::state.Messages.at(1) = summaryOf("ann@example.org", "old", "today", 10);
+    email::mailbox.Messages.at(1) = summaryOf("ann@example.org", "old", "today", 10);
     fill(1);
     auto* const view = mainWindow().MailGrid->viewport();
     const QImage before = view->grab().toImage();
@@ -274,7 +276,7 @@ TEST_F(MailboxList, WhileNothingIsRedrawnWrittenRowsAskForNoPicture) {
 }
 
 TEST_F(MailboxList, ACellsTipHasItsWholeTextWithoutTheBlanksThatPadIt) {
-    email::state.Messages.at(1) = summaryOf("ann@example.org", "a < b", "today", 10);
+    email::mailbox.Messages.at(1) = summaryOf("ann@example.org", "a < b", "today", 10);
     fill(1);
     auto* const grid = mainWindow().MailGrid;
     EXPECT_EQ(grid->item(0, 3)->toolTip(), QStringLiteral("<p>a &lt; b</p>"));
@@ -305,7 +307,7 @@ QString tipAt(int row, int column) {
 } // namespace
 
 TEST_F(MailboxList, OnlyATextThatIsCutHasATip) {
-    email::state.Messages.at(1) = summaryOf("ann@example.org", std::string(48, 'w'), "today", 10);
+    email::mailbox.Messages.at(1) = summaryOf("ann@example.org", std::string(48, 'w'), "today", 10);
     fill(1);
     mainWindow().MailGrid->setColWidth(3, 100);
     EXPECT_EQ(tipAt(1, 1), QString());

@@ -1,4 +1,4 @@
-#include "email/state.h"
+#include "email/mailbox.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
@@ -86,8 +86,8 @@ TEST_F(MessageDeletion, Message2Of4LeavesTheNumbers1To3AndATotalReducedByItsSize
     EXPECT_THAT(column(0), ElementsAre(QStringLiteral("1"), QStringLiteral("2"), QStringLiteral("3")));
     EXPECT_THAT(column(3), ElementsAre(QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("d")));
     EXPECT_EQ(totals(), QStringLiteral("3 messages 128 bytes total"));
-    EXPECT_EQ(email::state.MessageCount, 3);
-    EXPECT_EQ(email::state.LastMessageCount, 3);
+    EXPECT_EQ(email::mailbox.MessageCount, 3);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 3);
     EXPECT_THAT(mailbox.messages(), ElementsAre(message(1), message(3), message(4)));
     expectUsable();
 }
@@ -102,7 +102,7 @@ TEST_F(MessageDeletion, AsksTheServerInThisOrder) {
 
 TEST_F(MessageDeletion, TheOnlyMessageResetsTheListThoughItsSizeIsNeverSubtracted) {
     logInWith(1);
-    email::state.Messages.at(1).Size = 7;
+    email::mailbox.Messages.at(1).Size = 7;
     deleteRow(1);
     EXPECT_EQ(totals(), QStringLiteral("0 messages 0 bytes total"));
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 2);
@@ -162,8 +162,8 @@ TEST_F(MessageDeletion, TheWindowRestsWhileTheServerWorks) {
 TEST_F(MessageDeletion, TheTableOfMessagesIsNotCompacted) {
     logInWith(4);
     deleteRow(1);
-    EXPECT_EQ(email::state.Messages.at(1).Subject, "a");
-    EXPECT_EQ(email::state.Messages.at(2).Subject, "b");
+    EXPECT_EQ(email::mailbox.Messages.at(1).Subject, "a");
+    EXPECT_EQ(email::mailbox.Messages.at(2).Subject, "b");
     // Row 1 is message b now, yet the size that is subtracted is the one in record 1.
     deleteRow(1);
     EXPECT_EQ(totals(), QStringLiteral("2 messages 88 bytes total"));
@@ -187,7 +187,7 @@ TEST_F(MessageDeletion, AMessageThatAnotherClientMovedIsNotDeleted) {
     expectFailure(20312);
     EXPECT_THAT(mailbox.messages(), SizeIs(3));
     EXPECT_THAT(column(3), SizeIs(4));
-    EXPECT_EQ(email::state.MessageCount, 4);
+    EXPECT_EQ(email::mailbox.MessageCount, 4);
 }
 
 TEST_F(MessageDeletion, ChangesNothingUntilTheServerHasConfirmedTheFarewell) {
@@ -200,8 +200,8 @@ TEST_F(MessageDeletion, ChangesNothingUntilTheServerHasConfirmedTheFarewell) {
         deleteRow(2);
         expectFailure(20302);
         EXPECT_THAT(column(3), SizeIs(3));
-        EXPECT_EQ(email::state.MessageCount, 3);
-        EXPECT_EQ(email::state.MailboxBytes, 126);
+        EXPECT_EQ(email::mailbox.MessageCount, 3);
+        EXPECT_EQ(email::mailbox.MailboxBytes, 126);
         EXPECT_EQ(totals(), QStringLiteral("Deleting message..."));
         EXPECT_THAT(mailbox.messages(), SizeIs(3));
     }

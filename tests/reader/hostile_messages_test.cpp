@@ -1,5 +1,8 @@
 // What strangers can put into a message: the windows show it whole, on the lines it belongs to, and go on.
 
+#include "email/mailbox.h"
+#include "email/opening.h"
+#include "email/shared_settings.h"
 #include "tests/reader/reader_fixture.h"
 #include "tests/support/base64_text.h"
 #include "tests/support/heartbeat.h"
@@ -148,7 +151,7 @@ TEST_F(HostileMessages, ASenderOfThirtyThousandCharactersIsShownCutAndAnsweredWh
     EXPECT_TRUE(window.isVisible());
     EXPECT_EQ(window.windowTitle().toStdString(), "Message from: " + sender.substr(0, 300) + " [...]");
     EXPECT_LT(window.width(), 2'000) << "the window is no wider for it";
-    EXPECT_EQ(email::state.Messages.at(1).From, sender);
+    EXPECT_EQ(email::mailbox.Messages.at(1).From, sender);
     EXPECT_EQ(window.txtFrom->text().toStdString(), sender.substr(0, 10'000) + " [...]");
     messageWindow().cmdReply->click();
     EXPECT_EQ(composeWindow().tTo->text().toStdString(), sender);
@@ -223,7 +226,7 @@ INSTANTIATE_TEST_SUITE_P(Encodings, HostileEncoding, testing::ValuesIn(kEncoding
 
 TEST_F(HostileMessages, WhateverTheTransferEncodingSaysTheFileIsDecodedAsBase64) {
     for (const std::string encoding : {"quoted-printable", "7bit", "x-uuencode", "BASE64"}) {
-        email::state.CurrentAttachment.clear();
+        email::opening.CurrentAttachment.clear();
         openOnly(multipart({"Content-Type: text/x; y\r\n\r\n",
                             "Content-Type: application/pdf; name=\"a.pdf\"\r\nContent-Transfer-Encoding: " +
                                 encoding + "\r\n\r\nQUJDREVG"}));

@@ -1,3 +1,5 @@
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "platform/runtime_error.h"
 #include "platform/text_printer.h"
 #include "tests/reader/reader_fixture.h"
@@ -171,7 +173,7 @@ TEST_F(MessageWindow, ReplyMeansTheMessageInTheWindowAlsoAfterACheckForNewMail) 
     doubleClick(1);
     mailbox.deliver("From: three@x\r\nSubject: 3\r\n\r\nthree\r\n");
     mainWindow().tmrCheckMail_Timer();
-    ASSERT_NE(email::state.CurrentMessage, 1);
+    ASSERT_NE(email::mailbox.CurrentMessage, 1);
     messageWindow().cmdReply->click();
     EXPECT_EQ(composeWindow().tTo->text(), QStringLiteral("one@x"));
     EXPECT_EQ(composeWindow().tSubject->text(), QStringLiteral("RE: 1"));

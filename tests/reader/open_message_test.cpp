@@ -1,3 +1,6 @@
+#include "email/mailbox.h"
+#include "email/opening.h"
+#include "email/shared_settings.h"
 #include "tests/reader/reader_fixture.h"
 
 using support::attachmentPart;
@@ -50,7 +53,7 @@ TEST_F(OpenMessage, AsksForTheWholeMessageInASessionOfItsOwn) {
     ASSERT_TRUE(server.waitForEndOf(2));
     EXPECT_THAT(server.commands(1),
                 ElementsAre("USER ann", "PASS secret", "STAT", "LIST 2", "RETR 2", "QUIT"));
-    EXPECT_EQ(email::state.CurrentMessage, 2);
+    EXPECT_EQ(email::mailbox.CurrentMessage, 2);
     EXPECT_EQ(messageWindow().OpenMessage, 2);
 }
 
@@ -97,14 +100,14 @@ TEST_F(OpenMessage, WhileItIsFetchedButtonsListAndTimerRest) {
             EXPECT_EQ(main.cursor().shape(), Qt::WaitCursor);
             EXPECT_EQ(main.barProgress->maximum(), 3'000);
             EXPECT_EQ(main.barProgress->value(), 29);
-            EXPECT_TRUE(email::state.Retrieving);
+            EXPECT_TRUE(email::opening.Retrieving);
             looked = true;
             server.release();
         });
     doubleClick(1);
     EXPECT_TRUE(looked);
     EXPECT_TRUE(mainWindow().tmrCheckMail->isEnabled());
-    EXPECT_FALSE(email::state.Retrieving);
+    EXPECT_FALSE(email::opening.Retrieving);
     EXPECT_EQ(mainWindow().barProgress->value(), 0);
     EXPECT_TRUE(mainWindow().MailGrid->isEnabledTo(&mainWindow()));
 }
@@ -117,8 +120,8 @@ TEST_F(OpenMessage, WithoutAnIntervalTheTimerStaysOff) {
 TEST_F(OpenMessage, AMessageOfExactly32000BytesIsShown) {
     openOnly(plainMessageOf(32'000));
     EXPECT_THAT(boxTexts(), IsEmpty());
-    EXPECT_EQ(email::state.Messages.at(1).Size, 32'000);
-    EXPECT_EQ(messageWindow().tMessage->bytes(), email::state.Messages.at(1).BodyText);
+    EXPECT_EQ(email::mailbox.Messages.at(1).Size, 32'000);
+    EXPECT_EQ(messageWindow().tMessage->bytes(), email::mailbox.Messages.at(1).BodyText);
     EXPECT_FALSE(messageWindow().tMessage->bytes().empty());
 }
 
@@ -126,7 +129,7 @@ TEST_F(OpenMessage, AMessageOf32001BytesIsNotShown) {
     openOnly(plainMessageOf(32'001));
     ASSERT_THAT(boxTexts(), ElementsAre(QStringLiteral("There was a problem with the message header.")));
     EXPECT_EQ(boxes[0].title, QStringLiteral("Brindlewake"));
-    EXPECT_EQ(email::state.Messages.at(1).Size, 32'001);
+    EXPECT_EQ(email::mailbox.Messages.at(1).Size, 32'001);
     EXPECT_TRUE(messageWindow().isVisible());
     EXPECT_EQ(shownText(), QString());
 }
@@ -134,7 +137,7 @@ TEST_F(OpenMessage, AMessageOf32001BytesIsNotShown) {
 TEST_F(OpenMessage, OddPlaceholdersStandWhereSubjectAndDateAreMissing) {
     openOnly("From: a@example.org\r\n\r\ntext\r\n");
     EXPECT_EQ(messageWindow().txtSubject->text(), QStringLiteral("'"));
-    EXPECT_EQ(email::state.Messages.at(1).Date, "':");
+    EXPECT_EQ(email::mailbox.Messages.at(1).Date, "':");
 }
 
 TEST_F(OpenMessage, AMultipartMessageWithMoreThan20PartsShowsOnlyWhatTheFirst20Yield) {
@@ -183,8 +186,8 @@ TEST_F(OpenMessage, ATextPartFollowedByOneWithoutATypeEndsInTheHeaderErrorBox) {
 TEST_F(OpenMessage, OfTwoAttachmentsOnlyTheLastIsWrittenAndOffered) {
     openOnly(multipart({attachmentPart("one.bin", "b25l"), attachmentPart("two.bin", "dHdv")}));
     EXPECT_EQ(messageWindow().txtAttachments->text(), QStringLiteral("two.bin"));
-    EXPECT_EQ(email::state.CurrentAttachment, "two.bin");
-    EXPECT_EQ(email::state.Messages.at(1).AttachmentName, "two.bin");
+    EXPECT_EQ(email::opening.CurrentAttachment, "two.bin");
+    EXPECT_EQ(email::mailbox.Messages.at(1).AttachmentName, "two.bin");
     EXPECT_EQ(folder.read("_tolk.tmp"), "\r\ndHdv\r\n--\r\n");
 }
 
@@ -197,8 +200,8 @@ TEST_F(OpenMessage, AnAttachmentWithoutQuotesAroundItsNameWritesNoFile) {
 TEST_F(OpenMessage, WhatWasFoundBeforeAnErrorStaysFound) {
     openOnly(multipart({attachmentPart("a.bin", "AAAA"), "Content-Type: text/plain\r\n\r\nno semicolon"}));
     expectHeaderErrorBox(5);
-    EXPECT_EQ(email::state.CurrentAttachment, "a.bin");
-    EXPECT_EQ(email::state.Messages.at(1).AttachmentName, "a.bin");
+    EXPECT_EQ(email::opening.CurrentAttachment, "a.bin");
+    EXPECT_EQ(email::mailbox.Messages.at(1).AttachmentName, "a.bin");
     EXPECT_EQ(folder.read("_tolk.tmp"), "\r\nAAAA\r\n--\r\n");
 }
 
@@ -270,14 +273,14 @@ TEST_F(OpenMessage, ARefusedLogOnEndsInTheHeaderErrorBoxAndTheNextTryWorks) {
 
 TEST_F(OpenMessage, AMessageThatTheServerDoesNotGiveIsNotOpenedAndItsRecordStays) {
     logInWith({multipart({plainPart("text")}, "To: bob@example.org\r\n")});
-    const email::MessageSummary before = email::state.Messages.at(1);
+    const email::MessageSummary before = email::mailbox.Messages.at(1);
     for (const char* command : {"RETR", "LIST"}) {
         mailbox.answer(command, "-ERR no such message\r\n");
         doubleClick(1);
         expectHeaderErrorBox(20342);
         EXPECT_EQ(mainWindow().lStats->text(), QStringLiteral("1 messages %1 bytes total").arg(before.Size));
         EXPECT_EQ(mainWindow().focusWidget(), mainWindow().MailGrid);
-        const email::MessageSummary& after = email::state.Messages.at(1);
+        const email::MessageSummary& after = email::mailbox.Messages.at(1);
         EXPECT_EQ(after.From, before.From);
         EXPECT_EQ(after.Subject, before.Subject);
         EXPECT_EQ(after.Date, before.Date);
@@ -302,9 +305,9 @@ TEST_F(OpenMessage, AMessageThatBreaksOffLeavesItsRecordAsItWas) {
     });
     doubleClick(1);
     expectHeaderErrorBox(20302);
-    EXPECT_EQ(email::state.Messages.at(1).From, "ann@example.org");
-    EXPECT_EQ(email::state.Messages.at(1).Subject, "1");
-    EXPECT_EQ(email::state.Messages.at(1).BodyText, "one\r\n");
+    EXPECT_EQ(email::mailbox.Messages.at(1).From, "ann@example.org");
+    EXPECT_EQ(email::mailbox.Messages.at(1).Subject, "1");
+    EXPECT_EQ(email::mailbox.Messages.at(1).BodyText, "one\r\n");
 }
 
 TEST_F(OpenMessage, InTheListAMessageThatTheServerDoesNotGiveKeepsItsPlaceholders) {
@@ -338,7 +341,7 @@ TEST_F(OpenMessage, ACheckThatIsAtWorkIsNotDisturbed) {
         peer.holdSilent();
         peer.send("+OK 2 21\r\n");
     });
-    const WhenItHolds open([] { return email::state.CurrentMessage == 2; },
+    const WhenItHolds open([] { return email::mailbox.CurrentMessage == 2; },
                            [&] {
                                mainWindow().MailGrid->setCurrentCell(0, 0);
                                mainWindow().MailGrid_DblClick();
@@ -348,7 +351,7 @@ TEST_F(OpenMessage, ACheckThatIsAtWorkIsNotDisturbed) {
     EXPECT_THAT(boxTexts(),
                 ElementsAre(QStringLiteral("There is an error in the message header. Error# 20102")));
     EXPECT_EQ(mainWindow().MailGrid->TextMatrix(2, 3).trimmed(), QStringLiteral("2"));
-    EXPECT_EQ(email::state.LastMessageCount, 2);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 2);
 }
 
 TEST_F(OpenMessage, ASenderWithControlCharactersIsShownOnOneLineWithoutObeyingThem) {
@@ -362,9 +365,9 @@ TEST_F(OpenMessage, ASenderWithControlCharactersIsShownOnOneLineWithoutObeyingTh
         EXPECT_FALSE(text.contains(QChar(0x07))) << text.toStdString();
         EXPECT_FALSE(text.contains(u'\n'));
     }
-    EXPECT_EQ(email::state.Messages.at(1).Subject, "a\x07"
-                                                   "b\xe2\x80\xae"
-                                                   "c");
+    EXPECT_EQ(email::mailbox.Messages.at(1).Subject, "a\x07"
+                                                     "b\xe2\x80\xae"
+                                                     "c");
 }
 
 TEST_F(OpenMessage, TextInALetterThatIsNoUtf8IsReadAsWindows1252) {

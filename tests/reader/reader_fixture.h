@@ -2,7 +2,8 @@
 
 // A member who has logged in and opens messages.
 
-#include "email/state.h"
+#include "email/opening.h"
+#include "email/shared_settings.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmFrom.h"
@@ -83,7 +84,7 @@ class ReaderTest : public WindowTest {
         }
         EXPECT_NE(main.cursor().shape(), Qt::WaitCursor);
         EXPECT_EQ(main.barProgress->value(), 0);
-        EXPECT_FALSE(email::state.Retrieving);
+        EXPECT_FALSE(email::opening.Retrieving);
     }
 
     Pop3Mailbox mailbox;

@@ -1,3 +1,5 @@
+#include "email/opening.h"
+#include "email/shared_settings.h"
 #include "tests/reader/reader_fixture.h"
 #include "tests/support/base64_text.h"
 #include "tests/support/file_faults.h"
@@ -170,7 +172,7 @@ TEST_F(SaveAttachment, AFolderWithoutABackslashIsRunTogetherWithTheName) {
 
 TEST_P(SaveAttachmentNamed, IsSavedInTheFolderUnderASafeName) {
     openWith("a.bin", "QUJD");
-    email::state.CurrentAttachment = GetParam().name;
+    email::opening.CurrentAttachment = GetParam().name;
     const std::size_t before = folder.entries();
     save();
     expectSaved(QStringLiteral("S:\\") + QString::fromStdString(GetParam().savedAs));
@@ -297,7 +299,7 @@ TEST_F(SaveAttachment, ADiskThatFillsUpLeavesTheOlderFileAsItWas) {
 TEST_F(SaveAttachment, ADeviceIsNoPlaceForAFile) {
     openWith("a.bin", "QUJD");
     email::settings.SaveDirectory = QStringLiteral("Z:\\dev\\");
-    email::state.CurrentAttachment = "full";
+    email::opening.CurrentAttachment = "full";
     save();
     // A device is no file, so nothing is written into it at all.
     expectRefused(75);
@@ -310,7 +312,7 @@ TEST_F(SaveAttachment, LinksPipesAndFoldersAreLeftAlone) {
     ASSERT_EQ(::mkfifo(folder.path("pipe").c_str(), 0600), 0);
     std::filesystem::create_directory(folder.path("box"));
     for (const char* name : {"link", "pipe", "box"}) {
-        email::state.CurrentAttachment = name;
+        email::opening.CurrentAttachment = name;
         save();
         expectRefused(75);
     }

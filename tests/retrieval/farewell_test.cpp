@@ -1,6 +1,6 @@
 // What a server does at the end of a session is of no importance once everything has come.
 
-#include "email/state.h"
+#include "email/mailbox.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
@@ -50,9 +50,9 @@ TEST_P(Farewell, LeavesALogInItsRowsAndACheckItsNewMail) {
     mailbox.deliver("Subject: three\r\n\r\nthird\r\n");
     mainWindow().tmrCheckMail_Timer();
     EXPECT_EQ(mainWindow().MailGrid->TextMatrix(3, 3).trimmed(), QStringLiteral("three"));
-    EXPECT_EQ(email::state.LastMessageCount, 3);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 3);
     mainWindow().tmrCheckMail_Timer();
-    EXPECT_FALSE(email::state.NewMailFound);
+    EXPECT_FALSE(email::mailbox.NewMailFound);
     EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_EQ(programEnds, 0);
 }

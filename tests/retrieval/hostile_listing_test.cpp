@@ -1,6 +1,6 @@
 // No mail in the mailbox keeps the list from coming, and none fills the computer's memory.
 
-#include "email/state.h"
+#include "email/mailbox.h"
 #include "tests/support/heap.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
@@ -92,7 +92,7 @@ TEST_P(ListingOfALongLine, ShowsItsRowAndAllOthers) {
     logIn(server.address());
     expectListedAround(3);
     EXPECT_EQ(cell(2, 3), QLatin1String(GetParam().subject));
-    EXPECT_LE(email::state.Messages.at(2).HeaderText.size(), kMegabyte + 1000);
+    EXPECT_LE(email::mailbox.Messages.at(2).HeaderText.size(), kMegabyte + 1000);
 
     // What is cut in the list is cut alike when the message is to be known again.
     mainWindow().MailGrid->setCurrentCell(1, 0);
@@ -150,13 +150,13 @@ TEST_F(HostileListing, OneRowForWhichMemoryFailsKeepsItsPlaceholders) {
         const auto header = pop.Header;
         const auto transfer = pop.Transfer;
         pop.Header = [&](const std::string& field, const std::string& value) {
-            if (inTheHeader && email::state.CurrentMessage == 2 && field == "Date") {
+            if (inTheHeader && email::mailbox.CurrentMessage == 2 && field == "Date") {
                 throw std::bad_alloc();
             }
             header(field, value);
         };
         pop.Transfer = [&](std::int32_t bytes, const std::string& text) {
-            if (email::state.CurrentMessage == 2) {
+            if (email::mailbox.CurrentMessage == 2) {
                 throw std::bad_alloc();
             }
             transfer(bytes, text);
@@ -167,7 +167,7 @@ TEST_F(HostileListing, OneRowForWhichMemoryFailsKeepsItsPlaceholders) {
         EXPECT_EQ(cell(2, 2), QString());
         EXPECT_EQ(cell(2, 3), QStringLiteral("'"));
         EXPECT_EQ(cell(2, 4), QStringLiteral("(%1 bytes)").arg(mailbox.messages()[1].size()));
-        EXPECT_EQ(email::state.Messages.at(2).HeaderText, "");
+        EXPECT_EQ(email::mailbox.Messages.at(2).HeaderText, "");
 
         // It is not known what it is, so it stays.
         mainWindow().MailGrid->setCurrentCell(1, 0);

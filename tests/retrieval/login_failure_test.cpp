@@ -1,4 +1,4 @@
-#include "email/state.h"
+#include "email/mailbox.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
@@ -85,7 +85,7 @@ TEST_F(LoginFailure, RefusedPasswordIsReportedAndMayBeRetried) {
     loginWindow().cmdLogin->click();
     EXPECT_EQ(boxes.size(), 1U);
     EXPECT_TRUE(mainWindow().isVisible());
-    EXPECT_EQ(email::state.MessageCount, 2);
+    EXPECT_EQ(email::mailbox.MessageCount, 2);
 }
 
 TEST_F(LoginFailure, RefusedUserNameIsReportedAsWrong) {
@@ -143,7 +143,7 @@ TEST_F(LoginFailure, ARequestFromATimerWhileTheFirstWaitsMeetsABusyMailServerAnd
     EXPECT_THAT(boxTexts(),
                 ElementsAre(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102")));
     EXPECT_EQ(server.connections(), 1U);
-    EXPECT_EQ(email::state.MessageCount, 2);
+    EXPECT_EQ(email::mailbox.MessageCount, 2);
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 3);
     EXPECT_TRUE(mainWindow().isVisible());
 }
@@ -253,7 +253,7 @@ TEST_P(EveryCut, AfterAnyByteOfTheServersIsTroubleUntilEveryMessageHasCome) {
         logIn(server.address());
         if (octets + farewell.size() >= whole) {
             ASSERT_THAT(boxTexts(), IsEmpty());
-            ASSERT_EQ(email::state.MessageCount, 2);
+            ASSERT_EQ(email::mailbox.MessageCount, 2);
             ASSERT_EQ(mainWindow().MailGrid->Rows(), 3);
             continue;
         }
@@ -264,7 +264,7 @@ TEST_P(EveryCut, AfterAnyByteOfTheServersIsTroubleUntilEveryMessageHasCome) {
     server.cutNoMore();
     logIn(server.address());
     EXPECT_THAT(boxTexts(), IsEmpty());
-    EXPECT_EQ(email::state.MessageCount, 2);
+    EXPECT_EQ(email::mailbox.MessageCount, 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Endings, EveryCut, testing::Values(Ending::Close, Ending::Reset),

@@ -1,4 +1,6 @@
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
@@ -72,7 +74,7 @@ TEST_F(Login, ListsEveryWaitingMessage) {
     EXPECT_EQ(cell(2, 3).size(), 48);
     const QString size = QString::number(message("two").size());
     EXPECT_EQ(cell(2, 4), QStringLiteral("(") + size + QStringLiteral(" bytes)"));
-    EXPECT_EQ(email::state.Messages.at(2).BodyText, "Text of two\r\n");
+    EXPECT_EQ(email::mailbox.Messages.at(2).BodyText, "Text of two\r\n");
 }
 
 TEST_F(Login, GivesTheServerTheseCommandsInThisOrder) {
@@ -98,10 +100,10 @@ TEST_F(Login, EndsWithTheMainWindowReady) {
     EXPECT_EQ(main.barProgress->value(), 0);
     const auto bytes = message("one").size() + message("two").size();
     EXPECT_EQ(main.lStats->text(), QStringLiteral("2 messages %1 bytes total").arg(bytes));
-    EXPECT_EQ(email::state.MessageCount, 2);
-    EXPECT_EQ(email::state.LastMessageCount, 2);
-    EXPECT_EQ(email::state.MessageNumbers[0], 1);
-    EXPECT_EQ(email::state.MessageNumbers[1], 2);
+    EXPECT_EQ(email::mailbox.MessageCount, 2);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 2);
+    EXPECT_EQ(email::mailbox.MessageNumbers[0], 1);
+    EXPECT_EQ(email::mailbox.MessageNumbers[1], 2);
     EXPECT_NE(main.cursor().shape(), Qt::WaitCursor);
     EXPECT_NE(loginWindow().cursor().shape(), Qt::WaitCursor);
 }
@@ -152,7 +154,7 @@ TEST_F(Login, KeepsTheWindowsAliveWhileTheServerIsSilent) {
     heart.start(1);
     logIn(server.address());
     EXPECT_GE(beats, 50);
-    EXPECT_EQ(email::state.MessageCount, 1);
+    EXPECT_EQ(email::mailbox.MessageCount, 1);
 }
 
 TEST_F(Login, AUserNameWithAHostBringsItsServersAndItsDomain) {
@@ -160,7 +162,7 @@ TEST_F(Login, AUserNameWithAHostBringsItsServersAndItsDomain) {
     logIn(QStringLiteral("elsewhere.invalid"), QStringLiteral("bob@") + server.address());
     EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_THAT(server.commands(), Contains("USER bob"));
-    EXPECT_EQ(email::state.UserName, QStringLiteral("bob"));
+    EXPECT_EQ(email::credentials.UserName, QStringLiteral("bob"));
     EXPECT_EQ(email::settings.POPServer, server.address());
     EXPECT_EQ(email::settings.SMTPServer, server.address());
     EXPECT_EQ(email::derived.AtDomain, QStringLiteral("@") + server.address());
@@ -179,12 +181,12 @@ TEST_F(Login, AUserNameThatBeginsWithAtGivesAnEmptyPopUser) {
     ScriptedServer server{Pop3Mailbox()};
     logIn(QStringLiteral("pop.example.org"), QStringLiteral("@") + server.address());
     EXPECT_THAT(server.commands(), Contains("USER "));
-    EXPECT_EQ(email::state.UserName, QString());
+    EXPECT_EQ(email::credentials.UserName, QString());
 }
 
 TEST_F(Login, AUserNameWithTwoAtsIsSplitAtTheFirst) {
     logIn(QStringLiteral("pop.example.org"), QStringLiteral("ann@b@c.invalid"));
-    EXPECT_EQ(email::state.UserName, QStringLiteral("ann"));
+    EXPECT_EQ(email::credentials.UserName, QStringLiteral("ann"));
     EXPECT_EQ(email::settings.POPServer, QStringLiteral("b@c.invalid"));
     EXPECT_EQ(email::derived.AtDomain, QStringLiteral("@b@c.invalid"));
 }
@@ -225,7 +227,7 @@ TEST_F(Login, WithPlayWavNoThereIsNoSound) {
     loginWindow().tUser->setText(QStringLiteral("ann"));
     loginWindow().tpwd->setText(QStringLiteral("secret"));
     loginWindow().cmdLogin->click();
-    EXPECT_EQ(email::state.MessageCount, 1);
+    EXPECT_EQ(email::mailbox.MessageCount, 1);
     EXPECT_THAT(sounds, IsEmpty());
 }
 
@@ -234,7 +236,7 @@ TEST_F(Login, ExactlyTwoHundredMessagesAreListed) {
     logIn(server.address());
     EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_EQ(cellWithoutPadding(200, 0), QStringLiteral("200"));
-    EXPECT_EQ(email::state.MessageNumbers[199], 200);
+    EXPECT_EQ(email::mailbox.MessageNumbers[199], 200);
 }
 
 TEST_F(Login, MoreThanTwoHundredMessagesAreError9AndEndTheProgram) {
@@ -293,7 +295,7 @@ TEST_F(Login, TheBodyTextGrowsWhenTheSameNumberIsListedAgain) {
     loginWindow().cmdLogin->setEnabled(true);
     loginWindow().tpwd->setText(QStringLiteral("secret"));
     loginWindow().cmdLogin->click();
-    EXPECT_EQ(email::state.Messages.at(1).BodyText, "Text of one\r\nText of one\r\n");
+    EXPECT_EQ(email::mailbox.Messages.at(1).BodyText, "Text of one\r\nText of one\r\n");
 }
 
 TEST_F(Login, AMissingLogoChangesNothingElse) {
@@ -336,7 +338,7 @@ TEST_F(Login, ReturnInTheUserNameGoesToThePasswordAndReturnThereGetsTheMail) {
     EXPECT_TRUE(login.tpwd->hasFocus());
     QTest::keyClicks(login.focusWidget(), QStringLiteral("secret"));
     QTest::keyClick(login.focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(email::state.MessageCount, 1);
+    EXPECT_EQ(email::mailbox.MessageCount, 1);
     EXPECT_TRUE(mainWindow().isVisible());
 }
 
@@ -372,7 +374,7 @@ TEST_F(Login, TheFieldForgetsThePasswordThatLaterSessionsStillHave) {
     logIn(server.address());
     EXPECT_EQ(loginWindow().tpwd->text(), QString());
     EXPECT_FALSE(loginWindow().tpwd->isUndoAvailable());
-    EXPECT_EQ(email::state.Password, QStringLiteral("secret"));
+    EXPECT_EQ(email::credentials.Password, QStringLiteral("secret"));
 }
 
 TEST_F(Login, ThePasswordIsNotReadable) {

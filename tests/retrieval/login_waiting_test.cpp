@@ -1,6 +1,6 @@
 // What a person sees and can do while the log-on waits, and where the keyboard is afterwards.
 
-#include "email/state.h"
+#include "email/mailbox.h"
 #include "platform/runtime_error.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
@@ -154,7 +154,7 @@ TEST_F(LoginWaiting, ClosedWhileItWaitsTheWindowStaysForAnotherTryThatSucceeds) 
     EXPECT_EQ(before, &loginWindow());
     EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_TRUE(mainWindow().isVisible());
-    EXPECT_EQ(email::state.MessageCount, 2);
+    EXPECT_EQ(email::mailbox.MessageCount, 2);
     mainWindow().MailGrid->setCurrentCell(0, 0);
     mainWindow().cmdDelete->click();
     EXPECT_THAT(mailbox.messages(), ElementsAre(kTwoMessages[1]));

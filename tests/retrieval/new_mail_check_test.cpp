@@ -1,4 +1,6 @@
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmFrom.h"
@@ -75,13 +77,13 @@ class NewMailCheck : public WindowTest {
     /** The rows, the counters, the line at the foot and the numbers of the rows tell of one list. */
     static void expectList(int messages, std::int32_t bytes) {
         EXPECT_EQ(mainWindow().MailGrid->Rows(), messages + 1);
-        EXPECT_EQ(email::state.MessageCount, messages);
-        EXPECT_EQ(email::state.MailboxBytes, bytes);
+        EXPECT_EQ(email::mailbox.MessageCount, messages);
+        EXPECT_EQ(email::mailbox.MailboxBytes, bytes);
         EXPECT_EQ(mainWindow().lStats->text(),
                   QStringLiteral("%1 messages %2 bytes total").arg(messages).arg(bytes));
         for (int row = 1; row <= messages; ++row) {
             EXPECT_EQ(cell(row, 0), QString::number(row));
-            EXPECT_EQ(email::state.MessageNumbers.at(static_cast<std::size_t>(row) - 1), row);
+            EXPECT_EQ(email::mailbox.MessageNumbers.at(static_cast<std::size_t>(row) - 1), row);
         }
     }
 
@@ -110,7 +112,7 @@ TEST_F(NewMailCheck, WithoutNewMessagesTheTimerShowsNothing) {
     logInWith(2);
     mainWindow().tmrCheckMail_Timer();
     EXPECT_THAT(boxTexts(), IsEmpty());
-    EXPECT_FALSE(email::state.NewMailFound);
+    EXPECT_FALSE(email::mailbox.NewMailFound);
     EXPECT_TRUE(mainWindow().lStats->text().startsWith(QStringLiteral("2 messages ")));
     expectUsableWindow();
 }
@@ -126,9 +128,9 @@ TEST_F(NewMailCheck, ThreeMessagesAtLoginAndFiveNowFetchesOnlyFourAndFive) {
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 6);
     EXPECT_EQ(cell(4, 3), QStringLiteral("About 4"));
     EXPECT_EQ(cell(5, 3), QStringLiteral("About 5"));
-    EXPECT_EQ(email::state.LastMessageCount, 5);
-    EXPECT_TRUE(email::state.NewMailFound);
-    EXPECT_EQ(email::state.MessageNumbers[4], 5);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 5);
+    EXPECT_TRUE(email::mailbox.NewMailFound);
+    EXPECT_EQ(email::mailbox.MessageNumbers[4], 5);
     EXPECT_THAT(sounds, ElementsAre(QStringLiteral("Gotmail.wav")));
     EXPECT_TRUE(mainWindow().lStats->text().startsWith(QStringLiteral("5 messages ")));
     expectUsableWindow();
@@ -151,16 +153,16 @@ TEST_F(NewMailCheck, MessagesDeletedByAnotherClientFetchNothingAndLeaveTheLastCo
     mainWindow().tmrCheckMail_Timer();
     ASSERT_TRUE(server.waitForEndOf(2));
     EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "STAT", "QUIT"));
-    EXPECT_EQ(email::state.LastMessageCount, 3);
-    EXPECT_EQ(email::state.MessageCount, 2);
-    EXPECT_FALSE(email::state.NewMailFound);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 3);
+    EXPECT_EQ(email::mailbox.MessageCount, 2);
+    EXPECT_FALSE(email::mailbox.NewMailFound);
 }
 
 TEST_F(NewMailCheck, WithoutAUserNameOrAPasswordAsksInTitleCase) {
     logInWith(1);
-    email::state.Password.clear();
+    email::credentials.Password.clear();
     mainWindow().tmrCheckMail_Timer();
-    email::state.UserName.clear();
+    email::credentials.UserName.clear();
     mainWindow().tmrCheckMail_Timer();
     EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Password Must Be Entered To Get Mail!"),
                                         QStringLiteral("User Name Must Be Entered To Get Mail!")));
@@ -191,25 +193,25 @@ TEST_F(NewMailCheck, AMessageThatIsTooLargeIsReportedAndTheNextCheckWorks) {
     mainWindow().tmrCheckMail_Timer();
     expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
     EXPECT_EQ(programEnds, 0);
-    EXPECT_EQ(email::state.LastMessageCount, 1);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 1);
     expectUsableWindow();
     mailbox.answerProperly("TOP 2");
     mainWindow().tmrCheckMail_Timer();
-    EXPECT_EQ(email::state.LastMessageCount, 2);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 2);
     EXPECT_EQ(cell(2, 3), QStringLiteral("About 2"));
 }
 
 TEST_F(NewMailCheck, WhatCameBeforeAMessageThatIsTooLargeStaysAndAllNumbersAgree) {
     logInWith(2);
-    const std::int32_t bytesBefore = email::state.MailboxBytes;
+    const std::int32_t bytesBefore = email::mailbox.MailboxBytes;
     mailbox.deliver(message("3")).deliver(message("4")).deliver(message("5"));
     runOutOfMemoryAt("LIST 5");
     mainWindow().tmrCheckMail_Timer();
     expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
-    expectList(4, bytesBefore + email::state.Messages.at(3).Size + email::state.Messages.at(4).Size);
+    expectList(4, bytesBefore + email::mailbox.Messages.at(3).Size + email::mailbox.Messages.at(4).Size);
     EXPECT_EQ(cell(3, 3), QStringLiteral("About 3"));
     EXPECT_EQ(cell(4, 3), QStringLiteral("About 4"));
-    EXPECT_TRUE(email::state.NewMailFound);
+    EXPECT_TRUE(email::mailbox.NewMailFound);
     expectUsableWindow();
 }
 
@@ -218,38 +220,38 @@ TEST_F(NewMailCheck, AFailedCheckLeavesTheLastCountAndTheNextOneFetchesFromThere
     mailbox.deliver(message("2")).deliver(message("3"));
     runOutOfMemoryAt("LIST 3");
     mainWindow().tmrCheckMail_Timer();
-    EXPECT_EQ(email::state.LastMessageCount, 1);
-    const std::int32_t bytesAfter = email::state.MailboxBytes;
+    EXPECT_EQ(email::mailbox.LastMessageCount, 1);
+    const std::int32_t bytesAfter = email::mailbox.MailboxBytes;
     // Told once more, the second message is still one row and is counted once.
     mainWindow().tmrCheckMail_Timer();
     expectList(2, bytesAfter);
     loginWindow().POP1.PITrail = nullptr;
     mainWindow().tmrCheckMail_Timer();
-    EXPECT_EQ(email::state.LastMessageCount, 3);
-    expectList(3, email::state.MailboxBytes);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 3);
+    expectList(3, email::mailbox.MailboxBytes);
     EXPECT_EQ(cell(3, 3), QStringLiteral("About 3"));
 }
 
 TEST_F(NewMailCheck, MemoryThatRunsOutAtTheFarewellCostsNothing) {
     logInWith(1);
-    const std::int32_t bytesBefore = email::state.MailboxBytes;
+    const std::int32_t bytesBefore = email::mailbox.MailboxBytes;
     mailbox.deliver(message("2"));
     runOutOfMemoryAt("QUIT");
     mainWindow().tmrCheckMail_Timer();
     EXPECT_THAT(boxTexts(), IsEmpty());
-    EXPECT_EQ(email::state.LastMessageCount, 2);
-    expectList(2, bytesBefore + email::state.Messages.at(2).Size);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 2);
+    expectList(2, bytesBefore + email::mailbox.Messages.at(2).Size);
     expectUsableWindow();
 }
 
 TEST_F(NewMailCheck, WhenNothingCouldBeFetchedTheListIsAsItWas) {
     logInWith(2);
-    const std::int32_t bytesBefore = email::state.MailboxBytes;
+    const std::int32_t bytesBefore = email::mailbox.MailboxBytes;
     mailbox.deliver(message("3"));
     runOutOfMemoryAt("LIST 3");
     mainWindow().tmrCheckMail_Timer();
     expectList(2, bytesBefore);
-    EXPECT_FALSE(email::state.NewMailFound);
+    EXPECT_FALSE(email::mailbox.NewMailFound);
 }
 
 TEST_F(NewMailCheck, ASecondCheckUnderTheBoxOfTheFirstMeetsABusyServerAndHarmsNothing) {
@@ -285,7 +287,7 @@ TEST_F(NewMailCheck, ASecondCheckWhileTheFirstFetchesLeavesItAlone) {
     EXPECT_THAT(boxTexts(),
                 ElementsAre(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102")));
     EXPECT_EQ(cell(2, 3), QStringLiteral("About 2"));
-    EXPECT_EQ(email::state.LastMessageCount, 2);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 2);
 }
 
 TEST_F(NewMailCheck, AnUnreachableServerEndsTheProgram) {
@@ -316,7 +318,7 @@ TEST_F(NewMailCheck, BoxesOfFailedChecksDoNotPileUpWhileNobodyIsThere) {
     };
     mainWindow().tmrCheckMail_Timer();
     EXPECT_THAT(boxes.size(), 2U);
-    EXPECT_EQ(email::state.LastMessageCount, 1);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 1);
 }
 
 TEST_F(NewMailCheck, ExitInTheMidstOfACheckEndsTheProgramAtOnce) {
@@ -340,7 +342,7 @@ TEST_F(NewMailCheck, AMailboxInUseIsReportedAndTheProgramGoesOn) {
               QStringLiteral("Example School Mail Error"));
     EXPECT_EQ(programEnds, 0);
     EXPECT_TRUE(loginWindow().cmdLogin->isEnabled());
-    EXPECT_EQ(email::state.LastMessageCount, 1);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 1);
     ASSERT_TRUE(server.waitForEndOf(2));
     EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "QUIT"));
     expectUsableWindow();
@@ -384,7 +386,7 @@ TEST_F(NewMailCheck, TheTwoHundredAndFirstMessageEndsTheProgram) {
     mainWindow().tmrCheckMail_Timer();
     expectBox(QStringLiteral("Error 9 Please Start Program Again "),
               QStringLiteral("Example School Mail Error"));
-    EXPECT_EQ(email::state.LastMessageCount, 1);
+    EXPECT_EQ(email::mailbox.LastMessageCount, 1);
 }
 
 TEST_F(NewMailCheck, AfterADeletionOnlyWhatCameSinceIsNew) {
@@ -398,7 +400,7 @@ TEST_F(NewMailCheck, AfterADeletionOnlyWhatCameSinceIsNew) {
     EXPECT_EQ(cell(2, 3), QStringLiteral("About 3"));
     EXPECT_EQ(cell(3, 3), QStringLiteral("About 4"));
     EXPECT_EQ(cell(3, 0), QStringLiteral("3"));
-    EXPECT_EQ(email::state.MessageNumbers.at(2), 3);
+    EXPECT_EQ(email::mailbox.MessageNumbers.at(2), 3);
 }
 
 TEST_F(NewMailCheck, NewMailTakesTheKeyboardFromNobodyWhoIsWriting) {

@@ -1,7 +1,11 @@
 #include "tests/support/window_test.h"
 
 #include "components/controls/mmcontrol.h"
-#include "email/state.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/opening.h"
+#include "email/shared_settings.h"
+#include "email/typed_host.h"
 #include "platform/program.h"
 #include "platform/text_printer.h"
 #include "tests/support/application.h"
@@ -65,7 +69,11 @@ void WindowTest::forgetEverything() {
     windows_ = std::make_unique<LoadedWindows>();
     email::settings = {};
     email::derived = {};
-    email::state = {};
+    email::serversOfFile = {};
+    email::mailbox = {};
+    email::credentials = {};
+    email::opening = {};
+
     boxes.clear();
     sounds.clear();
     printed.clear();

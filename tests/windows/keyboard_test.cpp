@@ -1,6 +1,5 @@
 // Where the keyboard is, and what its keys do, for a person who works without a mouse.
 
-#include "email/state.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"

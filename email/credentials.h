@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+namespace email {
+
+/** Who the member is, kept from the log-on for every later session. */
+struct Credentials {
+    /** Whether the server has taken the name and the password once in this run. */
+    bool LoggedOn = false;
+    QString UserName;
+    QString Password;
+};
+
+/** Shared by all windows for the whole run, and used on the user-interface thread only. */
+inline Credentials credentials;
+
+} // namespace email
