@@ -1,7 +1,7 @@
 #pragma once
 
 #include "components/poplib/commands.h"
-#include "components/poplib/line_buffer.h"
+#include "components/protocol/line_buffer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -160,7 +160,7 @@ class Pop3Session {
     std::deque<Command> underWay_;
     std::size_t maximumUnderWay_ = 1;
     std::vector<std::string> shownOutput_;
-    LineBuffer input_;
+    protocol::LineBuffer input_;
     /** Bytes came that no command under way had asked for. */
     bool spokeOutOfTurn_ = false;
     std::uint64_t answers_ = 0;

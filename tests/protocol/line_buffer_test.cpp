@@ -1,4 +1,4 @@
-#include "components/poplib/line_buffer.h"
+#include "components/protocol/line_buffer.h"
 #include "tests/support/pieces.h"
 
 #include <gmock/gmock.h>
@@ -8,7 +8,7 @@
 
 namespace {
 
-using POPLib::LineBuffer;
+using protocol::LineBuffer;
 using testing::ElementsAreArray;
 
 struct Case {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace POPLib {
+namespace protocol {
 
 /**
  * Bytes from the server, given out line by line. It remembers how far it has looked, so that a line that
@@ -51,4 +51,4 @@ class LineBuffer {
     bool lineGivenOut_ = false;
 };
 
-} // namespace POPLib
+} // namespace protocol

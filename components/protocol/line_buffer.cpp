@@ -1,8 +1,8 @@
-#include "components/poplib/line_buffer.h"
+#include "components/protocol/line_buffer.h"
 
 #include <algorithm>
 
-namespace POPLib {
+namespace protocol {
 
 void LineBuffer::append(std::string_view bytes) {
     // Given-out lines are dropped only here: the views handed out before stay valid until more bytes come.
@@ -54,4 +54,4 @@ void LineBuffer::dropBehind(std::size_t mostOctets) {
     bytes_.append(lineEnd, '\r');
 }
 
-} // namespace POPLib
+} // namespace protocol
