@@ -4,6 +4,13 @@
 
 namespace SMTPLib {
 
+namespace {
+/** A command of which nothing is secret. */
+Command openCommand(CommandKind kind, const std::string& line) {
+    return {{line, line}, kind};
+}
+} // namespace
+
 std::string addressLiteral(const QString& localAddress) {
     if (localAddress.isEmpty()) {
         return "[127.0.0.1]";
@@ -19,27 +26,39 @@ std::string addressLiteral(const QString& localAddress) {
     return "[IPv6:" + localAddress.first(scope < 0 ? localAddress.size() : scope).toStdString() + ']';
 }
 
-std::string ehloCommand(const std::string& addressLiteral) {
-    return "EHLO " + addressLiteral;
+Command ehloCommand(const std::string& addressLiteral) {
+    return openCommand(CommandKind::Ehlo, "EHLO " + addressLiteral);
 }
 
-std::string heloCommand(const std::string& addressLiteral) {
-    return "HELO " + addressLiteral;
+Command heloCommand(const std::string& addressLiteral) {
+    return openCommand(CommandKind::Helo, "HELO " + addressLiteral);
 }
 
-std::string mailCommand(const Envelope& envelope, bool withSize, bool withBody) {
-    std::string command = "MAIL FROM:<" + envelope.sender + '>';
+Command mailCommand(const Envelope& envelope, bool withSize, bool withBody) {
+    std::string line = "MAIL FROM:<" + envelope.sender + '>';
     if (withSize) {
-        command += " SIZE=" + std::to_string(envelope.messageOctets);
+        line += " SIZE=" + std::to_string(envelope.messageOctets);
     }
     if (withBody && envelope.eightBit) {
-        command += " BODY=8BITMIME";
+        line += " BODY=8BITMIME";
     }
-    return command;
+    return openCommand(CommandKind::Mail, line);
 }
 
-std::string rcptCommand(const std::string& mailbox) {
-    return "RCPT TO:<" + mailbox + '>';
+Command rcptCommand(const std::string& mailbox) {
+    return openCommand(CommandKind::Rcpt, "RCPT TO:<" + mailbox + '>');
+}
+
+Command dataCommand() {
+    return openCommand(CommandKind::Data, "DATA");
+}
+
+Command endOfMessageCommand() {
+    return openCommand(CommandKind::EndOfMessage, ".");
+}
+
+Command quitCommand() {
+    return openCommand(CommandKind::Quit, "QUIT");
 }
 
 } // namespace SMTPLib

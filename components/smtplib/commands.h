@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/protocol/command_text.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -8,6 +10,14 @@
 class QString;
 
 namespace SMTPLib {
+
+/** What a reply belongs to: a command, or nothing that was sent. */
+enum class CommandKind { Greeting, Ehlo, Helo, Mail, Rcpt, Data, EndOfMessage, Quit };
+
+/** One SMTP command (RFC 5321). */
+struct Command : protocol::CommandText {
+    CommandKind kind = CommandKind::Quit;
+};
 
 /** Longest command line, in octets, line end included (RFC 5321 section 4.5.3.1.4). */
 inline constexpr std::size_t kMaximumCommandOctets = 512;
@@ -29,11 +39,14 @@ struct Envelope {
  */
 std::string addressLiteral(const QString& localAddress);
 
-/** The commands, without line ends. */
-std::string ehloCommand(const std::string& addressLiteral);
-std::string heloCommand(const std::string& addressLiteral);
+Command ehloCommand(const std::string& addressLiteral);
+Command heloCommand(const std::string& addressLiteral);
 /** MAIL, with SIZE and BODY where the server knows these. */
-std::string mailCommand(const Envelope& envelope, bool withSize, bool withBody);
-std::string rcptCommand(const std::string& mailbox);
+Command mailCommand(const Envelope& envelope, bool withSize, bool withBody);
+Command rcptCommand(const std::string& mailbox);
+Command dataCommand();
+/** The dot alone on its line that ends the message's text. */
+Command endOfMessageCommand();
+Command quitCommand();
 
 } // namespace SMTPLib

@@ -11,26 +11,29 @@ int numberOf(transport::Outcome outcome) noexcept {
 }
 
 int numberOf(const Refused& refused) noexcept {
-    const bool forNow = refused.code < 500;
+    const bool forNow = refused.reply.code < 500;
     // RFC 1870 section 6: what the server says when a message is larger than it takes.
-    const bool tooLarge = refused.code == 552;
-    switch (refused.stage) {
-    case Stage::Greeting:
+    const bool tooLarge = refused.reply.code == 552;
+    switch (refused.kind) {
+    case CommandKind::Greeting:
         return forNow ? errors::GreetingRefusedForNow : errors::GreetingRefused;
-    case Stage::Hello:
+    case CommandKind::Ehlo:
+    case CommandKind::Helo:
         return forNow ? errors::HelloRefusedForNow : errors::HelloRefused;
-    case Stage::Sender:
+    case CommandKind::Mail:
         return tooLarge ? errors::MessageTooLarge
                : forNow ? errors::SenderRefusedForNow
                         : errors::SenderRefused;
-    case Stage::Recipient:
+    case CommandKind::Rcpt:
         return forNow ? errors::RecipientRefusedForNow : errors::RecipientRefused;
-    case Stage::Data:
+    case CommandKind::Data:
         return forNow ? errors::DataRefusedForNow : errors::DataRefused;
-    case Stage::Message:
+    case CommandKind::EndOfMessage:
         return tooLarge ? errors::MessageTooLarge
                : forNow ? errors::MessageRefusedForNow
                         : errors::MessageRefused;
+    case CommandKind::Quit:
+        break;
     }
     return errors::SendingOutOfStep;
 }

@@ -47,30 +47,23 @@ Extensions extensionsOf(const Reply& reply) {
 }
 
 std::optional<Reply> ReplyReader::next() {
-    std::size_t used = 0;
-    bool complete = false;
-    while (!broken_ && !complete) {
-        const std::size_t lineFeed = input_.find('\n', std::max(used, lookedUntil_));
-        const std::size_t end = lineFeed == std::string::npos ? input_.size() : lineFeed;
-        // A CR before the LF is no part of the line.
-        if (end - used > kMaximumLineOctets + 1) {
+    while (!broken_) {
+        const std::optional<std::string_view> line = input_.nextReplyLine();
+        // A last CR of what has come may be half a line end.
+        const std::size_t octets =
+            line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
+        if (octets > kMaximumLineOctets) {
             broken_ = true;
-        } else if (lineFeed == std::string::npos) {
+        } else if (!line) {
             break;
-        } else {
-            complete = takeLine(std::string_view(input_).substr(used, lineFeed - used));
-            used = lineFeed + 1;
+        } else if (takeLine(*line)) {
+            return std::exchange(reply_, {});
         }
     }
-    input_.erase(0, used);
-    lookedUntil_ = complete ? 0 : input_.size();
-    return complete ? std::optional(std::exchange(reply_, {})) : std::nullopt;
+    return std::nullopt;
 }
 
 bool ReplyReader::takeLine(std::string_view line) {
-    if (line.ends_with('\r')) {
-        line.remove_suffix(1);
-    }
     const std::optional<int> code = codeOf(line);
     const char mark = line.size() > 3 ? line[3] : ' ';
     const bool belongs = reply_.lines.empty() || code == reply_.code;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/protocol/line_buffer.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,6 +19,9 @@ struct Reply {
 
     /** The first digit decides what an answer means when its code is not known. */
     int kind() const noexcept { return code / 100; }
+
+    /** True when the server ends the session, whatever was asked (RFC 5321 section 3.8). */
+    bool endsService() const noexcept { return code == 421; }
 };
 
 /** What a server can do, as its answer to EHLO tells. */
@@ -50,15 +55,13 @@ class ReplyReader {
     bool isBroken() const noexcept { return broken_; }
 
     /** True when there are bytes that have not become a reply. */
-    bool hasBytes() const noexcept { return !input_.empty() || !reply_.lines.empty(); }
+    bool hasBytes() const noexcept { return input_.size() > 0 || !reply_.lines.empty(); }
 
   private:
     /** Adds the line to the reply; true when it was the last one. */
     bool takeLine(std::string_view line);
 
-    std::string input_;
-    /** No LF lies before this position. */
-    std::size_t lookedUntil_ = 0;
+    protocol::LineBuffer input_;
     Reply reply_;
     bool broken_ = false;
 };

@@ -4,7 +4,6 @@
 #include "platform/background.h"
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
-#include "platform/while_true.h"
 
 #include <optional>
 #include <utility>
@@ -23,17 +22,8 @@ void SMTP::setBlocking(bool blocking) {
 
 template <class Action>
 void SMTP::asRequest(const Action& action) {
-    if (running_) {
-        throw RuntimeError(errors::MailServerBusy);
-    }
-    const platform::WhileTrue running(running_);
-    try {
-        action();
-    } catch (...) {
-        // Whoever threw, a listener included: what the server expects next may be anything.
-        closeSession();
-        throw;
-    }
+    // What the server expects next may be anything.
+    requests_.run(action, [this] { closeSession(); });
 }
 
 void SMTP::issueRequest(Request request) {
@@ -49,7 +39,7 @@ void SMTP::issueRequest(Request request) {
         break;
     case Request::CloseConnection:
         // A session that is busy belongs to the request further down the stack, which goes on with it.
-        if (!running_ && connection_.isOpen()) {
+        if (!requests_.isRunning() && connection_.isOpen()) {
             asRequest([this] { close(); });
         }
         break;
@@ -65,8 +55,8 @@ void SMTP::open() {
     if (outcome != Outcome::Done) {
         throw RuntimeError(SMTPLib::numberOf(outcome));
     }
-    session_ = SmtpSession(addressLiteral(connection_.localAddress()));
-    mustCome<Opened>();
+    session_ = {};
+    extensions_ = openSession(*this, addressLiteral(connection_.localAddress()));
 }
 
 namespace {
@@ -98,11 +88,11 @@ void SMTP::transmit() {
         source.fileIsEncoded();
     }
     const MessageTotals totals = measured(source);
-    session_.begin(
-        {std::move(prepared.sender), std::move(prepared.mailboxes), totals.octets, totals.eightBit});
-    mustCome<ContentWanted>();
-    sendContent(source, totals.octets);
-    mustCome<Accepted>();
+    offerMessage(*this,
+                 {std::move(prepared.sender), std::move(prepared.mailboxes), totals.octets, totals.eightBit},
+                 extensions_);
+    sendText(source, totals.octets);
+    awaitConfirmation(*this);
     message_.messageId.clear();
 }
 
@@ -117,7 +107,7 @@ MessageTotals SMTP::measured(MessageSource& source) const {
 }
 
 /** Sends the text and the final dot; stops, without the dot, when the server speaks before its turn. */
-void SMTP::sendContent(MessageSource& source, std::int64_t totalOctets) {
+void SMTP::sendText(MessageSource& source, std::int64_t totalOctets) {
     std::int64_t doneOctets = 0;
     const auto progress = [&] {
         if (Progress) {
@@ -129,7 +119,7 @@ void SMTP::sendContent(MessageSource& source, std::int64_t totalOctets) {
         if (session_.hasUnusedBytes() || connection_.hasBytes()) {
             return;
         }
-        session_.addContent(piece);
+        session_.addText(piece);
         connection_.enqueue(session_.takeOutput());
         const Outcome outcome = connection_.waitUntilSentOrAnswered(QDeadlineTimer(timeouts_.dataBlock));
         if (outcome != Outcome::Done) {
@@ -139,45 +129,44 @@ void SMTP::sendContent(MessageSource& source, std::int64_t totalOctets) {
         progress();
     }
     if (!session_.hasUnusedBytes() && !connection_.hasBytes()) {
-        session_.endContent();
+        session_.submit(endOfMessageCommand());
     }
 }
 
 void SMTP::close() {
     if (session_.canQuit()) {
-        session_.quit();
+        // What the server says to it is of no importance: what it has confirmed is sent.
+        session_.submit(quitCommand());
         awaitEvent();
     }
     closeSession();
 }
 
-/** Waits for the event that this one is to be. \throws RuntimeError the number of any other one. */
-template <class Wanted>
-void SMTP::mustCome() {
-    const Event event = awaitEvent();
-    if (!std::holds_alternative<Wanted>(event)) {
-        throw RuntimeError(numberOf(event));
+Event SMTP::next() {
+    Event event = awaitEvent();
+    if (const auto* const failed = std::get_if<Failed>(&event)) {
+        // A final dot that never left this computer has not made a message complete.
+        const bool dotLeft = session_.mayHaveBeenSent() && connection_.unsentBytes() == 0;
+        throw RuntimeError(numberOf(failed->kind, dotLeft));
     }
+    return event;
 }
 
-/** Sends what is to be sent and waits for the next event that decides something. */
+/** Sends what is to be sent and waits for the next event, which may be a failure. */
 Event SMTP::awaitEvent() {
-    QDeadlineTimer deadline(patience());
+    QDeadlineTimer deadline(timeout());
     for (;;) {
         // What has come is used up first, also from a server that has hung up since.
-        while (auto event = session_.nextEvent()) {
-            if (const auto* replied = std::get_if<Replied>(&*event)) {
-                raise(replied->reply);
-            } else {
-                return *std::move(event);
-            }
+        if (auto event = session_.nextEvent()) {
+            raise(*event);
+            return *std::move(event);
         }
         if (sendOutput()) {
-            deadline = QDeadlineTimer(patience());
+            deadline = QDeadlineTimer(timeout());
         }
         const Outcome outcome = connection_.isOpen() ? connection_.waitForBytes(deadline) : Outcome::Lost;
         if (outcome != Outcome::Done) {
-            return Failed{outcome == Outcome::TimedOut ? FailureKind::TimedOut : FailureKind::Lost};
+            return Failed{outcome == Outcome::TimedOut ? FailureKind::TimedOut : FailureKind::Lost, {}};
         }
         session_.receive(connection_.takeBytes());
     }
@@ -197,54 +186,43 @@ bool SMTP::sendOutput() {
     return true;
 }
 
-void SMTP::raise(const Reply& reply) const {
-    if (!PITrail) {
+void SMTP::raise(const Event& event) const {
+    const Reply* const reply = replyOf(event);
+    if (!PITrail || reply == nullptr) {
         return;
     }
-    for (const std::string& line : reply.lines) {
-        const char mark = &line == &reply.lines.back() ? ' ' : '-';
-        PITrail(Direction::FromServer, std::to_string(reply.code) + mark + line);
+    for (const std::string& line : reply->lines) {
+        const char mark = &line == &reply->lines.back() ? ' ' : '-';
+        PITrail(Direction::FromServer, std::to_string(reply->code) + mark + line);
     }
 }
 
-int SMTP::numberOf(const Event& event) const {
-    if (const auto* refused = std::get_if<Refused>(&event)) {
-        return SMTPLib::numberOf(*refused);
-    }
-    if (std::holds_alternative<TooLarge>(event)) {
-        return errors::MessageTooLarge;
-    }
-    const auto* const failed = std::get_if<Failed>(&event);
-    // A final dot that never left this computer has not made a message complete.
-    const bool dotLeft = session_.mayHaveBeenSent() && connection_.unsentBytes() == 0;
-    return SMTPLib::numberOf(failed != nullptr ? failed->kind : FailureKind::OutOfStep, dotLeft);
-}
-
-std::chrono::milliseconds SMTP::patience() const {
-    switch (session_.state()) {
-    case SmtpSession::State::Greeting:
+/** How long the server may take for what it is to do next. */
+std::chrono::milliseconds SMTP::timeout() const {
+    switch (session_.awaited().value_or(CommandKind::Quit)) {
+    case CommandKind::Greeting:
         return timeouts_.greeting;
-    case SmtpSession::State::Hello:
+    case CommandKind::Ehlo:
+    case CommandKind::Helo:
         return timeouts_.hello;
-    case SmtpSession::State::Sender:
+    case CommandKind::Mail:
         return timeouts_.sender;
-    case SmtpSession::State::Recipients:
+    case CommandKind::Rcpt:
         return timeouts_.recipient;
-    case SmtpSession::State::Data:
+    case CommandKind::Data:
         return timeouts_.data;
-    case SmtpSession::State::Content:
-        return timeouts_.dataBlock;
-    case SmtpSession::State::Confirmation:
+    case CommandKind::EndOfMessage:
         return timeouts_.confirmation;
-    default:
-        return timeouts_.farewell;
+    case CommandKind::Quit:
+        break;
     }
+    return session_.state() == SmtpSession::State::Text ? timeouts_.dataBlock : timeouts_.quit;
 }
 
 /** Closes, with a QUIT that nobody waits for where the server would understand one. */
 void SMTP::closeSession() {
     if (connection_.isOpen() && session_.canQuit()) {
-        session_.quit();
+        session_.submit(quitCommand());
         connection_.send(session_.takeOutput());
         connection_.close();
         return;

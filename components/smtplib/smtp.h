@@ -1,7 +1,10 @@
 #pragma once
 
+#include "components/protocol/direction.h"
+#include "components/protocol/request_guard.h"
 #include "components/smtplib/message.h"
 #include "components/smtplib/message_source.h"
+#include "components/smtplib/plans.h"
 #include "components/smtplib/smtp_session.h"
 #include "components/transport/connection.h"
 
@@ -18,7 +21,7 @@ namespace SMTPLib {
 /** The request codes of the component. */
 enum class Request : std::uint8_t { CloseConnection = 2, TransmitMessage = 3, OpenConnection = 4 };
 
-enum class Direction { ToServer, FromServer };
+using protocol::Direction;
 
 /** How long the component waits (RFC 5321 section 4.5.3.2, but for the first and the last). Tests shorten it.
  */
@@ -34,8 +37,8 @@ struct Timeouts {
     std::chrono::milliseconds dataBlock = std::chrono::minutes(3);
     /** After the final dot. Giving up early makes duplicates, as the server may have the message already. */
     std::chrono::milliseconds confirmation = std::chrono::minutes(10);
-    /** For the answer to QUIT, on which nothing depends. */
-    std::chrono::milliseconds farewell = std::chrono::seconds(5);
+    /** For the reply to QUIT, on which nothing depends. */
+    std::chrono::milliseconds quit = std::chrono::seconds(5);
 };
 
 /**
@@ -62,7 +65,7 @@ struct Timeouts {
  * All recipients get the message, or none: the first one whom the server refuses ends the attempt. The
  * component sends nothing twice by itself.
  */
-class SMTP {
+class SMTP : private Exchange {
   public:
     static constexpr std::uint16_t kDefaultPort = 25;
 
@@ -134,15 +137,15 @@ class SMTP {
     void transmit();
     void close();
     MessageTotals measured(MessageSource& source) const;
-    void sendContent(MessageSource& source, std::int64_t totalOctets);
+    void sendText(MessageSource& source, std::int64_t totalOctets);
 
-    template <class Wanted>
-    void mustCome();
+    SmtpSession& session() override { return session_; }
+
+    Event next() override;
     Event awaitEvent();
     bool sendOutput();
-    void raise(const Reply& reply) const;
-    int numberOf(const Event& event) const;
-    std::chrono::milliseconds patience() const;
+    void raise(const Event& event) const;
+    std::chrono::milliseconds timeout() const;
     void closeSession();
 
     Timeouts timeouts_;
@@ -150,7 +153,9 @@ class SMTP {
     Message message_;
     transport::Connection connection_;
     SmtpSession session_;
-    bool running_ = false;
+    /** Of the server that the session is with. */
+    Extensions extensions_;
+    protocol::RequestGuard requests_;
 };
 
 } // namespace SMTPLib

@@ -1,65 +1,49 @@
 #include "components/smtplib/smtp_session.h"
 
+#include <utility>
+
 namespace SMTPLib {
 
 namespace {
 constexpr int kSuccess = 2;
 constexpr int kIntermediate = 3;
-constexpr int kRefusedForGood = 5;
-/** The server ends the session, whatever was asked (RFC 5321 section 3.8). */
-constexpr int kServiceEnds = 421;
+
+/** The first digit of the reply that lets the command go through. */
+int kindOfSuccess(CommandKind kind) noexcept {
+    return kind == CommandKind::Data ? kIntermediate : kSuccess;
+}
+
+struct ReplyOf {
+    const Reply* operator()(const Failed& failed) const noexcept {
+        return failed.reply ? &*failed.reply : nullptr;
+    }
+
+    template <class Replied>
+    const Reply* operator()(const Replied& replied) const noexcept {
+        return &replied.reply;
+    }
+};
 } // namespace
 
-void SmtpSession::begin(Envelope envelope) {
-    if (extensions_.sizeLimit > 0 && envelope.messageOctets > extensions_.sizeLimit) {
-        state_ = State::Refused;
-        following_ = TooLarge{};
-        return;
-    }
-    envelope_ = std::move(envelope);
-    nextRecipient_ = 0;
-    stuffer_ = {};
-    state_ = State::Sender;
-    submit(mailCommand(envelope_, extensions_.size, extensions_.eightBit));
-}
-
-void SmtpSession::addContent(std::string_view text) {
-    stuffer_.add(text, output_);
-}
-
-void SmtpSession::endContent() {
-    state_ = State::Confirmation;
-    submit(".");
-}
-
-bool SmtpSession::canQuit() const noexcept {
-    return (state_ == State::Idle || state_ == State::Refused) && !hasUnusedBytes();
-}
-
-void SmtpSession::quit() {
-    state_ = State::Farewell;
-    submit("QUIT");
-}
-
-void SmtpSession::submit(std::string command) {
-    output_ += command + "\r\n";
-    waitingToBeShown_.push_back(std::move(command));
-    commandWaits_ = true;
+const Reply* replyOf(const Event& event) noexcept {
+    return std::visit(ReplyOf{}, event);
 }
 
 std::string SmtpSession::takeOutput() {
-    shownOutput_.clear();
-    // What the server says unasked must not be taken for the answer to a command that is sent meanwhile.
-    if (state_ == State::Over || (commandWaits_ && hasUnusedBytes())) {
+    // What the server says unasked must not be taken for the reply to a command that is sent meanwhile.
+    if (state_ == State::Greeting || state_ == State::Over || (commands_.hasWaiting() && hasUnusedBytes())) {
+        commands_.holdOutput();
         return {};
     }
-    if (commandWaits_) {
-        commandWaits_ = false;
-        answerDue_ = true;
-        mayHaveBeenSent_ = state_ == State::Confirmation;
-        shownOutput_.swap(waitingToBeShown_);
+    std::string output = std::exchange(text_, {});
+    const bool hadWaiting = commands_.hasWaiting();
+    output += commands_.takeOutput();
+    if (hadWaiting && state_ == State::Text) {
+        // Nothing but the final dot ends the text.
+        state_ = State::Commands;
+        mayHaveBeenSent_ = true;
     }
-    return std::exchange(output_, {});
+    return output;
 }
 
 void SmtpSession::receive(std::string_view bytes) {
@@ -68,10 +52,22 @@ void SmtpSession::receive(std::string_view bytes) {
     }
 }
 
-std::optional<Event> SmtpSession::nextEvent() {
-    if (following_) {
-        return std::exchange(following_, std::nullopt);
+std::optional<CommandKind> SmtpSession::awaited() const {
+    if (state_ == State::Greeting) {
+        return CommandKind::Greeting;
     }
+    if (commands_.outstanding() > 0) {
+        return commands_.first().kind;
+    }
+    return commands_.hasWaiting() ? std::optional(commands_.firstWaiting().kind) : std::nullopt;
+}
+
+bool SmtpSession::canQuit() const noexcept {
+    return state_ == State::Commands && commands_.outstanding() == 0 && !commands_.hasWaiting() &&
+           !hasUnusedBytes();
+}
+
+std::optional<SmtpSession::Event> SmtpSession::nextEvent() {
     if (state_ == State::Over) {
         return std::nullopt;
     }
@@ -82,112 +78,72 @@ std::optional<Event> SmtpSession::nextEvent() {
     if (!reply) {
         return std::nullopt;
     }
-    following_ = answerDue_ ? eventOf(*reply) : eventOfUnasked(*reply);
-    return Replied{*std::move(reply)};
+    if (state_ == State::Greeting) {
+        return greeting(*std::move(reply));
+    }
+    return commands_.outstanding() > 0 ? answer(*std::move(reply)) : unasked(*std::move(reply));
 }
 
-std::optional<Event> SmtpSession::eventOf(const Reply& reply) {
-    answerDue_ = false;
-    if (state_ == State::Farewell) {
+Event SmtpSession::greeting(Reply reply) {
+    if (reply.kind() == kIntermediate) {
+        return fail(FailureKind::OutOfStep, std::move(reply));
+    }
+    state_ = State::Commands;
+    if (reply.kind() == kSuccess) {
+        return Greeted{std::move(reply)};
+    }
+    return refuse(CommandKind::Greeting, std::move(reply));
+}
+
+Event SmtpSession::answer(Reply reply) {
+    const CommandKind kind = commands_.takeFirst().kind;
+    if (kind == CommandKind::Quit) {
         state_ = State::Over;
-        return FarewellSaid{};
+        return Accepted{kind, std::move(reply)};
     }
-    if (reply.code == kServiceEnds) {
-        return refuse(reply.code);
+    if (reply.kind() != kSuccess && reply.kind() != kIntermediate) {
+        return refuse(kind, std::move(reply));
     }
-    if (reply.kind() == (state_ == State::Data ? kIntermediate : kSuccess)) {
-        return accept(reply);
+    if (reply.kind() != kindOfSuccess(kind)) {
+        return fail(FailureKind::OutOfStep, std::move(reply));
     }
-    if (reply.kind() == kSuccess || reply.kind() == kIntermediate) {
-        return fail(FailureKind::OutOfStep);
+    if (kind == CommandKind::Data) {
+        state_ = State::Text;
+        stuffer_ = {};
+        return GoOn{kind, std::move(reply)};
     }
-    if (state_ == State::Hello && !saidHelo_ && reply.kind() == kRefusedForGood) {
-        saidHelo_ = true;
-        submit(heloCommand(literal_));
-        return std::nullopt;
+    if (kind == CommandKind::EndOfMessage) {
+        mayHaveBeenSent_ = false;
     }
-    return refuse(reply.code);
+    return Accepted{kind, std::move(reply)};
 }
 
 /** While text goes out, a server may refuse all the same (RFC 5321 section 3.3 asks it to wait). */
-std::optional<Event> SmtpSession::eventOfUnasked(const Reply& reply) {
-    const bool duringContent = state_ == State::Content || state_ == State::Confirmation;
-    if (duringContent && reply.kind() == kSuccess) {
-        return fail(FailureKind::ConfirmedTooEarly);
+Event SmtpSession::unasked(Reply reply) {
+    const bool duringText = state_ == State::Text;
+    if (duringText && reply.kind() == kSuccess) {
+        return fail(FailureKind::ConfirmedTooEarly, std::move(reply));
     }
-    if (reply.code == kServiceEnds || (duringContent && reply.kind() != kIntermediate)) {
-        const Event refused = refuse(reply.code);
+    if (reply.endsService() || (duringText && reply.kind() != kIntermediate)) {
         // The server still takes what it is sent for text: no command can follow.
         state_ = State::Over;
-        return refused;
+        return refuse(duringText ? CommandKind::EndOfMessage : awaited().value_or(CommandKind::Mail),
+                      std::move(reply));
     }
-    return fail(FailureKind::OutOfStep);
+    return fail(FailureKind::OutOfStep, std::move(reply));
 }
 
-std::optional<Event> SmtpSession::accept(const Reply& reply) {
-    switch (state_) {
-    case State::Greeting:
-        state_ = State::Hello;
-        submit(ehloCommand(literal_));
-        return std::nullopt;
-    case State::Hello:
-        state_ = State::Idle;
-        extensions_ = saidHelo_ ? Extensions{} : extensionsOf(reply);
-        return Opened{};
-    case State::Sender:
-    case State::Recipients:
-        submitRecipient();
-        return std::nullopt;
-    case State::Data:
-        state_ = State::Content;
-        return ContentWanted{};
-    case State::Confirmation:
-        state_ = State::Idle;
-        mayHaveBeenSent_ = false;
-        return Accepted{};
-    default:
-        return fail(FailureKind::OutOfStep);
+Event SmtpSession::refuse(CommandKind kind, Reply reply) {
+    if (reply.endsService()) {
+        state_ = State::Over;
     }
-}
-
-void SmtpSession::submitRecipient() {
-    if (nextRecipient_ < envelope_.recipients.size()) {
-        state_ = State::Recipients;
-        submit(rcptCommand(envelope_.recipients[nextRecipient_++]));
-        return;
-    }
-    state_ = State::Data;
-    submit("DATA");
-}
-
-Event SmtpSession::refuse(int code) {
-    const Refused refused{stage(), code};
-    state_ = code == kServiceEnds ? State::Over : State::Refused;
     mayHaveBeenSent_ = false;
-    return refused;
+    return Refused{kind, std::move(reply)};
 }
 
-Event SmtpSession::fail(FailureKind kind) {
+Event SmtpSession::fail(FailureKind kind, std::optional<Reply> reply) {
     state_ = State::Over;
-    return Failed{kind};
-}
-
-Stage SmtpSession::stage() const noexcept {
-    switch (state_) {
-    case State::Greeting:
-        return Stage::Greeting;
-    case State::Hello:
-        return Stage::Hello;
-    case State::Recipients:
-        return Stage::Recipient;
-    case State::Data:
-        return Stage::Data;
-    case State::Content:
-    case State::Confirmation:
-        return Stage::Message;
-    default:
-        return Stage::Sender;
-    }
+    return Failed{kind, std::move(reply)};
 }
 
 } // namespace SMTPLib

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/protocol/command_queue.h"
 #include "components/smtplib/commands.h"
 #include "components/smtplib/reply_reader.h"
 #include "components/smtplib/wire_text.h"
@@ -8,43 +9,36 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
 namespace SMTPLib {
 
-/** What an answer of the server is about. */
-enum class Stage { Greeting, Hello, Sender, Recipient, Data, Message };
-
-/** An answer came. Every one makes this event, and behind it one of the others where it decides something. */
-struct Replied {
+/** The server greeted; commands may be sent from now on. */
+struct Greeted {
     Reply reply;
 };
 
-/** The server greeted and knows us; a message may begin. */
-struct Opened {};
-
-/** The server waits for the message's text. */
-struct ContentWanted {};
-
-/** The server has taken the message upon itself. */
-struct Accepted {};
-
-/** The server answered QUIT. */
-struct FarewellSaid {};
-
-/** The server said no: 4xx for now, 5xx for good. The message was not sent to anybody. */
-struct Refused {
-    Stage stage = Stage::Greeting;
-    int code = 0;
+/** The server did what the command asks (2xx). */
+struct Accepted {
+    CommandKind kind = CommandKind::Quit;
+    Reply reply;
 };
 
-/** The message is larger than the server announced to take; it was not asked. */
-struct TooLarge {};
+/** The server waits for what belongs to the command (3xx): after DATA, for the message's text. */
+struct GoOn {
+    CommandKind kind = CommandKind::Data;
+    Reply reply;
+};
+
+/** The server said no: 4xx for now, 5xx for good. */
+struct Refused {
+    CommandKind kind = CommandKind::Greeting;
+    Reply reply;
+};
 
 enum class FailureKind {
-    /** The bytes are no SMTP, or an answer came that nothing had asked for or that cannot stand there. */
+    /** The bytes are no SMTP, or a reply came that nothing had asked for or that cannot stand there. */
     OutOfStep,
     /** The server confirmed a message that it had not been given whole. */
     ConfirmedTooEarly,
@@ -56,59 +50,45 @@ enum class FailureKind {
 /** The session cannot go on; no event follows and the connection is of no more use. */
 struct Failed {
     FailureKind kind = FailureKind::OutOfStep;
+    /** The reply that cannot stand there; nothing when the bytes are none. */
+    std::optional<Reply> reply;
 };
-
-using Event = std::variant<Replied, Opened, ContentWanted, Accepted, FarewellSaid, Refused, TooLarge, Failed>;
 
 /**
  * The client's side of one SMTP session (RFC 5321) without any network: bytes go in, events and bytes to send
  * come out. How the network has cut the bytes into pieces changes nothing.
  *
- *     Greeting -> Hello -> Idle -> Sender -> Recipients -> Data -> Content -> Confirmation -> Idle
+ *     session.submit(mailCommand(...));
+ *     connection.send(session.takeOutput());
+ *     session.receive(bytes);
+ *     while (auto event = session.nextEvent()) { ... }
  *
- * The session itself says EHLO, and HELO where EHLO is not known. begin() starts a message; after the event
- * ContentWanted come addContent(), as often as needed, and endContent(). The first recipient who is refused
- * ends the attempt before any text is sent. One command is under way at a time.
+ * Commands queue, and replies belong to them in the order in which they were sent. After GoOn for DATA come
+ * addText(), as often as needed, and the command endOfMessageCommand().
  */
 class SmtpSession {
   public:
+    using Command = SMTPLib::Command;
+    using Event = std::variant<Greeted, Accepted, GoOn, Refused, Failed>;
+
     enum class State {
-        Greeting,     ///< The server has not greeted yet; nothing is sent.
-        Hello,        ///< EHLO or HELO is under way.
-        Idle,         ///< A message may begin.
-        Sender,       ///< MAIL is under way.
-        Recipients,   ///< RCPT is under way.
-        Data,         ///< DATA is under way.
-        Content,      ///< The server waits for text.
-        Confirmation, ///< The final dot is on its way.
-        Refused,      ///< The server said no; only quit() is left.
-        Farewell,     ///< QUIT is under way.
-        Over          ///< The session has ended or failed.
+        Greeting, ///< The server has not greeted yet; nothing is sent.
+        Commands, ///< The server takes commands.
+        Text,     ///< The server takes the message's text, until the final dot.
+        Over      ///< The server ends the session, QUIT was answered, or the session has failed.
     };
 
-    /** The literal is the argument of EHLO; addressLiteral() makes it. */
-    explicit SmtpSession(std::string addressLiteral = "[127.0.0.1]") : literal_(std::move(addressLiteral)) {}
+    /** Puts a command at the end of the queue. */
+    void submit(Command command) { commands_.submit(std::move(command)); }
 
-    /** Begins a message. Only in state Idle. */
-    void begin(Envelope envelope);
-
-    /** Adds text whose lines end in CR LF, as WireText makes it. Only in state Content. */
-    void addContent(std::string_view text);
-
-    /** The text is complete; the final dot follows. Only in state Content. */
-    void endContent();
-
-    /** True when the server will understand QUIT here. */
-    bool canQuit() const noexcept;
-
-    /** Says QUIT. Only when canQuit(). */
-    void quit();
+    /** Adds text whose lines end in CR LF, as WireText makes it. Only in state Text. */
+    void addText(std::string_view text) { stuffer_.add(text, text_); }
 
     /** Returns what is to be sent now; nothing while the server speaks out of turn. */
     std::string takeOutput();
 
     /** The commands in the last output, as they may be shown: the message's text is not among them. */
-    const std::vector<std::string>& shownOutput() const noexcept { return shownOutput_; }
+    const std::vector<std::string>& shownOutput() const noexcept { return commands_.shownOutput(); }
 
     /** Takes bytes from the server. */
     void receive(std::string_view bytes);
@@ -118,6 +98,13 @@ class SmtpSession {
 
     State state() const noexcept { return state_; }
 
+    /** The command that is to be answered next, or Greeting; nothing when there is none. */
+    std::optional<CommandKind> awaited() const;
+
+    /** True when the server will understand a command here, and its answer will not be taken for another's.
+     */
+    bool canQuit() const noexcept;
+
     /** True when the server has sent bytes that no event has been made of. */
     bool hasUnusedBytes() const noexcept { return reader_.hasBytes(); }
 
@@ -125,35 +112,24 @@ class SmtpSession {
     bool mayHaveBeenSent() const noexcept { return mayHaveBeenSent_; }
 
   private:
-    void submit(std::string command);
-    std::optional<Event> eventOf(const Reply& reply);
-    std::optional<Event> eventOfUnasked(const Reply& reply);
-    std::optional<Event> accept(const Reply& reply);
-    void submitRecipient();
-    Event refuse(int code);
-    Event fail(FailureKind kind);
-    Stage stage() const noexcept;
+    Event greeting(Reply reply);
+    Event answer(Reply reply);
+    Event unasked(Reply reply);
+    Event refuse(CommandKind kind, Reply reply);
+    Event fail(FailureKind kind, std::optional<Reply> reply = std::nullopt);
 
-    std::string literal_;
     State state_ = State::Greeting;
+    protocol::CommandQueue<Command> commands_;
     ReplyReader reader_;
-    Extensions extensions_;
-    /** EHLO was refused, HELO is under way. */
-    bool saidHelo_ = false;
-    Envelope envelope_;
-    std::size_t nextRecipient_ = 0;
     DotStuffer stuffer_;
-
-    std::string output_;
-    std::vector<std::string> waitingToBeShown_;
-    std::vector<std::string> shownOutput_;
-    /** A command has been submitted and not been given out. */
-    bool commandWaits_ = false;
-    /** The server owes an answer. */
-    bool answerDue_ = true;
+    /** Text that is to be sent before any command. */
+    std::string text_;
     bool mayHaveBeenSent_ = false;
-    /** An event that follows the one given out last. */
-    std::optional<Event> following_;
 };
+
+using Event = SmtpSession::Event;
+
+/** The reply that has made the event; nullptr when it was none. */
+const Reply* replyOf(const Event& event) noexcept;
 
 } // namespace SMTPLib

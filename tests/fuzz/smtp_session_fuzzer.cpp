@@ -3,117 +3,117 @@
 // Input: number of pieces, one byte for the size of each, a byte for the message, and then what the server
 // says, in turns that a zero byte ends. Between two turns the client sends what it has to.
 
-#include "components/smtplib/smtp_session.h"
+#include "components/smtplib/plans.h"
+#include "platform/runtime_error.h"
 #include "tests/fuzz/fuzz_input.h"
 
 #include <algorithm>
+#include <deque>
 #include <string>
 #include <vector>
 
 namespace {
 
 using SMTPLib::SmtpSession;
-using State = SmtpSession::State;
 
-struct Describer {
-    std::string operator()(const SMTPLib::Replied& replied) const {
-        fuzz::require(replied.reply.kind() >= 2 && replied.reply.kind() <= 5, "a reply has a code");
-        fuzz::require(!replied.reply.lines.empty(), "a reply has a line");
-        std::string text = "replied" + std::to_string(replied.reply.code);
-        for (const std::string& line : replied.reply.lines) {
-            fuzz::require(line.find('\n') == std::string::npos, "no line end in a line");
+void requireReply(const SMTPLib::Reply& reply) {
+    fuzz::require(reply.kind() >= 2 && reply.kind() <= 5, "a reply has a code");
+    fuzz::require(!reply.lines.empty(), "a reply has a line");
+    for (const std::string& line : reply.lines) {
+        fuzz::require(line.find('\n') == std::string::npos, "no line end in a line");
+    }
+}
+
+std::string described(const SMTPLib::Event& event) {
+    std::string text = std::to_string(event.index());
+    if (const SMTPLib::Reply* const reply = SMTPLib::replyOf(event)) {
+        requireReply(*reply);
+        text += ' ' + std::to_string(reply->code);
+        for (const std::string& line : reply->lines) {
             text += '\n' + line;
         }
-        return text;
     }
-
-    std::string operator()(const SMTPLib::Opened&) const { return "opened"; }
-
-    std::string operator()(const SMTPLib::ContentWanted&) const { return "content wanted"; }
-
-    std::string operator()(const SMTPLib::Accepted&) const { return "accepted"; }
-
-    std::string operator()(const SMTPLib::FarewellSaid&) const { return "farewell"; }
-
-    std::string operator()(const SMTPLib::TooLarge&) const { return "too large"; }
-
-    std::string operator()(const SMTPLib::Refused& refused) const {
-        fuzz::require(refused.code >= 400, "only 4xx and 5xx refuse");
-        return "refused" + std::to_string(static_cast<int>(refused.stage)) + ' ' +
-               std::to_string(refused.code);
+    if (const auto* const refused = std::get_if<SMTPLib::Refused>(&event)) {
+        fuzz::require(refused->reply.code >= 400, "only 4xx and 5xx refuse");
     }
-
-    std::string operator()(const SMTPLib::Failed& failed) const {
-        return "failed" + std::to_string(static_cast<int>(failed.kind));
-    }
-};
+    return text;
+}
 
 struct Run {
     std::vector<std::string> events;
     std::string sent;
     bool mayHaveBeenSent = false;
+    int error = 0;
 
     bool operator==(const Run&) const = default;
 };
 
-/** One message, then the farewell. */
-class Client {
+/** A server that says one turn after the other, whatever the client says. */
+class Dialogue : public SMTPLib::Exchange {
   public:
-    explicit Client(bool large) : octets_(large ? 1'000'000 : 100) {}
+    Dialogue(std::string_view bytes, const std::vector<std::size_t>& sizes) : bytes_(bytes), sizes_(sizes) {}
 
-    void receive(std::string_view bytes) {
-        session_.receive(bytes);
-        collectEvents();
-    }
+    SmtpSession& session() override { return session_; }
 
-    void speak() {
-        if (session_.state() == State::Idle && !begun_) {
-            begun_ = true;
-            session_.begin({"bob@example.org", {"ann@example.org", "carl@example.org"}, octets_, true});
-        } else if (session_.canQuit()) {
-            session_.quit();
-        } else if (session_.state() == State::Content) {
-            session_.addContent("text\r\n.\r\n");
-            session_.endContent();
+    SMTPLib::Event next() override {
+        while (events_.empty()) {
+            run.sent += session_.takeOutput();
+            run.mayHaveBeenSent = session_.mayHaveBeenSent();
+            if (bytes_.empty()) {
+                throw platform::RuntimeError(platform::errors::SendingLost);
+            }
+            hearTurn();
         }
-        collectEvents();
-        run_.sent += session_.takeOutput();
-        run_.mayHaveBeenSent = session_.mayHaveBeenSent();
+        SMTPLib::Event event = std::move(events_.front());
+        events_.pop_front();
+        run.events.push_back(described(event));
+        if (std::holds_alternative<SMTPLib::Failed>(event)) {
+            throw platform::RuntimeError(platform::errors::SendingOutOfStep);
+        }
+        return event;
     }
 
-    const Run& run() const { return run_; }
+    Run run;
 
   private:
-    void collectEvents() {
-        while (const auto event = session_.nextEvent()) {
-            run_.events.push_back(std::visit(Describer{}, *event));
-            if (std::holds_alternative<SMTPLib::Accepted>(*event)) {
-                fuzz::require(run_.sent.find("\r\n..\r\n.\r\n") != std::string::npos,
-                              "what is accepted was sent whole");
+    void hearTurn() {
+        const std::size_t end = std::min(bytes_.find('\0'), bytes_.size());
+        for (std::string_view turn = bytes_.substr(0, end); !turn.empty(); ++piece_) {
+            const std::size_t size = sizes_.empty() ? turn.size() : sizes_[piece_ % sizes_.size()];
+            session_.receive(turn.substr(0, size));
+            while (auto event = session_.nextEvent()) {
+                events_.push_back(*std::move(event));
             }
-        }
-    }
-
-    SmtpSession session_;
-    std::int64_t octets_;
-    bool begun_ = false;
-    Run run_;
-};
-
-Run play(std::string_view bytes, bool large, const std::vector<std::size_t>& sizes) {
-    Client client(large);
-    std::size_t index = 0;
-    while (!bytes.empty()) {
-        const std::size_t end = std::min(bytes.find('\0'), bytes.size());
-        for (std::string_view turn = bytes.substr(0, end); !turn.empty(); ++index) {
-            const std::size_t size = sizes.empty() ? turn.size() : sizes[index % sizes.size()];
-            client.receive(turn.substr(0, size));
             turn.remove_prefix(std::min(size, turn.size()));
         }
-        client.speak();
-        bytes.remove_prefix(std::min(end + 1, bytes.size()));
+        bytes_.remove_prefix(std::min(end + 1, bytes_.size()));
     }
-    return client.run();
+
+    std::string_view bytes_;
+    const std::vector<std::size_t>& sizes_;
+    std::size_t piece_ = 0;
+    SmtpSession session_;
+    std::deque<SMTPLib::Event> events_;
+};
+
+/** One message, then the end of the session. */
+void sendMessage(Dialogue& dialogue, bool large) {
+    const SMTPLib::Extensions extensions = SMTPLib::openSession(dialogue, "[127.0.0.1]");
+    SMTPLib::offerMessage(
+        dialogue, {"bob@example.org", {"ann@example.org", "carl@example.org"}, large ? 1'000'000 : 100, true},
+        extensions);
+    dialogue.session().addText("text\r\n.\r\n");
+    dialogue.session().submit(SMTPLib::endOfMessageCommand());
+    SMTPLib::awaitConfirmation(dialogue);
+    fuzz::require(dialogue.run.sent.find("\r\n..\r\n.\r\n") != std::string::npos,
+                  "what is accepted was sent whole");
+    dialogue.ask(SMTPLib::quitCommand());
+}
+
+Run play(std::string_view bytes, bool large, const std::vector<std::size_t>& sizes) {
+    Dialogue dialogue(bytes, sizes);
+    dialogue.run.error = platform::errorNumberOf([&] { sendMessage(dialogue, large); });
+    return dialogue.run;
 }
 
 } // namespace

@@ -21,16 +21,16 @@ TEST(AddressLiteral, IsTheAddressInBrackets) {
 TEST(MailCommand, TellsWhatTheServerKnows) {
     const Envelope ascii{"bob@example.org", {}, 1234, false};
     const Envelope eightBit{"bob@example.org", {}, 1234, true};
-    EXPECT_EQ(mailCommand(ascii, false, false), "MAIL FROM:<bob@example.org>");
-    EXPECT_EQ(mailCommand(ascii, true, true), "MAIL FROM:<bob@example.org> SIZE=1234");
-    EXPECT_EQ(mailCommand(eightBit, true, true), "MAIL FROM:<bob@example.org> SIZE=1234 BODY=8BITMIME");
-    EXPECT_EQ(mailCommand(eightBit, true, false), "MAIL FROM:<bob@example.org> SIZE=1234");
+    EXPECT_EQ(mailCommand(ascii, false, false).sent, "MAIL FROM:<bob@example.org>");
+    EXPECT_EQ(mailCommand(ascii, true, true).sent, "MAIL FROM:<bob@example.org> SIZE=1234");
+    EXPECT_EQ(mailCommand(eightBit, true, true).sent, "MAIL FROM:<bob@example.org> SIZE=1234 BODY=8BITMIME");
+    EXPECT_EQ(mailCommand(eightBit, true, false).sent, "MAIL FROM:<bob@example.org> SIZE=1234");
 }
 
 TEST(MailCommand, IsNeverTooLong) {
     const Envelope longest{std::string(254, 'x'), {}, INT64_MAX, true};
-    EXPECT_LE(mailCommand(longest, true, true).size() + 2, kMaximumCommandOctets);
-    EXPECT_LE(rcptCommand(longest.sender).size() + 2, kMaximumCommandOctets);
+    EXPECT_LE(mailCommand(longest, true, true).sent.size() + 2, kMaximumCommandOctets);
+    EXPECT_LE(rcptCommand(longest.sender).sent.size() + 2, kMaximumCommandOctets);
 }
 
 } // namespace

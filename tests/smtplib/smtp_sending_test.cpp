@@ -243,7 +243,7 @@ TEST_F(SmtpSending, OneRefusedRecipientOfThreeKeepsTheMessageFromAll) {
 
 TEST_F(SmtpSending, AServerThatDoesNotAnswerTheFarewellHasTheMessageAllTheSame) {
     SMTPLib::Timeouts timeouts;
-    timeouts.farewell = std::chrono::milliseconds(50);
+    timeouts.quit = std::chrono::milliseconds(50);
     smtp.setTimeouts(timeouts);
     for (const support::Conversation& action :
          {support::Conversation([](support::Peer& peer) { peer.holdSilent(); }),

@@ -8,7 +8,7 @@
 namespace support {
 
 namespace {
-using SMTPLib::Stage;
+using SMTPLib::CommandKind;
 
 void addLine(SmtpTranscript& transcript, const DialogueLine& line) {
     const auto& [mark, rest] = line;
@@ -31,50 +31,57 @@ void addLine(SmtpTranscript& transcript, const DialogueLine& line) {
     }
 }
 
-const char* nameOf(Stage stage) {
-    switch (stage) {
-    case Stage::Greeting:
+const char* nameOf(CommandKind kind) {
+    switch (kind) {
+    case CommandKind::Greeting:
         return "greeting";
-    case Stage::Hello:
-        return "hello";
-    case Stage::Sender:
-        return "sender";
-    case Stage::Recipient:
-        return "recipient";
-    case Stage::Data:
-        return "data";
-    case Stage::Message:
-        return "message";
+    case CommandKind::Ehlo:
+        return "EHLO";
+    case CommandKind::Helo:
+        return "HELO";
+    case CommandKind::Mail:
+        return "MAIL";
+    case CommandKind::Rcpt:
+        return "RCPT";
+    case CommandKind::Data:
+        return "DATA";
+    case CommandKind::EndOfMessage:
+        return "dot";
+    case CommandKind::Quit:
+        return "QUIT";
     }
-    throw std::invalid_argument("no such stage");
+    throw std::invalid_argument("a command of no kind");
+}
+
+std::string described(const SMTPLib::Reply& reply) {
+    std::string text = ' ' + std::to_string(reply.code);
+    for (const std::string& line : reply.lines) {
+        text += " [" + escaped(line) + ']';
+    }
+    return text;
 }
 
 struct Describer {
-    std::string operator()(const SMTPLib::Replied& replied) const {
-        std::string text = "replied " + std::to_string(replied.reply.code);
-        for (const std::string& line : replied.reply.lines) {
-            text += " [" + escaped(line) + ']';
-        }
-        return text;
+    std::string operator()(const SMTPLib::Greeted& greeted) const {
+        return "greeted" + described(greeted.reply);
     }
 
-    std::string operator()(const SMTPLib::Opened&) const { return "opened"; }
+    std::string operator()(const SMTPLib::Accepted& accepted) const {
+        return std::string("accepted ") + nameOf(accepted.kind) + described(accepted.reply);
+    }
 
-    std::string operator()(const SMTPLib::ContentWanted&) const { return "content wanted"; }
-
-    std::string operator()(const SMTPLib::Accepted&) const { return "accepted"; }
-
-    std::string operator()(const SMTPLib::FarewellSaid&) const { return "farewell"; }
-
-    std::string operator()(const SMTPLib::TooLarge&) const { return "too large"; }
+    std::string operator()(const SMTPLib::GoOn& goOn) const {
+        return std::string("go on ") + nameOf(goOn.kind) + described(goOn.reply);
+    }
 
     std::string operator()(const SMTPLib::Refused& refused) const {
-        return std::string("refused ") + nameOf(refused.stage) + ' ' + std::to_string(refused.code);
+        return std::string("refused ") + nameOf(refused.kind) + described(refused.reply);
     }
 
     std::string operator()(const SMTPLib::Failed& failed) const {
         const bool tooEarly = failed.kind == SMTPLib::FailureKind::ConfirmedTooEarly;
-        return tooEarly ? "failed confirmed too early" : "failed out of step";
+        const std::string text = tooEarly ? "failed confirmed too early" : "failed out of step";
+        return failed.reply ? text + described(*failed.reply) : text;
     }
 };
 } // namespace
@@ -99,7 +106,7 @@ void play(const SmtpTranscript& transcript, Peer& peer, std::size_t pieceOctets)
             peer.send(std::exchange(bytes, {}), transcript.atOnce ? 0 : pieceOctets);
         }
     };
-    for (const SmtpTranscript::Turn& turn : transcript.turns) {
+    for (const Turn& turn : transcript.turns) {
         if (turn.fromServer) {
             bytes += turn.text;
             continue;

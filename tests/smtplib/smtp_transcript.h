@@ -3,6 +3,7 @@
 // Recorded SMTP dialogues as data; the format is described in tests/data/smtp/README.md.
 
 #include "components/smtplib/smtp_session.h"
+#include "tests/support/recorded_exchange.h"
 #include "tests/support/scripted_server.h"
 
 #include <string>
@@ -12,12 +13,6 @@ namespace support {
 
 /** One dialogue, and what is to come of it. */
 struct SmtpTranscript {
-    struct Turn {
-        bool fromServer = false;
-        /** The server's bytes with their line ends; the client's line without. */
-        std::string text;
-    };
-
     std::vector<Turn> turns;
     /** What a session makes of it, in the words of described(). */
     std::vector<std::string> events;

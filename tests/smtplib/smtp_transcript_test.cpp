@@ -1,5 +1,7 @@
 // Every recorded dialogue, read by the session in pieces of every size, and played to the SMTP component.
 
+#include "components/smtplib/error_numbers.h"
+#include "components/smtplib/plans.h"
 #include "tests/smtplib/smtp_fixture.h"
 #include "tests/smtplib/smtp_transcript.h"
 #include "tests/support/pieces.h"
@@ -17,67 +19,34 @@ namespace {
 using SMTPLib::SmtpSession;
 using support::SmtpTranscript;
 using testing::ElementsAreArray;
+using testing::IsEmpty;
 
 std::string testName(std::string name) {
     std::replace(name.begin(), name.end(), '-', '_');
     return name;
 }
 
-/** A session that does what the dialogues have the client do: one message, then the farewell. */
-class Client {
-  public:
-    explicit Client(bool eightBit) : eightBit_(eightBit) {}
+using Dialogue = support::RecordedExchange<SmtpSession>;
 
-    void receive(std::string_view bytes, std::size_t pieceOctets) {
-        support::forEachPiece(bytes, pieceOctets, [this](std::string_view piece) {
-            session_.receive(piece);
-            collectEvents();
-        });
-        goOn();
+int numberOfFailure(const SMTPLib::Event* event, const SmtpSession& session) {
+    if (event == nullptr) {
+        return SMTPLib::numberOf(SMTPLib::FailureKind::Lost, session.mayHaveBeenSent());
     }
+    const auto* const failed = std::get_if<SMTPLib::Failed>(event);
+    return failed == nullptr ? 0 : SMTPLib::numberOf(failed->kind, session.mayHaveBeenSent());
+}
 
-    /** The next line of what the client sends. */
-    std::string nextLine() {
-        output_ += session_.takeOutput();
-        const std::size_t end = std::min(output_.find("\r\n"), output_.size());
-        std::string line = output_.substr(0, end);
-        output_.erase(0, end + 2);
-        return line;
-    }
-
-    /** True when the client has nothing more to say. */
-    bool isSilent() { return session_.takeOutput().empty() && output_.empty(); }
-
-    const std::vector<std::string>& events() const { return events_; }
-
-  private:
-    void collectEvents() {
-        while (const auto event = session_.nextEvent()) {
-            events_.push_back(support::described(*event));
-        }
-    }
-
-    void goOn() {
-        const auto state = session_.state();
-        if (state == SmtpSession::State::Idle && !begun_) {
-            begun_ = true;
-            session_.begin({"bob@example.org", {"ann@example.org", "carl@example.org"}, 20, eightBit_});
-        } else if (state == SmtpSession::State::Idle) {
-            session_.quit();
-        } else if (state == SmtpSession::State::Content) {
-            session_.addContent("Subject: a\r\n\r\n.d");
-            session_.addContent("ot\r\n");
-            session_.endContent();
-        }
-        collectEvents();
-    }
-
-    SmtpSession session_;
-    bool eightBit_;
-    bool begun_ = false;
-    std::string output_;
-    std::vector<std::string> events_;
-};
+/** Sends the message that the dialogues are about. */
+void sendMessage(Dialogue& dialogue, bool eightBit) {
+    SmtpSession& session = dialogue.session();
+    const SMTPLib::Extensions extensions = SMTPLib::openSession(dialogue, "[127.0.0.1]");
+    SMTPLib::offerMessage(
+        dialogue, {"bob@example.org", {"ann@example.org", "carl@example.org"}, 20, eightBit}, extensions);
+    session.addText("Subject: a\r\n\r\n.d");
+    session.addText("ot\r\n");
+    session.submit(SMTPLib::endOfMessageCommand());
+    SMTPLib::awaitConfirmation(dialogue);
+}
 
 using NameAndPieces = std::tuple<std::string, std::size_t>;
 
@@ -89,20 +58,26 @@ std::string nameWithPieces(const testing::TestParamInfo<NameAndPieces>& test) {
 
 class SmtpTranscriptInPieces : public testing::TestWithParam<NameAndPieces> {};
 
-TEST_P(SmtpTranscriptInPieces, GivesItsEventsAndItsCommands) {
+TEST_P(SmtpTranscriptInPieces, GivesItsEventsItsCommandsAndItsError) {
     const auto& [name, pieceOctets] = GetParam();
     const SmtpTranscript transcript = support::readSmtpTranscript(name);
-    Client client(transcript.eightBit);
-    EXPECT_TRUE(client.isSilent()) << "the server speaks first";
-    for (const SmtpTranscript::Turn& turn : transcript.turns) {
-        if (turn.fromServer) {
-            client.receive(turn.text, pieceOctets);
-        } else {
-            EXPECT_EQ(client.nextLine(), turn.text);
+    Dialogue dialogue(transcript.turns, pieceOctets, support::described, numberOfFailure);
+    dialogue.collectOutput();
+    EXPECT_THAT(dialogue.sent(), IsEmpty()) << "the server speaks first";
+    const int error = platform::errorNumberOf([&] { sendMessage(dialogue, transcript.eightBit); });
+    if (error == 0 && dialogue.session().canQuit()) {
+        dialogue.ask(SMTPLib::quitCommand());
+    }
+    dialogue.collectOutput();
+    std::vector<std::string> lines;
+    for (const support::Turn& turn : transcript.turns) {
+        if (!turn.fromServer) {
+            lines.push_back(turn.text);
         }
     }
-    EXPECT_TRUE(client.isSilent());
-    EXPECT_THAT(client.events(), ElementsAreArray(transcript.events));
+    EXPECT_THAT(dialogue.sent(), ElementsAreArray(lines));
+    EXPECT_THAT(dialogue.events(), ElementsAreArray(transcript.events));
+    EXPECT_EQ(error, transcript.error);
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialogues, SmtpTranscriptInPieces,
@@ -123,7 +98,7 @@ TEST_P(SmtpTranscriptPlayed, GivesItsErrorAndItsTrail) {
     EXPECT_EQ(send(server), transcript.error);
     EXPECT_TRUE(server.waitForEndOf(1));
     std::vector<std::string> commands;
-    for (const SmtpTranscript::Turn& turn : transcript.turns) {
+    for (const support::Turn& turn : transcript.turns) {
         const std::string keyword = turn.text.substr(0, turn.text.find(' '));
         if (!turn.fromServer && keyword.size() == 4) {
             commands.push_back("> " + keyword);

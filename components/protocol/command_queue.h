@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace protocol {
+
+/**
+ * The commands of one session, in their order: those that wait to be sent, and those that are outstanding,
+ * sent but not answered. Replies belong to the outstanding ones in the order in which these were sent.
+ * A command has the two texts of CommandText.
+ */
+template <class Command>
+class CommandQueue {
+  public:
+    void submit(Command command) { waiting_.push_back(std::move(command)); }
+
+    /** How many commands may be outstanding at once; 1 unless told otherwise. */
+    void setMaximumOutstanding(std::size_t commands) { maximumOutstanding_ = commands; }
+
+    bool hasWaiting() const noexcept { return !waiting_.empty(); }
+
+    /** The command that is sent next. Only when one waits. */
+    const Command& firstWaiting() const { return waiting_.front(); }
+
+    /** The number of commands that have been sent and not answered. */
+    std::size_t outstanding() const noexcept { return outstanding_.size(); }
+
+    /** The command that the next reply belongs to. Only when one is outstanding. */
+    const Command& first() const { return outstanding_.front(); }
+
+    /** Takes the command off that has been answered, and returns it. Only when one is outstanding. */
+    Command takeFirst() {
+        Command command = std::move(outstanding_.front());
+        outstanding_.pop_front();
+        return command;
+    }
+
+    /** Returns what is to be sent now; the commands in it are outstanding from here on. */
+    std::string takeOutput() {
+        std::string output;
+        shownOutput_.clear();
+        while (!waiting_.empty() && outstanding_.size() < maximumOutstanding_) {
+            output.append(waiting_.front().sent).append("\r\n");
+            shownOutput_.push_back(waiting_.front().shown);
+            outstanding_.push_back(std::move(waiting_.front()));
+            waiting_.pop_front();
+        }
+        return output;
+    }
+
+    /** Keeps back what waits: nothing is sent, and shownOutput() is empty. */
+    void holdOutput() { shownOutput_.clear(); }
+
+    /** The commands in the last output, as they may be shown. */
+    const std::vector<std::string>& shownOutput() const noexcept { return shownOutput_; }
+
+  private:
+    std::deque<Command> waiting_;
+    std::deque<Command> outstanding_;
+    std::size_t maximumOutstanding_ = 1;
+    std::vector<std::string> shownOutput_;
+};
+
+} // namespace protocol

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "components/protocol/exchange.h"
+#include "components/smtplib/smtp_session.h"
+
+#include <string>
+
+namespace SMTPLib {
+
+using Exchange = protocol::Exchange<SmtpSession>;
+
+// What is asked of an SMTP server, and in which order. All of these raise whatever the exchange raises.
+
+/**
+ * Waits for the greeting and says EHLO, or HELO where EHLO is not known. Returns what the server can do.
+ * \throws RuntimeError 2041x or 2042x for what the server refuses.
+ */
+Extensions openSession(Exchange& exchange, const std::string& addressLiteral);
+
+/**
+ * Offers a message: MAIL, RCPT for each recipient, DATA. When it returns, the server waits for the text. The
+ * first recipient who is refused ends the attempt, so that all get the message or none.
+ * \throws RuntimeError 20431, before anything is asked, when the message is larger than the server has said
+ * to take; 2041x or 2042x for what the server refuses.
+ */
+void offerMessage(Exchange& exchange, const Envelope& envelope, const Extensions& extensions);
+
+/**
+ * Waits until the server has taken the message upon itself.
+ * \throws RuntimeError 20416 or 20426 when it refuses, 20431 when the message is too large for it.
+ */
+void awaitConfirmation(Exchange& exchange);
+
+} // namespace SMTPLib
