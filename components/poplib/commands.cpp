@@ -5,7 +5,7 @@ namespace POPLib {
 namespace {
 Command openCommand(CommandKind kind, const std::string& line, std::int32_t messageNumber = 0,
                     std::int32_t bodyLineLimit = 0) {
-    return {kind, line, line, messageNumber, bodyLineLimit};
+    return {{line, line}, kind, messageNumber, bodyLineLimit};
 }
 } // namespace
 
@@ -21,7 +21,19 @@ Command userCommand(std::string_view name) {
 }
 
 Command passCommand(std::string_view password) {
-    return {CommandKind::Pass, "PASS " + std::string(password), "PASS ****"};
+    return {{"PASS " + std::string(password), "PASS ****"}, CommandKind::Pass};
+}
+
+Command authCommand(std::string_view mechanism, std::string_view initialResponse) {
+    const std::string line = "AUTH " + std::string(mechanism);
+    if (initialResponse.empty()) {
+        return openCommand(CommandKind::Auth, line);
+    }
+    return {{line + ' ' + std::string(initialResponse), line + " ****"}, CommandKind::Auth};
+}
+
+Command authResponseCommand(std::string_view response) {
+    return {{std::string(response), "****"}, CommandKind::AuthResponse};
 }
 
 Command statCommand() {

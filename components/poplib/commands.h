@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/protocol/command_text.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -7,15 +9,11 @@
 
 namespace POPLib {
 
-enum class CommandKind { User, Pass, Stat, List, Uidl, Top, Retr, Dele, Quit };
+enum class CommandKind { User, Pass, Auth, AuthResponse, Stat, List, Uidl, Top, Retr, Dele, Quit };
 
-/** One POP3 command (RFC 1939): what is sent, and what of it may be shown. */
-struct Command {
+/** One POP3 command (RFC 1939). */
+struct Command : protocol::CommandText {
     CommandKind kind = CommandKind::Quit;
-    /** Without the line end. */
-    std::string sent;
-    /** The same, without a secret. */
-    std::string shown;
     /** The message that the command is about; 0 for the others. */
     std::int32_t messageNumber = 0;
     /** TOP and RETR: body lines to report at the most; 0 means all. */
@@ -33,6 +31,11 @@ bool canBeSentAsArgument(std::string_view argument) noexcept;
 
 Command userCommand(std::string_view name);
 Command passCommand(std::string_view password);
+/** AUTH with the mechanism's name and, where it has one, its initial response in base64 (RFC 5034 section 4).
+ */
+Command authCommand(std::string_view mechanism, std::string_view initialResponse);
+/** What is said to a challenge of AUTH, in base64; "*" gives the log-on up. */
+Command authResponseCommand(std::string_view response);
 Command statCommand();
 Command listCommand(std::int32_t messageNumber);
 /** UIDL asks for the unique-ids of all messages. */

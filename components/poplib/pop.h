@@ -1,20 +1,19 @@
 #pragma once
 
-#include "components/poplib/listing_allowance.h"
-#include "components/poplib/message_identities.h"
+#include "components/poplib/listed_mailbox.h"
+#include "components/poplib/log_on_plan.h"
 #include "components/poplib/pop3_session.h"
+#include "components/protocol/direction.h"
+#include "components/protocol/request_guard.h"
 #include "components/transport/connection.h"
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace POPLib {
 
@@ -26,23 +25,15 @@ enum class Request : std::uint8_t {
     DeleteCurrentMessage = 4
 };
 
-enum class Direction { ToServer, FromServer };
+using protocol::Direction;
 
 /** How long the component waits. Tests shorten it. */
 struct Timeouts {
     /** For the name, the connection, each answer, and every Pop3Session::kOctetsOfProgress of a long answer.
      */
     std::chrono::milliseconds answer{60'000};
-    /** For the whole of a farewell on which nothing depends. */
-    std::chrono::milliseconds farewell{5'000};
-};
-
-/** How much the component takes. Tests shorten it. */
-struct Limits {
-    /** Octets of one answer while listing, most of which are only counted. */
-    std::int64_t listingOctets = Pop3Session::kMaximumListingOctets;
-    /** Octets of a message that is fetched whole for a listing, where the server does not know TOP. */
-    std::int32_t wholeMessageOctets = 64 << 20;
+    /** For the whole of a log-off on which nothing depends. */
+    std::chrono::milliseconds quit{5'000};
 };
 
 /**
@@ -81,7 +72,7 @@ struct Limits {
  * refused log-on the session is closed. A refused log-on stays open until the log-off, and meanwhile a
  * second log-on meets 20102.
  */
-class POP {
+class POP : private Exchange {
   public:
     static constexpr std::uint16_t kDefaultPort = 110;
 
@@ -119,13 +110,13 @@ class POP {
     void giveUp();
 
     /** True while a request waits for the server, further down the stack of whoever asks. */
-    bool isRunning() const noexcept { return running_; }
+    bool isRunning() const noexcept { return requests_.isRunning(); }
 
     /** Bytes of all messages, as the server reported them at log-on. */
-    std::int32_t mailboxSize() const noexcept { return mailboxSize_; }
+    std::int32_t mailboxSize() const noexcept { return totals_.bytes; }
 
     /** Number of messages, as the server reported it at log-on. */
-    std::int16_t messageCount() const noexcept { return messageCount_; }
+    std::int16_t messageCount() const noexcept { return totals_.messages; }
 
     void setCurrentMessage(std::int16_t number) noexcept { currentMessage_ = number; }
 
@@ -139,7 +130,7 @@ class POP {
     void setBodyLineLimit(std::int32_t lines) noexcept { bodyLineLimit_ = lines; }
 
     /** False when memory has failed for the message that was listed last: not all of it was raised. */
-    bool lastMessageFitted() const noexcept { return lastMessageFitted_; }
+    bool lastMessageFitted() const noexcept { return listed_.lastMessageFitted(); }
 
     /** Round trips to the server since the last log-on: times that commands were sent. */
     std::uint64_t roundTrips() const noexcept { return roundTrips_; }
@@ -150,28 +141,17 @@ class POP {
     void logOn();
     void logOff();
     void retrieve();
-    bool fetchContent(Command command);
-    bool listContent(Command command);
-    std::string readListed();
-    void raiseWithinAllowance(Event& event);
-
-    // pop_deletion.cpp
-    using UniqueIds = std::map<std::int32_t, std::string>;
-    void rememberUniqueIds();
-    std::optional<UniqueIds> askUniqueIds(const std::set<std::int32_t>& wanted);
-    void deleteMessage();
-    void mustStillBeTheListedMessage(std::int32_t number);
-    bool stillNames(std::int32_t number, const MessageIdentity& identity);
+    void deleteCurrent();
+    void raise(const Event& event);
 
     // pop_dialogue.cpp
-    std::optional<std::string> ask(Command command);
-    void mustAccept(Command command);
-    bool readContent(Command command, const std::function<void(const Event&)>& take);
-    bool sendQueued();
+    Pop3Session& session() override { return session_; }
+
+    Event next() override;
     Event awaitEvent();
+    bool sendQueued();
     void receive();
-    void raise(const Event& event);
-    [[noreturn]] void refusedLogOn(std::string_view text);
+    void raiseStatus(const Event& event) const;
     void waitNoLongerThan(std::chrono::milliseconds time);
     void renewDeadline();
     void closeSession();
@@ -183,31 +163,19 @@ class POP {
     std::string loginPassword_;
     std::int16_t currentMessage_ = 0;
     std::int32_t bodyLineLimit_ = 0;
-    std::int16_t messageCount_ = 0;
-    std::int32_t mailboxSize_ = 0;
+    MailboxTotals totals_;
+    ListedMailbox listed_;
 
     transport::Connection connection_;
     Pop3Session session_;
-    /** When the server is given up; moved on by each command and by progress, but not for a farewell. */
+    /** When the server is given up; moved on by each command and by progress, but not for a log-off. */
     QDeadlineTimer deadline_;
     bool deadlineIsFixed_ = false;
     /** Pop3Session::progress() at the time when the deadline was set. */
     std::uint64_t progress_ = 0;
-    bool running_ = false;
+    protocol::RequestGuard requests_;
     bool givenUp_ = false;
     bool logOnRefused_ = false;
-
-    MessageIdentities identities_;
-    ListingAllowance allowance_;
-    /** Of the last listing; a deletion compares as many. */
-    std::int32_t listedBodyLines_ = 0;
-    bool lastMessageFitted_ = true;
-    /** The size that LIST told last, and of which message. */
-    std::pair<std::int32_t, std::int32_t> numberAndSize_{0, 0};
-    /** Messages that were listed in this session. */
-    std::set<std::int32_t> listed_;
-    /** Messages that the server will remove at the log-off. */
-    std::set<std::int32_t> deleted_;
     std::uint64_t roundTrips_ = 0;
 };
 

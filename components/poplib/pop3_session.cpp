@@ -7,7 +7,11 @@ namespace POPLib {
 namespace {
 constexpr std::int64_t kLineEndOctets = 2;
 
-bool hasContent(CommandKind kind) noexcept {
+bool isPartOfAuth(CommandKind kind) noexcept {
+    return kind == CommandKind::Auth || kind == CommandKind::AuthResponse;
+}
+
+bool hasMultiLineResponse(CommandKind kind) noexcept {
     return kind == CommandKind::Top || kind == CommandKind::Retr || kind == CommandKind::Uidl;
 }
 
@@ -32,8 +36,8 @@ std::optional<std::string_view> textAfter(std::string_view status, std::string_v
 }
 
 HeaderLine headerLine(std::string_view line) {
-    const auto isBlank = [](char character) { return character == ' ' || character == '\t'; };
-    if (isBlank(line.front())) {
+    const auto isSpace = [](char character) { return character == ' ' || character == '\t'; };
+    if (isSpace(line.front())) {
         return {{}, std::string(line), false};
     }
     const std::size_t colon = line.find(':');
@@ -41,38 +45,24 @@ HeaderLine headerLine(std::string_view line) {
         return {std::string(line), {}, false};
     }
     std::string_view value = line.substr(colon + 1);
-    // One blank after the colon is punctuation; any further one belongs to the value.
-    if (!value.empty() && isBlank(value.front())) {
+    // One space after the colon is punctuation; any further one belongs to the value.
+    if (!value.empty() && isSpace(value.front())) {
         value.remove_prefix(1);
     }
     return {std::string(line.substr(0, colon)), std::string(value), false};
 }
 } // namespace
 
-void Pop3Session::submit(Command command) {
-    waiting_.push_back(std::move(command));
-}
-
 std::string Pop3Session::takeOutput() {
-    std::string output;
-    shownOutput_.clear();
+    // An answer to nothing, whatever it is, must not be taken for the answer to the next command.
+    const bool unasked = commands_.outstanding() == 0 && input_.size() > 0;
     // RFC 1939 section 4: the server speaks first.
-    if (state_ == State::Greeting || state_ == State::Over) {
-        return output;
+    if (state_ == State::Greeting || state_ == State::Over || unasked) {
+        spokeOutOfTurn_ = spokeOutOfTurn_ || (unasked && state_ != State::Greeting);
+        commands_.holdOutput();
+        return {};
     }
-    if (underWay_.empty() && input_.size() > 0) {
-        // An answer to nothing: whatever it is, it must not be taken for the answer to the next command.
-        spokeOutOfTurn_ = true;
-        return output;
-    }
-    while (!waiting_.empty() && underWay_.size() < maximumUnderWay_) {
-        output += waiting_.front().sent;
-        output += "\r\n";
-        shownOutput_.push_back(waiting_.front().shown);
-        underWay_.push_back(std::move(waiting_.front()));
-        waiting_.pop_front();
-    }
-    return output;
+    return commands_.takeOutput();
 }
 
 void Pop3Session::receive(std::string_view bytes) {
@@ -82,15 +72,15 @@ void Pop3Session::receive(std::string_view bytes) {
     }
 }
 
-std::optional<Event> Pop3Session::nextEvent() {
+std::optional<Pop3Session::Event> Pop3Session::nextEvent() {
     if (state_ == State::Over) {
         return std::nullopt;
     }
-    return inContent_ ? nextContent() : nextReply();
+    return inResponse_ ? nextResponseLine() : nextReply();
 }
 
-std::optional<Event> Pop3Session::nextReply() {
-    if (state_ != State::Greeting && underWay_.empty()) {
+std::optional<Pop3Session::Event> Pop3Session::nextReply() {
+    if (state_ != State::Greeting && commands_.outstanding() == 0) {
         spokeOutOfTurn_ = spokeOutOfTurn_ || input_.size() > 0;
         return spokeOutOfTurn_ ? std::optional(fail(FailureKind::OutOfStep)) : std::nullopt;
     }
@@ -104,14 +94,21 @@ std::optional<Event> Pop3Session::nextReply() {
     if (const auto text = textAfter("+OK", *line)) {
         return accept(*text);
     }
+    if (const auto text = textAfter("+", *line); text && awaitsAuth()) {
+        ++answers_;
+        return GoOn{commands_.takeFirst().kind, std::string(*text)};
+    }
     const auto text = textAfter("-ERR", *line);
     if (!text || state_ == State::Greeting) {
         return fail(FailureKind::OutOfStep);
     }
-    const CommandKind kind = underWay_.front().kind;
-    underWay_.pop_front();
+    const CommandKind kind = commands_.takeFirst().kind;
     ++answers_;
     return Refused{kind, std::string(*text)};
+}
+
+bool Pop3Session::awaitsAuth() const {
+    return commands_.outstanding() > 0 && isPartOfAuth(commands_.first().kind);
 }
 
 Event Pop3Session::accept(std::string_view text) {
@@ -120,17 +117,17 @@ Event Pop3Session::accept(std::string_view text) {
         ++answers_;
         return Greeted{std::string(text)};
     }
-    const CommandKind kind = underWay_.front().kind;
-    if (hasContent(kind)) {
-        inContent_ = true;
+    const CommandKind kind = commands_.first().kind;
+    if (hasMultiLineResponse(kind)) {
+        inResponse_ = true;
         inBody_ = false;
-        contentOctets_ = 0;
+        responseOctets_ = 0;
         bodyLines_ = 0;
         return Accepted{kind, std::string(text)};
     }
-    underWay_.pop_front();
+    commands_.takeFirst();
     ++answers_;
-    if (kind == CommandKind::Pass) {
+    if (kind == CommandKind::Pass || isPartOfAuth(kind)) {
         state_ = State::Transaction;
     } else if (kind == CommandKind::Quit) {
         state_ = State::Over;
@@ -149,14 +146,14 @@ Event Pop3Session::fail(FailureKind kind) {
     return Failed{kind};
 }
 
-bool Pop3Session::contentTooLarge(std::size_t lineOctets) const noexcept {
-    const std::int64_t limit = isListing(underWay_.front()) ? maximumListingOctets_ : kMaximumMessageOctets;
-    return contentOctets_ + static_cast<std::int64_t>(lineOctets) > limit;
+bool Pop3Session::isTooLarge(std::size_t lineOctets) const noexcept {
+    const std::int64_t limit = isListing(commands_.first()) ? maximumListingOctets_ : kMaximumMessageOctets;
+    return responseOctets_ + static_cast<std::int64_t>(lineOctets) > limit;
 }
 
 /** What is to be kept of the next line. Of one that is only counted, its first octet tells what it is. */
 std::size_t Pop3Session::wantedLineOctets() const noexcept {
-    const Command& command = underWay_.front();
+    const Command& command = commands_.first();
     if (!isListing(command)) {
         return std::string_view::npos;
     }
@@ -164,37 +161,35 @@ std::size_t Pop3Session::wantedLineOctets() const noexcept {
     return counted ? 1 : kMaximumListingLineOctets;
 }
 
-std::optional<Event> Pop3Session::nextContent() {
+std::optional<Pop3Session::Event> Pop3Session::nextResponseLine() {
     // Lines past the wanted ones make no event; going on until there is one keeps them from piling up.
     for (;;) {
         const std::optional<std::string_view> line = input_.nextContentLine(wantedLineOctets());
-        if (contentTooLarge(lineOctets(line))) {
+        if (isTooLarge(lineOctets(line))) {
             return fail(FailureKind::TooLarge);
         }
         if (!line) {
             return std::nullopt;
         }
         if (*line == "." && input_.droppedOctets() == 0) {
-            const CommandKind kind = underWay_.front().kind;
-            underWay_.pop_front();
-            inContent_ = false;
+            inResponse_ = false;
             ++answers_;
-            return ContentEnded{kind};
+            return ResponseEnded{commands_.takeFirst().kind};
         }
-        if (auto event = contentLine(*line)) {
+        if (auto event = responseLine(*line)) {
             return event;
         }
     }
 }
 
-std::optional<Event> Pop3Session::contentLine(std::string_view line) {
+std::optional<Pop3Session::Event> Pop3Session::responseLine(std::string_view line) {
     // RFC 1939 section 3: a line that starts with a dot has had one put before it.
     if (line.starts_with('.')) {
         line.remove_prefix(1);
     }
     const std::size_t dropped = input_.droppedOctets();
-    contentOctets_ += static_cast<std::int64_t>(line.size() + dropped) + kLineEndOctets;
-    if (underWay_.front().kind == CommandKind::Uidl) {
+    responseOctets_ += static_cast<std::int64_t>(line.size() + dropped) + kLineEndOctets;
+    if (commands_.first().kind == CommandKind::Uidl) {
         return ListingLine{std::string(line)};
     }
     if (!inBody_) {
@@ -206,12 +201,12 @@ std::optional<Event> Pop3Session::contentLine(std::string_view line) {
         header.cut = dropped > 0;
         return header;
     }
-    const std::int32_t limit = underWay_.front().bodyLineLimit;
+    const std::int32_t limit = commands_.first().bodyLineLimit;
     if (limit > 0 && bodyLines_ == limit) {
         return std::nullopt;
     }
     ++bodyLines_;
-    return BodyLine{contentOctets_, std::string(line)};
+    return BodyLine{responseOctets_, std::string(line)};
 }
 
 } // namespace POPLib

@@ -1,15 +1,16 @@
 #pragma once
 
 #include "components/poplib/commands.h"
+#include "components/protocol/command_queue.h"
 #include "components/protocol/line_buffer.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -20,11 +21,13 @@ struct Greeted {
     std::string text;
 };
 
-/** The server answered a command with +OK. For TOP, RETR and UIDL the content follows as events of its own.
+/**
+ * The server answered a command with +OK. For TOP, RETR and UIDL the lines of the multi-line response follow
+ * as events of their own.
  */
 struct Accepted {
     CommandKind kind = CommandKind::Quit;
-    /** What stands after "+OK", without the blank between. */
+    /** What stands after "+OK", without the space between. */
     std::string text;
 };
 
@@ -34,7 +37,15 @@ struct Refused {
     std::string text;
 };
 
-/** One header line. A folded continuation has no field, and its text keeps the blank it starts with. */
+/** The server waits for what belongs to a command: after AUTH, for the response to this challenge (RFC 5034).
+ */
+struct GoOn {
+    CommandKind kind = CommandKind::Auth;
+    /** What stands after "+", without the space between. */
+    std::string text;
+};
+
+/** One header line. A folded continuation has no field, and its text keeps the space it starts with. */
 struct HeaderLine {
     std::string field;
     std::string value;
@@ -54,8 +65,8 @@ struct ListingLine {
     std::string text;
 };
 
-/** The last line of a TOP, RETR or UIDL answer has come. */
-struct ContentEnded {
+/** The last line of a multi-line response, to TOP, RETR or UIDL, has come. */
+struct ResponseEnded {
     CommandKind kind = CommandKind::Retr;
 };
 
@@ -71,9 +82,6 @@ struct Failed {
     FailureKind kind = FailureKind::OutOfStep;
 };
 
-using Event =
-    std::variant<Greeted, Accepted, Refused, HeaderLine, BodyLine, ListingLine, ContentEnded, Failed>;
-
 /**
  * The client's side of one POP3 session (RFC 1939) without any network: bytes go in, events and bytes to send
  * come out. How the network has cut the bytes into pieces changes nothing.
@@ -83,11 +91,15 @@ using Event =
  *     session.receive(bytes);
  *     while (auto event = session.nextEvent()) { ... }
  *
- * Commands queue. Answers belong to commands in the order in which these were sent, so several may be under
- * way at once where the server can do that (RFC 2449 section 6.6).
+ * Commands queue. Replies belong to commands in the order in which these were sent, so several may be
+ * outstanding at once where the server can do that (RFC 2449 section 6.6).
  */
 class Pop3Session {
   public:
+    using Command = POPLib::Command;
+    using Event = std::variant<Greeted, Accepted, Refused, GoOn, HeaderLine, BodyLine, ListingLine,
+                               ResponseEnded, Failed>;
+
     enum class State {
         Greeting,      ///< The server has not greeted yet; nothing is sent.
         Authorization, ///< Before the password is accepted.
@@ -111,16 +123,17 @@ class Pop3Session {
         : maximumListingOctets_(maximumListingOctets) {}
 
     /** Puts a command at the end of the queue. */
-    void submit(Command command);
+    void submit(Command command) { commands_.submit(std::move(command)); }
 
-    /** How many commands may be under way at once; 1 unless the server has offered pipelining. */
-    void setMaximumUnderWay(std::size_t commands) { maximumUnderWay_ = commands; }
+    /** How many commands may be outstanding at once; 1 unless the server has offered pipelining. */
+    void setMaximumOutstanding(std::size_t commands) { commands_.setMaximumOutstanding(commands); }
 
-    /** Returns what is to be sent now; the commands in it count as under way from here on. */
+    /** Returns what is to be sent now; nothing before the greeting and while the server speaks out of turn.
+     */
     std::string takeOutput();
 
-    /** The commands that the last takeOutput() put under way, as they may be shown. */
-    const std::vector<std::string>& shownOutput() const noexcept { return shownOutput_; }
+    /** The commands in the last output, as they may be shown. */
+    const std::vector<std::string>& shownOutput() const noexcept { return commands_.shownOutput(); }
 
     /** Takes bytes from the server. */
     void receive(std::string_view bytes);
@@ -130,11 +143,11 @@ class Pop3Session {
 
     State state() const noexcept { return state_; }
 
-    /** True while the lines of an answer are coming. */
-    bool isInContent() const noexcept { return inContent_; }
+    /** True while the lines of a multi-line response are coming. */
+    bool isInResponse() const noexcept { return inResponse_; }
 
-    /** Commands that have been sent and not answered. */
-    std::size_t underWay() const noexcept { return underWay_.size(); }
+    /** The number of commands that have been sent and not answered. */
+    std::size_t outstanding() const noexcept { return commands_.outstanding(); }
 
     /**
      * A number that grows with every complete answer and with every few kilobytes: while it grows, the server
@@ -146,31 +159,31 @@ class Pop3Session {
 
   private:
     std::optional<Event> nextReply();
-    std::optional<Event> nextContent();
+    bool awaitsAuth() const;
+    std::optional<Event> nextResponseLine();
     std::size_t wantedLineOctets() const noexcept;
     Event accept(std::string_view text);
     Event fail(FailureKind kind);
     std::size_t lineOctets(const std::optional<std::string_view>& line) const noexcept;
-    bool contentTooLarge(std::size_t lineOctets) const noexcept;
-    std::optional<Event> contentLine(std::string_view line);
+    bool isTooLarge(std::size_t lineOctets) const noexcept;
+    std::optional<Event> responseLine(std::string_view line);
 
     std::int64_t maximumListingOctets_;
     State state_ = State::Greeting;
-    std::deque<Command> waiting_;
-    std::deque<Command> underWay_;
-    std::size_t maximumUnderWay_ = 1;
-    std::vector<std::string> shownOutput_;
+    protocol::CommandQueue<Command> commands_;
     protocol::LineBuffer input_;
-    /** Bytes came that no command under way had asked for. */
+    /** Bytes came that no outstanding command had asked for. */
     bool spokeOutOfTurn_ = false;
     std::uint64_t answers_ = 0;
     std::uint64_t octets_ = 0;
 
-    /** The first command under way has been accepted and its content is coming. */
-    bool inContent_ = false;
+    /** The first outstanding command has been accepted, and the lines of its response are coming. */
+    bool inResponse_ = false;
     bool inBody_ = false;
-    std::int64_t contentOctets_ = 0;
+    std::int64_t responseOctets_ = 0;
     std::int32_t bodyLines_ = 0;
 };
+
+using Event = Pop3Session::Event;
 
 } // namespace POPLib

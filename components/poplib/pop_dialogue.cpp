@@ -1,8 +1,6 @@
 // How the POP3 client speaks with the server: commands, answers, and how long it waits for them.
 
 #include "components/poplib/pop.h"
-#include "components/poplib/reply_text.h"
-#include "platform/checked.h"
 #include "platform/runtime_error.h"
 
 #include <utility>
@@ -12,49 +10,16 @@ namespace POPLib {
 using platform::RuntimeError;
 namespace errors = platform::errors;
 
-/** Sends a command and returns the text of its +OK answer, nothing for -ERR. */
-std::optional<std::string> POP::ask(Command command) {
-    session_.submit(std::move(command));
-    const Event event = awaitEvent();
-    raise(event);
-    if (const auto* accepted = std::get_if<Accepted>(&event)) {
-        return accepted->text;
-    }
-    return std::nullopt;
-}
-
-void POP::mustAccept(Command command) {
-    session_.submit(std::move(command));
-    const Event event = awaitEvent();
-    raise(event);
-    if (const auto* refused = std::get_if<Refused>(&event)) {
-        refusedLogOn(refused->text);
-    }
-}
-
-void POP::refusedLogOn(std::string_view text) {
-    logOnRefused_ = true;
-    throw RuntimeError(mayBeTriedLater(text) ? errors::MailServerBusy : errors::LogOnRefused);
-}
-
-/** Hands the events of an answer's content over; false when the server refused the command. */
-bool POP::readContent(Command command, const std::function<void(const Event&)>& take) {
-    if (!ask(std::move(command))) {
-        return false;
-    }
-    for (;;) {
-        const Event event = awaitEvent();
-        if (std::holds_alternative<ContentEnded>(event)) {
-            return true;
-        }
-        take(event);
-    }
+Event POP::next() {
+    Event event = awaitEvent();
+    raiseStatus(event);
+    return event;
 }
 
 /** Sends what the session has to send; false when that is nothing. */
 bool POP::sendQueued() {
     // What has come unasked must be seen before a command goes out that it could pass for the answer to.
-    if (session_.underWay() == 0 && session_.state() != Pop3Session::State::Greeting &&
+    if (session_.outstanding() == 0 && session_.state() != Pop3Session::State::Greeting &&
         connection_.hasBytes()) {
         session_.receive(connection_.takeBytes());
     }
@@ -82,7 +47,7 @@ Event POP::awaitEvent() {
         return event;
     };
     // Most lines of an answer have come with the ones before: they need neither a deadline nor the socket.
-    if (session_.isInContent()) {
+    if (session_.isInResponse()) {
         if (auto event = session_.nextEvent()) {
             return checked(*std::move(event));
         }
@@ -98,7 +63,7 @@ Event POP::awaitEvent() {
         if (session_.progress() != progress_) {
             renewDeadline();
         }
-        // A farewell ends on time, however much keeps coming.
+        // A log-off ends on time, however much keeps coming.
         const bool tooLate = deadlineIsFixed_ && deadline_.hasExpired();
         if (tooLate || !connection_.isOpen() ||
             connection_.waitForBytes(deadline_) != transport::Outcome::Done) {
@@ -128,35 +93,26 @@ void POP::renewDeadline() {
     }
 }
 
-void POP::raise(const Event& event) {
-    const auto trail = [this](const char* status, const std::string& text) {
-        if (PITrail) {
-            PITrail(Direction::FromServer, status + text);
-        }
-    };
-    if (const auto* header = std::get_if<HeaderLine>(&event)) {
-        if (Header) {
-            Header(header->field, header->value);
-        }
-    } else if (const auto* body = std::get_if<BodyLine>(&event)) {
-        if (Transfer) {
-            Transfer(platform::checkedTo<std::int32_t>(body->bytesTransferred), body->text);
-        }
-    } else if (const auto* greeted = std::get_if<Greeted>(&event)) {
-        trail("+OK ", greeted->text);
-    } else if (const auto* accepted = std::get_if<Accepted>(&event)) {
-        trail("+OK ", accepted->text);
-    } else if (const auto* refused = std::get_if<Refused>(&event)) {
-        trail("-ERR ", refused->text);
+/** Raises the event's status line, where it has one. */
+void POP::raiseStatus(const Event& event) const {
+    if (!PITrail) {
+        return;
+    }
+    if (const auto* const greeted = std::get_if<Greeted>(&event)) {
+        PITrail(Direction::FromServer, "+OK " + greeted->text);
+    } else if (const auto* const accepted = std::get_if<Accepted>(&event)) {
+        PITrail(Direction::FromServer, "+OK " + accepted->text);
+    } else if (const auto* const goOn = std::get_if<GoOn>(&event)) {
+        PITrail(Direction::FromServer, "+ " + goOn->text);
+    } else if (const auto* const refused = std::get_if<Refused>(&event)) {
+        PITrail(Direction::FromServer, "-ERR " + refused->text);
     }
 }
 
 void POP::closeSession() {
     logOnRefused_ = false;
     deadlineIsFixed_ = false;
-    listed_.clear();
-    deleted_.clear();
-    numberAndSize_ = {};
+    listed_.endSession();
     // Nothing of an answer that was not read to its end may reach a later request.
     session_ = Pop3Session();
     connection_.close();

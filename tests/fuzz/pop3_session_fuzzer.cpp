@@ -33,6 +33,10 @@ POPLib::Command command(std::size_t choice) {
         return POPLib::deleCommand(1);
     case 8:
         return POPLib::quitCommand();
+    case 9:
+        return POPLib::authCommand("PLAIN", "");
+    case 10:
+        return POPLib::authResponseCommand("*");
     default:
         return POPLib::uidlCommand();
     }
@@ -68,7 +72,9 @@ std::string described(const POPLib::Event& event) {
             return "listing" + line.text;
         }
 
-        std::string operator()(const POPLib::ContentEnded& ended) const {
+        std::string operator()(const POPLib::GoOn& goOn) const { return "go on " + goOn.text; }
+
+        std::string operator()(const POPLib::ResponseEnded& ended) const {
             return "ended" + std::to_string(static_cast<int>(ended.kind));
         }
 
@@ -91,7 +97,7 @@ struct Run {
 Run play(const std::vector<std::size_t>& choices, std::string_view bytes,
          const std::vector<std::size_t>& sizes) {
     Pop3Session session;
-    session.setMaximumUnderWay(choices.size() + 1);
+    session.setMaximumOutstanding(choices.size() + 1);
     for (const std::size_t choice : choices) {
         session.submit(command(choice));
     }

@@ -61,7 +61,7 @@ TEST(Pop3Session, SendsOneCommandAtATimeUnlessTold) {
 
 TEST(Pop3Session, KeepsNoMoreCommandsUnderWayThanTold) {
     Pop3Session session;
-    session.setMaximumUnderWay(2);
+    session.setMaximumOutstanding(2);
     eventsAfter(session, "+OK\r\n");
     for (std::int32_t number = 1; number <= 4; ++number) {
         session.submit(POPLib::listCommand(number));
@@ -75,7 +75,7 @@ TEST(Pop3Session, KeepsNoMoreCommandsUnderWayThanTold) {
 
 TEST(Pop3Session, ShowsNoPasswordAmongItsCommands) {
     Pop3Session session;
-    session.setMaximumUnderWay(2);
+    session.setMaximumOutstanding(2);
     eventsAfter(session, "+OK\r\n");
     session.submit(POPLib::userCommand("bob"));
     session.submit(POPLib::passCommand("secret"));
@@ -107,6 +107,27 @@ TEST(Pop3Session, StaysInItsStateWhenTheServerRefuses) {
     Pop3Session session = sessionThatSent(POPLib::passCommand("secret"));
     EXPECT_THAT(eventsAfter(session, "-ERR no\r\n"), ElementsAre("refused PASS [no]"));
     EXPECT_EQ(session.state(), Pop3Session::State::Authorization);
+}
+
+TEST(Pop3Session, LetsALogOnGoOnAndShowsNothingOfIt) {
+    Pop3Session session = sessionThatSent(POPLib::authCommand("PLAIN", ""));
+    EXPECT_THAT(session.shownOutput(), ElementsAre("AUTH PLAIN"));
+    EXPECT_THAT(eventsAfter(session, "+ \r\n"), ElementsAre("go on AUTH []"));
+    session.submit(POPLib::authResponseCommand("AGJvYgBzZWNyZXQ="));
+    EXPECT_EQ(session.takeOutput(), "AGJvYgBzZWNyZXQ=\r\n");
+    EXPECT_THAT(session.shownOutput(), ElementsAre("****"));
+    EXPECT_THAT(eventsAfter(session, "+ Y2hhbGxlbmdl\r\n"), ElementsAre("go on response [Y2hhbGxlbmdl]"));
+    session.submit(POPLib::authResponseCommand("*"));
+    session.takeOutput();
+    EXPECT_THAT(eventsAfter(session, "+OK in\r\n"), ElementsAre("accepted response [in]"));
+    EXPECT_EQ(session.state(), Pop3Session::State::Transaction);
+    EXPECT_EQ(POPLib::authCommand("PLAIN", "AGJvYgBz").sent, "AUTH PLAIN AGJvYgBz");
+    EXPECT_EQ(POPLib::authCommand("PLAIN", "AGJvYgBz").shown, "AUTH PLAIN ****");
+}
+
+TEST(Pop3Session, LetsNothingElseGoOn) {
+    Pop3Session session = sessionThatSent(POPLib::statCommand());
+    EXPECT_THAT(eventsAfter(session, "+ 2 320\r\n"), ElementsAre("failed out of step"));
 }
 
 TEST(Pop3Session, FailsOnceAndThenIsSilent) {

@@ -79,7 +79,7 @@ class PipelinedPop3Transcript : public testing::TestWithParam<std::string> {};
 /** The dialogue with as many commands under way as the session allows, all answers in one piece. */
 std::vector<std::string> eventsOfPipelinedSession(const Transcript& transcript, std::string& output) {
     Pop3Session session;
-    session.setMaximumUnderWay(8);
+    session.setMaximumOutstanding(8);
     for (const POPLib::Command& command : support::commandsOf(transcript)) {
         session.submit(command);
     }

@@ -37,6 +37,10 @@ const char* keywordOf(CommandKind kind) {
         return "USER";
     case CommandKind::Pass:
         return "PASS";
+    case CommandKind::Auth:
+        return "AUTH";
+    case CommandKind::AuthResponse:
+        return "response";
     case CommandKind::Stat:
         return "STAT";
     case CommandKind::List:
@@ -181,6 +185,10 @@ std::string described(const POPLib::Event& event) {
             return std::string("refused ") + keywordOf(refused.kind) + " [" + escaped(refused.text) + ']';
         }
 
+        std::string operator()(const POPLib::GoOn& goOn) const {
+            return std::string("go on ") + keywordOf(goOn.kind) + " [" + escaped(goOn.text) + ']';
+        }
+
         std::string operator()(const POPLib::HeaderLine& header) const {
             return describedHeader(header.field, header.value);
         }
@@ -193,7 +201,7 @@ std::string described(const POPLib::Event& event) {
             return "listed [" + escaped(line.text) + ']';
         }
 
-        std::string operator()(const POPLib::ContentEnded& ended) const {
+        std::string operator()(const POPLib::ResponseEnded& ended) const {
             return std::string("ended ") + keywordOf(ended.kind);
         }
 

@@ -1,0 +1,109 @@
+// Listing: sizes and first lines. The deletions are in deletion.cpp.
+
+#include "components/poplib/listed_mailbox.h"
+
+#include "components/poplib/message_digest.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+
+namespace POPLib {
+
+namespace {
+/** Cuts a line to what the allowance has left for it; false when that is nothing. */
+bool isLeft(Event& event, ListingAllowance& allowance) {
+    if (auto* const header = std::get_if<HeaderLine>(&event)) {
+        return allowance.cut(*header);
+    }
+    auto* const body = std::get_if<BodyLine>(&event);
+    return body == nullptr || allowance.cut(*body);
+}
+} // namespace
+
+std::optional<std::int32_t> ListedMailbox::size(Exchange& exchange, std::int32_t messageNumber) {
+    numberAndSize_ = {};
+    const std::optional<std::int32_t> size = askSize(exchange, messageNumber);
+    if (size) {
+        numberAndSize_ = {messageNumber, *size};
+    }
+    return size;
+}
+
+void ListedMailbox::list(Exchange& exchange, std::int32_t messageNumber, std::int32_t bodyLines,
+                         const Limits& limits, const TakeLine& take) {
+    // For its row in the list no very large message is fetched whole.
+    const bool tooLarge =
+        numberAndSize_.first == messageNumber && numberAndSize_.second > limits.wholeMessageOctets;
+    // TOP is optional (RFC 1939 section 7).
+    if (!listFrom(exchange, topCommand(messageNumber, bodyLines), take) && !tooLarge) {
+        listFrom(exchange, retrCommand(messageNumber, bodyLines), take);
+    }
+}
+
+/** Hands the lines of a TOP or RETR response over, and remembers what the number names; false when refused.
+ */
+bool ListedMailbox::listFrom(Exchange& exchange, Command command, const TakeLine& take) {
+    const std::int32_t number = command.messageNumber;
+    if (number == 1) {
+        // The whole mailbox is listed anew.
+        identities_ = {};
+        allowance_ = {};
+    }
+    allowance_.beginMessage();
+    lastMessageFitted_ = true;
+    listedBodyLines_ = command.bodyLineLimit;
+    const bool accepted = ask(exchange, std::move(command)).has_value();
+    MessageIdentity identity;
+    if (numberAndSize_.first == number) {
+        identity.size = numberAndSize_.second;
+    }
+    if (accepted) {
+        identity.digest = readLines(exchange, take);
+    }
+    identities_.remember(number, std::move(identity));
+    listed_.insert(number);
+    return accepted;
+}
+
+/**
+ * Hands the lines of an accepted response over, to its end, and returns their digest. When memory fails on
+ * the way, the rest is only read, for the sake of the messages behind this one, and the digest is empty.
+ */
+std::string ListedMailbox::readLines(Exchange& exchange, const TakeLine& take) {
+    MessageDigest digest;
+    for (bool ended = false; !ended;) {
+        const bool fitted = platform::fitsInMemory([&] {
+            Event event = exchange.next();
+            ended = std::holds_alternative<ResponseEnded>(event);
+            if (lastMessageFitted_) {
+                digest.add(event);
+                if (isLeft(event, allowance_)) {
+                    take(event);
+                }
+            }
+        });
+        lastMessageFitted_ = lastMessageFitted_ && fitted;
+    }
+    return lastMessageFitted_ ? digest.result() : std::string();
+}
+
+void ListedMailbox::quit(Exchange& exchange) {
+    rememberUniqueIds(exchange);
+    quitConfirmed_ = ask(exchange, quitCommand()).has_value();
+    if (!quitConfirmed_ && hasDeletions()) {
+        throw platform::RuntimeError(platform::errors::MailServerTrouble);
+    }
+}
+
+void ListedMailbox::endSession() {
+    if (quitConfirmed_) {
+        std::for_each(deleted_.rbegin(), deleted_.rend(),
+                      [this](std::int32_t number) { identities_.remove(number); });
+    }
+    quitConfirmed_ = false;
+    listed_.clear();
+    deleted_.clear();
+    numberAndSize_ = {};
+}
+
+} // namespace POPLib

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "components/poplib/questions.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace POPLib {
+
+/** What the mailbox holds, as the server reports it. */
+struct MailboxTotals {
+    std::int16_t messages = 0;
+    std::int32_t bytes = 0;
+};
+
+/** The server refused the name or the password. The session is in step, and waits for QUIT. */
+struct LogOnRefused {
+    /** What stands behind -ERR. */
+    std::string text;
+};
+
+/**
+ * Waits for the greeting, logs on with USER and PASS, and asks for the totals with STAT.
+ * \throws RuntimeError 20302 when the totals are refused or are none, 6 when one does not fit, and whatever
+ * the exchange raises.
+ */
+std::variant<MailboxTotals, LogOnRefused> logOn(Exchange& exchange, std::string_view user,
+                                                std::string_view password);
+
+} // namespace POPLib

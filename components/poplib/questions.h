@@ -1,0 +1,36 @@
+#pragma once
+
+#include "components/poplib/pop3_session.h"
+#include "components/protocol/exchange.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace POPLib {
+
+using Exchange = protocol::Exchange<Pop3Session>;
+
+// What plans ask a POP3 server. All of these raise whatever the exchange raises.
+
+/** Sends a command and returns the text of its +OK reply, nothing for -ERR. */
+std::optional<std::string> ask(Exchange& exchange, Command command);
+
+/** Hands the lines of a multi-line response over; false when the server refuses the command. */
+bool readResponse(Exchange& exchange, Command command, const std::function<void(const Event&)>& take);
+
+/**
+ * The size of the message in bytes (LIST n); nothing when the server refuses to tell.
+ * \throws RuntimeError 20302 for a reply about another message, 6 for a number that does not fit.
+ */
+std::optional<std::int32_t> askSize(Exchange& exchange, std::int32_t messageNumber);
+
+using UniqueIds = std::map<std::int32_t, std::string>;
+
+/** The unique-ids of these messages, whatever else the server lists; nothing when it has none (UIDL). */
+std::optional<UniqueIds> askUniqueIds(Exchange& exchange, const std::set<std::int32_t>& wanted);
+
+} // namespace POPLib
