@@ -3,8 +3,8 @@
 #include "components/poplib/listed_mailbox.h"
 #include "components/poplib/log_on_plan.h"
 #include "platform/runtime_error.h"
+#include "tests/support/described_event.h"
 #include "tests/support/recorded_exchange.h"
-#include "tests/support/transcript.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -50,11 +50,13 @@ class Dialogue : public support::RecordedExchange<Pop3Session> {
     }
 
   private:
-    static std::vector<support::Turn> turnsOf(const std::vector<std::string_view>& lines) {
-        std::vector<support::Turn> turns;
+    static std::vector<support::Transcript::Turn> turnsOf(const std::vector<std::string_view>& lines) {
+        std::vector<support::Transcript::Turn> turns;
+        using Speaker = support::Transcript::Speaker;
         for (const std::string_view line : lines) {
             const bool fromServer = line.starts_with("S ");
-            turns.push_back({fromServer, std::string(line.substr(2)) + (fromServer ? "\r\n" : "")});
+            turns.push_back({fromServer ? Speaker::Server : Speaker::Client,
+                             std::string(line.substr(2)) + (fromServer ? "\r\n" : "")});
         }
         return turns;
     }

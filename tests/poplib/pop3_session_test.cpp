@@ -1,6 +1,6 @@
 #include "components/poplib/pop3_session.h"
+#include "tests/support/described_event.h"
 #include "tests/support/pieces.h"
-#include "tests/support/transcript.h"
 
 #include <gmock/gmock.h>
 

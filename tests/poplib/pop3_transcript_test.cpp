@@ -1,12 +1,14 @@
 // Every recorded dialogue, read by the session in pieces of every size, and played to the POP3 component.
 
 #include "tests/poplib/pop_fixture.h"
+#include "tests/poplib/transcript_commands.h"
 #include "tests/support/pieces.h"
 #include "tests/support/transcript.h"
 
 #include <gmock/gmock.h>
 
-#include <cctype>
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -20,12 +22,7 @@ using testing::ElementsAreArray;
 using testing::Values;
 using testing::ValuesIn;
 
-std::string testName(std::string name) {
-    for (char& character : name) {
-        character = std::isalnum(static_cast<unsigned char>(character)) != 0 ? character : '_';
-    }
-    return name;
-}
+const std::string kFolder = "pop3";
 
 using NameAndPieces = std::tuple<std::string, std::size_t>;
 
@@ -33,7 +30,7 @@ constexpr std::size_t kWhole = std::string_view::npos;
 
 std::string nameWithPieces(const testing::TestParamInfo<NameAndPieces>& test) {
     const auto& [name, pieceOctets] = test.param;
-    return testName(name) + (pieceOctets == kWhole ? "_Whole" : "_PiecesOf" + std::to_string(pieceOctets));
+    return support::testNameOf(name, pieceOctets);
 }
 
 /** Feeds the bytes and adds what comes of them to the events. */
@@ -51,7 +48,7 @@ class Pop3TranscriptInPieces : public testing::TestWithParam<NameAndPieces> {};
 
 TEST_P(Pop3TranscriptInPieces, GivesItsEventsAndItsCommands) {
     const auto& [name, pieceOctets] = GetParam();
-    const Transcript transcript = support::readPop3Transcript(name);
+    const Transcript transcript = support::readTranscript(kFolder, name);
     Pop3Session session;
     for (const POPLib::Command& command : support::commandsOf(transcript)) {
         session.submit(command);
@@ -70,7 +67,7 @@ TEST_P(Pop3TranscriptInPieces, GivesItsEventsAndItsCommands) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialogues, Pop3TranscriptInPieces,
-                         testing::Combine(ValuesIn(support::pop3TranscriptNames()),
+                         testing::Combine(ValuesIn(support::transcriptNames(kFolder)),
                                           ValuesIn(support::kPieceSizes)),
                          nameWithPieces);
 
@@ -99,15 +96,15 @@ std::vector<std::string> eventsOfPipelinedSession(const Transcript& transcript, 
 
 /** Dialogues in which the server's greeting lets the client speak. */
 std::vector<std::string> namesWithCommands() {
-    std::vector<std::string> names = support::pop3TranscriptNames();
+    std::vector<std::string> names = support::transcriptNames(kFolder);
     std::erase_if(names, [](const std::string& name) {
-        return support::readPop3Transcript(name).clientLines().empty();
+        return support::readTranscript(kFolder, name).clientLines().empty();
     });
     return names;
 }
 
 TEST_P(PipelinedPop3Transcript, GivesTheSameEventsAndCommands) {
-    const Transcript transcript = support::readPop3Transcript(GetParam());
+    const Transcript transcript = support::readTranscript(kFolder, GetParam());
     std::string output;
     EXPECT_THAT(eventsOfPipelinedSession(transcript, output), ElementsAreArray(transcript.events));
     std::string expected;
@@ -119,7 +116,7 @@ TEST_P(PipelinedPop3Transcript, GivesTheSameEventsAndCommands) {
 
 /** A deletion asks more than a dialogue without a listing before it can answer; it has tests of its own. */
 std::vector<std::string> namesWithoutDeletion() {
-    std::vector<std::string> names = support::pop3TranscriptNames();
+    std::vector<std::string> names = support::transcriptNames(kFolder);
     std::erase_if(names, [](const std::string& name) { return name.starts_with("deletion"); });
     return names;
 }
@@ -165,16 +162,27 @@ class Pop3TranscriptPlayed : public support::PopTest, public testing::WithParamI
     }
 };
 
+/** Those of its events that the POP3 component raises: header and body lines. */
+std::vector<std::string> contentOf(const Transcript& transcript) {
+    std::vector<std::string> content;
+    std::copy_if(
+        transcript.events.begin(), transcript.events.end(), std::back_inserter(content),
+        [](const std::string& event) { return event.starts_with("header ") || event.starts_with("body "); });
+    return content;
+}
+
 TEST_P(Pop3TranscriptPlayed, GivesItsCommandsItsContentAndItsError) {
     const auto& [name, pieceOctets] = GetParam();
-    const Transcript transcript = support::readPop3Transcript(name);
+    const Transcript transcript = support::readTranscript(kFolder, name);
     const std::vector<std::string> lines = transcript.clientLines();
     for (const std::string& line : lines) {
         if (line.starts_with("PASS ")) {
             pop.setLoginPassword(line.substr(5));
         }
     }
-    support::ScriptedServer server(support::scriptOf(transcript, pieceOctets));
+    support::ScriptedServer server([&transcript, pieces = pieceOctets](support::Peer& peer) {
+        support::play(transcript, peer, pieces);
+    });
     pop.setMailServer(server.address());
     int error = logOn();
     if (error == 0) {
@@ -190,11 +198,11 @@ TEST_P(Pop3TranscriptPlayed, GivesItsCommandsItsContentAndItsError) {
         heard.pop_back();
     }
     EXPECT_THAT(heard, ElementsAreArray(lines));
-    EXPECT_THAT(content, ElementsAreArray(transcript.contentEvents()));
+    EXPECT_THAT(content, ElementsAreArray(contentOf(transcript)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialogues, PipelinedPop3Transcript, ValuesIn(namesWithCommands()),
-                         [](const auto& test) { return testName(test.param); });
+                         [](const auto& test) { return support::testNameOf(test.param); });
 
 INSTANTIATE_TEST_SUITE_P(Dialogues, Pop3TranscriptPlayed,
                          testing::Combine(ValuesIn(namesWithoutDeletion()),

@@ -3,9 +3,9 @@
 #include "components/poplib/pop.h"
 #include "platform/runtime_error.h"
 #include "tests/support/application.h"
+#include "tests/support/described_event.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/scripted_server.h"
-#include "tests/support/transcript.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

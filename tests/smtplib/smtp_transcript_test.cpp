@@ -3,13 +3,14 @@
 #include "components/smtplib/error_numbers.h"
 #include "components/smtplib/plans.h"
 #include "tests/smtplib/smtp_fixture.h"
-#include "tests/smtplib/smtp_transcript.h"
+#include "tests/support/described_event.h"
 #include "tests/support/pieces.h"
+#include "tests/support/recorded_exchange.h"
+#include "tests/support/transcript.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cctype>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -17,14 +18,11 @@
 namespace {
 
 using SMTPLib::SmtpSession;
-using support::SmtpTranscript;
+using support::Transcript;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-std::string testName(std::string name) {
-    std::replace(name.begin(), name.end(), '-', '_');
-    return name;
-}
+const std::string kFolder = "smtp";
 
 using Dialogue = support::RecordedExchange<SmtpSession>;
 
@@ -52,15 +50,14 @@ using NameAndPieces = std::tuple<std::string, std::size_t>;
 
 std::string nameWithPieces(const testing::TestParamInfo<NameAndPieces>& test) {
     const auto& [name, pieceOctets] = test.param;
-    const bool whole = pieceOctets == std::string_view::npos || pieceOctets == 0;
-    return testName(name) + (whole ? "_Whole" : "_PiecesOf" + std::to_string(pieceOctets));
+    return support::testNameOf(name, pieceOctets);
 }
 
 class SmtpTranscriptInPieces : public testing::TestWithParam<NameAndPieces> {};
 
 TEST_P(SmtpTranscriptInPieces, GivesItsEventsItsCommandsAndItsError) {
     const auto& [name, pieceOctets] = GetParam();
-    const SmtpTranscript transcript = support::readSmtpTranscript(name);
+    const Transcript transcript = support::readTranscript(kFolder, name);
     Dialogue dialogue(transcript.turns, pieceOctets, support::described, numberOfFailure);
     dialogue.collectOutput();
     EXPECT_THAT(dialogue.sent(), IsEmpty()) << "the server speaks first";
@@ -69,19 +66,13 @@ TEST_P(SmtpTranscriptInPieces, GivesItsEventsItsCommandsAndItsError) {
         dialogue.ask(SMTPLib::quitCommand());
     }
     dialogue.collectOutput();
-    std::vector<std::string> lines;
-    for (const support::Turn& turn : transcript.turns) {
-        if (!turn.fromServer) {
-            lines.push_back(turn.text);
-        }
-    }
-    EXPECT_THAT(dialogue.sent(), ElementsAreArray(lines));
+    EXPECT_THAT(dialogue.sent(), ElementsAreArray(transcript.clientLines()));
     EXPECT_THAT(dialogue.events(), ElementsAreArray(transcript.events));
     EXPECT_EQ(error, transcript.error);
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialogues, SmtpTranscriptInPieces,
-                         testing::Combine(testing::ValuesIn(support::smtpTranscriptNames()),
+                         testing::Combine(testing::ValuesIn(support::transcriptNames(kFolder)),
                                           testing::ValuesIn(support::kPieceSizes)),
                          nameWithPieces);
 
@@ -89,7 +80,7 @@ class SmtpTranscriptPlayed : public support::SmtpTest, public testing::WithParam
 
 TEST_P(SmtpTranscriptPlayed, GivesItsErrorAndItsTrail) {
     const auto& [name, pieceOctets] = GetParam();
-    const SmtpTranscript transcript = support::readSmtpTranscript(name);
+    const Transcript transcript = support::readTranscript(kFolder, name);
     support::ScriptedServer server([&transcript, pieces = pieceOctets](support::Peer& peer) {
         support::play(transcript, peer, pieces);
     });
@@ -98,9 +89,9 @@ TEST_P(SmtpTranscriptPlayed, GivesItsErrorAndItsTrail) {
     EXPECT_EQ(send(server), transcript.error);
     EXPECT_TRUE(server.waitForEndOf(1));
     std::vector<std::string> commands;
-    for (const support::Turn& turn : transcript.turns) {
+    for (const Transcript::Turn& turn : transcript.turns) {
         const std::string keyword = turn.text.substr(0, turn.text.find(' '));
-        if (!turn.fromServer && keyword.size() == 4) {
+        if (turn.speaker == Transcript::Speaker::Client && keyword.size() == 4) {
             commands.push_back("> " + keyword);
         }
     }
@@ -114,7 +105,7 @@ TEST_P(SmtpTranscriptPlayed, GivesItsErrorAndItsTrail) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Dialogues, SmtpTranscriptPlayed,
-                         testing::Combine(testing::ValuesIn(support::smtpTranscriptNames()),
+                         testing::Combine(testing::ValuesIn(support::transcriptNames(kFolder)),
                                           testing::Values(std::size_t{0}, std::size_t{1}, std::size_t{3})),
                          nameWithPieces);
 

@@ -5,6 +5,7 @@
 #include "components/protocol/exchange.h"
 #include "platform/runtime_error.h"
 #include "tests/support/pieces.h"
+#include "tests/support/transcript.h"
 
 #include <cstddef>
 #include <deque>
@@ -14,12 +15,6 @@
 #include <vector>
 
 namespace support {
-
-/** What one side of a dialogue says: the server's bytes with their line ends, the client's line without. */
-struct Turn {
-    bool fromServer = false;
-    std::string text;
-};
 
 template <class Session>
 class RecordedExchange : public protocol::Exchange<Session> {
@@ -31,7 +26,7 @@ class RecordedExchange : public protocol::Exchange<Session> {
     using NumberOf = int (*)(const Event* event, const Session& session);
 
     /** The server's bytes come in pieces of this size. */
-    RecordedExchange(const std::vector<Turn>& turns, std::size_t pieceSize, Describe describe,
+    RecordedExchange(const std::vector<Transcript::Turn>& turns, std::size_t pieceSize, Describe describe,
                      NumberOf numberOf)
         : turns_(turns.begin(), turns.end()),
           pieceSize_(pieceSize),
@@ -77,7 +72,7 @@ class RecordedExchange : public protocol::Exchange<Session> {
      */
     bool hearServer() {
         std::size_t linesBefore = 0;
-        while (linesBefore < turns_.size() && !turns_[linesBefore].fromServer) {
+        while (linesBefore < turns_.size() && turns_[linesBefore].speaker == Transcript::Speaker::Client) {
             ++linesBefore;
         }
         if (heard_ + linesBefore > sent_.size() || linesBefore == turns_.size()) {
@@ -86,7 +81,7 @@ class RecordedExchange : public protocol::Exchange<Session> {
         heard_ += linesBefore;
         turns_.erase(turns_.begin(), turns_.begin() + static_cast<std::ptrdiff_t>(linesBefore));
         std::string bytes;
-        for (; !turns_.empty() && turns_.front().fromServer; turns_.pop_front()) {
+        for (; !turns_.empty() && turns_.front().speaker == Transcript::Speaker::Server; turns_.pop_front()) {
             bytes += turns_.front().text;
         }
         forEachPiece(bytes, pieceSize_, [this](std::string_view piece) {
@@ -98,7 +93,7 @@ class RecordedExchange : public protocol::Exchange<Session> {
         return true;
     }
 
-    std::deque<Turn> turns_;
+    std::deque<Transcript::Turn> turns_;
     std::size_t pieceSize_;
     Describe describe_;
     NumberOf numberOf_;

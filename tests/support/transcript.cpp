@@ -1,102 +1,73 @@
 #include "tests/support/transcript.h"
 
-#include "tests/support/dialogue.h"
+#include "tests/support/places.h"
 
 #include <algorithm>
-#include <sstream>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 namespace support {
 
 namespace {
-using POPLib::Command;
-using POPLib::CommandKind;
+std::filesystem::path pathOf(const std::string& folder) {
+    return std::filesystem::path(dataFolder()) / folder;
+}
 
-void addLine(Transcript& transcript, const DialogueLine& line) {
+/** The bytes that \r, \n, \t, \\ and \xHH stand for, and all others. */
+std::string unescaped(std::string_view text) {
+    std::string bytes;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        if (text[index] != '\\') {
+            bytes += text[index];
+            continue;
+        }
+        switch (text.at(++index)) {
+        case 'r':
+            bytes += '\r';
+            break;
+        case 'n':
+            bytes += '\n';
+            break;
+        case 't':
+            bytes += '\t';
+            break;
+        case 'x':
+            bytes += static_cast<char>(std::stoi(std::string(text.substr(index + 1, 2)), nullptr, 16));
+            index += 2;
+            break;
+        case '\\':
+            bytes += '\\';
+            break;
+        default:
+            throw std::invalid_argument("unknown escape in: " + std::string(text));
+        }
+    }
+    return bytes;
+}
+
+void addLine(Transcript& transcript, const std::string& mark, const std::string& text) {
     using Speaker = Transcript::Speaker;
-    const auto& [mark, rest] = line;
     if (mark == "S:") {
-        transcript.turns.push_back({Speaker::Server, unescaped(rest) + "\r\n"});
+        transcript.turns.push_back({Speaker::Server, unescaped(text) + "\r\n"});
     } else if (mark == "S-") {
-        transcript.turns.push_back({Speaker::Server, unescaped(rest)});
+        transcript.turns.push_back({Speaker::Server, unescaped(text)});
     } else if (mark == "C:") {
-        transcript.turns.push_back({Speaker::Client, unescaped(rest)});
+        transcript.turns.push_back({Speaker::Client, unescaped(text)});
     } else if (mark == "E:") {
-        transcript.events.push_back(rest);
+        transcript.events.push_back(text);
+    } else if (mark == "M:" && text == "8bit") {
+        transcript.eightBit = true;
+    } else if (mark == "M:" && text == "at once") {
+        transcript.atOnce = true;
     } else if (mark == "X:") {
-        transcript.error = std::stoi(rest);
+        transcript.error = std::stoi(text);
     } else {
         throw std::invalid_argument("unknown mark in a dialogue: " + mark);
     }
-}
-
-const char* keywordOf(CommandKind kind) {
-    switch (kind) {
-    case CommandKind::User:
-        return "USER";
-    case CommandKind::Pass:
-        return "PASS";
-    case CommandKind::Auth:
-        return "AUTH";
-    case CommandKind::AuthResponse:
-        return "response";
-    case CommandKind::Stat:
-        return "STAT";
-    case CommandKind::List:
-        return "LIST";
-    case CommandKind::Uidl:
-        return "UIDL";
-    case CommandKind::Top:
-        return "TOP";
-    case CommandKind::Retr:
-        return "RETR";
-    case CommandKind::Dele:
-        return "DELE";
-    case CommandKind::Quit:
-        return "QUIT";
-    }
-    throw std::invalid_argument("a command of no kind");
-}
-
-Command commandOf(const std::string& line, const std::vector<Command>& before) {
-    std::istringstream words(line);
-    std::string keyword;
-    std::int32_t number = 0;
-    std::int32_t limit = 0;
-    words >> keyword;
-    const std::string argument = line.substr(std::min(line.size(), keyword.size() + 1));
-    words >> number >> limit;
-    if (keyword == "RETR") {
-        const bool insteadOfTop = !before.empty() && before.back().kind == CommandKind::Top &&
-                                  before.back().messageNumber == number;
-        return POPLib::retrCommand(number, insteadOfTop ? before.back().bodyLineLimit : 0);
-    }
-    if (keyword == "TOP") {
-        return POPLib::topCommand(number, limit);
-    }
-    if (keyword == "LIST") {
-        return POPLib::listCommand(number);
-    }
-    if (keyword == "UIDL") {
-        return POPLib::uidlCommand();
-    }
-    if (keyword == "DELE") {
-        return POPLib::deleCommand(number);
-    }
-    if (keyword == "USER") {
-        return POPLib::userCommand(argument);
-    }
-    if (keyword == "PASS") {
-        return POPLib::passCommand(argument);
-    }
-    if (keyword == "STAT") {
-        return POPLib::statCommand();
-    }
-    if (keyword == "QUIT") {
-        return POPLib::quitCommand();
-    }
-    throw std::invalid_argument("unknown command in a dialogue: " + line);
 }
 } // namespace
 
@@ -120,97 +91,68 @@ std::string Transcript::serverBytes() const {
     return bytes;
 }
 
-std::vector<std::string> Transcript::contentEvents() const {
-    std::vector<std::string> content;
-    std::copy_if(events.begin(), events.end(), std::back_inserter(content), [](const std::string& event) {
-        return event.starts_with("header ") || event.starts_with("body ");
-    });
-    return content;
+std::vector<std::string> transcriptNames(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(pathOf(folder))) {
+        if (entry.path().extension() == ".txt") {
+            names.push_back(entry.path().stem().string());
+        }
+    }
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
-std::vector<std::string> pop3TranscriptNames() {
-    return dialogueNames("pop3");
-}
-
-Transcript readPop3Transcript(const std::string& name) {
+Transcript readTranscript(const std::string& folder, const std::string& name) {
+    std::ifstream file(pathOf(folder) / (name + ".txt"));
+    if (!file) {
+        throw std::runtime_error("no such dialogue: " + name);
+    }
     Transcript transcript;
-    for (const DialogueLine& line : readDialogue("pop3", name)) {
-        addLine(transcript, line);
+    for (std::string line; std::getline(file, line);) {
+        if (!line.empty() && line.front() != '#') {
+            addLine(transcript, line.substr(0, 2), line.size() > 3 ? line.substr(3) : std::string());
+        }
     }
     return transcript;
 }
 
-std::vector<Command> commandsOf(const Transcript& transcript) {
-    std::vector<Command> commands;
-    for (const std::string& line : transcript.clientLines()) {
-        commands.push_back(commandOf(line, commands));
+std::string testNameOf(const std::string& transcriptName) {
+    std::string name = transcriptName;
+    for (char& character : name) {
+        character = std::isalnum(static_cast<unsigned char>(character)) != 0 ? character : '_';
     }
-    return commands;
+    return name;
 }
 
-Script scriptOf(const Transcript& transcript, std::size_t pieceOctets) {
-    std::vector<Step> steps;
+std::string testNameOf(const std::string& transcriptName, std::size_t pieceOctets) {
+    const bool whole = pieceOctets == 0 || pieceOctets == std::string::npos;
+    return testNameOf(transcriptName) + (whole ? "_Whole" : "_PiecesOf" + std::to_string(pieceOctets));
+}
+
+void play(const Transcript& transcript, Peer& peer, std::size_t pieceOctets) {
+    const std::size_t piece = transcript.atOnce ? 0 : pieceOctets;
     std::string bytes;
+    bool inMessage = false;
+    const auto say = [&] {
+        if (!bytes.empty()) {
+            peer.send(std::exchange(bytes, {}), piece);
+        }
+    };
     for (const Transcript::Turn& turn : transcript.turns) {
         if (turn.speaker == Transcript::Speaker::Server) {
             bytes += turn.text;
-        } else {
-            steps.emplace_back(Send{std::exchange(bytes, {}), pieceOctets});
-            steps.emplace_back(ExpectLine{});
+            continue;
         }
+        say();
+        if (!inMessage) {
+            peer.readLine();
+        } else if (turn.text == ".") {
+            while (peer.readLine() != ".") {
+            }
+        }
+        inMessage = (inMessage || turn.text == "DATA") && turn.text != ".";
     }
-    steps.emplace_back(Send{bytes, pieceOctets});
-    return Script(std::move(steps));
-}
-
-std::string describedHeader(const std::string& field, const std::string& value) {
-    return "header [" + escaped(field) + "] [" + escaped(value) + ']';
-}
-
-std::string describedBody(std::int64_t bytesTransferred, const std::string& text) {
-    return "body " + std::to_string(bytesTransferred) + " [" + escaped(text) + ']';
-}
-
-std::string described(const POPLib::Event& event) {
-    struct Describer {
-        std::string operator()(const POPLib::Greeted& greeted) const {
-            return "greeted [" + escaped(greeted.text) + ']';
-        }
-
-        std::string operator()(const POPLib::Accepted& accepted) const {
-            return std::string("accepted ") + keywordOf(accepted.kind) + " [" + escaped(accepted.text) + ']';
-        }
-
-        std::string operator()(const POPLib::Refused& refused) const {
-            return std::string("refused ") + keywordOf(refused.kind) + " [" + escaped(refused.text) + ']';
-        }
-
-        std::string operator()(const POPLib::GoOn& goOn) const {
-            return std::string("go on ") + keywordOf(goOn.kind) + " [" + escaped(goOn.text) + ']';
-        }
-
-        std::string operator()(const POPLib::HeaderLine& header) const {
-            return describedHeader(header.field, header.value);
-        }
-
-        std::string operator()(const POPLib::BodyLine& body) const {
-            return describedBody(body.bytesTransferred, body.text);
-        }
-
-        std::string operator()(const POPLib::ListingLine& line) const {
-            return "listed [" + escaped(line.text) + ']';
-        }
-
-        std::string operator()(const POPLib::ResponseEnded& ended) const {
-            return std::string("ended ") + keywordOf(ended.kind);
-        }
-
-        std::string operator()(const POPLib::Failed& failed) const {
-            return failed.kind == POPLib::FailureKind::TooLarge ? "failed too large" : "failed out of step";
-        }
-    };
-
-    return std::visit(Describer{}, event);
+    say();
 }
 
 } // namespace support

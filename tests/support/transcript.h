@@ -1,11 +1,11 @@
 #pragma once
 
-// Recorded POP3 dialogues as data; the format is described in tests/data/README.md.
+// Recorded dialogues of both protocols as data; their format is described in tests/data/README.md and
+// tests/data/smtp/README.md.
 
-#include "components/poplib/commands.h"
-#include "components/poplib/pop3_session.h"
 #include "tests/support/scripted_server.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -24,31 +24,37 @@ struct Transcript {
     std::vector<Turn> turns;
     /** What a session makes of it, in the words of described(). */
     std::vector<std::string> events;
+    /** The message has octets beyond ASCII. */
+    bool eightBit = false;
+    /** It depends on what comes in one piece, so that it cannot be played in smaller ones. */
+    bool atOnce = false;
     /** The run-time error that ends it for the program; 0 when none does. */
     int error = 0;
 
     std::vector<std::string> clientLines() const;
     std::string serverBytes() const;
-    /** Those of the events that the POP3 component raises: header and body lines. */
-    std::vector<std::string> contentEvents() const;
 };
 
-/** Names of the dialogues in tests/data/pop3, without folder and extension, in alphabetical order. */
-std::vector<std::string> pop3TranscriptNames();
+/**
+ * Names of the dialogues in this folder of tests/data, "pop3" or "smtp", without extension, in alphabetical
+ * order.
+ */
+std::vector<std::string> transcriptNames(const std::string& folder);
 
-Transcript readPop3Transcript(const std::string& name);
+/** \throws std::runtime_error when it is missing, std::invalid_argument when a line cannot be understood. */
+Transcript readTranscript(const std::string& folder, const std::string& name);
 
-/** The client's lines as commands; a RETR after a TOP for the same message has that one's limit. */
-std::vector<POPLib::Command> commandsOf(const Transcript& transcript);
+/** The name with an underscore for whatever a test's name cannot have. */
+std::string testNameOf(const std::string& transcriptName);
 
-/** A server that says the server's lines, waiting for a line wherever the client has one. */
-Script scriptOf(const Transcript& transcript, std::size_t pieceOctets = 0);
+/** The same, with the size of the pieces; 0 and npos stand for one piece. */
+std::string testNameOf(const std::string& transcriptName, std::size_t pieceOctets);
 
-/** The event in one line, as dialogues have it; whatever is not printable ASCII as \xHH. */
-std::string described(const POPLib::Event& event);
-
-/** The same for what the POP3 component raises. */
-std::string describedHeader(const std::string& field, const std::string& value);
-std::string describedBody(std::int64_t bytesTransferred, const std::string& text);
+/**
+ * Says the server's lines in pieces of so many octets, 0 for all at once, and hears a line wherever the
+ * client has one. Behind DATA it hears lines up to the final dot, whatever they are: the program writes a
+ * header of its own.
+ */
+void play(const Transcript& transcript, Peer& peer, std::size_t pieceOctets);
 
 } // namespace support

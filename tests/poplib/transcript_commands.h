@@ -1,0 +1,13 @@
+#pragma once
+
+#include "components/poplib/commands.h"
+#include "tests/support/transcript.h"
+
+#include <vector>
+
+namespace support {
+
+/** The client's lines as commands; a RETR after a TOP for the same message has that one's limit. */
+std::vector<POPLib::Command> commandsOf(const Transcript& transcript);
+
+} // namespace support
