@@ -1,6 +1,7 @@
 #include "components/controls/message_box.h"
 #include "email/settings_file.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "email/typed_host.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
@@ -83,7 +84,7 @@ void frmSetup::cboDrive_Change() {
     const int error = platform::errorNumberOf([this] { cboDir->setPath(cboDrive->drive()); });
     if (error == platform::errors::DeviceUnavailable) {
         controls::showMessage(QStringLiteral("The drive is not ready, please insert disk."),
-                              email::settings.Institution + QStringLiteral(" E-Mail"));
+                              email::programTitle());
         cboDrive->setDrive(cboDir->path());
     }
 }

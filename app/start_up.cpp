@@ -2,6 +2,7 @@
 #include "email/mailbox.h"
 #include "email/settings_file.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
@@ -48,7 +49,7 @@ void readSettingsFile() {
 }
 
 void applySettings(frmMain& main) {
-    const QString title = email::settings.Institution + QStringLiteral(" E-Mail");
+    const QString title = email::programTitle();
     // The message and the compose window give themselves the same title, when they are first needed.
     email::derived.WindowTitle = title;
     aboutWindow().setWindowTitle(title);

@@ -1,6 +1,7 @@
 #include "components/controls/message_box.h"
 #include "email/credentials.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
 #include "windows/frmFrom.h"
@@ -80,7 +81,7 @@ void frmSend::cmdAttach_Click() {
             QStringLiteral("This file cannot be attached: its name, or that of a folder it lies in, has a "
                            "backslash (\\) in it. Please copy the file to another folder or name and attach "
                            "the copy."),
-            email::settings.Institution + QStringLiteral(" E-Mail"));
+            email::programTitle());
         return;
     }
     if (error != 0) {
@@ -95,7 +96,7 @@ void frmSend::cmdAttach_Click() {
 
 void frmSend::cmdSendto_Click() {
     controls::showMessage(QStringLiteral("No address look-up is available here. Please type the address."),
-                          email::settings.Institution + QStringLiteral(" E-Mail"));
+                          email::programTitle());
 }
 
 void frmSend::cmdCCto_Click() {

@@ -1,6 +1,7 @@
 #include "components/controls/message_box.h"
 #include "email/credentials.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "message/kept_letter.h"
 #include "platform/runtime_error.h"
 #include "platform/user_folders.h"
@@ -72,8 +73,7 @@ bool frmSend::goOnWithKeptLetter() {
     controls::MessageBox offer{
         QStringLiteral("A letter that you were writing was neither sent nor cancelled.\n\nDo you want to go "
                        "on with it? No removes it."),
-        email::settings.Institution + QStringLiteral(" E-Mail"), controls::MessageIcon::Question,
-        controls::MessageButtons::YesNo};
+        email::programTitle(), controls::MessageIcon::Question, controls::MessageButtons::YesNo};
     offer.closingAnswer = controls::MessageAnswer::Yes;
     if (controls::showMessageBox(offer) == controls::MessageAnswer::No) {
         keptLetter.remove();

@@ -4,6 +4,7 @@
 #include "email/credentials.h"
 #include "email/own_files.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "message/composer.h"
 #include "platform/background.h"
 #include "platform/runtime_error.h"
@@ -27,10 +28,6 @@ namespace errors = platform::errors;
 namespace {
 constexpr const char* kEncodedFile = email::kEncodedOutgoingFileName;
 
-QString title() {
-    return email::settings.Institution + QStringLiteral(" E-Mail");
-}
-
 EncodedFile encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachment,
                              std::string_view closingLine) {
     codec.setSourceFile(attachment);
@@ -44,7 +41,7 @@ EncodedFile encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachme
 }
 
 void refuse(const QString& text, QLineEdit* missing) {
-    controls::showMessage(text, title());
+    controls::showMessage(text, email::programTitle());
     missing->setFocus();
 }
 
@@ -110,7 +107,7 @@ void frmSend::cmdSndit_Click() {
         bringUp();
     }
     controls::showMessage(QStringLiteral("Unable to send message. Error# ") + QString::number(error),
-                          title());
+                          email::programTitle());
     markWhatIsWrong(*this, error);
 }
 
@@ -159,7 +156,7 @@ void frmSend::send() {
 
     lblSending->setText(QString());
     barSending->setProgress(0);
-    controls::showMessage(QStringLiteral("Your message has been sent."), title());
+    controls::showMessage(QStringLiteral("Your message has been sent."), email::programTitle());
     cmdSndit->setEnabled(true);
     cmdCancel->setEnabled(true);
     unload(*this);

@@ -1,6 +1,6 @@
 #include "components/controls/message_box.h"
 #include "email/mailbox.h"
-#include "email/shared_settings.h"
+#include "email/titles.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
@@ -18,10 +18,6 @@ using email::mailbox;
 using POPLib::Request;
 
 namespace {
-QString title() {
-    return email::settings.Institution + QStringLiteral(" E-Mail");
-}
-
 /** Found out before the server is asked: a message whose row could not be taken out must not be deleted
  * there. */
 void mustBeInTheTable(std::int16_t number) {
@@ -69,14 +65,15 @@ void frmMain::cmdDelete_Click() {
     const int row = MailGrid->Row();
     // A row without a number is waiting for its message.
     if (row < 0 || MailGrid->TextMatrix(row, 0).trimmed().isEmpty()) {
-        controls::showMessage(QStringLiteral("Please select a message from the list first."), title());
+        controls::showMessage(QStringLiteral("Please select a message from the list first."),
+                              email::programTitle());
         return;
     }
     SelectedMessage = platform::toInteger16(MailGrid->TextMatrix(row, 0));
     MailGrid->showRow(row);
     const MessageAnswer answer =
         controls::showMessageBox({.text = QStringLiteral("Are you sure you want to delete this message?"),
-                                  .title = title(),
+                                  .title = email::programTitle(),
                                   .buttons = MessageButtons::YesNo,
                                   .defaultAnswer = MessageAnswer::No,
                                   .leftFree = MailGrid->placeOfRow(row)});
@@ -103,7 +100,7 @@ void frmMain::deleteSelected() {
     if (error != 0) {
         controls::showMessage(QStringLiteral("Message can not be deleted at this time.  Error# ") +
                                   QString::number(error),
-                              title());
+                              email::programTitle());
         pop.leave();
     }
 }

@@ -2,6 +2,7 @@
 #include "components/controls/message_box.h"
 #include "email/mailbox.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "message/forwarded_text.h"
 #include "platform/text.h"
 #include "reader/print_message.h"
@@ -39,7 +40,7 @@ QString addressToAnswer(const email::MessageSummary& message) {
     controls::showMessage(
         QStringLiteral("The sender's address has %1 bytes, which is too long. Please type the address.")
             .arg(message.From.size()),
-        email::settings.Institution + QStringLiteral(" E-Mail"));
+        email::programTitle());
     return {};
 }
 

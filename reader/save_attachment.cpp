@@ -2,6 +2,7 @@
 #include "email/opening.h"
 #include "email/own_files.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "message/safe_file_name.h"
 #include "platform/background.h"
 #include "platform/drives.h"
@@ -53,7 +54,7 @@ void frmFrom::cmdSave_Click() {
     if (error != 0) {
         controls::showMessage(QStringLiteral("Please make sure disk is ready. Error#") +
                                   QString::number(error),
-                              email::settings.Institution + QStringLiteral(" E-Mail"));
+                              email::programTitle());
         return;
     }
     controls::showMessage(QStringLiteral("Attachment has been saved to: ") + path,

@@ -3,6 +3,7 @@
 #include "email/credentials.h"
 #include "email/mailbox.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "email/typed_host.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
@@ -101,12 +102,13 @@ void startCheckTimer() {
 
 void frmLogin::cmdLogin_Click() {
     if (tUser->text().isEmpty()) {
-        controls::showMessage(QStringLiteral("User name must be entered to get mail."), boxTitle(" E-Mail"));
+        controls::showMessage(QStringLiteral("User name must be entered to get mail."),
+                              email::programTitle());
         tUser->setFocus();
         return;
     }
     if (tpwd->text().isEmpty()) {
-        controls::showMessage(QStringLiteral("Password must be entered to get mail."), boxTitle(" E-Mail"));
+        controls::showMessage(QStringLiteral("Password must be entered to get mail."), email::programTitle());
         tpwd->setFocus();
         return;
     }
@@ -180,13 +182,13 @@ void frmLogin::logInFailed(int error) {
     case errors::MailServerBusy:
         POP1.leave();
         controls::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
-                              boxTitle(" Mail Error"));
+                              email::titleEndingIn(" Mail Error"));
         mayTryAgain();
         break;
     case errors::LogOnRefused:
         // While the box is open, so is the session: a check started under it meets a busy mail server.
         controls::showMessage(QStringLiteral("Password Or User Name Wrong, Please Try Again ") + number,
-                              boxTitle(" Mail Error"));
+                              email::titleEndingIn(" Mail Error"));
         POP1.leave();
         mayTryAgain();
         markPassword();

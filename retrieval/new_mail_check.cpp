@@ -2,6 +2,7 @@
 #include "email/credentials.h"
 #include "email/mailbox.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -140,7 +141,7 @@ int openBoxes = 0;
 
 void tellOfFailedCheck(const QString& text, const char* titleEnding) {
     ++openBoxes;
-    controls::showMessage(text, boxTitle(titleEnding));
+    controls::showMessage(text, email::titleEndingIn(titleEnding));
     --openBoxes;
 }
 
@@ -193,7 +194,7 @@ void checkForNewMail() {
         : credentials.Password.isEmpty() ? QStringLiteral("Password Must Be Entered To Get Mail!")
                                          : QString();
     if (!missing.isEmpty()) {
-        controls::showMessage(missing, boxTitle(" Mail"));
+        controls::showMessage(missing, email::titleEndingIn(" Mail"));
         mainWindow().MailGrid->setRedraw(redrewBefore);
         return;
     }

@@ -6,6 +6,7 @@
 #include "email/header_events.h"
 #include "email/mailbox.h"
 #include "email/shared_settings.h"
+#include "email/titles.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
@@ -31,19 +32,15 @@ void welcomeOnMainWindow() {
     frmMain& main = mainWindow();
     main.setHourglass(true);
     main.setWindowTitle(QStringLiteral("Welcome ") + email::credentials.UserName + QStringLiteral(" To ") +
-                        email::settings.Institution + QStringLiteral(" E-Mail"));
+                        email::programTitle());
     // A check finds the window there, perhaps behind the one that somebody is writing in.
     if (!main.isVisible()) {
         main.bringUp();
     }
 }
 
-QString boxTitle(const char* ending) {
-    return email::settings.Institution + QLatin1String(ending);
-}
-
 void tellAndEnd(const QString& text, const char* titleEnding) {
-    controls::showMessage(text, boxTitle(titleEnding));
+    controls::showMessage(text, email::titleEndingIn(titleEnding));
     platform::endProgram();
 }
 

@@ -12,9 +12,6 @@ void logOnAndCount(POPLib::POP& pop);
 /** Shows the main window with its hourglass and the title that welcomes the member. */
 void welcomeOnMainWindow();
 
-/** The title of a message box: the institution's name and the ending. */
-QString boxTitle(const char* ending);
-
 /** Shows a box with the text and ends the program. */
 void tellAndEnd(const QString& text, const char* titleEnding);
 
