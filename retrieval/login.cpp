@@ -53,9 +53,7 @@ void prepareList(const POPLib::POP& pop) {
 
 void showMainWindowBusy() {
     frmMain& main = mainWindow();
-    for (QPushButton* button : {main.cmdRead, main.cmdCmpose, main.cmdDelete, main.cmdGetMail}) {
-        button->setEnabled(false);
-    }
+    main.enableMailButtons(false);
     main.MailGrid->setRedraw(false);
     // Or the keyboard would go to the only button that is left, which is Exit.
     main.setFocus();
@@ -67,9 +65,7 @@ void showMainWindowBusy() {
 void showMainWindowReady() {
     frmMain& main = mainWindow();
     main.setHourglass(false);
-    for (QPushButton* button : {main.cmdCmpose, main.cmdDelete, main.cmdRead, main.cmdGetMail}) {
-        button->setEnabled(true);
-    }
+    main.enableMailButtons(true);
 }
 
 void fetchAllSummaries(POPLib::POP& pop) {

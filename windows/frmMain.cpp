@@ -76,6 +76,12 @@ void frmMain::showEvent(QShowEvent* event) {
     Form::showEvent(event);
 }
 
+void frmMain::enableMailButtons(bool enabled) {
+    for (QPushButton* button : mailButtons()) {
+        button->setEnabled(enabled);
+    }
+}
+
 void frmMain::startAtTheList() {
     QWidget* const place = MailGrid->isEnabled() ? static_cast<QWidget*>(MailGrid) : cmdCmpose;
     place->setFocus();
@@ -91,7 +97,7 @@ void frmMain::startAtTheListIfNowhere() {
 void frmMain::layOut() {
     auto* buttons = new QHBoxLayout(Frame1);
     buttons->setContentsMargins(0, 0, 0, 0);
-    for (QPushButton* button : {cmdRead, cmdDelete, cmdCmpose, cmdGetMail}) {
+    for (QPushButton* button : mailButtons()) {
         button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
         buttons->addWidget(button);
     }

@@ -6,6 +6,7 @@
 #include "components/netcodelib/netcode.h"
 #include "windows/form.h"
 
+#include <array>
 #include <cstdint>
 
 class QAction;
@@ -55,6 +56,11 @@ class frmMain : public Form {
     MSComctlLib::ProgressBar* barProgress;
     controls::Timer* tmrCheckMail;
     NetCodeLib::NetCode ctrDecode;
+
+    /** What can be done with mail, from the left: Read, Delete, Compose and Get New Mail. */
+    std::array<QPushButton*, 4> mailButtons() const { return {cmdRead, cmdDelete, cmdCmpose, cmdGetMail}; }
+
+    void enableMailButtons(bool enabled);
 
     /** Gives the keyboard to the list, or to Compose Mail when the list is empty. */
     void startAtTheList();
