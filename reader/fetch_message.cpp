@@ -11,8 +11,6 @@
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
-#include <QPushButton>
-
 #include <algorithm>
 #include <cstdint>
 #include <optional>
@@ -25,11 +23,9 @@ using POPLib::Request;
 
 namespace {
 void enableButtonsAndList(bool enabled) {
-    const frmMain& main = mainWindow();
-    for (QWidget* control : std::initializer_list<QWidget*>{main.cmdCmpose, main.cmdDelete, main.cmdGetMail,
-                                                            main.cmdRead, main.MailGrid}) {
-        control->setEnabled(enabled);
-    }
+    frmMain& main = mainWindow();
+    main.enableMailButtons(enabled);
+    main.MailGrid->setEnabled(enabled);
 }
 
 /** Two odd texts stand where the header has no Subject or Date of its own. */

@@ -141,9 +141,7 @@ void openingFailed(int error) {
     // A log-on that was refused stays open until now.
     pop.leave();
     main.setEnabled(true);
-    for (QPushButton* button : {main.cmdRead, main.cmdDelete, main.cmdGetMail, main.cmdCmpose}) {
-        button->setEnabled(true);
-    }
+    main.enableMailButtons(true);
     main.MailGrid->setEnabled(true);
     // A disabled list loses the keyboard.
     main.MailGrid->setFocus();
@@ -169,8 +167,6 @@ void frmMain::MailGrid_DblClick() {
     messageWindow().tMessage->setFocus();
     MailGrid->setRowNew(messageWindow().OpenMessage, false);
     rest();
-    for (QPushButton* button : {cmdRead, cmdDelete, cmdGetMail, cmdCmpose}) {
-        button->setEnabled(true);
-    }
+    enableMailButtons(true);
     restartCheckTimer();
 }
