@@ -1,6 +1,7 @@
 #include "components/controls/message_box.h"
 #include "email/mailbox.h"
 #include "email/titles.h"
+#include "mailbox/log_on.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
@@ -27,7 +28,7 @@ void mustBeInTheTable(std::int16_t number) {
 }
 
 void deleteAtTheServer(POPLib::POP& pop, std::int16_t number) {
-    pop.issueRequest(Request::ConnectAndLogOn);
+    logOn(pop);
     pop.setCurrentMessage(number);
     pop.issueRequest(Request::DeleteCurrentMessage);
     // The message is gone only when the server has confirmed this.

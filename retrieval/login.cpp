@@ -8,7 +8,6 @@
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
-#include "platform/text.h"
 #include "retrieval/summaries.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -109,7 +108,6 @@ void frmLogin::cmdLogin_Click() {
         return;
     }
     takeUserName(tUser->text());
-    POP1.setLoginUser(platform::toBytes(credentials.UserName));
     setHourglass(true);
     if (focusWidget() == cmdLogin) {
         // A disabled button hands the keyboard on, and the next one would open the setup window.
@@ -119,7 +117,6 @@ void frmLogin::cmdLogin_Click() {
     mainWindow().tmrCheckMail->setEnabled(false);
     // A copy of its own: the field forgets what it holds.
     credentials.Password = QString(tpwd->text().constData(), tpwd->text().size());
-    POP1.setLoginPassword(platform::toBytes(credentials.Password));
 
     const bool another = loggingOn_;
     beginWaiting();

@@ -5,7 +5,6 @@
 #include "email/titles.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/runtime_error.h"
-#include "platform/text.h"
 #include "retrieval/summaries.h"
 #include "retrieval/wave_player_setup.h"
 #include "windows/frmLogin.h"
@@ -204,8 +203,6 @@ void checkForNewMail() {
     login.setHourglass(true);
     mainWindow().setHourglass(true);
     login.cmdLogin->setEnabled(false);
-    login.POP1.setLoginUser(platform::toBytes(credentials.UserName));
-    login.POP1.setLoginPassword(platform::toBytes(credentials.Password));
     ListedMail listed;
     const int error = platform::errorNumberOf([&] { checkAtTheServer(login, listed); });
     if (error != 0) {

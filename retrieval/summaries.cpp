@@ -5,8 +5,8 @@
 #include "email/credentials.h"
 #include "email/header_events.h"
 #include "email/mailbox.h"
-#include "email/shared_settings.h"
 #include "email/titles.h"
+#include "mailbox/log_on.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
@@ -21,8 +21,7 @@ constexpr int kSummaryBodyLines = 25;
 } // namespace
 
 void logOnAndCount(POPLib::POP& pop) {
-    pop.setMailServer(email::settings.POPServer);
-    pop.issueRequest(POPLib::Request::ConnectAndLogOn);
+    logOn(pop);
     email::credentials.LoggedOn = true;
     email::mailbox.MailboxBytes = pop.mailboxSize();
     email::mailbox.MessageCount = pop.messageCount();

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace POPLib {
+class POP;
+}
+
+/**
+ * Logs on to the member's mailbox: with the mail server, the name and the password of this run, whichever
+ * they are by now. \throws RuntimeError what POPLib::Request::ConnectAndLogOn raises.
+ */
+void logOn(POPLib::POP& pop);
