@@ -1,11 +1,9 @@
 #include "reader/fetch_message.h"
 
-#include "email/credentials.h"
 #include "email/mailbox.h"
 #include "email/opening.h"
-#include "email/shared_settings.h"
+#include "mailbox/log_on.h"
 #include "platform/runtime_error.h"
-#include "platform/text.h"
 #include "platform/while_true.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -16,7 +14,6 @@
 #include <optional>
 #include <utility>
 
-using email::credentials;
 using email::mailbox;
 using email::opening;
 using POPLib::Request;
@@ -76,10 +73,7 @@ void reserveBody(email::MessageSummary& message) {
 void fetchMessage() {
     enableButtonsAndList(false);
     POPLib::POP& pop = loginWindow().POP1;
-    pop.setLoginUser(platform::toBytes(credentials.UserName));
-    pop.setLoginPassword(platform::toBytes(credentials.Password));
-    pop.setMailServer(email::settings.POPServer);
-    pop.issueRequest(Request::ConnectAndLogOn);
+    logOn(pop);
     pop.setCurrentMessage(mailbox.CurrentMessage);
     email::MessageSummary& message = mailbox.Messages.at(mailbox.CurrentMessage);
     const std::optional<std::int32_t> size = pop.currentMessageSize();
