@@ -13,24 +13,43 @@
 #include <QComboBox>
 #include <QLineEdit>
 
+#include <array>
+#include <variant>
+
 namespace {
-email::SettingsFields fieldsOf(const frmSetup& window) {
-    return {.ShowSetup = window.cboSetup->currentText(),
-            .POPServer = window.txtPOP->text(),
-            .SMTPServer = window.txtSMTP->text(),
-            .DomainName = window.txtDomain->text(),
-            .Institution = window.txtSchool->text(),
-            .PlayWav = window.cboPlayWav->currentText(),
-            .ShowDatabase = window.cboShowDatabase->currentText(),
-            .SendAttachments = window.cboAttachments->currentText(),
-            .SaveDirectory = window.txtSaveDir->text(),
-            .AllowPrinting = window.cboPrinter->currentText(),
-            .SaveCopy = window.cboSaveCopy->currentText(),
-            .ShowGetMail = window.cboShowGetMail->currentText(),
-            .GetMailEvery = window.cboCheckNewMail->currentText(),
-            .LDAPServer = window.txtLDAPServer->text(),
-            .LDAPSearchBase = window.txtSearchBase->text(),
-            .AddressLookup = window.cboAddressIn->currentText()};
+using Fields = email::SettingsFields;
+
+/** Where a setting is edited: in a combo box or in a field for text. */
+struct Editor {
+    QString Fields::*setting;
+    std::variant<QComboBox * frmSetup::*, QLineEdit * frmSetup::*> control;
+};
+
+constexpr std::array<Editor, 16> kEditors = {{
+    {&Fields::ShowSetup, &frmSetup::cboSetup},
+    {&Fields::POPServer, &frmSetup::txtPOP},
+    {&Fields::SMTPServer, &frmSetup::txtSMTP},
+    {&Fields::DomainName, &frmSetup::txtDomain},
+    {&Fields::Institution, &frmSetup::txtSchool},
+    {&Fields::PlayWav, &frmSetup::cboPlayWav},
+    {&Fields::ShowDatabase, &frmSetup::cboShowDatabase},
+    {&Fields::SendAttachments, &frmSetup::cboAttachments},
+    {&Fields::SaveDirectory, &frmSetup::txtSaveDir},
+    {&Fields::AllowPrinting, &frmSetup::cboPrinter},
+    {&Fields::SaveCopy, &frmSetup::cboSaveCopy},
+    {&Fields::ShowGetMail, &frmSetup::cboShowGetMail},
+    {&Fields::GetMailEvery, &frmSetup::cboCheckNewMail},
+    {&Fields::LDAPServer, &frmSetup::txtLDAPServer},
+    {&Fields::LDAPSearchBase, &frmSetup::txtSearchBase},
+    {&Fields::AddressLookup, &frmSetup::cboAddressIn},
+}};
+
+QString textIn(const QComboBox& box) {
+    return box.currentText();
+}
+
+QString textIn(const QLineEdit& field) {
+    return field.text();
 }
 
 /** Shows the text as the combo box's own, be it one of its items or not. */
@@ -38,6 +57,26 @@ void showText(QComboBox& box, const QString& text) {
     // The item that the text is, so that the list drops down on it and the arrow keys go on from there.
     box.setCurrentIndex(box.findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
     box.setEditText(text);
+}
+
+void showText(QLineEdit& field, const QString& text) {
+    field.setText(text);
+}
+
+Fields fieldsIn(const frmSetup& window) {
+    Fields fields;
+    for (const Editor& editor : kEditors) {
+        std::visit([&](auto control) { fields.*editor.setting = textIn(*(window.*control)); },
+                   editor.control);
+    }
+    return fields;
+}
+
+void showFields(const frmSetup& window, const Fields& fields) {
+    for (const Editor& editor : kEditors) {
+        std::visit([&](auto control) { showText(*(window.*control), fields.*editor.setting); },
+                   editor.control);
+    }
 }
 
 /** Puts drive and folders where attachments go now, or to C: when there is no such folder. */
@@ -54,23 +93,7 @@ void startLists(const frmSetup& window) {
 void frmSetup::Form_Load() {
     // Before the fields, since a change of folder writes the one of the attachment directory.
     startLists(*this);
-    const email::SettingsFields current = email::fieldsOf(email::settingsOfFile());
-    showText(*cboSetup, current.ShowSetup);
-    txtPOP->setText(current.POPServer);
-    txtSMTP->setText(current.SMTPServer);
-    txtDomain->setText(current.DomainName);
-    txtSchool->setText(current.Institution);
-    showText(*cboPlayWav, current.PlayWav);
-    showText(*cboShowDatabase, current.ShowDatabase);
-    showText(*cboAttachments, current.SendAttachments);
-    txtSaveDir->setText(current.SaveDirectory);
-    showText(*cboPrinter, current.AllowPrinting);
-    showText(*cboSaveCopy, current.SaveCopy);
-    showText(*cboShowGetMail, current.ShowGetMail);
-    showText(*cboCheckNewMail, current.GetMailEvery);
-    txtLDAPServer->setText(current.LDAPServer);
-    txtSearchBase->setText(current.LDAPSearchBase);
-    showText(*cboAddressIn, current.AddressLookup);
+    showFields(*this, email::fieldsOf(email::settingsOfFile()));
     cboAddressIn_Click();
 }
 
@@ -96,7 +119,7 @@ void frmSetup::cboDir_Change() {
 
 void frmSetup::cmdUpdate_Click() {
     platform::writeWholeFile(QLatin1String(email::kSettingsFileName),
-                             email::settingsFileText(fieldsOf(*this), email::settingsOfFile()));
+                             email::settingsFileText(fieldsIn(*this), email::settingsOfFile()));
     hide();
     controls::showMessageBox(
         {QStringLiteral("You must restart Brindlewake in order for changes to take effect."),

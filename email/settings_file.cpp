@@ -2,17 +2,71 @@
 
 #include "platform/text.h"
 
+#include <array>
+
 namespace email {
 
 namespace {
-QString yesOrNo(const QString& value) {
-    return isYes(value) ? QStringLiteral("yes") : QStringLiteral("no");
-}
+enum class Reading { AsItStands, YesOrNo };
+
+/** One line of the file: a section's name, or a setting's key with the places that its value has. */
+struct Line {
+    const char* text;
+    QString SettingsFields::*field = nullptr;
+    /** Null for GetMailEvery, the only number. */
+    QString Settings::*value = nullptr;
+    Reading reading = Reading::AsItStands;
+
+    bool isSection() const { return field == nullptr; }
+};
+
+/** The file, from its first line to its last. */
+constexpr std::array<Line, 19> kLines = {{
+    {"ShowSetup", &SettingsFields::ShowSetup, &Settings::ShowSetup, Reading::YesOrNo},
+    {"[MailServer Info]"},
+    {"POPServer", &SettingsFields::POPServer, &Settings::POPServer},
+    {"SMTPServer", &SettingsFields::SMTPServer, &Settings::SMTPServer},
+    {"DomainName", &SettingsFields::DomainName, &Settings::DomainName},
+    {"[Institution Properties]"},
+    {"Institution", &SettingsFields::Institution, &Settings::Institution},
+    {"[Application Options]"},
+    {"PlayWav", &SettingsFields::PlayWav, &Settings::PlayWav, Reading::YesOrNo},
+    {"ShowDatabase", &SettingsFields::ShowDatabase, &Settings::ShowDatabase, Reading::YesOrNo},
+    {"SendAttachments", &SettingsFields::SendAttachments, &Settings::SendAttachments, Reading::YesOrNo},
+    // From here on the values stay as they are written; whoever uses one compares it with "yes".
+    {"SaveDirectory", &SettingsFields::SaveDirectory, &Settings::SaveDirectory},
+    {"AllowPrinting", &SettingsFields::AllowPrinting, &Settings::AllowPrinting},
+    {"SaveCopy", &SettingsFields::SaveCopy, &Settings::SaveCopy},
+    {"ShowGetMail", &SettingsFields::ShowGetMail, &Settings::ShowGetMail},
+    {"GetMailEvery", &SettingsFields::GetMailEvery},
+    {"LDAPServer", &SettingsFields::LDAPServer, &Settings::LDAPServer},
+    {"LDAPSearchBase", &SettingsFields::LDAPSearchBase, &Settings::LDAPSearchBase},
+    {"AddressLookup", &SettingsFields::AddressLookup, &Settings::AddressLookup},
+}};
 
 QString onOneLine(QString value) {
     value.replace(u'\r', u' ');
     value.replace(u'\n', u' ');
     return value;
+}
+
+void store(const Line& line, const QString& value, Settings& settings) {
+    if (line.value == nullptr) {
+        settings.GetMailEvery = platform::toInteger16(value);
+    } else if (line.reading == Reading::YesOrNo) {
+        settings.*line.value = isYes(value) ? QStringLiteral("yes") : QStringLiteral("no");
+    } else {
+        settings.*line.value = value;
+    }
+}
+
+/** What follows from the setting of this line; known before the next line is read, which may fail. */
+void derive(const Line& line, const Settings& settings, DerivedValues& derived) {
+    if (line.value == &Settings::DomainName) {
+        derived.AtDomain = u'@' + settings.DomainName;
+    } else if (line.value == &Settings::PlayWav) {
+        derived.WavCommand = isYes(settings.PlayWav) ? QStringLiteral("play") : QStringLiteral("close");
+    }
 }
 } // namespace
 
@@ -23,78 +77,41 @@ std::string valueOfLine(const std::string& line) {
 
 void readSettings(const NextLine& nextLine, Settings& settings, DerivedValues& derived,
                   const ShowSetupButton& showSetupButton) {
-    const auto value = [&nextLine] { return platform::fromBytes(valueOfLine(nextLine())); };
-    settings.ShowSetup = yesOrNo(value());
-    showSetupButton(isYes(settings.ShowSetup));
-    nextLine(); // [MailServer Info]
-    settings.POPServer = value();
-    settings.SMTPServer = value();
-    settings.DomainName = value();
-    derived.AtDomain = u'@' + settings.DomainName;
-    nextLine(); // [Institution Properties]
-    settings.Institution = value();
-    nextLine(); // [Application Options]
-    settings.PlayWav = yesOrNo(value());
-    derived.WavCommand = isYes(settings.PlayWav) ? QStringLiteral("play") : QStringLiteral("close");
-    settings.ShowDatabase = yesOrNo(value());
-    settings.SendAttachments = yesOrNo(value());
-    // From here on the values stay as they are written; whoever uses one compares it with "yes".
-    settings.SaveDirectory = value();
-    settings.AllowPrinting = value();
-    settings.SaveCopy = value();
-    settings.ShowGetMail = value();
-    settings.GetMailEvery = platform::toInteger16(value());
-    settings.LDAPServer = value();
-    settings.LDAPSearchBase = value();
-    settings.AddressLookup = value();
+    for (const Line& line : kLines) {
+        const std::string read = nextLine();
+        if (line.isSection()) {
+            continue;
+        }
+        store(line, platform::fromBytes(valueOfLine(read)), settings);
+        derive(line, settings, derived);
+        if (line.value == &Settings::ShowSetup) {
+            showSetupButton(isYes(settings.ShowSetup));
+        }
+    }
 }
 
 SettingsFields fieldsOf(const Settings& settings) {
-    return {settings.ShowSetup,
-            settings.POPServer,
-            settings.SMTPServer,
-            settings.DomainName,
-            settings.Institution,
-            settings.PlayWav,
-            settings.ShowDatabase,
-            settings.SendAttachments,
-            settings.SaveDirectory,
-            settings.AllowPrinting,
-            settings.SaveCopy,
-            settings.ShowGetMail,
-            QString::number(settings.GetMailEvery),
-            settings.LDAPServer,
-            settings.LDAPSearchBase,
-            settings.AddressLookup};
+    SettingsFields fields;
+    for (const Line& line : kLines) {
+        if (!line.isSection()) {
+            fields.*line.field =
+                line.value != nullptr ? settings.*line.value : QString::number(settings.GetMailEvery);
+        }
+    }
+    return fields;
 }
 
 std::string settingsFileText(const SettingsFields& fields, const Settings& current) {
     const SettingsFields old = fieldsOf(current);
     QString text;
-    const auto section = [&text](QLatin1String line) { text += line + QLatin1String("\r\n"); };
-    const auto setting = [&](QLatin1String key, QString SettingsFields::*field) {
-        const QString& value = (fields.*field).isEmpty() ? old.*field : fields.*field;
-        text += key + u'=' + onOneLine(value) + QLatin1String("\r\n");
-    };
-    setting(QLatin1String("ShowSetup"), &SettingsFields::ShowSetup);
-    section(QLatin1String("[MailServer Info]"));
-    setting(QLatin1String("POPServer"), &SettingsFields::POPServer);
-    setting(QLatin1String("SMTPServer"), &SettingsFields::SMTPServer);
-    setting(QLatin1String("DomainName"), &SettingsFields::DomainName);
-    section(QLatin1String("[Institution Properties]"));
-    setting(QLatin1String("Institution"), &SettingsFields::Institution);
-    section(QLatin1String("[Application Options]"));
-    setting(QLatin1String("PlayWav"), &SettingsFields::PlayWav);
-    setting(QLatin1String("ShowDatabase"), &SettingsFields::ShowDatabase);
-    setting(QLatin1String("SendAttachments"), &SettingsFields::SendAttachments);
-    setting(QLatin1String("SaveDirectory"), &SettingsFields::SaveDirectory);
-    setting(QLatin1String("AllowPrinting"), &SettingsFields::AllowPrinting);
-    setting(QLatin1String("SaveCopy"), &SettingsFields::SaveCopy);
-    setting(QLatin1String("ShowGetMail"), &SettingsFields::ShowGetMail);
-    setting(QLatin1String("GetMailEvery"), &SettingsFields::GetMailEvery);
-    setting(QLatin1String("LDAPServer"), &SettingsFields::LDAPServer);
-    setting(QLatin1String("LDAPSearchBase"), &SettingsFields::LDAPSearchBase);
-    setting(QLatin1String("AddressLookup"), &SettingsFields::AddressLookup);
+    for (const Line& line : kLines) {
+        text += QLatin1String(line.text);
+        if (!line.isSection()) {
+            const QString& value = (fields.*line.field).isEmpty() ? old.*line.field : fields.*line.field;
+            text += u'=' + onOneLine(value);
+        }
+        text += QLatin1String("\r\n");
+    }
     return platform::toBytes(text);
 }
 
