@@ -3,6 +3,7 @@
 #include "components/controls/error_meanings.h"
 #include "components/controls/message_box.h"
 #include "components/controls/pasted_text.h"
+#include "components/controls/room_in_memory.h"
 #include "components/controls/shown_breaks.h"
 #include "components/controls/shown_lines.h"
 #include "platform/runtime_error.h"
@@ -25,16 +26,6 @@ namespace controls {
 
 namespace {
 constexpr QChar kLineSeparator(0x2028);
-
-/**
- * Raises 7 where that much memory cannot be had. A document that runs out of it in the middle of a change is
- * of no more use, and what is in it is lost; so this is asked before.
- */
-void mustHaveRoomFor(std::size_t bytes) {
-    const auto room = std::make_unique_for_overwrite<char[]>(bytes);
-    // Or the compiler leaves out what nobody looks at.
-    static_cast<volatile char&>(room[0]) = 0;
-}
 
 /** Letters of one width, as authors line up their mail; the size is left to the window. */
 QFont fontOfMail() {
