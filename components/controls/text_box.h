@@ -70,11 +70,13 @@ class TextBox : public QPlainTextEdit {
     std::function<void()> Filled;
 
   protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+    // text_box_editing.cpp
     QMimeData* createMimeDataFromSelection() const override;
     void keyPressEvent(QKeyEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
-    void resizeEvent(QResizeEvent* event) override;
 
   private:
     void fill();
@@ -84,9 +86,11 @@ class TextBox : public QPlainTextEdit {
     void tellWhatIsNotShown();
     void placeNote();
     void noteChange(int position, int charactersAdded);
+    std::string_view line(std::size_t number) const;
+
+    // text_box_editing.cpp
     void takeIn(const QString& text);
     void tellLater(const QString& text);
-    std::string_view line(std::size_t number) const;
 
     std::string original_;
     /** Where the shown lines of the original start. Never empty: an empty text is one empty line. */
