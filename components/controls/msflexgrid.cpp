@@ -1,80 +1,19 @@
 #include "components/controls/msflexgrid.h"
 
 #include "components/controls/full_width_header.h"
+#include "components/controls/grid_cells.h"
 #include "components/controls/resting_palette.h"
-#include "platform/reading_order.h"
 #include "platform/runtime_error.h"
 
 #include <QAccessible>
 #include <QEvent>
 #include <QHeaderView>
-#include <QHelpEvent>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyledItemDelegate>
-#include <QToolTip>
 
 #include <algorithm>
 
 namespace MSFlexGridLib {
-
-namespace {
-/** Kept in the first cell of a row: whether the row is new. */
-constexpr int kNewRole = Qt::UserRole;
-
-class CellPainter : public QStyledItemDelegate {
-  public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    /** A text that is seen as a whole needs no tip. */
-    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
-                   const QModelIndex& index) override {
-        if (event->type() == QEvent::ToolTip &&
-            sizeHint(option, index).width() <= view->visualRect(index).width()) {
-            QToolTip::hideText();
-            return true;
-        }
-        return QStyledItemDelegate::helpEvent(event, view, option, index);
-    }
-
-  protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-        QStyledItemDelegate::initStyleOption(option, index);
-        // Blanks that pad a cell to its width are not worth three dots where the column is narrower.
-        while (option->text.endsWith(u' ')) {
-            option->text.chop(1);
-        }
-        if (index.siblingAtColumn(0).data(kNewRole).toBool()) {
-            option->font.setBold(true);
-            option->fontMetrics = QFontMetrics(option->font);
-        }
-        // The chosen row is seen as well where another window has the keyboard.
-        option->state |= QStyle::State_Active;
-        if (option->direction == Qt::RightToLeft) {
-            option->text = platform::inItsOwnOrder(option->text);
-        }
-        // A row is one line high: what hangs from its top and what is centred stand on one line.
-        option->displayAlignment = (option->displayAlignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
-    }
-};
-
-/** One cell. A column may be too narrow for its text, so that the tip has all of it. */
-class Cell : public QTableWidgetItem {
-  public:
-    QVariant data(int role) const override {
-        if (role == Qt::AccessibleTextRole) {
-            // Nobody wants to hear of blanks that only pad the text.
-            return text().trimmed();
-        }
-        if (role != Qt::ToolTipRole) {
-            return QTableWidgetItem::data(role);
-        }
-        // Blanks that only pad the text are no news. Marked as rich text, or the signs that escape it would
-        // be seen.
-        return QStringLiteral("<p>") + text().trimmed().toHtmlEscaped() + QStringLiteral("</p>");
-    }
-};
-} // namespace
 
 MSFlexGrid::MSFlexGrid(int columns, QWidget* parent)
     : QTableWidget(1, columns, parent), alignments_(columns, Qt::AlignLeft | Qt::AlignVCenter) {
