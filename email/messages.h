@@ -23,6 +23,8 @@ struct MessageSummary {
     std::string Boundary;
     /** File name of the attachment; set when the message is opened. */
     std::string AttachmentName;
+    /** The header of a message that was opened, as it came: every line followed by CR LF. */
+    std::string RawHeader = {};
 };
 
 /** The table of message summaries, indexed by the message's number on the server. */

@@ -1,10 +1,13 @@
 #include "message/mime_parser.h"
 
+#include "message/part_headers.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace {
 using platform::inStr;
@@ -97,9 +100,9 @@ void takeAlternative(std::string_view part, StrippedText& text) {
         }
     }
 }
-} // namespace
 
-void parseMultipart(std::string_view body, std::string_view boundary, const MimeTarget& target) {
+void readParts(std::string_view body, std::string_view boundary, StrippedText& text,
+               std::vector<FoundAttachment>& attachments) {
     Parts parts(body, boundary);
     PartType type;
     for (int number = 1; number <= kMaximumParts; ++number) {
@@ -109,14 +112,24 @@ void parseMultipart(std::string_view body, std::string_view boundary, const Mime
         }
         type.read(*part);
         if (type.type == "text/html" || type.type == "text/plain") {
-            target.text.setOrAppend(withoutPartHeaders(type.cut(*part)));
-            stripTwice(target.text);
+            text.setOrAppend(withoutPartHeaders(type.cut(*part)));
+            stripTwice(text);
         } else if (isAttachment(type.type)) {
-            target.attachment(quoted(*part, inStr(1, *part, "name=")), *part);
+            attachments.push_back({std::string(quoted(*part, inStr(1, *part, "name="))), *part});
         } else if (type.type.starts_with("message/rfc822")) {
-            target.text.setOrAppend(withoutPartHeaders(type.cut(*part)));
+            text.setOrAppend(withoutPartHeaders(type.cut(*part)));
         } else if (type.type == "multipart/alternative") {
-            takeAlternative(*part, target.text);
+            takeAlternative(*part, text);
         }
     }
+}
+} // namespace
+
+ReadMessage readMultipart(std::string_view body, std::string_view boundary) {
+    ReadMessage read;
+    StrippedText text;
+    const int ended = platform::errorNumberOf([&] { readParts(body, boundary, text, read.attachments); });
+    const int taken = platform::errorNumberOf([&] { read.text = text.view(); });
+    read.error = ended != 0 ? ended : taken;
+    return read;
 }

@@ -29,6 +29,7 @@ void enableButtonsAndList(bool enabled) {
 void resetForOpening(email::MessageSummary& message) {
     message.From.clear();
     message.HeaderText.clear();
+    message.RawHeader.clear();
     message.ContentType.clear();
     message.Boundary.clear();
     message.BodyText.clear();

@@ -4,7 +4,7 @@
 #include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "message/attachment_file.h"
-#include "message/mime_parser.h"
+#include "message/reader_in_use.h"
 #include "platform/background.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
@@ -23,14 +23,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 using email::mailbox;
 using email::opening;
 namespace errors = platform::errors;
 
 namespace {
-constexpr std::int32_t kLargestPlainMessage = 32'000; // bytes
-/** From this size on, a body is parsed while the window lives on. */
+/** From this size on, a body is read while the window lives on. */
 constexpr std::size_t kLongBody = 1U << 20U;
 
 /** Bytes of a header's value that a field shows, and a title, which the system's window manager shows. */
@@ -52,39 +52,51 @@ frmFrom& emptyMessageWindow() {
     return window;
 }
 
-void showPlain(const email::MessageSummary& message, frmFrom& window) {
-    if (message.Size <= kLargestPlainMessage) {
-        window.tMessage->setBytes(message.BodyText);
-        return;
-    }
-    controls::showMessage(QStringLiteral("There was a problem with the message header."),
-                          QStringLiteral("Brindlewake"));
-}
-
-/** Parses the body into the window. Whatever was found before an error stays there. */
-void showMultipart(email::MessageSummary& message, frmFrom& window) {
-    StrippedText text;
+/** What reading has made of a message, with its attachments kept in the attachment's file. */
+struct KeptMessage {
+    ReadMessage read;
+    /** The file name of the attachment that was kept last, or failed to be. */
     std::optional<std::string> attachment;
-    const MimeTarget target{text, [&attachment](std::string_view name, std::string_view part) {
-                                attachment = name;
-                                writeAttachment(part);
-                            }};
-    const int error = platform::errorNumberOf([&] {
-        const auto parse = [&] { parseMultipart(message.BodyText, message.Boundary, target); };
-        if (message.BodyText.size() < kLongBody) {
-            parse();
-        } else {
-            platform::runInBackground(parse);
+    int error = 0;
+};
+
+/** Reads the message, and keeps each attachment in the place of the one before. */
+KeptMessage readAndKeep(const email::MessageSummary& message) {
+    KeptMessage kept{readMessage(message), {}, 0};
+    kept.error = platform::errorNumberOf([&kept] {
+        for (const FoundAttachment& attachment : kept.read.attachments) {
+            kept.attachment = attachment.name;
+            writeAttachment(attachment.part);
         }
     });
-    if (attachment) {
-        message.AttachmentName = *attachment;
-        opening.CurrentAttachment = *attachment;
-        window.txtAttachments->setText(oneLine(*attachment));
+    if (kept.error == 0) {
+        kept.error = kept.read.error;
     }
-    window.tMessage->setBytes(std::string(text.view()));
-    if (error != 0) {
-        throw platform::RuntimeError(error);
+    return kept;
+}
+
+/** Reads the message into the window. Whatever was found before an error stays there. */
+void showMessage(email::MessageSummary& message, frmFrom& window) {
+    KeptMessage kept;
+    const auto read = [&] { kept = readAndKeep(message); };
+    if (message.BodyText.size() < kLongBody) {
+        read();
+    } else {
+        platform::runInBackground(read);
+    }
+    if (!kept.read.text && kept.error == 0) {
+        controls::showMessage(QStringLiteral("There was a problem with the message header."),
+                              QStringLiteral("Brindlewake"));
+        return;
+    }
+    if (kept.attachment) {
+        message.AttachmentName = *kept.attachment;
+        opening.CurrentAttachment = *kept.attachment;
+        window.txtAttachments->setText(oneLine(*kept.attachment));
+    }
+    window.tMessage->setBytes(std::move(kept.read.text).value_or(std::string()));
+    if (kept.error != 0) {
+        throw platform::RuntimeError(kept.error);
     }
     window.cmdSave->setEnabled(!window.txtAttachments->text().isEmpty());
 }
@@ -121,11 +133,7 @@ void openMessage(int number) {
         // A long value is read from its start.
         field->setCursorPosition(0);
     }
-    if (message.Boundary.empty()) {
-        showPlain(message, window);
-    } else {
-        showMultipart(message, window);
-    }
+    showMessage(message, window);
 }
 
 /** After a failure everything can be used again; but not while another session works with it. */

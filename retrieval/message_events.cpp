@@ -8,6 +8,10 @@ void frmLogin::POP1_Header(const std::string& Field, const std::string& Value) {
     email::mailbox.headerEvents.add(email::mailbox.Messages.at(email::mailbox.CurrentMessage), Field, Value);
 }
 
+void frmLogin::POP1_RawHeader(const std::string& Line) {
+    email::mailbox.Messages.at(email::mailbox.CurrentMessage).RawHeader.append(Line).append("\r\n");
+}
+
 void frmLogin::POP1_Transfer(std::int32_t BytesTransferred, const std::string& Text) {
     email::mailbox.Messages.at(email::mailbox.CurrentMessage).BodyText.append(Text).append("\r\n");
     if (email::opening.Retrieving) {

@@ -32,6 +32,7 @@ class frmLogin : public Form {
     void logInFailed(int error);
 
     // retrieval/message_events.cpp
+    void POP1_RawHeader(const std::string& Line);
     void POP1_Header(const std::string& Field, const std::string& Value);
     void POP1_Transfer(std::int32_t BytesTransferred, const std::string& Text);
     void POP1_PITrail(POPLib::Direction Direction, const std::string& Message);

@@ -9,7 +9,7 @@
 #include "email/messages.h"
 #include "email/own_files.h"
 #include "message/attachment_file.h"
-#include "message/mime_parser.h"
+#include "message/house_reader.h"
 #include "platform/background.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
@@ -49,14 +49,14 @@ void fetch(const QString& server, email::MessageSummary& message) {
 }
 
 void parse(const email::MessageSummary& message) {
-    StrippedText text;
-    std::string attachment;
-    const MimeTarget target{text, [&attachment](std::string_view name, std::string_view part) {
-                                attachment = name;
-                                writeAttachment(part);
-                            }};
-    platform::runInBackground([&] { parseMultipart(message.BodyText, message.Boundary, target); });
-    if (attachment.empty() || text.empty()) {
+    ReadMessage read;
+    platform::runInBackground([&] {
+        read = readHouseMessage(message);
+        for (const FoundAttachment& attachment : read.attachments) {
+            writeAttachment(attachment.part);
+        }
+    });
+    if (read.attachments.empty() || read.text.value_or(std::string()).empty()) {
         throw std::runtime_error("the message should have a text and an attachment");
     }
 }

@@ -1,7 +1,7 @@
 #include "bench/reading/readers.h"
 #include "email/header_events.h"
 #include "email/messages.h"
-#include "message/mime_parser.h"
+#include "message/house_reader.h"
 #include "platform/text.h"
 
 #include <algorithm>
@@ -39,16 +39,12 @@ ReadMessage read(std::string_view message) {
     ReadMessage result;
     email::MessageSummary summary;
     const std::string_view body = takeHeader(message, summary);
-    StrippedText text;
-    if (summary.Boundary.empty()) {
-        text.set(body);
-    } else {
-        parseMultipart(body, summary.Boundary,
-                       {text, [&result](std::string_view name, std::string_view /*part*/) {
-                            result.attachments.emplace_back(name);
-                        }});
+    summary.BodyText = body;
+    const ::ReadMessage read = readHouseMessage(summary);
+    for (const FoundAttachment& attachment : read.attachments) {
+        result.attachments.push_back(attachment.name);
     }
-    result.text = platform::toBytes(platform::fromBytes(text.view()));
+    result.text = platform::toBytes(platform::fromBytes(read.text.value_or(std::string())));
     return result;
 }
 } // namespace

@@ -125,10 +125,14 @@ void POP::logOff() {
 
 void POP::retrieve() {
     const auto take = [this](const Event& event) { raise(event); };
+    const auto takeWhole = [this](const Event& event) {
+        raiseRawHeader(event);
+        raise(event);
+    };
     if (bodyLineLimit_ > 0) {
         // A list has a row for every message, also for one without any events.
         listed_.list(*this, currentMessage_, bodyLineLimit_, limits_, take);
-    } else if (!readResponse(*this, retrCommand(currentMessage_), take)) {
+    } else if (!readResponse(*this, retrCommand(currentMessage_), takeWhole)) {
         throw RuntimeError(errors::MessageNotGiven);
     }
 }
@@ -138,6 +142,13 @@ void POP::deleteCurrent() {
         throw RuntimeError(errors::MailServerTrouble);
     }
     listed_.deleteMessage(*this, currentMessage_, limits_);
+}
+
+void POP::raiseRawHeader(const Event& event) const {
+    const auto* const header = std::get_if<HeaderLine>(&event);
+    if (header != nullptr && RawHeader) {
+        RawHeader(std::string(header->field).append(header->separator).append(header->value));
+    }
 }
 
 void POP::raise(const Event& event) {

@@ -78,6 +78,9 @@ class POP : private Exchange {
 
     /** Raised for every header line; `field` is empty for a folded continuation line. */
     std::function<void(const std::string& field, const std::string& value)> Header;
+    /** Raised for every header line of a whole message, before Header: the line as it came, without its end.
+     */
+    std::function<void(const std::string& line)> RawHeader;
     /** Raised for every body line, with the bytes of this message received so far. */
     std::function<void(std::int32_t bytesTransferred, const std::string& text)> Transfer;
     /** Raised for every command and every status line. A password is never in it. */
@@ -142,6 +145,7 @@ class POP : private Exchange {
     void logOff();
     void retrieve();
     void deleteCurrent();
+    void raiseRawHeader(const Event& event) const;
     void raise(const Event& event);
 
     // pop_dialogue.cpp

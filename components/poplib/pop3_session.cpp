@@ -45,11 +45,13 @@ HeaderLine headerLine(std::string_view line) {
         return {std::string(line), {}, false};
     }
     std::string_view value = line.substr(colon + 1);
+    std::string_view separator = ":";
     // One space after the colon is punctuation; any further one belongs to the value.
     if (!value.empty() && isSpace(value.front())) {
+        separator = value.front() == ' ' ? ": " : ":\t";
         value.remove_prefix(1);
     }
-    return {std::string(line.substr(0, colon)), std::string(value), false};
+    return {std::string(line.substr(0, colon)), std::string(value), false, separator};
 }
 } // namespace
 

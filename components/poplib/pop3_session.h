@@ -51,6 +51,9 @@ struct HeaderLine {
     std::string value;
     /** The line was longer than a listing keeps, and this is its first part. */
     bool cut = false;
+    /** What stands between field and value: a colon, and the one space or tab behind it that is punctuation.
+     */
+    std::string_view separator = {};
 };
 
 /** One line of a message's body, without its line end and without a stuffed dot. */

@@ -27,7 +27,8 @@ TEST(Messages, ANumberOutsideTheTableIsErrorNine) {
 }
 
 TEST(Messages, AMessageReadyForListingShowsAnApostropheForSubjectAndDate) {
-    email::MessageSummary summary{"from", "subject", "date", "header", 7, "body", "type", "boundary", "name"};
+    email::MessageSummary summary{"from", "subject", "date",     "header", 7,
+                                  "body", "type",    "boundary", "name",   {}};
     email::resetForListing(summary);
     EXPECT_EQ(summary.Subject, "'");
     EXPECT_EQ(summary.Date, "'");
@@ -38,7 +39,8 @@ TEST(Messages, AMessageReadyForListingShowsAnApostropheForSubjectAndDate) {
 }
 
 TEST(Messages, ListingAgainKeepsBodySizeAndAttachmentName) {
-    email::MessageSummary summary{"from", "subject", "date", "header", 7, "body", "type", "boundary", "name"};
+    email::MessageSummary summary{"from", "subject", "date",     "header", 7,
+                                  "body", "type",    "boundary", "name",   {}};
     email::resetForListing(summary);
     EXPECT_EQ(summary.BodyText, "body");
     EXPECT_EQ(summary.Size, 7);

@@ -31,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const support::OpenedMessage whole = support::opened(message, std::string_view::npos);
     fuzz::require(whole.error == 0 || whole.error == platform::errors::InvalidProcedureCall,
                   "opening raises only the documented error");
-    for (const support::FoundAttachment& attachment : whole.attachments) {
+    for (const support::DecodedAttachment& attachment : whole.attachments) {
         fuzz::require(attachment.error == 0 || attachment.error == platform::errors::BadEncodedText,
                       "saving raises only the documented error");
         for (const std::size_t pieceOctets : std::initializer_list<std::size_t>{1, 2, 3, 7}) {

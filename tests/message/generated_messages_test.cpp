@@ -73,7 +73,7 @@ class HostileMessage : public testing::TestWithParam<HostileShape> {};
 
 std::vector<std::string> namesIn(const OpenedMessage& message) {
     std::vector<std::string> names;
-    for (const support::FoundAttachment& attachment : message.attachments) {
+    for (const support::DecodedAttachment& attachment : message.attachments) {
         names.push_back(attachment.name);
     }
     return names;

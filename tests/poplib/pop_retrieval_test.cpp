@@ -54,6 +54,23 @@ TEST_F(PopRetrieval, NeverShowsARefusedPasswordEither) {
     EXPECT_THAT(trail, Each(Not(HasSubstr("secret"))));
 }
 
+TEST_F(PopRetrieval, RaisesTheHeaderOfAWholeMessageAsItCame) {
+    const std::vector<std::string> header = {"Subject: a", "X-Tab:\tb", "X-None:c", "X-Two:  d",
+                                             "\tfolded",   "no colon",  "X-Empty:"};
+    std::string message;
+    for (const std::string& line : header) {
+        message += line + "\r\n";
+    }
+    ScriptedServer server{Pop3Mailbox({message + "\r\nbody\r\n"})};
+    std::vector<std::string> raw;
+    pop.RawHeader = [&raw](const std::string& line) { raw.push_back(line); };
+    ASSERT_EQ(logOn(server), 0);
+    EXPECT_EQ(retrieve(1, 25), 0);
+    EXPECT_THAT(raw, IsEmpty()) << "a list has no use for it";
+    EXPECT_EQ(retrieve(1, 0), 0);
+    EXPECT_EQ(raw, header);
+}
+
 TEST_F(PopRetrieval, WorksWithoutAnyListener) {
     pop.Header = nullptr;
     pop.Transfer = nullptr;

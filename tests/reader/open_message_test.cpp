@@ -33,6 +33,12 @@ std::string partsOf(int count) {
 }
 } // namespace
 
+TEST_F(OpenMessage, KeepsTheHeaderAsItCameBesideWhatIsMadeOfIt) {
+    openOnly("Subject:  two spaces\r\nX:\ttab\r\n folded\r\n\r\nbody\r\n");
+    EXPECT_EQ(email::mailbox.Messages.at(1).RawHeader, "Subject:  two spaces\r\nX:\ttab\r\n folded\r\n");
+    EXPECT_EQ(email::mailbox.Messages.at(1).Subject, " two spaces");
+}
+
 TEST_F(OpenMessage, ShowsSenderSubjectAndTheBodyAsItStands) {
     openOnly("From: Ann <ann@example.org>\r\nSubject: Hello\r\nDate: today\r\n\r\nOne "
              "=3D\r\n.two\r\n\r\nthree\r\n");

@@ -3,7 +3,8 @@
 #include "components/netcodelib/part_decoder.h"
 #include "components/poplib/pop3_session.h"
 #include "email/header_events.h"
-#include "message/mime_parser.h"
+#include "message/house_reader.h"
+#include "message/part_headers.h"
 #include "platform/runtime_error.h"
 #include "tests/support/pieces.h"
 
@@ -54,24 +55,22 @@ OpenedMessage openedEncoded(std::string_view message, std::size_t pieceOctets) {
     email::MessageSummary& summary = result.summary;
     summary.Subject = "'";
     summary.Date = "':";
-    StrippedText text;
-    const MimeTarget target{
-        text, [&](std::string_view name, std::string_view part) {
-            summary.AttachmentName = name;
-            result.attachments.push_back({std::string(name), std::string(withoutPartHeaders(part)), {}, 0});
-        }};
-    result.error = platform::errorNumberOf([&] {
-        receive(message, pieceOctets, summary);
-        if (!summary.Boundary.empty()) {
-            parseMultipart(summary.BodyText, summary.Boundary, target);
-        }
-    });
-    result.text = text.view();
+    result.error = platform::errorNumberOf([&] { receive(message, pieceOctets, summary); });
+    if (result.error != 0 || summary.Boundary.empty()) {
+        return result;
+    }
+    ReadMessage read = readHouseMessage(summary);
+    for (const FoundAttachment& found : read.attachments) {
+        summary.AttachmentName = found.name;
+        result.attachments.push_back({found.name, std::string(withoutPartHeaders(found.part)), {}, 0});
+    }
+    result.text = read.text.value_or(std::string());
+    result.error = read.error;
     return result;
 }
 } // namespace
 
-FoundAttachment decoded(FoundAttachment attachment, std::size_t pieceOctets) {
+DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceOctets) {
     NetCodeLib::PartDecoder decoder;
     std::string content;
     attachment.error = platform::errorNumberOf([&] {
@@ -85,7 +84,7 @@ FoundAttachment decoded(FoundAttachment attachment, std::size_t pieceOctets) {
 
 OpenedMessage opened(std::string_view message, std::size_t pieceOctets) {
     OpenedMessage result = openedEncoded(message, pieceOctets);
-    for (FoundAttachment& attachment : result.attachments) {
+    for (DecodedAttachment& attachment : result.attachments) {
         attachment = decoded(std::move(attachment), pieceOctets);
     }
     return result;

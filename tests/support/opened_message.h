@@ -10,7 +10,7 @@
 namespace support {
 
 /** An attachment as it was found, and what saving it comes to. */
-struct FoundAttachment {
+struct DecodedAttachment {
     std::string name;
     /** The part without its header lines, as it goes to the attachment's file. */
     std::string encoded;
@@ -19,7 +19,7 @@ struct FoundAttachment {
     /** The number of the error that decoding ends with; 0 when it ends well. */
     int error = 0;
 
-    bool operator==(const FoundAttachment&) const = default;
+    bool operator==(const DecodedAttachment&) const = default;
 };
 
 /** What is known of a message when it has been opened, or when opening it has failed. */
@@ -28,7 +28,7 @@ struct OpenedMessage {
     /** The text of a message with a boundary. */
     std::string text;
     /** All attachments in the order in which they were found. */
-    std::vector<FoundAttachment> attachments;
+    std::vector<DecodedAttachment> attachments;
     /** The number of the error that opening ends with; 0 when it ends well. */
     int error = 0;
 };
@@ -47,6 +47,6 @@ OpenedMessage opened(std::string_view message, std::size_t pieceOctets);
 OpenedMessage openedWithoutDecoding(std::string_view message);
 
 /** The file that this encoded text is decoded to, the text coming in pieces of so many octets. */
-FoundAttachment decoded(FoundAttachment attachment, std::size_t pieceOctets);
+DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceOctets);
 
 } // namespace support

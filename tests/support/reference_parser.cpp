@@ -322,7 +322,7 @@ std::string strippedOnce(std::string text) {
     return text;
 }
 
-FoundAttachment decoded(FoundAttachment attachment) {
+DecodedAttachment decoded(DecodedAttachment attachment) {
     attachment.content.clear();
     const auto encoded = withoutLeadingFields(attachment.encoded + "\r\n");
     const auto text = encoded ? base64Of(trimmedLines(*encoded)) : std::nullopt;
@@ -354,7 +354,7 @@ OpenedMessage opened(std::string_view message) {
             parse(result);
         }
     });
-    for (FoundAttachment& attachment : result.attachments) {
+    for (DecodedAttachment& attachment : result.attachments) {
         attachment = decoded(std::move(attachment));
     }
     return result;

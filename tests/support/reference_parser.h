@@ -21,6 +21,6 @@ std::string strippedOnce(std::string text);
 OpenedMessage opened(std::string_view message);
 
 /** What an attachment's file has to be decoded to. */
-FoundAttachment decoded(FoundAttachment attachment);
+DecodedAttachment decoded(DecodedAttachment attachment);
 
 } // namespace support::reference
