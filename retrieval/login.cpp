@@ -7,7 +7,9 @@
 #include "email/typed_host.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/checked.h"
+#include "platform/program.h"
 #include "platform/runtime_error.h"
+#include "retrieval/failures.h"
 #include "retrieval/summaries.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -17,6 +19,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
+#include <array>
+
 using email::credentials;
 using email::mailbox;
 using email::settings;
@@ -24,6 +28,26 @@ using POPLib::Request;
 namespace errors = platform::errors;
 
 namespace {
+enum class Then { TryAgain, TypePasswordAgain, EndProgram };
+
+constexpr std::array<Failure<Then>, 8> kFailures = {{
+    // Whoever gives up knows it.
+    {errors::GivenUp, {"", ""}, Then::TypePasswordAgain},
+    {errors::MailServerBusy,
+     {"Cannot Re-Enter Mail Server, Please Try Again %1", " Mail Error"},
+     Then::TryAgain},
+    {errors::LogOnRefused,
+     {"Password Or User Name Wrong, Please Try Again %1", " Mail Error"},
+     Then::TypePasswordAgain},
+    {errors::MailServerTrouble,
+     {"There was trouble connecting with the Mail Server.", " E-Mail"},
+     Then::EndProgram},
+    {errors::HostNotFound, {"Mail Server not found.", " E-Mail"}, Then::EndProgram},
+    {errors::ConnectionRefused, {"Connection refused by host.", " E-Mail"}, Then::EndProgram},
+    {errors::NetworkUnreachable, {"Network is unreachable.", " E-mail"}, Then::EndProgram},
+    {kAnyOtherError, {"Error %1 Please start program again ", " E-Mail"}, Then::EndProgram},
+}};
+
 /** A name typed as name, "@", host brings its own servers and domain; they hold until the program ends. */
 void takeUserName(const QString& typed) {
     const qsizetype at = typed.indexOf(u'@');
@@ -154,53 +178,33 @@ void frmLogin::getAllMail() {
 }
 
 void frmLogin::logInFailed(int error) {
-    const QString number = QString::number(error);
-    const auto mayTryAgain = [this] {
-        setHourglass(false);
-        cmdLogin->setEnabled(true);
-        // It may have been closed meanwhile.
-        if (!isVisible()) {
-            bringUp();
-        }
-    };
-    const auto markPassword = [this] {
+    const Failure<Then>& failure = failureOf(kFailures, error);
+    switch (failure.then) {
+    case Then::TryAgain:
+        POP1.leave();
+        tell(failure.box, error);
+        mayTryAgain();
+        break;
+    case Then::TypePasswordAgain:
+        // While the box is open, so is the session: a check started under it meets a busy mail server.
+        tell(failure.box, error);
+        POP1.leave();
+        mayTryAgain();
         tpwd->setFocus();
         tpwd->selectAll();
-    };
-    switch (error) {
-    case errors::GivenUp:
-        mayTryAgain();
-        markPassword();
         break;
-    case errors::MailServerBusy:
-        POP1.leave();
-        controls::showMessage(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again ") + number,
-                              email::titleEndingIn(" Mail Error"));
-        mayTryAgain();
+    case Then::EndProgram:
+        tell(failure.box, error);
+        platform::endProgram();
         break;
-    case errors::LogOnRefused:
-        // While the box is open, so is the session: a check started under it meets a busy mail server.
-        controls::showMessage(QStringLiteral("Password Or User Name Wrong, Please Try Again ") + number,
-                              email::titleEndingIn(" Mail Error"));
-        POP1.leave();
-        mayTryAgain();
-        markPassword();
-        break;
-    case errors::MailServerTrouble:
-        tellAndEnd(QStringLiteral("There was trouble connecting with the Mail Server."), " E-Mail");
-        break;
-    case errors::HostNotFound:
-        tellAndEnd(QStringLiteral("Mail Server not found."), " E-Mail");
-        break;
-    case errors::ConnectionRefused:
-        tellAndEnd(QStringLiteral("Connection refused by host."), " E-Mail");
-        break;
-    case errors::NetworkUnreachable:
-        tellAndEnd(QStringLiteral("Network is unreachable."), " E-mail");
-        break;
-    default:
-        tellAndEnd(QStringLiteral("Error ") + number + QStringLiteral(" Please start program again "),
-                   " E-Mail");
-        break;
+    }
+}
+
+void frmLogin::mayTryAgain() {
+    setHourglass(false);
+    cmdLogin->setEnabled(true);
+    // It may have been closed meanwhile.
+    if (!isVisible()) {
+        bringUp();
     }
 }

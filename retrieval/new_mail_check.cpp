@@ -4,7 +4,9 @@
 #include "email/shared_settings.h"
 #include "email/titles.h"
 #include "mailbox/mailbox_list.h"
+#include "platform/program.h"
 #include "platform/runtime_error.h"
+#include "retrieval/failures.h"
 #include "retrieval/summaries.h"
 #include "retrieval/wave_player_setup.h"
 #include "windows/frmLogin.h"
@@ -15,6 +17,7 @@
 #include <QPushButton>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -138,49 +141,52 @@ void keepWhatWasFetched(const ListedMail& listed) {
 /** Boxes of failed checks that wait for an answer. */
 int openBoxes = 0;
 
-void tellOfFailedCheck(const QString& text, const char* titleEnding) {
+void tellOfFailedCheck(const FailureBox& box, int error) {
     ++openBoxes;
-    controls::showMessage(text, email::titleEndingIn(titleEnding));
+    tell(box, error);
     --openBoxes;
 }
 
+enum class Then { TryAgain, KeepWhatHasCome, EndProgram };
+
+constexpr std::array<Failure<Then>, 8> kFailures = {{
+    {errors::MailServerBusy,
+     {"Cannot Re-Enter Mail Server, Please Try Again %1", " Mail Error"},
+     Then::TryAgain},
+    {errors::LogOnRefused,
+     {"Password Or User Name Wrong, Please Try Again %1", " Mail Error"},
+     Then::TryAgain},
+    {errors::MailServerTrouble,
+     {"There Was Trouble Connecting With The Mail Server, Please Try Again Later ", " Mail"},
+     Then::EndProgram},
+    {errors::HostNotFound,
+     {"Host Not Found. Please make sure your Settings are correct.", " Mail"},
+     Then::EndProgram},
+    {errors::OutOfMemory, {"Message is too large.", " E-mail"}, Then::KeepWhatHasCome},
+    {errors::ConnectionRefused,
+     {"Connection Refused by Host. Please Start Program Again ", " Mail Error"},
+     Then::EndProgram},
+    {errors::NetworkUnreachable, {"Network is unreachable.", " E-mail"}, Then::EndProgram},
+    {kAnyOtherError, {"Error %1 Please Start Program Again ", " Mail Error"}, Then::EndProgram},
+}};
+
 void checkFailed(frmLogin& login, int error, const ListedMail& listed, bool redrewBefore) {
-    const QString number = QString::number(error);
-    const auto mayTryAgain = [&](const QString& text) {
-        tellOfFailedCheck(text + number, " Mail Error");
+    const Failure<Then>& failure = failureOf(kFailures, error);
+    switch (failure.then) {
+    case Then::TryAgain:
+        tellOfFailedCheck(failure.box, error);
         login.POP1.leave();
         login.cmdLogin->setEnabled(true);
         endCheck(login, redrewBefore);
-    };
-    switch (error) {
-    case errors::MailServerBusy:
-        mayTryAgain(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again "));
         break;
-    case errors::LogOnRefused:
-        mayTryAgain(QStringLiteral("Password Or User Name Wrong, Please Try Again "));
-        break;
-    case errors::MailServerTrouble:
-        tellAndEnd(
-            QStringLiteral("There Was Trouble Connecting With The Mail Server, Please Try Again Later "),
-            " Mail");
-        break;
-    case errors::HostNotFound:
-        tellAndEnd(QStringLiteral("Host Not Found. Please make sure your Settings are correct."), " Mail");
-        break;
-    case errors::OutOfMemory:
+    case Then::KeepWhatHasCome:
         keepWhatWasFetched(listed);
-        tellOfFailedCheck(QStringLiteral("Message is too large."), " E-mail");
+        tellOfFailedCheck(failure.box, error);
         endCheck(login, redrewBefore);
         break;
-    case errors::ConnectionRefused:
-        tellAndEnd(QStringLiteral("Connection Refused by Host. Please Start Program Again "), " Mail Error");
-        break;
-    case errors::NetworkUnreachable:
-        tellAndEnd(QStringLiteral("Network is unreachable."), " E-mail");
-        break;
-    default:
-        tellAndEnd(QStringLiteral("Error ") + number + QStringLiteral(" Please Start Program Again "),
-                   " Mail Error");
+    case Then::EndProgram:
+        tell(failure.box, error);
+        platform::endProgram();
         break;
     }
 }

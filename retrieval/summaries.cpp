@@ -1,6 +1,5 @@
 #include "retrieval/summaries.h"
 
-#include "components/controls/message_box.h"
 #include "components/poplib/pop.h"
 #include "email/credentials.h"
 #include "email/header_events.h"
@@ -8,7 +7,6 @@
 #include "email/titles.h"
 #include "mailbox/log_on.h"
 #include "mailbox/mailbox_list.h"
-#include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
@@ -36,11 +34,6 @@ void welcomeOnMainWindow() {
     if (!main.isVisible()) {
         main.bringUp();
     }
-}
-
-void tellAndEnd(const QString& text, const char* titleEnding) {
-    controls::showMessage(text, email::titleEndingIn(titleEnding));
-    platform::endProgram();
 }
 
 void fetchSummary(POPLib::POP& pop) {

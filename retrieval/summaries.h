@@ -12,9 +12,6 @@ void logOnAndCount(POPLib::POP& pop);
 /** Shows the main window with its hourglass and the title that welcomes the member. */
 void welcomeOnMainWindow();
 
-/** Shows a box with the text and ends the program. */
-void tellAndEnd(const QString& text, const char* titleEnding);
-
 /**
  * Fetches the summary of the current message, its size, header and first body lines, and writes its row. A
  * message for which memory fails keeps its placeholders.

@@ -61,6 +61,7 @@ class frmLogin : public Form {
     void layOut();
     void beginWaiting();
     void endWaiting();
+    void mayTryAgain();
 
     /** From Get Mail on until the log-on has failed or the messages are listed. */
     bool loggingOn_ = false;
