@@ -18,15 +18,17 @@
 #include <algorithm>
 #include <chrono>
 #include <map>
+#include <tuple>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 struct LoadedWindows::Windows {
-    std::unique_ptr<frmMain> main;
-    std::unique_ptr<frmAbout> about;
-    std::unique_ptr<frmFrom> message;
-    std::unique_ptr<frmLogin> login;
-    std::unique_ptr<frmSend> compose;
-    std::unique_ptr<frmSetup> setup;
+    template <class... Window>
+    using Slots = std::tuple<std::unique_ptr<Window>...>;
+
+    /** All that the program has, from the one that lies over the others down; those that are loaded. */
+    Slots<frmSend, frmFrom, frmSetup, frmMain, frmLogin, frmAbout> fromTheTop;
     /** Size and place of each window when it was hidden last, by its name. */
     std::map<QString, QByteArray> places;
     QString attachFolder;
@@ -38,13 +40,31 @@ namespace {
 LoadedWindows::Windows* current = nullptr;
 
 template <class Window>
-Window& loaded(std::unique_ptr<Window>& window) {
+std::unique_ptr<Window>& slotOf() {
+    return std::get<std::unique_ptr<Window>>(current->fromTheTop);
+}
+
+template <class Window>
+Window& loaded() {
+    std::unique_ptr<Window>& window = slotOf<Window>();
     if (!window) {
         window = std::make_unique<Window>();
         // Already reachable while it loads, because loading one window may ask for another and come back.
         window->Form_Load();
     }
     return *window;
+}
+
+/** The windows that can be seen, from the one that lies over the others down. */
+std::vector<Form*> visibleFromTheTop() {
+    std::vector<Form*> visible;
+    const auto addIfVisible = [&visible](Form* window) {
+        if (window != nullptr && window->isVisible()) {
+            visible.push_back(window);
+        }
+    };
+    std::apply([&](const auto&... slot) { (addIfVisible(slot.get()), ...); }, current->fromTheTop);
+    return visible;
 }
 
 /** Destroys the retired windows from the outermost event loop, where no handler is on the stack. */
@@ -59,15 +79,18 @@ void destroyRetiredLater() {
         Qt::QueuedConnection);
 }
 
-template <class Window>
-bool retireIfSame(std::unique_ptr<Window>& slot, const Form& window) {
-    if (slot.get() != &window) {
-        return false;
-    }
-    slot->hide();
-    current->retired.push_back(std::move(slot));
-    destroyRetiredLater();
-    return true;
+/** Hides the window and forgets it; false for the main window, which takes the program with it. */
+bool retire(const Form& window) {
+    const auto retireIfSame = [&window]<class Window>(std::unique_ptr<Window>& slot) {
+        if (std::is_same_v<Window, frmMain> || slot.get() != &window) {
+            return false;
+        }
+        slot->hide();
+        current->retired.push_back(std::move(slot));
+        destroyRetiredLater();
+        return true;
+    };
+    return std::apply([&](auto&... slot) { return (retireIfSame(slot) || ...); }, current->fromTheTop);
 }
 } // namespace
 
@@ -83,27 +106,27 @@ LoadedWindows::~LoadedWindows() {
 }
 
 frmAbout& aboutWindow() {
-    return loaded(current->about);
+    return loaded<frmAbout>();
 }
 
 frmFrom& messageWindow() {
-    return loaded(current->message);
+    return loaded<frmFrom>();
 }
 
 frmLogin& loginWindow() {
-    return loaded(current->login);
+    return loaded<frmLogin>();
 }
 
 frmMain& mainWindow() {
-    return loaded(current->main);
+    return loaded<frmMain>();
 }
 
 frmSend& composeWindow() {
-    return loaded(current->compose);
+    return loaded<frmSend>();
 }
 
 frmSetup& setupWindow() {
-    return loaded(current->setup);
+    return loaded<frmSetup>();
 }
 
 QString& attachFolder() {
@@ -121,16 +144,17 @@ void Form::closeEvent(QCloseEvent* event) {
 namespace {
 /** The window that this one is opened from; nothing for the first one. */
 const Form* openerOf(const Form& window) {
-    if (&window == current->compose.get()) {
+    const auto is = [&window](const auto& slot) { return slot.get() == &window; };
+    if (is(slotOf<frmSend>())) {
         // The message window opens it for an answer, and nobody else can while that one is open.
-        const bool answer = current->message && current->message->isVisible();
-        return answer ? static_cast<const Form*>(current->message.get()) : current->main.get();
+        const frmFrom* const message = slotOf<frmFrom>().get();
+        return message != nullptr && message->isVisible() ? static_cast<const Form*>(message)
+                                                          : slotOf<frmMain>().get();
     }
-    if (&window == current->message.get() || &window == current->about.get()) {
-        return current->main.get();
+    if (is(slotOf<frmFrom>()) || is(slotOf<frmAbout>())) {
+        return slotOf<frmMain>().get();
     }
-    const bool opened = &window == current->setup.get() || &window == current->main.get();
-    return opened ? current->login.get() : nullptr;
+    return is(slotOf<frmSetup>()) || is(slotOf<frmMain>()) ? slotOf<frmLogin>().get() : nullptr;
 }
 
 /** Moves the window to the middle of its opener, or of its screen, and not over the edge of that screen. */
@@ -182,11 +206,7 @@ void Form::hideEvent(QHideEvent* event) {
 
 void unload(Form& window) {
     window.Form_Unload();
-    // The main window takes the program with it and is never forgotten.
-    const bool retired = retireIfSame(current->about, window) || retireIfSame(current->message, window) ||
-                         retireIfSame(current->login, window) || retireIfSame(current->compose, window) ||
-                         retireIfSame(current->setup, window);
-    if (retired) {
+    if (retire(window)) {
         keepAWindowVisible();
     }
 }
@@ -194,14 +214,13 @@ void unload(Form& window) {
 namespace {
 /** The visible window that lies over the others; one that may be used, where there is such a one. */
 Form* topmostWindow() {
-    Form* const fromTheTop[] = {current->compose.get(), current->message.get(), current->setup.get(),
-                                current->main.get(),    current->login.get(),   current->about.get()};
-    const auto visible = [](const Form* window) { return window != nullptr && window->isVisible(); };
-    const auto usable = [&](const Form* window) { return visible(window) && window->isEnabled(); };
-    const auto* const end = std::end(fromTheTop);
-    const auto* found = std::find_if(std::begin(fromTheTop), end, usable);
-    found = found != end ? found : std::find_if(std::begin(fromTheTop), end, visible);
-    return found != end ? *found : nullptr;
+    const std::vector<Form*> visible = visibleFromTheTop();
+    const auto usable =
+        std::find_if(visible.begin(), visible.end(), [](const Form* window) { return window->isEnabled(); });
+    if (usable != visible.end()) {
+        return *usable;
+    }
+    return visible.empty() ? nullptr : visible.front();
 }
 
 /**
@@ -240,9 +259,7 @@ void bringUpWindowInUse() {
 }
 
 void keepAWindowVisible() {
-    const auto seen = [](const auto& window) { return window && window->isVisible(); };
-    if (!seen(current->main) && !seen(current->about) && !seen(current->message) && !seen(current->login) &&
-        !seen(current->compose) && !seen(current->setup)) {
+    if (visibleFromTheTop().empty()) {
         mainWindow().bringUp();
     }
 }
