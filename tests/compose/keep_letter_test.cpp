@@ -217,10 +217,7 @@ TEST_F(KeepLetter, ALetterWhoseConfirmationWasLostIsKeptOn) {
 
 TEST_F(KeepLetter, AWindowThatHidesWhileItSendsKeepsItsLetter) {
     folder.write("REPORT.TXT", "x");
-    mailbox.on("DATA", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("451 not now\r\n");
-    });
+    mailbox.on("DATA", support::holdAndSay("451 not now\r\n"));
     const WhenItHolds close([&] { return !server.keywords().empty() && server.keywords().back() == "DATA"; },
                             [&] {
                                 composeWindow().close();

@@ -63,20 +63,10 @@ class Send : public WindowTest {
     }
 
     /** The server keeps the client waiting at DATA until the test releases it, and refuses then. */
-    void refuseDataWhenReleased() {
-        mailbox.on("DATA", [](support::Peer& peer) {
-            peer.holdSilent();
-            peer.send("451 not now\r\n");
-        });
-    }
+    void refuseDataWhenReleased() { mailbox.on("DATA", support::holdAndSay("451 not now\r\n")); }
 
     /** The server keeps the client waiting for its greeting; the file to attach is encoded by then. */
-    void greetWhenReleased() {
-        mailbox.on("EHLO", [](support::Peer& peer) {
-            peer.holdSilent();
-            peer.send("250 ready\r\n");
-        });
-    }
+    void greetWhenReleased() { mailbox.on("EHLO", support::holdAndSay("250 ready\r\n")); }
 
     bool waitsAtGreeting() { return !server.keywords().empty(); }
 
@@ -177,10 +167,7 @@ TEST_F(Send, ASubjectOfOnlyBlanksIsNotEmpty) {
 }
 
 TEST_F(Send, WhileItSendsTheButtonsAreDisabledAndTheLabelSaysSo) {
-    mailbox.on("DATA", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("554 no\r\n");
-    });
+    mailbox.on("DATA", support::holdAndSay("554 no\r\n"));
     const WhenItHolds look([this] { return waitsAtData(); },
                            [&] {
                                auto& window = composeWindow();

@@ -144,10 +144,7 @@ TEST_F(MessageDeletion, AMessageNumberAbove200EndsInTheBoxOfTheBoundsError) {
 
 TEST_F(MessageDeletion, TheWindowRestsWhileTheServerWorks) {
     logInWith(2);
-    mailbox.on("DELE", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("-ERR\r\n");
-    });
+    mailbox.on("DELE", support::holdAndSay("-ERR\r\n"));
     const WhenItHolds look([this] { return server.keywords().back() == "DELE"; },
                            [this] {
                                EXPECT_EQ(totals(), QStringLiteral("Deleting message..."));
@@ -220,10 +217,7 @@ TEST_F(MessageDeletion, ARefusedLogOnIsReportedAndMayBeTriedAgain) {
 
 TEST_F(MessageDeletion, ACheckThatStartsWhileItWorksIsRefusedAndDoesNoHarm) {
     logInWith(2);
-    mailbox.on("DELE", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK\r\n");
-    });
+    mailbox.on("DELE", support::holdAndSay("+OK\r\n"));
     const WhenItHolds check([this] { return server.keywords().back() == "DELE"; },
                             [this] {
                                 mainWindow().tmrCheckMail_Timer();

@@ -7,9 +7,6 @@
 #include "tests/support/pop3_script.h"
 #include "tests/support/scripted_server.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QEventLoop>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -17,6 +14,11 @@
 #include <vector>
 
 namespace support {
+
+/** A short message from this sender about this subject. */
+inline std::string message(const std::string& name) {
+    return "From: " + name + "@example.org\r\nSubject: " + name + "\r\n\r\ntext\r\n";
+}
 
 /** A POP3 component that remembers what it raises. */
 class PopTest : public testing::Test {
@@ -84,16 +86,6 @@ class PopTest : public testing::Test {
             }
         }
         return logOff();
-    }
-
-    /** Lets timers and sockets work until it is so; false after the time limit. */
-    template <class Condition>
-    static bool eventsRunUntil(const Condition& condition) {
-        const QDeadlineTimer limit(ScriptedServer::kTimeLimit);
-        while (!condition() && !limit.hasExpired()) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        }
-        return condition();
     }
 
     POPLib::POP pop;

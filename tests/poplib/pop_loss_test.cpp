@@ -1,6 +1,7 @@
 // Connections that end where they should not.
 
 #include "tests/poplib/pop_fixture.h"
+#include "tests/support/waiting.h"
 
 #include <gmock/gmock.h>
 
@@ -123,7 +124,7 @@ TEST_F(PopLoss, AConnectionThatBrokeUnnoticedDoesNotKeepANewSessionOut) {
     });
     ScriptedServer server(mailbox);
     ASSERT_EQ(logOn(server), 0);
-    ASSERT_TRUE(eventsRunUntil([&server] { return server.connectionsEnded() == 1; }));
+    ASSERT_TRUE(support::eventsRunUntil([&server] { return server.connectionsEnded() == 1; }));
     EXPECT_EQ(logOn(), 0);
 }
 

@@ -1,8 +1,8 @@
 // Requests made while another one runs, or while a session is open: timers fire inside waits and under boxes.
 
 #include "tests/poplib/pop_fixture.h"
+#include "tests/support/waiting.h"
 
-#include <QTimer>
 #include <gmock/gmock.h>
 
 namespace {
@@ -16,36 +16,11 @@ namespace errors = platform::errors;
 
 const std::string kMessage = "Subject: a\r\n\r\nbody\r\n";
 
-class PopReentry : public support::PopTest {
-  protected:
-    /** Runs the action inside the wait that follows, once the server has heard so many lines. */
-    template <class Action>
-    void insideTheWait(ScriptedServer& server, std::size_t lines, const Action& action) {
-        QObject::connect(&watch, &QTimer::timeout, &watch, [this, &server, lines, action] {
-            if (server.commands().size() >= lines) {
-                watch.stop();
-                action();
-                actionRan = true;
-                server.release();
-            }
-        });
-        watch.start(1);
-    }
-
-    QTimer watch;
-    bool actionRan = false;
-};
-
-support::Conversation holdAndSay(const std::string& bytes) {
-    return [bytes](Peer& peer) {
-        peer.holdSilent();
-        peer.send(bytes);
-    };
-}
+class PopReentry : public support::PopTest, protected support::InsideAWait {};
 
 TEST_F(PopReentry, ARequestInsideARequestMeetsABusyServerAndDoesNoHarm) {
     Pop3Mailbox mailbox({kMessage});
-    mailbox.on("TOP 1", holdAndSay("+OK\r\n" + support::stuffed(kMessage)));
+    mailbox.on("TOP 1", support::holdAndSay("+OK\r\n" + support::stuffed(kMessage)));
     ScriptedServer server(mailbox);
     ASSERT_EQ(logOn(server), 0);
     insideTheWait(server, 4, [this] {
@@ -65,7 +40,7 @@ TEST_F(PopReentry, ARequestInsideARequestMeetsABusyServerAndDoesNoHarm) {
 
 TEST_F(PopReentry, ALogOnInsideALogOnMeetsABusyServer) {
     Pop3Mailbox mailbox;
-    mailbox.on("USER", holdAndSay("+OK\r\n"));
+    mailbox.on("USER", support::holdAndSay("+OK\r\n"));
     ScriptedServer server(mailbox);
     insideTheWait(server, 1, [this] { EXPECT_EQ(logOn(), errors::MailServerBusy); });
     EXPECT_EQ(logOn(server), 0);
@@ -113,7 +88,7 @@ TEST_F(PopReentry, ARefusedLogOnKeepsOthersOutAlsoWhenTheServerHungUp) {
     });
     ScriptedServer server(mailbox);
     EXPECT_EQ(logOn(server), errors::LogOnRefused);
-    ASSERT_TRUE(eventsRunUntil([&server] { return server.connectionsEnded() == 1; }));
+    ASSERT_TRUE(support::eventsRunUntil([&server] { return server.connectionsEnded() == 1; }));
     EXPECT_EQ(logOn(), errors::MailServerBusy);
     EXPECT_EQ(logOff(), 0);
     mailbox.answerProperly("PASS");
@@ -141,7 +116,7 @@ TEST_F(PopReentry, LoggingOffWithNothingOpenDoesNothing) {
 
 TEST_F(PopReentry, ALogOnKeepsTheNameAndPasswordThatItStartedWith) {
     Pop3Mailbox mailbox;
-    mailbox.on("USER", holdAndSay("+OK\r\n"));
+    mailbox.on("USER", support::holdAndSay("+OK\r\n"));
     ScriptedServer server(mailbox);
     insideTheWait(server, 1, [this] {
         pop.setLoginPassword("other\r\nDELE 1");

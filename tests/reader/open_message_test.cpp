@@ -343,10 +343,7 @@ TEST_F(OpenMessage, ASecondDoubleClickWhileTheFirstIsAtWorkDoesNothing) {
 TEST_F(OpenMessage, ACheckThatIsAtWorkIsNotDisturbed) {
     logInWith({"Subject: 1\r\n\r\none\r\n"});
     mailbox.deliver("Subject: 2\r\n\r\ntwo\r\n");
-    mailbox.on("LIST 2", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK 2 21\r\n");
-    });
+    mailbox.on("LIST 2", support::holdAndSay("+OK 2 21\r\n"));
     const WhenItHolds open([] { return email::mailbox.CurrentMessage == 2; },
                            [&] {
                                mainWindow().MailGrid->setCurrentCell(0, 0);

@@ -129,10 +129,7 @@ TEST_F(LoginFailure, ASecondLogOnUnderTheBoxMeetsABusyMailServer) {
 
 TEST_F(LoginFailure, ARequestFromATimerWhileTheFirstWaitsMeetsABusyMailServerAndHarmsNothing) {
     Pop3Mailbox mailbox(twoMessages);
-    mailbox.on("STAT", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK 2 44\r\n");
-    });
+    mailbox.on("STAT", support::holdAndSay("+OK 2 44\r\n"));
     ScriptedServer server{mailbox};
     const support::WhenItHolds second([&] { return server.commands().size() == 3; },
                                       [&] {

@@ -110,10 +110,7 @@ TEST_F(Login, EndsWithTheMainWindowReady) {
 
 TEST_F(Login, ShowsWhatItDoesWhileItReceives) {
     Pop3Mailbox mailbox({message("one"), message("two")});
-    mailbox.on("TOP 2", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK\r\n" + support::stuffed(message("two")));
-    });
+    mailbox.on("TOP 2", support::holdAndSay("+OK\r\n" + support::stuffed(message("two"))));
     ScriptedServer server{mailbox};
     const WhenItHolds look([&] { return server.waitForCommands(0) && server.commands().size() == 7; },
                            [&] {
@@ -139,10 +136,7 @@ TEST_F(Login, ShowsWhatItDoesWhileItReceives) {
 
 TEST_F(Login, KeepsTheWindowsAliveWhileTheServerIsSilent) {
     Pop3Mailbox mailbox({message("one")});
-    mailbox.on("PASS", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK\r\n");
-    });
+    mailbox.on("PASS", support::holdAndSay("+OK\r\n"));
     ScriptedServer server{mailbox};
     int beats = 0;
     QTimer heart;

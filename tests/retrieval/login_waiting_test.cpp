@@ -186,10 +186,7 @@ TEST_F(LoginWaiting, ARequestThatWasGivenUpHasANumberOfItsOwn) {
 TEST_F(LoginWaiting, ThePointerWaitsWhileNewMailIsCheckedFor) {
     logIn(server.address());
     ASSERT_TRUE(server.waitForEndOf(1));
-    mailbox.on("STAT", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK 2 44\r\n");
-    });
+    mailbox.on("STAT", support::holdAndSay("+OK 2 44\r\n"));
     {
         const WhenItHolds look([&] { return server.connections() == 2 && server.commands(1).size() == 3; },
                                [&] {
@@ -204,10 +201,7 @@ TEST_F(LoginWaiting, ThePointerWaitsWhileNewMailIsCheckedFor) {
 TEST_F(LoginWaiting, ThePointerWaitsWhileAMessageIsDeleted) {
     logIn(server.address());
     ASSERT_TRUE(server.waitForEndOf(1));
-    mailbox.on("DELE", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("-ERR not now\r\n");
-    });
+    mailbox.on("DELE", support::holdAndSay("-ERR not now\r\n"));
     const WhenItHolds look([&] { return server.keywords().back() == "DELE"; },
                            [&] {
                                EXPECT_EQ(mainWindow().cursor().shape(), Qt::WaitCursor);

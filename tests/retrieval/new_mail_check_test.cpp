@@ -273,10 +273,7 @@ TEST_F(NewMailCheck, ASecondCheckUnderTheBoxOfTheFirstMeetsABusyServerAndHarmsNo
 TEST_F(NewMailCheck, ASecondCheckWhileTheFirstFetchesLeavesItAlone) {
     logInWith(1);
     mailbox.deliver(message("2"));
-    mailbox.on("TOP 2", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK\r\n" + support::stuffed(message("2")));
-    });
+    mailbox.on("TOP 2", support::holdAndSay("+OK\r\n" + support::stuffed(message("2"))));
     const WhenItHolds second([&] { return server.commands(1).size() == 5; },
                              [&] {
                                  mainWindow().tmrCheckMail_Timer();

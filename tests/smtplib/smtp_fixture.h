@@ -6,9 +6,6 @@
 #include "tests/support/scripted_server.h"
 #include "tests/support/smtp_script.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QEventLoop>
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -71,16 +68,6 @@ class SmtpTest : public testing::Test {
     int send(const ScriptedServer& server) {
         smtp.setHost(server.address());
         return send();
-    }
-
-    /** Lets timers and sockets work until it is so; false after the time limit. */
-    template <class Condition>
-    static bool eventsRunUntil(const Condition& condition) {
-        const QDeadlineTimer limit(ScriptedServer::kTimeLimit);
-        while (!condition() && !limit.hasExpired()) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        }
-        return condition();
     }
 
     SMTPLib::SMTP smtp;

@@ -3,6 +3,7 @@
 #include "tests/smtplib/smtp_fixture.h"
 #include "tests/support/sanitizer.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/waiting.h"
 
 #include <gmock/gmock.h>
 
@@ -216,7 +217,7 @@ TEST_F(SmtpLoss, AConnectionThatBrokeUnnoticedDoesNotKeepANewSessionOut) {
     ASSERT_EQ(open(server), 0);
     EXPECT_EQ(transmit(), errors::SendingLost);
     ASSERT_EQ(open(server), 0);
-    ASSERT_TRUE(eventsRunUntil([&server] { return server.connectionsEnded() == 2; }));
+    ASSERT_TRUE(support::eventsRunUntil([&server] { return server.connectionsEnded() == 2; }));
     mailbox.answerProperly("EHLO");
     EXPECT_EQ(send(), 0);
 }

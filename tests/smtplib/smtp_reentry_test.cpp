@@ -1,13 +1,12 @@
 // Requests made while another one runs, or while a session is open: timers fire inside waits and under boxes.
 
 #include "tests/smtplib/smtp_fixture.h"
+#include "tests/support/waiting.h"
 
-#include <QTimer>
 #include <gmock/gmock.h>
 
 namespace {
 
-using support::Peer;
 using support::ScriptedServer;
 using support::SmtpMailbox;
 using testing::ElementsAre;
@@ -15,38 +14,15 @@ using testing::HasSubstr;
 using testing::SizeIs;
 namespace errors = platform::errors;
 
-class SmtpReentry : public support::SmtpTest {
+class SmtpReentry : public support::SmtpTest, protected support::InsideAWait {
   protected:
     SmtpReentry() { fillIn(); }
 
-    /** Runs the action inside the wait that follows, once the server has heard so many lines. */
-    template <class Action>
-    void insideTheWait(ScriptedServer& server, std::size_t lines, const Action& action) {
-        QObject::connect(&watch, &QTimer::timeout, &watch, [this, &server, lines, action] {
-            if (server.commands().size() >= lines) {
-                watch.stop();
-                action();
-                actionRan = true;
-                server.release();
-            }
-        });
-        watch.start(1);
-    }
-
-    void holdAndSay(const std::string& command, const std::string& bytes) {
-        mailbox.on(command, [bytes](Peer& peer) {
-            peer.holdSilent();
-            peer.send(bytes);
-        });
-    }
-
     SmtpMailbox mailbox;
-    QTimer watch;
-    bool actionRan = false;
 };
 
 TEST_F(SmtpReentry, ARequestInsideATransmissionMeetsABusyServerAndDoesNoHarm) {
-    holdAndSay("MAIL", "250 ok\r\n");
+    mailbox.on("MAIL", support::holdAndSay("250 ok\r\n"));
     ScriptedServer server(mailbox);
     ASSERT_EQ(open(server), 0);
     insideTheWait(server, 2, [this] {
@@ -62,7 +38,7 @@ TEST_F(SmtpReentry, ARequestInsideATransmissionMeetsABusyServerAndDoesNoHarm) {
 }
 
 TEST_F(SmtpReentry, ARequestWhileTheConnectionIsOpenedMeetsABusyServer) {
-    holdAndSay("EHLO", "250 mail\r\n");
+    mailbox.on("EHLO", support::holdAndSay("250 mail\r\n"));
     ScriptedServer server(mailbox);
     insideTheWait(server, 1, [this] {
         EXPECT_EQ(open(), errors::MailServerBusy);
@@ -96,7 +72,7 @@ TEST_F(SmtpReentry, OpeningWhileASessionIsOpenMeetsABusyServer) {
 }
 
 TEST_F(SmtpReentry, AMessageKeepsWhatItHadWhenItsTransmissionBegan) {
-    holdAndSay("MAIL", "250 ok\r\n");
+    mailbox.on("MAIL", support::holdAndSay("250 ok\r\n"));
     ScriptedServer server(mailbox);
     ASSERT_EQ(open(server), 0);
     insideTheWait(server, 2, [this] {

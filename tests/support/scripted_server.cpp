@@ -154,6 +154,13 @@ void Peer::reset() {
     throw ConversationEnded{};
 }
 
+Conversation holdAndSay(std::string bytes) {
+    return [bytes = std::move(bytes)](Peer& peer) {
+        peer.holdSilent();
+        peer.send(bytes);
+    };
+}
+
 void Script::operator()(Peer& peer) const {
     struct Player {
         Peer& peer;

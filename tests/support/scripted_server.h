@@ -94,6 +94,9 @@ class Peer {
 
 using Conversation = std::function<void(Peer&)>;
 
+/** Says nothing until the test calls release(), and then this. */
+Conversation holdAndSay(std::string bytes);
+
 /** Sends the bytes, in pieces of so many octets; 0 means at once. */
 struct Send {
     std::string bytes;

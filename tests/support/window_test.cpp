@@ -16,7 +16,6 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
-#include <QTimer>
 
 #include <filesystem>
 #include <ostream>
@@ -116,32 +115,6 @@ std::vector<QString> WindowTest::boxTexts() const {
         texts.push_back(box.text);
     }
     return texts;
-}
-
-struct WhenItHolds::Watch {
-    QTimer timer;
-    bool hasRun = false;
-};
-
-WhenItHolds::WhenItHolds(std::function<bool()> condition, std::function<void()> action)
-    : watch_(std::make_unique<Watch>()) {
-    QObject::connect(&watch_->timer, &QTimer::timeout, &watch_->timer,
-                     [watch = watch_.get(), condition = std::move(condition), action = std::move(action)] {
-                         if (condition()) {
-                             watch->timer.stop();
-                             watch->hasRun = true;
-                             action();
-                         }
-                     });
-    watch_->timer.start(1);
-}
-
-WhenItHolds::~WhenItHolds() {
-    EXPECT_TRUE(watch_->hasRun) << "what was waited for never came";
-}
-
-bool WhenItHolds::hasRun() const {
-    return watch_->hasRun;
 }
 
 } // namespace support

@@ -5,6 +5,7 @@
 #include "tests/support/environment.h"
 #include "tests/support/recording_printer.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/waiting.h"
 #include "windows/windows.h"
 
 #include <QString>
@@ -72,24 +73,6 @@ class WindowTest : public testing::Test {
     std::string folderBefore_;
     EnvironmentVariable stateHomeVariable_{"XDG_STATE_HOME", stateHome.path().string()};
     std::unique_ptr<LoadedWindows> windows_;
-};
-
-/**
- * Runs the action once, from the event loop, as soon as the condition holds; for looking at the windows while
- * a request waits. The test fails when it never holds.
- */
-class WhenItHolds {
-  public:
-    WhenItHolds(std::function<bool()> condition, std::function<void()> action);
-    ~WhenItHolds();
-    WhenItHolds(const WhenItHolds&) = delete;
-    WhenItHolds& operator=(const WhenItHolds&) = delete;
-
-    bool hasRun() const;
-
-  private:
-    struct Watch;
-    std::unique_ptr<Watch> watch_;
 };
 
 } // namespace support

@@ -82,10 +82,7 @@ TEST_F(Keyboard, IsOnComposeMailAfterTheLogOnToAnEmptyMailbox) {
 }
 
 TEST_F(Keyboard, IsNeverOnExitWhileMessagesAreListed) {
-    mailbox.on("TOP 1", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK\r\n" + support::stuffed(message(1)));
-    });
+    mailbox.on("TOP 1", support::holdAndSay("+OK\r\n" + support::stuffed(message(1))));
     const WhenItHolds look([] { return mainWindow().isActiveWindow(); },
                            [this] {
                                EXPECT_NE(focus(), QStringLiteral("cmdExit"));
@@ -99,10 +96,7 @@ TEST_F(Keyboard, IsNeverOnExitWhileMessagesAreListed) {
 
 TEST_F(Keyboard, IsNeverOnExitWhileAMessageIsFetched) {
     logInWith(1);
-    mailbox.on("RETR 1", [](support::Peer& peer) {
-        peer.holdSilent();
-        peer.send("+OK\r\n" + support::stuffed(message(1)));
-    });
+    mailbox.on("RETR 1", support::holdAndSay("+OK\r\n" + support::stuffed(message(1))));
     const WhenItHolds look([this] { return server.commands().back() == "RETR 1"; },
                            [this] {
                                EXPECT_NE(focus(), QStringLiteral("cmdExit"));
