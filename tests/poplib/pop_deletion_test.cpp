@@ -1,7 +1,6 @@
 // No wrong message is ever deleted, whatever others do to the mailbox meanwhile.
 
 #include "tests/poplib/pop_fixture.h"
-#include "tests/support/pop3_script.h"
 
 #include <gmock/gmock.h>
 
@@ -10,6 +9,7 @@
 
 namespace {
 
+using support::message;
 using support::Peer;
 using support::Pop3Mailbox;
 using support::PopTest;
@@ -17,10 +17,6 @@ using support::ScriptedServer;
 using testing::ElementsAre;
 using testing::SizeIs;
 namespace errors = platform::errors;
-
-std::string message(const std::string& name) {
-    return "From: " + name + "@example.org\r\nSubject: " + name + "\r\n\r\ntext\r\n";
-}
 
 enum class Ids { Offered, NotOffered };
 

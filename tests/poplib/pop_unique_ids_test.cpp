@@ -1,7 +1,6 @@
 // What unique-ids are worth to the guard for deletions: much where they differ, nothing where they agree.
 
 #include "tests/poplib/pop_fixture.h"
-#include "tests/support/pop3_script.h"
 
 #include <gmock/gmock.h>
 
@@ -10,16 +9,13 @@
 #include <vector>
 
 namespace {
+using support::message;
 using support::Pop3Mailbox;
 using support::PopTest;
 using support::ScriptedServer;
 using testing::ElementsAre;
 using testing::SizeIs;
 namespace errors = platform::errors;
-
-std::string message(const std::string& name) {
-    return "From: " + name + "@example.org\r\nSubject: " + name + "\r\n\r\ntext\r\n";
-}
 
 class PopUniqueIds : public PopTest {
   protected:

@@ -1,10 +1,7 @@
-#include "components/transport/connection.h"
-#include "tests/support/application.h"
-#include "tests/support/scripted_server.h"
+#include "tests/transport/connection_fixture.h"
 #include "tests/transport/resolver.h"
 
 #include <QTimer>
-#include <gtest/gtest.h>
 
 #include <string>
 
@@ -19,15 +16,9 @@ using support::Send;
 using transport::Connection;
 using transport::Outcome;
 
-class ConnectionTest : public testing::Test {
+class ConnectionTest : public support::ConnectionFixture {
   protected:
-    ConnectionTest() { support::application(); }
-
-    static QDeadlineTimer soon() { return {ScriptedServer::kTimeLimit}; }
-
-    Outcome open(const ScriptedServer& server) {
-        return connection.open({QStringLiteral("127.0.0.1"), server.port()}, soon());
-    }
+    using ConnectionFixture::open;
 
     Outcome open(const char* host, std::uint16_t port) {
         return connection.open({QString::fromLatin1(host), port}, soon());
@@ -41,8 +32,6 @@ class ConnectionTest : public testing::Test {
         }
         return bytes;
     }
-
-    Connection connection;
 };
 
 TEST_F(ConnectionTest, IsNotOpenBeforeItIsOpened) {

@@ -1,12 +1,8 @@
 // What the SMTP client asks of a connection beyond what the POP3 client does.
 
-#include "components/transport/connection.h"
-#include "tests/support/application.h"
-#include "tests/support/scripted_server.h"
+#include "tests/transport/connection_fixture.h"
 
-#include <QString>
 #include <QTimer>
-#include <gtest/gtest.h>
 
 #include <string>
 
@@ -18,21 +14,9 @@ using support::HoldSilent;
 using support::Script;
 using support::ScriptedServer;
 using support::Send;
-using transport::Connection;
 using transport::Outcome;
 
-class ConnectionSending : public testing::Test {
-  protected:
-    ConnectionSending() { support::application(); }
-
-    static QDeadlineTimer soon() { return {ScriptedServer::kTimeLimit}; }
-
-    Outcome open(const ScriptedServer& server) {
-        return connection.open({QStringLiteral("127.0.0.1"), server.port()}, soon());
-    }
-
-    Connection connection;
-};
+class ConnectionSending : public support::ConnectionFixture {};
 
 TEST_F(ConnectionSending, KnowsItsOwnAddressWhileItIsOpen) {
     EXPECT_TRUE(connection.localAddress().isEmpty());
