@@ -59,11 +59,11 @@ void mustBeSendable(const frmSend& window) {
     SMTPLib::prepareMessage(message, QDateTime::currentDateTime());
 }
 
-/** Puts the keyboard into the field, with the part of its text marked that these octets are. */
+/** Puts the keyboard into the field, with the part of its text marked that these bytes are. */
 void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
     const std::string text = platform::toBytes(field->text());
-    const auto unitsBefore = [&text](std::size_t octets) {
-        return static_cast<int>(QString::fromUtf8(text.data(), static_cast<qsizetype>(octets)).size());
+    const auto unitsBefore = [&text](std::size_t bytes) {
+        return static_cast<int>(QString::fromUtf8(text.data(), static_cast<qsizetype>(bytes)).size());
     };
     field->setFocus();
     field->setSelection(unitsBefore(begin), unitsBefore(end) - unitsBefore(begin));

@@ -11,12 +11,12 @@ void LineReader::append(std::string_view bytes) {
     bytes_.append(bytes);
 }
 
-LineReader::Result LineReader::next(std::string& line, std::size_t maximumOctets) {
+LineReader::Result LineReader::next(std::string& line, std::size_t maximumBytes) {
     const std::size_t end = bytes_.find("\r\n", std::max(start_, lookedUntil_));
     if (end != std::string::npos) {
         const std::size_t length = end - start_;
-        const bool tooLong = isTruncated_ || length > maximumOctets;
-        line = isTruncated_ ? truncated_ : bytes_.substr(start_, std::min(length, maximumOctets));
+        const bool tooLong = isTruncated_ || length > maximumBytes;
+        line = isTruncated_ ? truncated_ : bytes_.substr(start_, std::min(length, maximumBytes));
         start_ = end + 2;
         lookedUntil_ = start_;
         isTruncated_ = false;
@@ -25,9 +25,9 @@ LineReader::Result LineReader::next(std::string& line, std::size_t maximumOctets
     }
     // A CR at the very end may be the first half of the line end.
     lookedUntil_ = bytes_.ends_with('\r') ? bytes_.size() - 1 : bytes_.size();
-    if (lookedUntil_ > start_ && lookedUntil_ - start_ > maximumOctets) {
+    if (lookedUntil_ > start_ && lookedUntil_ - start_ > maximumBytes) {
         if (!isTruncated_) {
-            truncated_ = bytes_.substr(start_, maximumOctets);
+            truncated_ = bytes_.substr(start_, maximumBytes);
         }
         isTruncated_ = true;
         start_ = lookedUntil_;

@@ -20,8 +20,8 @@ class LineReader {
 
     void append(std::string_view bytes);
 
-    /** Takes the next line without its end; what a line has beyond `maximumOctets` is dropped. */
-    Result next(std::string& line, std::size_t maximumOctets);
+    /** Takes the next line without its end; what a line has beyond `maximumBytes` is dropped. */
+    Result next(std::string& line, std::size_t maximumBytes);
 
   private:
     std::string bytes_;

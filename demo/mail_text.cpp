@@ -48,8 +48,8 @@ std::string_view topOf(std::string_view message, std::size_t bodyLines) {
 }
 
 std::pair<std::string, std::string_view> splitCommand(std::string_view line) {
-    const std::size_t blank = std::min(line.find(' '), line.size());
-    return {upperCase(line.substr(0, blank)), line.substr(std::min(blank + 1, line.size()))};
+    const std::size_t space = std::min(line.find(' '), line.size());
+    return {upperCase(line.substr(0, space)), line.substr(std::min(space + 1, line.size()))};
 }
 
 std::string upperCase(std::string_view text) {

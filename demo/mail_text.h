@@ -16,10 +16,10 @@ std::string withCrLf(std::string_view text);
  */
 std::string dotStuffed(std::string_view message);
 
-/** The header, the blank line and the first `bodyLines` lines of the body (RFC 1939 section 7, TOP). */
+/** The header, the empty line and the first `bodyLines` lines of the body (RFC 1939 section 7, TOP). */
 std::string_view topOf(std::string_view message, std::size_t bodyLines);
 
-/** A command line's first word in upper case and what stands behind the blank. */
+/** A command line's first word in upper case and what stands behind the space. */
 std::pair<std::string, std::string_view> splitCommand(std::string_view line);
 
 /** The text in upper case; only the letters a to z change. */

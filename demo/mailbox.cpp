@@ -39,10 +39,10 @@ void Mailbox::load(const std::filesystem::path& folder) {
 
 bool Mailbox::append(std::string_view text) {
     std::string lines = withCrLf(text);
-    if (lines.size() > kMaximumMessageOctets || lines.size() > kMaximumOctets - octets_) {
+    if (lines.size() > kMaximumMessageBytes || lines.size() > kMaximumBytes - bytes_) {
         return false;
     }
-    octets_ += lines.size();
+    bytes_ += lines.size();
     ++lastNumber_;
     messages_.push_back(
         std::make_shared<const Message>(Message{"demo-" + std::to_string(lastNumber_), std::move(lines)}));
@@ -56,7 +56,7 @@ void Mailbox::remove(const std::string& uniqueId) {
     if (found == messages_.end()) {
         return;
     }
-    octets_ -= (*found)->text.size();
+    bytes_ -= (*found)->text.size();
     messages_.erase(found);
 }
 

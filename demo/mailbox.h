@@ -25,10 +25,10 @@ using MessagePointer = std::shared_ptr<const Message>;
  */
 class Mailbox {
   public:
-    /** Largest message, in octets. */
-    static constexpr std::size_t kMaximumMessageOctets = 50U << 20U;
-    /** All messages together, in octets. */
-    static constexpr std::size_t kMaximumOctets = 200U << 20U;
+    /** Largest message, in bytes. */
+    static constexpr std::size_t kMaximumMessageBytes = 50U << 20U;
+    /** All messages together, in bytes. */
+    static constexpr std::size_t kMaximumBytes = 200U << 20U;
 
     /**
      * Adds the folder's *.eml files in the order of their names.
@@ -47,7 +47,7 @@ class Mailbox {
 
   private:
     std::vector<MessagePointer> messages_;
-    std::size_t octets_ = 0;
+    std::size_t bytes_ = 0;
     unsigned lastNumber_ = 0;
 };
 

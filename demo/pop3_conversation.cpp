@@ -36,7 +36,7 @@ std::string Pop3Conversation::receive(std::string_view bytes) {
     std::string answers;
     std::string line;
     while (!isOver()) {
-        const LineReader::Result result = input_.next(line, kMaximumCommandOctets);
+        const LineReader::Result result = input_.next(line, kMaximumCommandBytes);
         if (result == LineReader::Result::Incomplete) {
             break;
         }
@@ -113,15 +113,15 @@ std::string Pop3Conversation::logOn(std::string_view password) {
 
 std::string Pop3Conversation::statistics() const {
     std::size_t count = 0;
-    std::size_t octets = 0;
+    std::size_t bytes = 0;
     for (const Entry& entry : entries_) {
         if (entry.deleted) {
             continue;
         }
         ++count;
-        octets += entry.message->text.size();
+        bytes += entry.message->text.size();
     }
-    return "+OK " + std::to_string(count) + " " + std::to_string(octets) + "\r\n";
+    return "+OK " + std::to_string(count) + " " + std::to_string(bytes) + "\r\n";
 }
 
 template <class Describe>
@@ -143,15 +143,15 @@ std::string Pop3Conversation::listing(std::string_view argument, const Describe&
 }
 
 std::string Pop3Conversation::top(std::string_view argument) const {
-    const std::size_t blank = argument.find(' ');
-    if (blank == std::string_view::npos) {
+    const std::size_t space = argument.find(' ');
+    if (space == std::string_view::npos) {
         return "-ERR a message number and a count of lines are needed\r\n";
     }
-    const auto bodyLines = numberOf(argument.substr(blank + 1));
+    const auto bodyLines = numberOf(argument.substr(space + 1));
     if (!bodyLines) {
         return "-ERR that is no count of lines\r\n";
     }
-    const auto index = indexOf(argument.substr(0, blank));
+    const auto index = indexOf(argument.substr(0, space));
     if (!index) {
         return std::string(kNoSuchMessage);
     }

@@ -19,8 +19,8 @@ namespace demo {
 class Pop3Conversation : public Conversation {
   public:
     static constexpr std::string_view kPassword = "demo";
-    /** Longest command line, in octets without its end (RFC 2449 section 4). */
-    static constexpr std::size_t kMaximumCommandOctets = 253;
+    /** Longest command line, in bytes without its end (RFC 2449 section 4). */
+    static constexpr std::size_t kMaximumCommandBytes = 253;
 
     explicit Pop3Conversation(Mailbox& mailbox) : mailbox_(mailbox) {}
 

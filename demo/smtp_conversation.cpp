@@ -26,7 +26,7 @@ std::optional<std::string_view> pathOf(std::string_view argument, std::string_vi
         return std::nullopt;
     }
     argument.remove_prefix(keyword.size());
-    // A blank before the bracket is wrong but common.
+    // A space before the bracket is wrong but common.
     while (argument.starts_with(' ')) {
         argument.remove_prefix(1);
     }
@@ -40,7 +40,7 @@ std::optional<std::string_view> pathOf(std::string_view argument, std::string_vi
                : std::nullopt;
 }
 
-/** True when the sender's parameters announce more octets than are taken (RFC 1870 section 6.1). */
+/** True when the sender's parameters announce more bytes than are taken (RFC 1870 section 6.1). */
 bool announcesTooMuch(std::string_view argument) {
     const std::string parameters = upperCase(argument);
     const std::size_t start = parameters.find(" SIZE=");
@@ -50,7 +50,7 @@ bool announcesTooMuch(std::string_view argument) {
     std::size_t size = 0;
     const auto [end, error] =
         std::from_chars(parameters.data() + start + 6, parameters.data() + parameters.size(), size);
-    return error == std::errc::result_out_of_range || size > Mailbox::kMaximumMessageOctets;
+    return error == std::errc::result_out_of_range || size > Mailbox::kMaximumMessageBytes;
 }
 
 } // namespace
@@ -66,7 +66,7 @@ std::string SmtpConversation::receive(std::string_view bytes) {
     while (!isOver()) {
         const bool inData = state_ == State::Data;
         const LineReader::Result result =
-            input_.next(line, inData ? kMaximumTextLineOctets : kMaximumCommandOctets);
+            input_.next(line, inData ? kMaximumTextLineBytes : kMaximumCommandBytes);
         if (result == LineReader::Result::Incomplete) {
             break;
         }
@@ -119,7 +119,7 @@ std::string SmtpConversation::hello(const std::string& command, std::string_view
     if (!extended_) {
         return "250 demo.example.org\r\n";
     }
-    return "250-demo.example.org\r\n250-SIZE " + std::to_string(Mailbox::kMaximumMessageOctets) +
+    return "250-demo.example.org\r\n250-SIZE " + std::to_string(Mailbox::kMaximumMessageBytes) +
            "\r\n250-8BITMIME\r\n250-ENHANCEDSTATUSCODES\r\n250 PIPELINING\r\n";
 }
 
@@ -172,7 +172,7 @@ std::string SmtpConversation::textLine(std::string_view line, bool truncated) {
     if (line.starts_with('.')) {
         line.remove_prefix(1);
     }
-    tooLarge_ = tooLarge_ || truncated || text_.size() + line.size() + 2 > Mailbox::kMaximumMessageOctets;
+    tooLarge_ = tooLarge_ || truncated || text_.size() + line.size() + 2 > Mailbox::kMaximumMessageBytes;
     if (tooLarge_) {
         text_.clear();
     } else {

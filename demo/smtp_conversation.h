@@ -18,11 +18,11 @@ namespace demo {
 class SmtpConversation : public Conversation {
   public:
     static constexpr std::string_view kLocalDomain = "example.org";
-    /** Longest command line, in octets without its end (RFC 5321 section 4.5.3.1.4). */
-    static constexpr std::size_t kMaximumCommandOctets = 510;
-    /** Longest line of a message, in octets. RFC 5321 section 4.5.3.1.6 has 1000; the demo takes what comes.
+    /** Longest command line, in bytes without its end (RFC 5321 section 4.5.3.1.4). */
+    static constexpr std::size_t kMaximumCommandBytes = 510;
+    /** Longest line of a message, in bytes. RFC 5321 section 4.5.3.1.6 has 1000; the demo takes what comes.
      */
-    static constexpr std::size_t kMaximumTextLineOctets = 1U << 20U;
+    static constexpr std::size_t kMaximumTextLineBytes = 1U << 20U;
     /** Recipients of one message (RFC 5321 section 4.5.3.1.8). */
     static constexpr std::size_t kMaximumRecipients = 100;
 

@@ -24,7 +24,7 @@ using NextLine = std::function<std::string()>;
 void readSettings(const NextLine& nextLine, Settings& settings, DerivedValues& derived,
                   const ShowSetupButton& showSetupButton);
 
-/** What stands after the line's first "="; the whole line when it has none. Blanks count. */
+/** What stands after the line's first "="; the whole line when it has none. Spaces count. */
 std::string valueOfLine(const std::string& line);
 
 /** The 16 fields of the setup window, as texts; named after the keys that they set. */
@@ -52,7 +52,7 @@ SettingsFields fieldsOf(const Settings& settings);
 
 /**
  * The settings file's 19 lines, each ended by CR LF. An empty field writes the current setting instead. Line
- * ends inside a field become blanks, since they would shift every later setting.
+ * ends inside a field become spaces, since they would shift every later setting.
  */
 std::string settingsFileText(const SettingsFields& fields, const Settings& current);
 

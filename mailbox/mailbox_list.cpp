@@ -23,11 +23,11 @@ constexpr std::size_t kNameBytes = 4'000;
 
 /** The trimmed text of a header's value, which a stranger may have made of megabytes. */
 QString shownText(std::string_view value, std::size_t mostBytes) {
-    // These are shown as blanks, and so they are trimmed.
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t start = std::min(value.find_first_not_of(blanks), value.size());
+    // These are shown as spaces, and so they are trimmed.
+    constexpr std::string_view spaces = " \t\r\n";
+    const std::size_t start = std::min(value.find_first_not_of(spaces), value.size());
     value.remove_prefix(start);
-    value = value.substr(0, value.find_last_not_of(blanks) + 1);
+    value = value.substr(0, value.find_last_not_of(spaces) + 1);
     return platform::withControlsVisible(platform::startFromBytes(value, mostBytes));
 }
 } // namespace

@@ -8,7 +8,7 @@
 namespace {
 constexpr std::string_view kFirstLine = "Brindlewake letter 1\n";
 
-// A field is its name, a blank, the number of its bytes, LF, its bytes, LF.
+// A field is its name, a space, the number of its bytes, LF, its bytes, LF.
 
 void append(std::string& file, std::string_view name, std::string_view value) {
     file.append(name).append(" ").append(std::to_string(value.size())).append("\n");

@@ -45,11 +45,11 @@ struct PartType {
     std::size_t lineAt = 0;
 
     void read(std::string_view part) {
-        constexpr std::size_t nameAndBlank = 14;
+        constexpr std::size_t nameAndSpace = 14;
         lineAt = inStr(1, part, "Content-Type:");
         if (lineAt != 0) {
             const std::size_t semicolon = inStr(lineAt, part, ";");
-            const std::size_t start = lineAt + nameAndBlank;
+            const std::size_t start = lineAt + nameAndSpace;
             type = mid(part, asSigned(start), asSigned(semicolon) - asSigned(start));
         }
     }

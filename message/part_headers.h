@@ -12,7 +12,7 @@ inline constexpr std::array<std::string_view, 5> kPartHeaderKeys = {
 /**
  * The part-header stripper: for each key in turn that occurs in the text, everything up to and including the
  * first line feed at or after the key is removed. What stands before a key goes with it, and a key in running
- * text cuts the text there. The blank line that ends the headers stays.
+ * text cuts the text there. The empty line that ends the headers stays.
  */
 std::string_view withoutPartHeaders(std::string_view text);
 

@@ -8,7 +8,7 @@
  * changed.
  *
  * An underscore stands for each separator, control character, direction override and `: * ? " < > |`, and for
- * each dot or blank at the start or at the end: at the start it would hide the file or lead out of the
+ * each dot or space at the start or at the end: at the start it would hide the file or lead out of the
  * folder, and memory sticks (FAT) take none at the end. One comes before the names of devices, such as CON
  * and lpt1.txt. Nothing but white space is "attachment". A name of more than 255 bytes is shortened before
  * its extension.

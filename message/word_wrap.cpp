@@ -6,7 +6,7 @@
 
 namespace {
 constexpr double kFontSize = 9.75; // points
-constexpr QStringView kBlank = u" ";
+constexpr QStringView kSpace = u" ";
 constexpr QStringView kRightMargin = u"ZZZZZZZZ";
 } // namespace
 
@@ -22,12 +22,12 @@ void printText(platform::TextPrinter& printer, QStringView text) {
     // The font stays the same from here on, and so does the margin.
     const double margin = printer.textWidth(kRightMargin);
     while (!text.isEmpty()) {
-        const QStringView word = takeWord(text, kBlank);
+        const QStringView word = takeWord(text, kSpace);
         if (printer.printableWidth() - margin < printer.currentX() + printer.textWidth(word)) {
             printer.endLine();
         }
         printer.print(word);
-        printer.print(kBlank);
+        printer.print(kSpace);
     }
     printer.endLine();
     printer.endDocument();

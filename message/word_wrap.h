@@ -14,7 +14,7 @@ class TextPrinter;
 QStringView takeWord(QStringView& text, QStringView delimiter);
 
 /**
- * Prints the text as one document with simple word wrapping. Only single blanks part words: of two in a row
+ * Prints the text as one document with simple word wrapping. Only single spaces part words: of two in a row
  * the second is an empty word of its own, and line breaks stay inside the words beside them and reach the
  * printer as they are. A word that would come nearer to the right edge than the width of eight wide letters
  * goes to the next line; it is never cut. The printer's own page breaks are the only ones.

@@ -26,7 +26,7 @@ constexpr std::string_view kShown = "shown\n";
 constexpr std::string_view kNotShown = "not shown\n";
 constexpr std::size_t kMaximumRequestBytes = 4096;
 /** A later start has sent its request before it waits, so the first program need hardly wait for it. */
-constexpr std::chrono::milliseconds kPatienceForRequest{200};
+constexpr std::chrono::milliseconds kRequestTimeout{200};
 constexpr std::chrono::milliseconds kBetweenTries{20};
 
 /** Tells the current folder from all others of this computer. */
@@ -114,7 +114,7 @@ OnlyProgram::Request requestIn(std::string_view line) {
 }
 } // namespace
 
-OnlyProgram::Start OnlyProgram::start(const Request& request, std::chrono::milliseconds patience) {
+OnlyProgram::Start OnlyProgram::start(const Request& request, std::chrono::milliseconds timeout) {
     const int error = errorNumberOf([this] {
         name_ = nameOfCurrentFolder();
         place_ = runtimeFolder();
@@ -122,7 +122,7 @@ OnlyProgram::Start OnlyProgram::start(const Request& request, std::chrono::milli
     if (error != errors::None) {
         return Start::First;
     }
-    const QDeadlineTimer deadline(patience);
+    const QDeadlineTimer deadline(timeout);
     // The other one may be about to listen, or about to end.
     while (!takeLock()) {
         const auto remaining = std::chrono::milliseconds(deadline.remainingTime());
@@ -172,7 +172,7 @@ void OnlyProgram::listen() {
 
 /** Nothing when the other program cannot be reached, or not yet. */
 std::optional<OnlyProgram::Start> OnlyProgram::ask(const Request& request,
-                                                   std::chrono::milliseconds patience) const {
+                                                   std::chrono::milliseconds timeout) const {
     const FileDescriptor connection = newSocket();
     const sockaddr_un address = addressIn(*place_, name_ + ".socket");
     const bool asked =
@@ -182,7 +182,7 @@ std::optional<OnlyProgram::Start> OnlyProgram::ask(const Request& request,
     if (!asked) {
         return std::nullopt;
     }
-    const auto answer = readLine(connection, QDeadlineTimer(patience));
+    const auto answer = readLine(connection, QDeadlineTimer(timeout));
     if (!answer) {
         return std::nullopt;
     }
@@ -195,7 +195,7 @@ void OnlyProgram::answer(const std::function<bool(const Request&)>& show) {
     if (!connection.isOpen() || !isOwnProcess(connection)) {
         return;
     }
-    if (const auto line = readLine(connection, QDeadlineTimer(kPatienceForRequest))) {
+    if (const auto line = readLine(connection, QDeadlineTimer(kRequestTimeout))) {
         say(connection, show(requestIn(*line)) ? kShown : kNotShown);
     }
 }

@@ -43,10 +43,10 @@ class OnlyProgram {
     };
 
     /** How long a later start waits for the first program to answer. */
-    static constexpr std::chrono::milliseconds kPatience{5000};
+    static constexpr std::chrono::milliseconds kTimeout{5000};
 
     /** Takes the lock, or asks the program that has it to show its window. Call it once. */
-    Start start(const Request& request, std::chrono::milliseconds patience = kPatience);
+    Start start(const Request& request, std::chrono::milliseconds timeout = kTimeout);
 
     /** For the first program: readable when a later start asks. -1 when none can ask. */
     int listener() const noexcept { return listener_.number(); }
@@ -57,7 +57,7 @@ class OnlyProgram {
   private:
     bool takeLock();
     void listen();
-    std::optional<Start> ask(const Request& request, std::chrono::milliseconds patience) const;
+    std::optional<Start> ask(const Request& request, std::chrono::milliseconds timeout) const;
 
     std::optional<UserFolder> place_;
     std::string name_;

@@ -40,7 +40,7 @@ bool isInvisibleControl(char16_t code) {
     return bidirectional || (code >= 0x7F && code < 0xA0) || code == 0xFEFF;
 }
 
-/** Blanks, a sign, digits with a point among or before them, an exponent, blanks. */
+/** Spaces, a sign, digits with a point among or before them, an exponent, spaces. */
 bool isDecimal(QStringView text) {
     const auto take = [&text](QStringView characters) {
         const bool taken = !text.isEmpty() && characters.contains(text.front());
@@ -125,14 +125,14 @@ std::string_view mid(std::string_view text, std::int64_t start, std::int64_t len
     return text.substr(static_cast<std::size_t>(start - 1), static_cast<std::size_t>(length));
 }
 
-QString trimmedBlanks(const QString& text) {
-    const QChar blank = u' ';
+QString trimmedSpaces(const QString& text) {
+    const QChar space = u' ';
     qsizetype first = 0;
     qsizetype end = text.size();
-    while (first < end && text.at(first) == blank) {
+    while (first < end && text.at(first) == space) {
         ++first;
     }
-    while (end > first && text.at(end - 1) == blank) {
+    while (end > first && text.at(end - 1) == space) {
         --end;
     }
     return text.sliced(first, end - first);

@@ -36,18 +36,18 @@ std::size_t inStr(std::size_t start, std::string_view text, std::string_view wan
  */
 std::string_view mid(std::string_view text, std::int64_t start, std::int64_t length);
 
-/** The text without the blanks (U+0020) at its ends; other white space stays. */
-QString trimmedBlanks(const QString& text);
+/** The text without the spaces (U+0020) at its ends; other white space stays. */
+QString trimmedSpaces(const QString& text);
 
 /**
- * The text cut, or padded with blanks on the right, to `width` characters as a person counts them: a letter
+ * The text cut, or padded with spaces on the right, to `width` characters as a person counts them: a letter
  * with its combining marks is one and is never cut in two.
  */
 QString fitted(const QString& text, int width);
 
 /**
  * The text with control characters and direction overrides shown instead of obeyed, on one line: a name from
- * a stranger must not rearrange what stands beside it. Tabs and line ends become blanks.
+ * a stranger must not rearrange what stands beside it. Tabs and line ends become spaces.
  */
 QString withControlsVisible(const QString& text);
 
@@ -59,7 +59,7 @@ bool isControlCharacter(QChar character) noexcept;
 std::string upperCase(std::string_view text);
 
 /**
- * A text as a signed 16-bit number: blanks around it are allowed, a fraction is rounded to the nearest whole
+ * A text as a signed 16-bit number: spaces around it are allowed, a fraction is rounded to the nearest whole
  * number (a half to the even one).
  * \throws RuntimeError 13 when the text is not a number, 6 when the number does not fit.
  */

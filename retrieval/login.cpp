@@ -65,7 +65,7 @@ void prepareList(const POPLib::POP& pop) {
     for (int row = 1; row < main.MailGrid->Rows(); ++row) {
         main.MailGrid->setRowNew(row, false);
     }
-    // An empty list still shows one blank row.
+    // An empty list still shows one space row.
     main.MailGrid->setRows(mailbox.MessageCount == 0 ? 2 : mailbox.MessageCount + 1);
     mailbox.LastMessageCount = pop.messageCount();
     main.barProgress->setMin(0);

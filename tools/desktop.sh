@@ -7,7 +7,7 @@
 #     build      the build folder with the program
 
 # Seconds until a window has to be there, or gone.
-readonly patience=30
+readonly timeout=30
 # More than a text cursor covers on the screen, less than any word.
 readonly cursor_pixels=60
 
@@ -26,10 +26,10 @@ fail() {
 
 # until_true <what is waited for> <command>...: tries the command until it succeeds.
 until_true() {
-    local -r what=$1 deadline=$((SECONDS + patience))
+    local -r what=$1 deadline=$((SECONDS + timeout))
     shift
     until "$@"; do
-        [[ $SECONDS -lt $deadline ]] || fail "$what did not come within $patience seconds"
+        [[ $SECONDS -lt $deadline ]] || fail "$what did not come within $timeout seconds"
         if [[ -n $program_pid ]] && has_ended "$program_pid"; then
             fail "the program has ended while waiting for $what"
         fi
@@ -107,7 +107,7 @@ start_display() {
     )
     display_pid=$!
     local number
-    read -r -t "$patience" number <&"$display_number_pipe" || fail "the display did not start"
+    read -r -t "$timeout" number <&"$display_number_pipe" || fail "the display did not start"
     export DISPLAY=:$number
 }
 

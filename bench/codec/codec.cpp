@@ -60,7 +60,7 @@ void forEachPiece(std::string_view input, const Action& action) {
     }
 }
 
-const unsigned char* octets(std::string_view text) {
+const unsigned char* bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
 }
 
@@ -69,7 +69,7 @@ class Buffer {
   public:
     explicit Buffer(std::size_t bytes) : bytes_(bytes, '\0') {}
 
-    unsigned char* octets() { return reinterpret_cast<unsigned char*>(bytes_.data()); }
+    unsigned char* bytes() { return reinterpret_cast<unsigned char*>(bytes_.data()); }
 
     template <class Count>
     std::string_view first(Count bytes) const {
@@ -100,13 +100,13 @@ void encodeWithOpenSsl(std::string_view input, const Sink& sink) {
     Buffer buffer(kPieceBytes * 2);
     int written = 0;
     forEachPiece(input, [&](std::string_view piece) {
-        if (EVP_EncodeUpdate(context.get(), buffer.octets(), &written, octets(piece),
+        if (EVP_EncodeUpdate(context.get(), buffer.bytes(), &written, bytes(piece),
                              static_cast<int>(piece.size())) != 1) {
             throw std::runtime_error("EVP_EncodeUpdate failed");
         }
         sink(buffer.first(written));
     });
-    EVP_EncodeFinal(context.get(), buffer.octets(), &written);
+    EVP_EncodeFinal(context.get(), buffer.bytes(), &written);
     sink(buffer.first(written));
 }
 
@@ -116,13 +116,13 @@ void decodeWithOpenSsl(std::string_view input, const Sink& sink) {
     Buffer buffer(kPieceBytes);
     int written = 0;
     forEachPiece(input, [&](std::string_view piece) {
-        if (EVP_DecodeUpdate(context.get(), buffer.octets(), &written, octets(piece),
+        if (EVP_DecodeUpdate(context.get(), buffer.bytes(), &written, bytes(piece),
                              static_cast<int>(piece.size())) < 0) {
             throw std::runtime_error("EVP_DecodeUpdate failed");
         }
         sink(buffer.first(written));
     });
-    if (EVP_DecodeFinal(context.get(), buffer.octets(), &written) < 0) {
+    if (EVP_DecodeFinal(context.get(), buffer.bytes(), &written) < 0) {
         throw std::runtime_error("EVP_DecodeFinal failed");
     }
     sink(buffer.first(written));
@@ -133,7 +133,7 @@ void decodeWithGlib(std::string_view input, const Sink& sink) {
     gint state = 0;
     guint save = 0;
     forEachPiece(input, [&](std::string_view piece) {
-        sink(buffer.first(g_base64_decode_step(piece.data(), piece.size(), buffer.octets(), &state, &save)));
+        sink(buffer.first(g_base64_decode_step(piece.data(), piece.size(), buffer.bytes(), &state, &save)));
     });
 }
 

@@ -2,8 +2,8 @@
 //
 //     bench_smtp_sink <message>
 //
-// Writes its port, and after each session a line with the octets of the message and whether its body was that
-// of the given one. The comparison comes after the farewell, so that no client waits for it. Ends with its
+// Writes its port, and after each session a line with the bytes of the message and whether its body was that
+// of the given one. The comparison comes after QUIT, so that no client waits for it. Ends with its
 // standard input.
 
 #include "platform/private_file.h"
@@ -52,7 +52,7 @@ std::string withoutDots(std::string_view received) {
     return message.append(received);
 }
 
-/** One session, from the greeting to the farewell. */
+/** One session, from the greeting to QUIT. */
 class Session {
   public:
     explicit Session(int socket) : connection_(socket) { received_.reserve(64U << 20U); }

@@ -70,7 +70,7 @@ long Process::processorTicks() const {
     std::ifstream file(pathOf("stat"));
     std::string text;
     std::getline(file, text);
-    // The program's name, in parentheses, may hold blanks; eleven fields lie between it and the times.
+    // The program's name, in parentheses, may hold spaces; eleven fields lie between it and the times.
     std::istringstream fields(text.substr(text.rfind(')') + 1));
     std::string skipped;
     for (int field = 0; field < 11; ++field) {

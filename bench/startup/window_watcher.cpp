@@ -13,7 +13,7 @@ namespace bench {
 namespace {
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience{20};
+constexpr std::chrono::seconds kTimeout{20};
 
 constexpr std::uint8_t kEventMask = 0x7f;
 } // namespace
@@ -58,7 +58,7 @@ WindowWatcher::WindowWatcher() : connection_(xcb_connect(nullptr, nullptr)) {
 }
 
 DrawnWindow WindowWatcher::waitUntilDrawn(const std::string& title, int minimumWidth) {
-    const auto deadline = Clock::now() + kPatience;
+    const auto deadline = Clock::now() + kTimeout;
     for (;;) {
         const Owned<xcb_generic_event_t> event = nextEvent(deadline);
         const std::uint8_t type = event->response_type & kEventMask;

@@ -13,7 +13,7 @@
 namespace bench {
 
 namespace {
-constexpr std::chrono::seconds kPatience{60};
+constexpr std::chrono::seconds kTimeout{60};
 
 std::chrono::duration<double> processorTime() {
     timespec time{};
@@ -51,7 +51,7 @@ void Stopwatch::take(QWidget& widget) {
 }
 
 Taken Stopwatch::wait() {
-    const QDeadlineTimer deadline(kPatience);
+    const QDeadlineTimer deadline(kTimeout);
     while (!done_) {
         if (deadline.hasExpired()) {
             throw std::runtime_error("nothing was painted");

@@ -20,7 +20,7 @@ bool CellPainter::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QS
 
 void CellPainter::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
-    // Blanks that pad a cell to its width are not worth three dots where the column is narrower.
+    // Spaces that pad a cell to its width are not worth three dots where the column is narrower.
     while (option->text.endsWith(u' ')) {
         option->text.chop(1);
     }
@@ -39,13 +39,13 @@ void CellPainter::initStyleOption(QStyleOptionViewItem* option, const QModelInde
 
 QVariant Cell::data(int role) const {
     if (role == Qt::AccessibleTextRole) {
-        // Nobody wants to hear of blanks that only pad the text.
+        // Nobody wants to hear of spaces that only pad the text.
         return text().trimmed();
     }
     if (role != Qt::ToolTipRole) {
         return QTableWidgetItem::data(role);
     }
-    // Blanks that only pad the text are no news. Marked as rich text, or the signs that escape it would be
+    // Spaces that only pad the text are no news. Marked as rich text, or the signs that escape it would be
     // seen.
     return QStringLiteral("<p>") + text().trimmed().toHtmlEscaped() + QStringLiteral("</p>");
 }

@@ -13,7 +13,7 @@ class MSFlexGrid : public QTableWidget {
   public:
     explicit MSFlexGrid(int columns, QWidget* parent = nullptr);
 
-    /** Rows, the title row included. New ones are blank. */
+    /** Rows, the title row included. New ones are empty. */
     int Rows() const { return rowCount() + 1; }
 
     void setRows(int rows);

@@ -13,9 +13,9 @@ constexpr auto kLongestLine = static_cast<qsizetype>(kLongestShownLine);
 
 /** Where a line that is too long is broken. */
 qsizetype breakIn(QStringView line) {
-    const qsizetype blank = line.lastIndexOf(u' ', kLongestLine - 1);
-    if (blank >= 0) {
-        return blank + 1;
+    const qsizetype space = line.lastIndexOf(u' ', kLongestLine - 1);
+    if (space >= 0) {
+        return space + 1;
     }
     return line.at(kLongestLine).isLowSurrogate() ? kLongestLine - 1 : kLongestLine;
 }

@@ -12,7 +12,7 @@ inline constexpr qsizetype kMostPastedLines = 60'000;
 
 /**
  * A text from elsewhere as a text box can hold it; nothing when it is too much. A line of more than
- * kLongestShownLine characters is broken for showing (kShownBreak), behind a blank where there is one: whole
+ * kLongestShownLine characters is broken for showing (kShownBreak), behind a space where there is one: whole
  * it would take minutes to lay out.
  */
 std::optional<QString> pastableText(const QString& text);

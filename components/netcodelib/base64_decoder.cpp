@@ -21,7 +21,7 @@ using EntryTable = std::array<Entry, 256>;
 
 constexpr Entry kForeign = std::bit_cast<Entry>(std::array<unsigned char, 4>{0, 0, 0, 1});
 
-constexpr std::size_t octet(char character) noexcept {
+constexpr std::size_t byte(char character) noexcept {
     return static_cast<unsigned char>(character);
 }
 
@@ -31,7 +31,7 @@ constexpr EntryTable entriesAt(unsigned position) {
     entries.fill(kForeign);
     for (std::uint32_t value = 0; value < kAlphabet.size(); ++value) {
         const std::uint32_t bits = value << (kBitsPerCharacter * (3 - position));
-        entries[octet(kAlphabet[value])] = std::bit_cast<Entry>(std::array<unsigned char, 4>{
+        entries[byte(kAlphabet[value])] = std::bit_cast<Entry>(std::array<unsigned char, 4>{
             static_cast<unsigned char>(bits >> 16U & 0xFFU), static_cast<unsigned char>(bits >> 8U & 0xFFU),
             static_cast<unsigned char>(bits & 0xFFU), 0});
     }
@@ -49,23 +49,22 @@ constexpr std::array<unsigned char, 256> kValues = [] {
     std::array<unsigned char, 256> values{};
     values.fill(kNoValue);
     for (std::size_t value = 0; value < kAlphabet.size(); ++value) {
-        values[octet(kAlphabet[value])] = static_cast<unsigned char>(value);
+        values[byte(kAlphabet[value])] = static_cast<unsigned char>(value);
     }
     return values;
 }();
 
 bool isForeign(char character) noexcept {
-    return kValues[octet(character)] == kNoValue && character != kPadding;
+    return kValues[byte(character)] == kNoValue && character != kPadding;
 }
 
 Entry groupAt(const char* text) noexcept {
-    return kFirst[octet(text[0])] | kSecond[octet(text[1])] | kThird[octet(text[2])] |
-           kFourth[octet(text[3])];
+    return kFirst[byte(text[0])] | kSecond[byte(text[1])] | kThird[byte(text[2])] | kFourth[byte(text[3])];
 }
 
 /**
  * Decodes groups up to the first one with anything but letters of the alphabet, and moves both ends on. It
- * writes one octet more than it decodes.
+ * writes one byte more than it decodes.
  */
 void decodeGroups(std::string_view& text, char*& out) noexcept {
     const char* from = text.data();
@@ -107,7 +106,7 @@ bool dropForeign(std::string_view& text) noexcept {
 
 void Base64Decoder::append(std::string_view text, std::string& bytes) {
     const std::size_t before = bytes.size();
-    // Room for the group that an earlier piece began, and for the octet that the fast way writes too much.
+    // Room for the group that an earlier piece began, and for the byte that the fast way writes too much.
     bytes.resize(before + (text.size() / kGroupCharacters + 1) * kGroupBytes + 1);
     char* out = bytes.data() + before;
     while (!text.empty() && !ended_) {
@@ -143,7 +142,7 @@ char* Base64Decoder::take(char character, char* out) {
     if (character == kPadding) {
         return endData(out);
     }
-    const unsigned char value = kValues[octet(character)];
+    const unsigned char value = kValues[byte(character)];
     if (value == kNoValue) {
         return out;
     }

@@ -10,7 +10,7 @@ namespace NetCodeLib {
  * Turns base64 text back into bytes, as patiently as mail needs it. The text may come in pieces of any size;
  * memory does not grow with it. Whether a text is base64, and all of it, is for Base64Form to say.
  *
- * - Line ends, blanks and any other foreign character are ignored, wherever they stand (RFC 2045 section
+ * - Line ends, spaces and any other foreign character are ignored, wherever they stand (RFC 2045 section
  *   6.8): so is the "--" that begins the next boundary.
  * - Padding ends the data, and nothing after it is looked at. RFC 2045 takes "=" as evidence of the end, and
  *   what mailing lists write under an attachment consists mostly of letters of the alphabet. The price: of

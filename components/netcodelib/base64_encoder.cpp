@@ -10,7 +10,7 @@
 namespace NetCodeLib {
 
 namespace {
-constexpr std::size_t kLineOctets = Base64Encoder::kLineCharacters + 2;
+constexpr std::size_t kTextLineBytes = Base64Encoder::kLineCharacters + 2;
 constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 
@@ -24,15 +24,15 @@ constexpr std::array<std::uint16_t, 4096> kPairs = [] {
     return pairs;
 }();
 
-std::uint32_t octet(const char* byte) noexcept {
+std::uint32_t byteAt(const char* byte) noexcept {
     return static_cast<unsigned char>(*byte);
 }
 
 /** The bits of eight bytes, of which the first ones stand highest. */
-std::uint64_t eightOctets(const char* bytes) noexcept {
+std::uint64_t eightBytes(const char* bytes) noexcept {
     std::uint64_t bits = 0;
     for (int i = 0; i < 8; ++i) {
-        bits = bits << 8U | octet(bytes + i);
+        bits = bits << 8U | byteAt(bytes + i);
     }
     return bits;
 }
@@ -41,7 +41,7 @@ std::uint64_t eightOctets(const char* bytes) noexcept {
 inline char* encodeGroups(const char* bytes, std::size_t groups, char* text) noexcept {
     // Two groups of the eight bytes that are read together: the last two of them belong to the next group.
     for (; groups > 2; groups -= 2) {
-        const std::uint64_t bits = eightOctets(bytes);
+        const std::uint64_t bits = eightBytes(bytes);
         const std::array<std::uint16_t, 4> pairs = {kPairs[bits >> 52U], kPairs[bits >> 40U & 0xFFFU],
                                                     kPairs[bits >> 28U & 0xFFFU],
                                                     kPairs[bits >> 16U & 0xFFFU]};
@@ -50,7 +50,7 @@ inline char* encodeGroups(const char* bytes, std::size_t groups, char* text) noe
         text += 2 * kGroupCharacters;
     }
     for (; groups > 0; --groups) {
-        const std::uint32_t bits = octet(bytes) << 16U | octet(bytes + 1) << 8U | octet(bytes + 2);
+        const std::uint32_t bits = byteAt(bytes) << 16U | byteAt(bytes + 1) << 8U | byteAt(bytes + 2);
         std::memcpy(text, &kPairs[bits >> 12U], 2);
         std::memcpy(text + 2, &kPairs[bits & 0xFFFU], 2);
         bytes += kGroupBytes;
@@ -73,7 +73,7 @@ char* encodeLine(const char* bytes, char* text) noexcept {
 void Base64Encoder::append(std::string_view bytes, std::string& text) {
     const std::size_t before = text.size();
     const std::size_t lines = (heldBytes_ + bytes.size()) / kLineBytes;
-    text.resize(before + lines * kLineOctets);
+    text.resize(before + lines * kTextLineBytes);
     char* out = text.data() + before;
     if (heldBytes_ > 0) {
         const std::size_t taken = bytes.copy(held_.data() + heldBytes_, kLineBytes - heldBytes_);
@@ -96,7 +96,7 @@ void Base64Encoder::finish(std::string& text) {
     if (heldBytes_ == 0) {
         return;
     }
-    std::array<char, kLineOctets> line{};
+    std::array<char, kTextLineBytes> line{};
     const std::size_t rest = heldBytes_ % kGroupBytes;
     char* out = encodeGroups(held_.data(), heldBytes_ / kGroupBytes, line.data());
     if (rest > 0) {

@@ -22,7 +22,7 @@ namespace NetCodeLib {
  * - the "--" of the next boundary at the end;
  * - any text behind the padding that begins with a line without letters, such as a mailing list's.
  *
- * It refuses everything else: foreign characters in between, blanks between words, padding that is missing,
+ * It refuses everything else: foreign characters in between, spaces between words, padding that is missing,
  * which is how a text looks whose end is lost, further encoded text behind padding, of which a decoder knows
  * nothing, and a text that is only the "--", whose part has lost even its empty line.
  *

@@ -7,7 +7,7 @@
 namespace NetCodeLib {
 
 namespace {
-bool isBlank(char character) noexcept {
+bool isSpace(char character) noexcept {
     return character == ' ' || character == '\t' || character == '\r';
 }
 
@@ -65,7 +65,7 @@ std::string_view LeadingFields::takeLast() {
 
 /** Passes the header when the line, without its line feed, does not belong to it any more. */
 void LeadingFields::takeLine(std::string_view line) {
-    const bool empty = std::all_of(line.begin(), line.end(), isBlank);
+    const bool empty = std::all_of(line.begin(), line.end(), isSpace);
     if (!empty && isHeaderLine(line)) {
         fieldSeen_ = true;
         return;

@@ -10,9 +10,9 @@ Command openCommand(CommandKind kind, const std::string& line, std::int32_t mess
 } // namespace
 
 bool canBeSentAsArgument(std::string_view argument) noexcept {
-    constexpr std::size_t keywordBlankAndLineEnd = 7;
+    constexpr std::size_t keywordSpaceAndLineEnd = 7;
     constexpr std::string_view forbidden("\r\n\0", 3);
-    return argument.size() + keywordBlankAndLineEnd <= kMaximumCommandOctets &&
+    return argument.size() + keywordSpaceAndLineEnd <= kMaximumCommandBytes &&
            argument.find_first_of(forbidden) == std::string_view::npos;
 }
 

@@ -20,12 +20,12 @@ struct Command : protocol::CommandText {
     std::int32_t bodyLineLimit = 0;
 };
 
-/** Longest command line, in octets, line end included (RFC 2449 section 4). */
-inline constexpr std::size_t kMaximumCommandOctets = 255;
+/** Longest command line, in bytes, line end included (RFC 2449 section 4). */
+inline constexpr std::size_t kMaximumCommandBytes = 255;
 
 /**
  * True when the text can stand as the argument of USER or PASS: no CR, LF or NUL, and short enough for one
- * command line. Blanks are part of a password (RFC 1939 section 7).
+ * command line. Spaces are part of a password (RFC 1939 section 7).
  */
 bool canBeSentAsArgument(std::string_view argument) noexcept;
 

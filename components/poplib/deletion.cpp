@@ -74,7 +74,7 @@ bool ListedMailbox::stillNames(Exchange& exchange, std::int32_t number, const Me
     MessageDigest digest;
     const auto add = [&digest](const Event& event) { digest.add(event); };
     const bool given = readResponse(exchange, topCommand(number, listedBodyLines_), add) ||
-                       (numbers.second <= limits.wholeMessageOctets &&
+                       (numbers.second <= limits.wholeMessageBytes &&
                         readResponse(exchange, retrCommand(number, listedBodyLines_), add));
     // What could not be given then must not be given now.
     return (given ? digest.result() : std::string()) == identity.digest;

@@ -33,7 +33,7 @@ void ListedMailbox::list(Exchange& exchange, std::int32_t messageNumber, std::in
                          const Limits& limits, const TakeLine& take) {
     // For its row in the list no very large message is fetched whole.
     const bool tooLarge =
-        numberAndSize_.first == messageNumber && numberAndSize_.second > limits.wholeMessageOctets;
+        numberAndSize_.first == messageNumber && numberAndSize_.second > limits.wholeMessageBytes;
     // TOP is optional (RFC 1939 section 7).
     if (!listFrom(exchange, topCommand(messageNumber, bodyLines), take) && !tooLarge) {
         listFrom(exchange, retrCommand(messageNumber, bodyLines), take);

@@ -15,10 +15,10 @@ namespace POPLib {
 
 /** How much the component takes. Tests shorten it. */
 struct Limits {
-    /** Octets of one response while listing, most of which are only counted. */
-    std::int64_t listingOctets = Pop3Session::kMaximumListingOctets;
-    /** Octets of a message that is fetched whole for a listing, where the server does not know TOP. */
-    std::int32_t wholeMessageOctets = 64 << 20;
+    /** Bytes of one response while listing, most of which are only counted. */
+    std::int64_t listingBytes = Pop3Session::kMaximumListingBytes;
+    /** Bytes of a message that is fetched whole for a listing, where the server does not know TOP. */
+    std::int32_t wholeMessageBytes = 64 << 20;
 };
 
 /**

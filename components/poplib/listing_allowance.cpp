@@ -8,7 +8,7 @@ namespace POPLib {
 
 namespace {
 /** What keeping a line takes beside its text. */
-constexpr std::size_t kOctetsBesideTheText = 4;
+constexpr std::size_t kBytesBesideTheText = 4;
 
 bool mayHoldParameters(const HeaderLine& line) {
     return line.field.empty() || platform::upperCase(line.field) == "CONTENT-TYPE";
@@ -25,17 +25,17 @@ void removeLastParameter(HeaderLine& line) {
 } // namespace
 
 bool ListingAllowance::cut(HeaderLine& line) {
-    const std::size_t whole = line.field.size() + line.value.size() + kOctetsBesideTheText;
-    const std::size_t own = std::min({whole, kHeaderLineOctets, ownHeaderOctets_});
-    const std::size_t shared = std::min(whole - own, sharedHeaderOctets_);
-    const std::size_t octetsBesideTheValue = line.field.size() + kOctetsBesideTheText;
-    if (own + shared < octetsBesideTheValue) {
+    const std::size_t whole = line.field.size() + line.value.size() + kBytesBesideTheText;
+    const std::size_t own = std::min({whole, kHeaderLineBytes, ownHeaderBytes_});
+    const std::size_t shared = std::min(whole - own, sharedHeaderBytes_);
+    const std::size_t bytesBesideTheValue = line.field.size() + kBytesBesideTheText;
+    if (own + shared < bytesBesideTheValue) {
         return false;
     }
-    ownHeaderOctets_ -= own;
-    sharedHeaderOctets_ -= shared;
+    ownHeaderBytes_ -= own;
+    sharedHeaderBytes_ -= shared;
     if (own + shared < whole) {
-        line.value.resize(own + shared - octetsBesideTheValue);
+        line.value.resize(own + shared - bytesBesideTheValue);
         line.cut = true;
     }
     if (line.cut && mayHoldParameters(line)) {
@@ -45,12 +45,12 @@ bool ListingAllowance::cut(HeaderLine& line) {
 }
 
 bool ListingAllowance::cut(BodyLine& line) {
-    if (bodyOctets_ < kOctetsBesideTheText) {
+    if (bodyBytes_ < kBytesBesideTheText) {
         return false;
     }
-    const std::size_t octets = std::min(line.text.size() + kOctetsBesideTheText, bodyOctets_);
-    bodyOctets_ -= octets;
-    line.text.resize(octets - kOctetsBesideTheText);
+    const std::size_t bytes = std::min(line.text.size() + kBytesBesideTheText, bodyBytes_);
+    bodyBytes_ -= bytes;
+    line.text.resize(bytes - kBytesBesideTheText);
     return true;
 }
 

@@ -17,26 +17,26 @@ namespace POPLib {
  */
 class ListingAllowance {
   public:
-    /** Octets of header lines, over all messages, beyond their own. */
-    static constexpr std::size_t kSharedHeaderOctets = 3U << 20U;
-    /** Octets of each header that need nothing of the shared ones. */
-    static constexpr std::size_t kHeaderOctets = 16U << 10U;
-    /** Of these, octets that one line may use. */
-    static constexpr std::size_t kHeaderLineOctets = 4U << 10U;
-    /** Octets of body lines, over all messages. */
-    static constexpr std::size_t kBodyOctets = 6U << 20U;
+    /** Bytes of header lines, over all messages, beyond their own. */
+    static constexpr std::size_t kSharedHeaderBytes = 3U << 20U;
+    /** Bytes of each header that need nothing of the shared ones. */
+    static constexpr std::size_t kHeaderBytes = 16U << 10U;
+    /** Of these, bytes that one line may use. */
+    static constexpr std::size_t kHeaderLineBytes = 4U << 10U;
+    /** Bytes of body lines, over all messages. */
+    static constexpr std::size_t kBodyBytes = 6U << 20U;
 
     /** The lines that follow are another message's. */
-    void beginMessage() noexcept { ownHeaderOctets_ = kHeaderOctets; }
+    void beginMessage() noexcept { ownHeaderBytes_ = kHeaderBytes; }
 
     /** Cuts the line to what is left for it; false when that is nothing. */
     bool cut(HeaderLine& line);
     bool cut(BodyLine& line);
 
   private:
-    std::size_t ownHeaderOctets_ = kHeaderOctets;
-    std::size_t sharedHeaderOctets_ = kSharedHeaderOctets;
-    std::size_t bodyOctets_ = kBodyOctets;
+    std::size_t ownHeaderBytes_ = kHeaderBytes;
+    std::size_t sharedHeaderBytes_ = kSharedHeaderBytes;
+    std::size_t bodyBytes_ = kBodyBytes;
 };
 
 } // namespace POPLib

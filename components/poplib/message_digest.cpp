@@ -5,7 +5,7 @@
 namespace POPLib {
 
 void MessageDigest::add(const Event& event) {
-    constexpr std::size_t enough = 16U << 10U; // octets
+    constexpr std::size_t enough = 16U << 10U; // bytes
     if (const auto* header = std::get_if<HeaderLine>(&event)) {
         add(header->field);
         add(":");

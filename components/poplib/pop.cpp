@@ -97,7 +97,7 @@ void POP::logOn() {
     // Whoever runs while this waits may set another name for a log-on of its own.
     const std::string user = loginUser_;
     const std::string password = loginPassword_;
-    session_ = Pop3Session(limits_.listingOctets);
+    session_ = Pop3Session(limits_.listingBytes);
     const transport::Outcome outcome = connection_.open(*server, QDeadlineTimer(timeouts_.answer));
     if (outcome != transport::Outcome::Done) {
         throw RuntimeError(numberOf(outcome));

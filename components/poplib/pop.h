@@ -29,7 +29,7 @@ using protocol::Direction;
 
 /** How long the component waits. Tests shorten it. */
 struct Timeouts {
-    /** For the name, the connection, each answer, and every Pop3Session::kOctetsOfProgress of a long answer.
+    /** For the name, the connection, each answer, and every Pop3Session::kBytesOfProgress of a long answer.
      */
     std::chrono::milliseconds answer{60'000};
     /** For the whole of a log-off on which nothing depends. */

@@ -5,7 +5,7 @@
 namespace POPLib {
 
 namespace {
-constexpr std::int64_t kLineEndOctets = 2;
+constexpr std::int64_t kLineEndBytes = 2;
 
 bool isPartOfAuth(CommandKind kind) noexcept {
     return kind == CommandKind::Auth || kind == CommandKind::AuthResponse;
@@ -68,7 +68,7 @@ std::string Pop3Session::takeOutput() {
 }
 
 void Pop3Session::receive(std::string_view bytes) {
-    octets_ += bytes.size();
+    bytes_ += bytes.size();
     if (state_ != State::Over) {
         input_.append(bytes);
     }
@@ -87,7 +87,7 @@ std::optional<Pop3Session::Event> Pop3Session::nextReply() {
         return spokeOutOfTurn_ ? std::optional(fail(FailureKind::OutOfStep)) : std::nullopt;
     }
     const std::optional<std::string_view> line = input_.nextReplyLine();
-    if (lineOctets(line) > kMaximumReplyOctets) {
+    if (lineBytes(line) > kMaximumReplyBytes) {
         return fail(FailureKind::OutOfStep);
     }
     if (!line) {
@@ -123,7 +123,7 @@ Event Pop3Session::accept(std::string_view text) {
     if (hasMultiLineResponse(kind)) {
         inResponse_ = true;
         inBody_ = false;
-        responseOctets_ = 0;
+        responseBytes_ = 0;
         bodyLines_ = 0;
         return Accepted{kind, std::string(text)};
     }
@@ -138,9 +138,9 @@ Event Pop3Session::accept(std::string_view text) {
 }
 
 /** Length of the line, or of what has come of it; there, a last CR may be half a line end. */
-std::size_t Pop3Session::lineOctets(const std::optional<std::string_view>& line) const noexcept {
+std::size_t Pop3Session::lineBytes(const std::optional<std::string_view>& line) const noexcept {
     const std::size_t kept = line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
-    return kept + input_.droppedOctets();
+    return kept + input_.droppedBytes();
 }
 
 Event Pop3Session::fail(FailureKind kind) {
@@ -148,32 +148,32 @@ Event Pop3Session::fail(FailureKind kind) {
     return Failed{kind};
 }
 
-bool Pop3Session::isTooLarge(std::size_t lineOctets) const noexcept {
-    const std::int64_t limit = isListing(commands_.first()) ? maximumListingOctets_ : kMaximumMessageOctets;
-    return responseOctets_ + static_cast<std::int64_t>(lineOctets) > limit;
+bool Pop3Session::isTooLarge(std::size_t lineBytes) const noexcept {
+    const std::int64_t limit = isListing(commands_.first()) ? maximumListingBytes_ : kMaximumMessageBytes;
+    return responseBytes_ + static_cast<std::int64_t>(lineBytes) > limit;
 }
 
-/** What is to be kept of the next line. Of one that is only counted, its first octet tells what it is. */
-std::size_t Pop3Session::wantedLineOctets() const noexcept {
+/** What is to be kept of the next line. Of one that is only counted, its first byte tells what it is. */
+std::size_t Pop3Session::wantedLineBytes() const noexcept {
     const Command& command = commands_.first();
     if (!isListing(command)) {
         return std::string_view::npos;
     }
     const bool counted = inBody_ && bodyLines_ == command.bodyLineLimit;
-    return counted ? 1 : kMaximumListingLineOctets;
+    return counted ? 1 : kMaximumListingLineBytes;
 }
 
 std::optional<Pop3Session::Event> Pop3Session::nextResponseLine() {
     // Lines past the wanted ones make no event; going on until there is one keeps them from piling up.
     for (;;) {
-        const std::optional<std::string_view> line = input_.nextContentLine(wantedLineOctets());
-        if (isTooLarge(lineOctets(line))) {
+        const std::optional<std::string_view> line = input_.nextResponseLine(wantedLineBytes());
+        if (isTooLarge(lineBytes(line))) {
             return fail(FailureKind::TooLarge);
         }
         if (!line) {
             return std::nullopt;
         }
-        if (*line == "." && input_.droppedOctets() == 0) {
+        if (*line == "." && input_.droppedBytes() == 0) {
             inResponse_ = false;
             ++answers_;
             return ResponseEnded{commands_.takeFirst().kind};
@@ -189,8 +189,8 @@ std::optional<Pop3Session::Event> Pop3Session::responseLine(std::string_view lin
     if (line.starts_with('.')) {
         line.remove_prefix(1);
     }
-    const std::size_t dropped = input_.droppedOctets();
-    responseOctets_ += static_cast<std::int64_t>(line.size() + dropped) + kLineEndOctets;
+    const std::size_t dropped = input_.droppedBytes();
+    responseBytes_ += static_cast<std::int64_t>(line.size() + dropped) + kLineEndBytes;
     if (commands_.first().kind == CommandKind::Uidl) {
         return ListingLine{std::string(line)};
     }
@@ -208,7 +208,7 @@ std::optional<Pop3Session::Event> Pop3Session::responseLine(std::string_view lin
         return std::nullopt;
     }
     ++bodyLines_;
-    return BodyLine{responseOctets_, std::string(line)};
+    return BodyLine{responseBytes_, std::string(line)};
 }
 
 } // namespace POPLib

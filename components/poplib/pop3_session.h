@@ -110,20 +110,20 @@ class Pop3Session {
         Over           ///< QUIT was accepted, or the session has failed.
     };
 
-    /** Longest status line, in octets. RFC 2449 section 4 has 512; some servers like to talk. */
-    static constexpr std::size_t kMaximumReplyOctets = 4096;
-    /** What is kept of a line while listing, in octets; the rest of it is dropped. */
-    static constexpr std::size_t kMaximumListingLineOctets = 1U << 20U;
+    /** Longest status line, in bytes. RFC 2449 section 4 has 512; some servers like to talk. */
+    static constexpr std::size_t kMaximumReplyBytes = 4096;
+    /** What is kept of a line while listing, in bytes; the rest of it is dropped. */
+    static constexpr std::size_t kMaximumListingLineBytes = 1U << 20U;
     /**
-     * Largest answer while listing, in octets. What is not wanted of an answer is only counted, so any size
+     * Largest answer while listing, in bytes. What is not wanted of an answer is only counted, so any size
      * that a server can tell of is passed over; what goes on beyond it has no end.
      */
-    static constexpr std::int64_t kMaximumListingOctets = std::numeric_limits<std::int32_t>::max();
-    /** Largest message, in octets. */
-    static constexpr std::int64_t kMaximumMessageOctets = 256LL << 20;
+    static constexpr std::int64_t kMaximumListingBytes = std::numeric_limits<std::int32_t>::max();
+    /** Largest message, in bytes. */
+    static constexpr std::int64_t kMaximumMessageBytes = 256LL << 20;
 
-    explicit Pop3Session(std::int64_t maximumListingOctets = kMaximumListingOctets)
-        : maximumListingOctets_(maximumListingOctets) {}
+    explicit Pop3Session(std::int64_t maximumListingBytes = kMaximumListingBytes)
+        : maximumListingBytes_(maximumListingBytes) {}
 
     /** Puts a command at the end of the queue. */
     void submit(Command command) { commands_.submit(std::move(command)); }
@@ -156,34 +156,34 @@ class Pop3Session {
      * A number that grows with every complete answer and with every few kilobytes: while it grows, the server
      * does what it was asked for, even when one answer takes long. A line now and then is no progress.
      */
-    std::uint64_t progress() const noexcept { return answers_ + octets_ / kOctetsOfProgress; }
+    std::uint64_t progress() const noexcept { return answers_ + bytes_ / kBytesOfProgress; }
 
-    static constexpr std::uint64_t kOctetsOfProgress = 4096;
+    static constexpr std::uint64_t kBytesOfProgress = 4096;
 
   private:
     std::optional<Event> nextReply();
     bool awaitsAuth() const;
     std::optional<Event> nextResponseLine();
-    std::size_t wantedLineOctets() const noexcept;
+    std::size_t wantedLineBytes() const noexcept;
     Event accept(std::string_view text);
     Event fail(FailureKind kind);
-    std::size_t lineOctets(const std::optional<std::string_view>& line) const noexcept;
-    bool isTooLarge(std::size_t lineOctets) const noexcept;
+    std::size_t lineBytes(const std::optional<std::string_view>& line) const noexcept;
+    bool isTooLarge(std::size_t lineBytes) const noexcept;
     std::optional<Event> responseLine(std::string_view line);
 
-    std::int64_t maximumListingOctets_;
+    std::int64_t maximumListingBytes_;
     State state_ = State::Greeting;
     protocol::CommandQueue<Command> commands_;
     protocol::LineBuffer input_;
     /** Bytes came that no outstanding command had asked for. */
     bool spokeOutOfTurn_ = false;
     std::uint64_t answers_ = 0;
-    std::uint64_t octets_ = 0;
+    std::uint64_t bytes_ = 0;
 
     /** The first outstanding command has been accepted, and the lines of its response are coming. */
     bool inResponse_ = false;
     bool inBody_ = false;
-    std::int64_t responseOctets_ = 0;
+    std::int64_t responseBytes_ = 0;
     std::int32_t bodyLines_ = 0;
 };
 

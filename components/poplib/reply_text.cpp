@@ -10,7 +10,7 @@
 namespace POPLib {
 
 namespace {
-/** Takes the number at the front of the text, and the blank behind it. */
+/** Takes the number at the front of the text, and the space behind it. */
 std::int64_t takeNumber(std::string_view& text) {
     std::uint32_t small = 0;
     const char* const end = text.data() + text.size();
@@ -38,15 +38,15 @@ TwoNumbers twoNumbers(std::string_view text) {
 }
 
 std::optional<UniqueId> uniqueId(std::string_view line) {
-    constexpr std::size_t longest = 70; // octets
-    const std::size_t blank = line.find(' ');
+    constexpr std::size_t longest = 70; // bytes
+    const std::size_t space = line.find(' ');
     UniqueId id;
-    const char* const end = line.data() + std::min(blank, line.size());
+    const char* const end = line.data() + std::min(space, line.size());
     const auto [next, problem] = std::from_chars(line.data(), end, id.number);
-    if (blank == std::string_view::npos || problem != std::errc{} || next != end) {
+    if (space == std::string_view::npos || problem != std::errc{} || next != end) {
         return std::nullopt;
     }
-    id.text = line.substr(blank + 1);
+    id.text = line.substr(space + 1);
     const bool usable = !id.text.empty() && id.text.size() <= longest;
     return usable ? std::optional(id) : std::nullopt;
 }

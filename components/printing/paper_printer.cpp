@@ -18,7 +18,7 @@ namespace {
 /** How far apart tab stops are. */
 constexpr QStringView kTabColumns = u"00000000";
 
-bool isBlank(QStringView text) {
+bool isSpace(QStringView text) {
     return std::all_of(text.begin(), text.end(), [](QChar character) { return character == u' '; });
 }
 
@@ -112,7 +112,7 @@ double PaperPrinter::tabStopAfter(double x) const {
 
 void PaperPrinter::printPiece(QString piece) {
     while (!piece.isEmpty()) {
-        if (isBlank(piece)) {
+        if (isSpace(piece)) {
             x_ += metrics_.horizontalAdvance(piece);
             return;
         }

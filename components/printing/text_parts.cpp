@@ -7,7 +7,7 @@
 namespace printing {
 
 namespace {
-/** Longer than a word; short enough to be measured again and again where a text without blanks is broken. */
+/** Longer than a word; short enough to be measured again and again where a text without spaces is broken. */
 constexpr qsizetype kPieceLength = 64;
 
 bool isPlain(QChar character) {

@@ -14,9 +14,9 @@ void LineBuffer::append(std::string_view bytes) {
     bytes_.append(bytes);
 }
 
-std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded, std::size_t mostOctets) {
+std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded, std::size_t mostBytes) {
     if (lineGivenOut_) {
-        droppedOctets_ = 0;
+        droppedBytes_ = 0;
         lineGivenOut_ = false;
     }
     const std::string_view all = bytes_;
@@ -24,7 +24,7 @@ std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded, std:
     for (;;) {
         const std::size_t lineFeed = all.find('\n', from);
         if (lineFeed == std::string_view::npos) {
-            dropBehind(mostOctets);
+            dropBehind(mostBytes);
             lookedUntil_ = bytes_.size();
             return std::nullopt;
         }
@@ -34,9 +34,9 @@ std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded, std:
             used_ = lineFeed + 1;
             lookedUntil_ = used_;
             lineGivenOut_ = true;
-            const std::size_t octets = lineFeed - start - (carriageReturn ? 1 : 0);
-            const std::size_t kept = std::min(octets, mostOctets);
-            droppedOctets_ += octets - kept;
+            const std::size_t bytes = lineFeed - start - (carriageReturn ? 1 : 0);
+            const std::size_t kept = std::min(bytes, mostBytes);
+            droppedBytes_ += bytes - kept;
             return all.substr(start, kept);
         }
         from = lineFeed + 1;
@@ -44,13 +44,13 @@ std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded, std:
 }
 
 /** Shortens the line that is coming. A last CR stays: it may be half a line end. */
-void LineBuffer::dropBehind(std::size_t mostOctets) {
+void LineBuffer::dropBehind(std::size_t mostBytes) {
     const std::size_t lineEnd = endsInCarriageReturn() ? 1 : 0;
-    if (size() - lineEnd <= mostOctets) {
+    if (size() - lineEnd <= mostBytes) {
         return;
     }
-    droppedOctets_ += size() - lineEnd - mostOctets;
-    bytes_.resize(used_ + mostOctets);
+    droppedBytes_ += size() - lineEnd - mostBytes;
+    bytes_.resize(used_ + mostBytes);
     bytes_.append(lineEnd, '\r');
 }
 

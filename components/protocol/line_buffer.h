@@ -16,18 +16,18 @@ class LineBuffer {
     void append(std::string_view bytes);
 
     /** The next line that ends in CR LF or in LF alone, without its end; nothing while none is complete. */
-    std::optional<std::string_view> nextReplyLine() { return next(false, kAllOctets); }
+    std::optional<std::string_view> nextReplyLine() { return next(false, kAllBytes); }
 
     /**
      * The next line that ends in CR LF; a lone LF or CR belongs to the line. Of a longer line only the first
-     * `mostOctets` are kept, also while it is still coming; they are at least one.
+     * `mostBytes` are kept, also while it is still coming; they are at least one.
      */
-    std::optional<std::string_view> nextContentLine(std::size_t mostOctets = kAllOctets) {
-        return next(true, mostOctets);
+    std::optional<std::string_view> nextResponseLine(std::size_t mostBytes = kAllBytes) {
+        return next(true, mostBytes);
     }
 
-    /** Octets that were dropped of the line given out last, or of the one that is coming. */
-    std::size_t droppedOctets() const noexcept { return droppedOctets_; }
+    /** Bytes that were dropped of the line given out last, or of the one that is coming. */
+    std::size_t droppedBytes() const noexcept { return droppedBytes_; }
 
     /** True when the bytes that have not been given out end in CR. */
     bool endsInCarriageReturn() const noexcept { return size() > 0 && bytes_.back() == '\r'; }
@@ -36,17 +36,17 @@ class LineBuffer {
     std::size_t size() const noexcept { return bytes_.size() - used_; }
 
   private:
-    static constexpr std::size_t kAllOctets = std::string_view::npos;
+    static constexpr std::size_t kAllBytes = std::string_view::npos;
 
-    std::optional<std::string_view> next(bool carriageReturnNeeded, std::size_t mostOctets);
-    void dropBehind(std::size_t mostOctets);
+    std::optional<std::string_view> next(bool carriageReturnNeeded, std::size_t mostBytes);
+    void dropBehind(std::size_t mostBytes);
 
     std::string bytes_;
     /** Where the next line starts. */
     std::size_t used_ = 0;
     /** No line end that counts lies before this position. */
     std::size_t lookedUntil_ = 0;
-    std::size_t droppedOctets_ = 0;
+    std::size_t droppedBytes_ = 0;
     /** What was dropped belongs to the line given out last. */
     bool lineGivenOut_ = false;
 };

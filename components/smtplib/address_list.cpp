@@ -21,8 +21,8 @@ namespace errors = platform::errors;
 
 /** Letters, digits, hyphens; and underscores, which real host names have. */
 bool isDomainLabel(std::string_view label) {
-    constexpr std::size_t maximumOctets = 63;
-    return !label.empty() && label.size() <= maximumOctets && label.front() != '-' && label.back() != '-' &&
+    constexpr std::size_t maximumBytes = 63;
+    return !label.empty() && label.size() <= maximumBytes && label.front() != '-' && label.back() != '-' &&
            std::all_of(label.begin(), label.end(), [](char character) {
                return character == '-' || character == '_' || isLetterOrDigit(character);
            });
@@ -60,7 +60,7 @@ std::string localPartOnWire(const AddressToken& token) {
     return quoted + '"';
 }
 
-/** The words before the angle brackets, with a blank between any two. */
+/** The words before the angle brackets, with a space between any two. */
 void setDisplayName(Address& address, const std::vector<AddressToken>& words) {
     for (const AddressToken& word : words) {
         if (word.kind == Kind::Literal) {
@@ -147,9 +147,9 @@ class AddressListParser {
         address.localPart = localPartOnWire(words.front());
         address.domain = domain.text;
         constexpr std::size_t bracketsAndSign = 3;
-        if (address.localPart.size() > kMaximumLocalPartOctets ||
-            address.domain.size() > kMaximumDomainOctets ||
-            address.localPart.size() + address.domain.size() + bracketsAndSign > kMaximumPathOctets) {
+        if (address.localPart.size() > kMaximumLocalPartBytes ||
+            address.domain.size() > kMaximumDomainBytes ||
+            address.localPart.size() + address.domain.size() + bracketsAndSign > kMaximumPathBytes) {
             refuse();
         }
         return address;
@@ -204,12 +204,12 @@ std::size_t endOfItem(std::string_view text, std::size_t begin) {
     return std::min(text.find(',', begin + tokens.position()), text.size());
 }
 
-AddressFault withoutBlanks(std::string_view text, AddressFault fault) {
-    constexpr std::string_view blanks = " \t";
+AddressFault withoutSpaces(std::string_view text, AddressFault fault) {
+    constexpr std::string_view spaces = " \t";
     const std::string_view item = text.substr(fault.begin, fault.end - fault.begin);
-    const std::size_t first = item.find_first_not_of(blanks);
+    const std::size_t first = item.find_first_not_of(spaces);
     if (first != std::string_view::npos) {
-        fault.end = fault.begin + item.find_last_not_of(blanks) + 1;
+        fault.end = fault.begin + item.find_last_not_of(spaces) + 1;
         fault.begin += first;
     }
     return fault;
@@ -227,7 +227,7 @@ std::optional<AddressFault> findAddressFault(std::string_view text) {
     if (const std::size_t at = findForbidden(text); at != std::string_view::npos) {
         const std::size_t comma = text.rfind(',', at);
         const std::size_t begin = comma == std::string_view::npos ? 0 : comma + 1;
-        return withoutBlanks(text,
+        return withoutSpaces(text,
                              {errors::FieldHoldsLineEnd, begin, std::min(text.find(',', at), text.size())});
     }
     AddressListParser parser(text);
@@ -236,7 +236,7 @@ std::optional<AddressFault> findAddressFault(std::string_view text) {
         return std::nullopt;
     }
     const std::size_t begin = parser.itemBegin();
-    return withoutBlanks(text, {error, begin, endOfItem(text, begin)});
+    return withoutSpaces(text, {error, begin, endOfItem(text, begin)});
 }
 
 std::vector<std::string> distinctMailboxes(const std::vector<Address>& recipients,

@@ -24,10 +24,10 @@ struct Address {
     bool operator==(const Address&) const = default;
 };
 
-/** Longest parts of an address, in octets (RFC 5321 section 4.5.3.1). A path has angle brackets. */
-inline constexpr std::size_t kMaximumLocalPartOctets = 64;
-inline constexpr std::size_t kMaximumDomainOctets = 255;
-inline constexpr std::size_t kMaximumPathOctets = 256;
+/** Longest parts of an address, in bytes (RFC 5321 section 4.5.3.1). A path has angle brackets. */
+inline constexpr std::size_t kMaximumLocalPartBytes = 64;
+inline constexpr std::size_t kMaximumDomainBytes = 255;
+inline constexpr std::size_t kMaximumPathBytes = 256;
 
 /**
  * Reads addresses as they are typed (RFC 5322 section 3.4): separated by commas, each one plain or in angle
@@ -37,7 +37,7 @@ inline constexpr std::size_t kMaximumPathOctets = 256;
  *
  * An address needs a domain: were the sender's put behind a bare word, the unquoted name in
  * "Miller, Ann <ann@example.org>" would make Miller a recipient. Addresses are ASCII, as this client does
- * not speak the extension for others (RFC 6531). Routes and blanks around the dots, which are obsolete, are
+ * not speak the extension for others (RFC 6531). Routes and spaces around the dots, which are obsolete, are
  * refused.
  *
  * \throws RuntimeError 20403 when the text holds CR, LF or NUL, 20401 for anything else that is no address or
@@ -48,7 +48,7 @@ std::vector<Address> parseAddressList(std::string_view text);
 /** What parseAddressList() raises for a text, and for which part of it. */
 struct AddressFault {
     int error = 0;
-    /** Octets of the text: an item between commas, without the blanks around it. */
+    /** Bytes of the text: an item between commas, without the spaces around it. */
     std::size_t begin = 0;
     std::size_t end = 0;
 };

@@ -11,7 +11,7 @@ namespace {
     throw platform::RuntimeError(platform::errors::BadAddress);
 }
 
-bool isBlank(char character) noexcept {
+bool isSpace(char character) noexcept {
     return character == ' ' || character == '\t';
 }
 
@@ -43,7 +43,7 @@ bool isDotAtom(std::string_view text) noexcept {
 }
 
 AddressToken AddressTokens::next() {
-    skipBlanksAndComments();
+    skipSpacesAndComments();
     if (position_ == text_.size()) {
         return {};
     }
@@ -66,8 +66,8 @@ char AddressTokens::take() {
     return text_[position_++];
 }
 
-void AddressTokens::skipBlanksAndComments() {
-    while (position_ < text_.size() && (isBlank(text_[position_]) || text_[position_] == '(')) {
+void AddressTokens::skipSpacesAndComments() {
+    while (position_ < text_.size() && (isSpace(text_[position_]) || text_[position_] == '(')) {
         if (take() == '(') {
             skipComment();
         }

@@ -9,7 +9,7 @@ namespace SMTPLib {
 /** A part of a list of addresses. */
 struct AddressToken {
     enum class Kind {
-        Word,    ///< Letters, digits and what else may stand without quotes; dots, and octets beyond ASCII.
+        Word,    ///< Letters, digits and what else may stand without quotes; dots, and bytes beyond ASCII.
         Quoted,  ///< The text inside a pair of quotes, without these and without backslashes.
         Literal, ///< A domain literal with its brackets.
         Special, ///< One of , ; : < > @
@@ -22,7 +22,7 @@ struct AddressToken {
     bool is(char special) const { return kind == Kind::Special && text.front() == special; }
 };
 
-/** Takes a list of addresses apart, leaving out blanks and comments (RFC 5322 section 3.2). */
+/** Takes a list of addresses apart, leaving out spaces and comments (RFC 5322 section 3.2). */
 class AddressTokens {
   public:
     explicit AddressTokens(std::string_view text) : text_(text) {}
@@ -34,11 +34,11 @@ class AddressTokens {
      */
     AddressToken next();
 
-    /** How far the text has been read, in octets. */
+    /** How far the text has been read, in bytes. */
     std::size_t position() const noexcept { return position_; }
 
   private:
-    void skipBlanksAndComments();
+    void skipSpacesAndComments();
     void skipComment();
     AddressToken quoted();
     AddressToken literal();

@@ -37,7 +37,7 @@ Command heloCommand(const std::string& addressLiteral) {
 Command mailCommand(const Envelope& envelope, bool withSize, bool withBody) {
     std::string line = "MAIL FROM:<" + envelope.sender + '>';
     if (withSize) {
-        line += " SIZE=" + std::to_string(envelope.messageOctets);
+        line += " SIZE=" + std::to_string(envelope.messageBytes);
     }
     if (withBody && envelope.eightBit) {
         line += " BODY=8BITMIME";

@@ -19,17 +19,17 @@ struct Command : protocol::CommandText {
     CommandKind kind = CommandKind::Quit;
 };
 
-/** Longest command line, in octets, line end included (RFC 5321 section 4.5.3.1.4). */
-inline constexpr std::size_t kMaximumCommandOctets = 512;
+/** Longest command line, in bytes, line end included (RFC 5321 section 4.5.3.1.4). */
+inline constexpr std::size_t kMaximumCommandBytes = 512;
 
 /** Whom a message is from and for, and what the server may be told about it beforehand. */
 struct Envelope {
     /** Mailboxes, without angle brackets, as parseAddressList() makes them. */
     std::string sender;
     std::vector<std::string> recipients;
-    /** Octets of header and text as they go out, line ends counted, doubled dots not (RFC 1870 section 5). */
-    std::int64_t messageOctets = 0;
-    /** The text has octets beyond ASCII. */
+    /** Bytes of header and text as they go out, line ends counted, doubled dots not (RFC 1870 section 5). */
+    std::int64_t messageBytes = 0;
+    /** The text has bytes beyond ASCII. */
     bool eightBit = false;
 };
 

@@ -11,10 +11,10 @@
 namespace SMTPLib {
 
 namespace {
-constexpr std::string_view kBlanks = " \t";
+constexpr std::string_view kSpaces = " \t";
 
-/** UTF-8 octets in one encoded word. In base64 they make a word that fits behind any field's name. */
-constexpr std::size_t kOctetsOfEncodedWord = 39;
+/** UTF-8 bytes in one encoded word. In base64 they make a word that fits behind any field's name. */
+constexpr std::size_t kBytesOfEncodedWord = 39;
 
 /** Longest unit that is left as it is: with the name before it, it stays below what a line may have. */
 constexpr std::size_t kMaximumUnitCharacters = 900;
@@ -28,8 +28,8 @@ bool isPlain(std::string_view text) {
     });
 }
 
-bool continuesCharacter(char octet) {
-    return (static_cast<unsigned char>(octet) & 0xC0U) == 0x80U;
+bool continuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
 /** Returns the text as units that each hold one encoded word, never with a part of a character. */
@@ -38,25 +38,25 @@ std::vector<std::string> encodedWords(std::string_view text) {
     const std::string valid = platform::toBytes(platform::fromBytes(text));
     std::vector<std::string> words;
     for (std::size_t start = 0; start < valid.size();) {
-        std::size_t end = std::min(start + kOctetsOfEncodedWord, valid.size());
+        std::size_t end = std::min(start + kBytesOfEncodedWord, valid.size());
         while (end < valid.size() && continuesCharacter(valid[end])) {
             --end;
         }
-        const QByteArray octets(valid.data() + start, static_cast<qsizetype>(end - start));
-        words.push_back(" =?UTF-8?B?" + octets.toBase64().toStdString() + "?=");
+        const QByteArray bytes(valid.data() + start, static_cast<qsizetype>(end - start));
+        words.push_back(" =?UTF-8?B?" + bytes.toBase64().toStdString() + "?=");
         start = end;
     }
     return words;
 }
 
-/** Cuts before each run of blanks; blanks at the end stay with the last word, as no line may have only
- * blanks. */
-std::vector<std::string> wordsWithBlanksBefore(std::string_view text) {
+/** Cuts before each run of spaces; spaces at the end stay with the last word, as no line may have only
+ * spaces. */
+std::vector<std::string> wordsWithSpacesBefore(std::string_view text) {
     std::vector<std::string> units;
     while (!text.empty()) {
-        const std::size_t word = std::min(text.find_first_not_of(kBlanks), text.size());
-        std::size_t end = std::min(text.find_first_of(kBlanks, word), text.size());
-        if (text.find_first_not_of(kBlanks, end) == std::string_view::npos) {
+        const std::size_t word = std::min(text.find_first_not_of(kSpaces), text.size());
+        std::size_t end = std::min(text.find_first_of(kSpaces, word), text.size());
+        if (text.find_first_not_of(kSpaces, end) == std::string_view::npos) {
             end = text.size();
         }
         units.emplace_back(text.substr(0, end));
@@ -118,7 +118,7 @@ std::vector<std::string> unitsOfText(std::string_view text) {
     if (text.empty()) {
         return {};
     }
-    std::vector<std::string> units = wordsWithBlanksBefore(' ' + std::string(text));
+    std::vector<std::string> units = wordsWithSpacesBefore(' ' + std::string(text));
     return isPlain(text) && !anyTooLong(units) ? units : encodedWords(text);
 }
 
@@ -133,7 +133,7 @@ std::vector<std::string> unitsOfName(std::string_view name, bool quoted) {
         return isAtomCharacter(character) || character == ' ';
     });
     if (atoms && !quoted) {
-        std::vector<std::string> units = wordsWithBlanksBefore(' ' + std::string(name));
+        std::vector<std::string> units = wordsWithSpacesBefore(' ' + std::string(name));
         return anyTooLong(units) ? encodedWords(name) : units;
     }
     const std::string unit = quotedText(name);

@@ -9,7 +9,7 @@ namespace SMTPLib {
 
 /**
  * One field of a header that is folded while it grows (RFC 5322 section 2.2.3). It is made of units that
- * begin with a blank; a fold goes before such a blank and nowhere else, so that unfolding brings the value
+ * begin with a space; a fold goes before such a space and nowhere else, so that unfolding brings the value
  * back.
  */
 class FoldedField {

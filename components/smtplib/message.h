@@ -37,7 +37,7 @@ struct PreparedMessage {
     std::string sender;
     /** Of recipients and copies together, each one once. */
     std::vector<std::string> mailboxes;
-    /** With the blank line behind it. */
+    /** With the empty line behind it. */
     std::string header;
 };
 

@@ -24,7 +24,7 @@ bool isGraphic(char character) noexcept {
     return character > ' ' && character <= '~';
 }
 
-bool isBlank(char character) noexcept {
+bool isSpace(char character) noexcept {
     return character == ' ' || character == '\t';
 }
 
@@ -35,13 +35,13 @@ bool isFieldOfOurs(std::string_view name) {
 
 void checkLine(std::string_view line, bool isFirst) {
     const bool characters = std::all_of(
-        line.begin(), line.end(), [](char character) { return isGraphic(character) || isBlank(character); });
-    // A line of nothing but blanks may be taken for the end of the header.
+        line.begin(), line.end(), [](char character) { return isGraphic(character) || isSpace(character); });
+    // A line of nothing but spaces may be taken for the end of the header.
     const bool visible = std::any_of(line.begin(), line.end(), isGraphic);
-    if (!characters || !visible || line.size() > kMaximumTextLineOctets) {
+    if (!characters || !visible || line.size() > kMaximumTextLineBytes) {
         refuseLine();
     }
-    if (isBlank(line.front()) && !isFirst) {
+    if (isSpace(line.front()) && !isFirst) {
         return;
     }
     const std::string_view name = line.substr(0, line.find(':'));
@@ -52,9 +52,9 @@ void checkLine(std::string_view line, bool isFirst) {
     }
 }
 
-/** "<left@right>", printable, without blanks or further brackets. */
+/** "<left@right>", printable, without spaces or further brackets. */
 bool isMessageId(std::string_view id) {
-    if (id.size() < 5 || id.size() > kMaximumTextLineOctets / 2 || !id.starts_with('<') ||
+    if (id.size() < 5 || id.size() > kMaximumTextLineBytes / 2 || !id.starts_with('<') ||
         !id.ends_with('>')) {
         return false;
     }

@@ -25,7 +25,7 @@ struct HeaderFields {
 
 /**
  * Returns the header's lines, each with CR LF: From, To and Cc where there is somebody to name, Subject,
- * Date, Message-ID, and the additional lines as they are. Lines are folded at blanks (RFC 5322 sections 2.1.1
+ * Date, Message-ID, and the additional lines as they are. Lines are folded at spaces (RFC 5322 sections 2.1.1
  * and 2.2.3); what is not ASCII goes out as encoded words (RFC 2047).
  *
  * \throws RuntimeError 20403 when the subject holds CR, LF or NUL, 20404 when the Message-ID or an additional

@@ -6,10 +6,10 @@ namespace SMTPLib {
 
 namespace {
 bool hasEightBit(std::string_view text) {
-    // To the end in any case: without a way out, many octets are looked at together.
+    // To the end in any case: without a way out, many bytes are looked at together.
     unsigned all = 0;
-    for (const char octet : text) {
-        all |= static_cast<unsigned char>(octet);
+    for (const char byte : text) {
+        all |= static_cast<unsigned char>(byte);
     }
     return all >= 0x80U;
 }
@@ -23,13 +23,13 @@ MessageTotals MessageSource::measure() {
     MessageTotals totals;
     const Part end = fileSizeIsKnown() ? Part::File : Part::End;
     for (std::string piece; part_ != end && next(piece);) {
-        totals.octets += static_cast<std::int64_t>(piece.size());
+        totals.bytes += static_cast<std::int64_t>(piece.size());
         totals.eightBit = totals.eightBit || hasEightBit(piece);
     }
     part_ = Part::Header;
     bodyUsed_ = 0;
     if (end == Part::File) {
-        totals.octets += file_->size();
+        totals.bytes += file_->size();
     }
     if (file_) {
         // The server will be told the size, and half of a file that somebody still writes is worth nothing.
@@ -46,7 +46,7 @@ bool MessageSource::next(std::string& piece) {
             piece = header_;
             part_ = Part::Body;
         } else if (part_ == Part::Body) {
-            const std::string_view text = body_.substr(bodyUsed_, kPieceOctets);
+            const std::string_view text = body_.substr(bodyUsed_, kPieceBytes);
             wire_.add(text, piece);
             bodyUsed_ += text.size();
             part_ = bodyUsed_ < body_.size() ? Part::Body : Part::File;
@@ -58,15 +58,15 @@ bool MessageSource::next(std::string& piece) {
 }
 
 void MessageSource::readFile(std::string& piece) {
-    buffer_.resize(kPieceOctets);
-    const std::string_view octets = file_ ? file_->read(buffer_) : std::string_view();
+    buffer_.resize(kPieceBytes);
+    const std::string_view bytes = file_ ? file_->read(buffer_) : std::string_view();
     if (fileSizeIsKnown() && file_->bytesRead() < file_->size()) {
         // An encoder's lines are ready as they are; only the last one is looked at, which must have its end.
-        piece.append(octets);
+        piece.append(bytes);
         return;
     }
-    wire_.add(octets, piece);
-    if (octets.empty()) {
+    wire_.add(bytes, piece);
+    if (bytes.empty()) {
         wire_.finish(piece);
         part_ = Part::End;
     }

@@ -14,8 +14,8 @@ namespace SMTPLib {
 /** What a message amounts to on the wire. */
 struct MessageTotals {
     /** Line ends counted, doubled dots not. */
-    std::int64_t octets = 0;
-    /** There are octets beyond ASCII. */
+    std::int64_t bytes = 0;
+    /** There are bytes beyond ASCII. */
     bool eightBit = false;
 };
 
@@ -30,8 +30,8 @@ struct MessageTotals {
  */
 class MessageSource {
   public:
-    /** Octets of the file that one piece is made of. */
-    static constexpr std::size_t kPieceOctets = 64U << 10U;
+    /** Bytes of the file that one piece is made of. */
+    static constexpr std::size_t kPieceBytes = 64U << 10U;
 
     /** The file, when there is one, has not been read yet. Header and body must outlive the source. */
     MessageSource(std::string_view header, std::string_view body,

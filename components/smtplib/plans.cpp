@@ -35,7 +35,7 @@ Extensions openSession(Exchange& exchange, const std::string& addressLiteral) {
 }
 
 void offerMessage(Exchange& exchange, const Envelope& envelope, const Extensions& extensions) {
-    if (extensions.sizeLimit > 0 && envelope.messageOctets > extensions.sizeLimit) {
+    if (extensions.sizeLimit > 0 && envelope.messageBytes > extensions.sizeLimit) {
         throw RuntimeError(platform::errors::MessageTooLarge);
     }
     mustNotBeRefused(exchange.ask(mailCommand(envelope, extensions.size, extensions.eightBit)));

@@ -34,11 +34,11 @@ Extensions extensionsOf(const Reply& reply) {
     // The first line is the server's name.
     for (std::size_t index = 1; index < reply.lines.size(); ++index) {
         const std::string_view line = reply.lines[index];
-        const std::size_t blank = line.find(' ');
-        const std::string keyword = platform::upperCase(line.substr(0, blank));
+        const std::size_t space = line.find(' ');
+        const std::string keyword = platform::upperCase(line.substr(0, space));
         if (keyword == "SIZE") {
             extensions.size = true;
-            extensions.sizeLimit = blank == std::string_view::npos ? 0 : limitOf(line.substr(blank + 1));
+            extensions.sizeLimit = space == std::string_view::npos ? 0 : limitOf(line.substr(space + 1));
         } else if (keyword == "8BITMIME") {
             extensions.eightBit = true;
         }
@@ -50,9 +50,9 @@ std::optional<Reply> ReplyReader::next() {
     while (!broken_) {
         const std::optional<std::string_view> line = input_.nextReplyLine();
         // A last CR of what has come may be half a line end.
-        const std::size_t octets =
+        const std::size_t bytes =
             line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
-        if (octets > kMaximumLineOctets) {
+        if (bytes > kMaximumLineBytes) {
             broken_ = true;
         } else if (!line) {
             break;

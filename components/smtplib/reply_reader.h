@@ -14,7 +14,7 @@ namespace SMTPLib {
 /** One answer of the server (RFC 5321 section 4.2). */
 struct Reply {
     int code = 0;
-    /** What stands behind the code in each line; may be empty, and may hold any octet but LF. */
+    /** What stands behind the code in each line; may be empty, and may hold any byte but LF. */
     std::vector<std::string> lines;
 
     /** The first digit decides what an answer means when its code is not known. */
@@ -28,9 +28,9 @@ struct Reply {
 struct Extensions {
     /** SIZE: the size of a message may be told beforehand (RFC 1870). */
     bool size = false;
-    /** Octets of the largest message that the server takes; 0 when it names no limit. */
+    /** Bytes of the largest message that the server takes; 0 when it names no limit. */
     std::int64_t sizeLimit = 0;
-    /** 8BITMIME: octets beyond ASCII may be announced (RFC 6152). */
+    /** 8BITMIME: bytes beyond ASCII may be announced (RFC 6152). */
     bool eightBit = false;
 };
 
@@ -40,9 +40,9 @@ Extensions extensionsOf(const Reply& reply);
 /** Makes replies of the server's bytes. A line may end in LF alone. */
 class ReplyReader {
   public:
-    /** Longest line, in octets, without its end. RFC 5321 section 4.5.3.1.5 has 512; some servers like to
+    /** Longest line, in bytes, without its end. RFC 5321 section 4.5.3.1.5 has 512; some servers like to
      * talk. */
-    static constexpr std::size_t kMaximumLineOctets = 4096;
+    static constexpr std::size_t kMaximumLineBytes = 4096;
     /** Most lines of one reply. */
     static constexpr std::size_t kMaximumLines = 256;
 

@@ -89,9 +89,9 @@ void SMTP::transmit() {
     }
     const MessageTotals totals = measured(source);
     offerMessage(*this,
-                 {std::move(prepared.sender), std::move(prepared.mailboxes), totals.octets, totals.eightBit},
+                 {std::move(prepared.sender), std::move(prepared.mailboxes), totals.bytes, totals.eightBit},
                  extensions_);
-    sendText(source, totals.octets);
+    sendText(source, totals.bytes);
     awaitConfirmation(*this);
     message_.messageId.clear();
 }
@@ -107,11 +107,11 @@ MessageTotals SMTP::measured(MessageSource& source) const {
 }
 
 /** Sends the text and the final dot; stops, without the dot, when the server speaks before its turn. */
-void SMTP::sendText(MessageSource& source, std::int64_t totalOctets) {
-    std::int64_t doneOctets = 0;
+void SMTP::sendText(MessageSource& source, std::int64_t totalBytes) {
+    std::int64_t doneBytes = 0;
     const auto progress = [&] {
         if (Progress) {
-            Progress(doneOctets, totalOctets);
+            Progress(doneBytes, totalBytes);
         }
     };
     progress();
@@ -125,7 +125,7 @@ void SMTP::sendText(MessageSource& source, std::int64_t totalOctets) {
         if (outcome != Outcome::Done) {
             throw RuntimeError(SMTPLib::numberOf(outcome));
         }
-        doneOctets += static_cast<std::int64_t>(piece.size());
+        doneBytes += static_cast<std::int64_t>(piece.size());
         progress();
     }
     if (!session_.hasUnusedBytes() && !connection_.hasBytes()) {

@@ -71,7 +71,7 @@ class SMTP : private Exchange {
 
     /** Raised for every command and every line of an answer, as it came; never with text of the message. */
     std::function<void(Direction direction, const std::string& message)> PITrail;
-    /** Raised while a message is transmitted, with the octets that have left and those that there are. */
+    /** Raised while a message is transmitted, with the bytes that have left and those that there are. */
     std::function<void(std::int64_t bytesDone, std::int64_t bytesTotal)> Progress;
 
     explicit SMTP(Timeouts timeouts = {}) : timeouts_(timeouts) {}
@@ -137,7 +137,7 @@ class SMTP : private Exchange {
     void transmit();
     void close();
     MessageTotals measured(MessageSource& source) const;
-    void sendText(MessageSource& source, std::int64_t totalOctets);
+    void sendText(MessageSource& source, std::int64_t totalBytes);
 
     SmtpSession& session() override { return session_; }
 

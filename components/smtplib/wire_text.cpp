@@ -5,39 +5,39 @@
 namespace SMTPLib {
 
 namespace {
-bool continuesCharacter(char octet) noexcept {
-    return (static_cast<unsigned char>(octet) & 0xC0U) == 0x80U;
+bool continuesCharacter(char byte) noexcept {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
 /**
  * How far the text goes on without CR, LF and NUL. It looks no further than one line is long, so that text
  * full of one of them costs no more than other text.
  */
-std::size_t octetsOfRun(std::string_view text) {
-    text = text.substr(0, kMaximumTextLineOctets);
+std::size_t bytesOfRun(std::string_view text) {
+    text = text.substr(0, kMaximumTextLineBytes);
     for (const char end : {'\n', '\r', '\0'}) {
         text = text.substr(0, text.find(end));
     }
     return text.size();
 }
 
-/** How many octets of a line, of which more than the maximum are known, stay before the break. */
-std::size_t octetsBeforeBreak(std::string_view line) {
-    const std::size_t blank = line.substr(0, kMaximumTextLineOctets).find_last_of(" \t");
-    if (blank != std::string_view::npos) {
-        return blank + 1;
+/** How many bytes of a line, of which more than the maximum are known, stay before the break. */
+std::size_t bytesBeforeBreak(std::string_view line) {
+    const std::size_t space = line.substr(0, kMaximumTextLineBytes).find_last_of(" \t");
+    if (space != std::string_view::npos) {
+        return space + 1;
     }
     constexpr std::size_t longestCharacter = 4;
-    std::size_t end = kMaximumTextLineOctets;
-    while (continuesCharacter(line[end]) && kMaximumTextLineOctets - end < longestCharacter) {
+    std::size_t end = kMaximumTextLineBytes;
+    while (continuesCharacter(line[end]) && kMaximumTextLineBytes - end < longestCharacter) {
         --end;
     }
     // What has no start of a character there is no UTF-8.
-    return continuesCharacter(line[end]) ? kMaximumTextLineOctets : end;
+    return continuesCharacter(line[end]) ? kMaximumTextLineBytes : end;
 }
 } // namespace
 
-std::size_t octetsOfReadyLines(std::string_view text) {
+std::size_t bytesOfReadyLines(std::string_view text) {
     const std::size_t lastLineFeed = text.rfind('\n');
     if (lastLineFeed == std::string_view::npos) {
         return 0;
@@ -48,7 +48,7 @@ std::size_t octetsOfReadyLines(std::string_view text) {
     }
     for (std::string_view rest = lines; !rest.empty();) {
         const std::size_t end = rest.find('\n') - 1;
-        if (end > kMaximumTextLineOctets || rest.find('\r') != end) {
+        if (end > kMaximumTextLineBytes || rest.find('\r') != end) {
             return 0;
         }
         rest.remove_prefix(end + 2);
@@ -61,12 +61,12 @@ void WireText::add(std::string_view piece, std::string& output) {
         return;
     }
     if (!line_.empty() || carriageReturn_) {
-        const std::size_t octets = std::min(piece.find('\n'), piece.size() - 1) + 1;
-        addSlowly(piece.substr(0, octets), output);
-        piece.remove_prefix(octets);
+        const std::size_t bytes = std::min(piece.find('\n'), piece.size() - 1) + 1;
+        addSlowly(piece.substr(0, bytes), output);
+        piece.remove_prefix(bytes);
     }
     if (line_.empty() && !carriageReturn_) {
-        const std::size_t ready = octetsOfReadyLines(piece);
+        const std::size_t ready = bytesOfReadyLines(piece);
         output.append(piece.substr(0, ready));
         piece.remove_prefix(ready);
     }
@@ -87,7 +87,7 @@ void WireText::addSlowly(std::string_view piece, std::string& output) {
                 continue;
             }
         }
-        const std::size_t run = octetsOfRun(piece);
+        const std::size_t run = bytesOfRun(piece);
         addToLine(piece.substr(0, run), output);
         piece.remove_prefix(run);
         if (piece.starts_with('\r')) {
@@ -108,11 +108,11 @@ void WireText::finish(std::string& output) {
 }
 
 void WireText::addToLine(std::string_view run, std::string& output) {
-    while (line_.size() + run.size() > kMaximumTextLineOctets) {
-        const std::size_t octets = kMaximumTextLineOctets + 1 - line_.size();
-        line_.append(run.substr(0, octets));
-        run.remove_prefix(octets);
-        const std::size_t kept = octetsBeforeBreak(line_);
+    while (line_.size() + run.size() > kMaximumTextLineBytes) {
+        const std::size_t bytes = kMaximumTextLineBytes + 1 - line_.size();
+        line_.append(run.substr(0, bytes));
+        run.remove_prefix(bytes);
+        const std::size_t kept = bytesBeforeBreak(line_);
         output.append(line_, 0, kept);
         output += "\r\n";
         line_.erase(0, kept);

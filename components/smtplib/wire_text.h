@@ -6,24 +6,24 @@
 
 namespace SMTPLib {
 
-/** Longest line of a message, in octets, without its line end (RFC 5321 section 4.5.3.1.6). */
-inline constexpr std::size_t kMaximumTextLineOctets = 998;
+/** Longest line of a message, in bytes, without its line end (RFC 5321 section 4.5.3.1.6). */
+inline constexpr std::size_t kMaximumTextLineBytes = 998;
 
 /**
  * How much of the text, up to its last line end, can go out as it is: whole lines that end in CR LF, none too
  * long, no other CR or LF and no NUL. All of it or nothing: where one line is not ready, 0.
  */
-std::size_t octetsOfReadyLines(std::string_view text);
+std::size_t bytesOfReadyLines(std::string_view text);
 
 /**
  * Makes lines of any text that comes in pieces, as SMTP must have them, and changes nothing else. What is in
  * memory is one line at most.
  *
  * - A bare CR or LF becomes CR LF (RFC 5321 section 2.3.8); the last line gets an end when it has none.
- * - A line that is too long is broken behind its last blank that fits; where there is none, as late as it
+ * - A line that is too long is broken behind its last space that fits; where there is none, as late as it
  *   can be without cutting a UTF-8 character.
  * - NUL, which no server need take, is left out: a person who forwards a message cannot see it, let alone
- *   remove it. Other octets go out as they are.
+ *   remove it. Other bytes go out as they are.
  */
 class WireText {
   public:

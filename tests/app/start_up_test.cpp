@@ -196,14 +196,14 @@ TEST_F(StartUp, TitlesFiveWindowsWithTheInstitution) {
     EXPECT_EQ(composeWindow().windowTitle(), title);
 }
 
-TEST_F(StartUp, AnEmptyInstitutionTitlesWithALeadingBlank) {
+TEST_F(StartUp, AnEmptyInstitutionTitlesWithALeadingSpace) {
     writeSettingsText(settingsText(7, "Institution="));
     startUp();
     EXPECT_EQ(mainWindow().windowTitle(), QStringLiteral(" E-Mail"));
     EXPECT_EQ(loginWindow().windowTitle(), QStringLiteral(" E-Mail"));
 }
 
-TEST_F(StartUp, AnInstitutionKeepsItsBlanksInTheTitles) {
+TEST_F(StartUp, AnInstitutionKeepsItsSpacesInTheTitles) {
     writeSettingsText(settingsText(7, "Institution=  The School "));
     startUp();
     EXPECT_EQ(mainWindow().windowTitle(), QStringLiteral("  The School  E-Mail"));

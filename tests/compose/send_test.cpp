@@ -160,7 +160,7 @@ TEST_F(Send, AnEmptySubjectIsRefused) {
     EXPECT_EQ(server.connections(), 0U);
 }
 
-TEST_F(Send, ASubjectOfOnlyBlanksIsNotEmpty) {
+TEST_F(Send, ASubjectOfOnlySpacesIsNotEmpty) {
     write(bob, QStringLiteral("   "), QStringLiteral("x"));
     press();
     EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Your message has been sent.")));

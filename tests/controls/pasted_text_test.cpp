@@ -26,7 +26,7 @@ TEST(PastedText, WhatABoxCannotHoldIsASign) {
     EXPECT_EQ(pastableText(binary), QString(3, QChar::ReplacementCharacter) + u'a');
 }
 
-TEST(PastedText, ALineThatIsTooLongIsBrokenBehindItsLastBlank) {
+TEST(PastedText, ALineThatIsTooLongIsBrokenBehindItsLastSpace) {
     const QString words = letters(kLongest - 100) + u' ';
     EXPECT_EQ(pastableText(words + letters(200)), words + kShownBreak + letters(200));
     EXPECT_EQ(pastableText(letters(kLongest + 1)), letters(kLongest) + kShownBreak + u'x');

@@ -11,14 +11,14 @@ namespace {
 using demo::LineReader;
 
 /** Every line of the bytes, fed in pieces of the size given; a line that was too long ends in "...". */
-std::vector<std::string> linesOf(const std::string& bytes, std::size_t pieceSize, std::size_t maximumOctets) {
+std::vector<std::string> linesOf(const std::string& bytes, std::size_t pieceSize, std::size_t maximumBytes) {
     LineReader reader;
     std::vector<std::string> lines;
     for (std::size_t start = 0; start < bytes.size(); start += pieceSize) {
         reader.append(std::string_view(bytes).substr(start, pieceSize));
         std::string line;
         for (;;) {
-            const LineReader::Result result = reader.next(line, maximumOctets);
+            const LineReader::Result result = reader.next(line, maximumBytes);
             if (result == LineReader::Result::Incomplete) {
                 break;
             }

@@ -29,7 +29,7 @@ TEST(MailText, TheTopIsTheHeaderAndSomeLinesOfTheBody) {
     EXPECT_EQ(topOf("A: no body\r\n", 1), "A: no body\r\n");
 }
 
-TEST(MailText, ACommandIsSplitAtItsFirstBlank) {
+TEST(MailText, ACommandIsSplitAtItsFirstSpace) {
     EXPECT_EQ(splitCommand("pass a b"), (std::pair<std::string, std::string_view>("PASS", "a b")));
     EXPECT_EQ(splitCommand("QUIT"), (std::pair<std::string, std::string_view>("QUIT", "")));
     EXPECT_EQ(splitCommand(""), (std::pair<std::string, std::string_view>("", "")));

@@ -56,14 +56,14 @@ TEST(Mailbox, ANameIsNeverGivenTwice) {
 
 TEST(Mailbox, AMessageThatIsTooLargeIsNotTaken) {
     Mailbox mailbox;
-    EXPECT_FALSE(mailbox.append(std::string(Mailbox::kMaximumMessageOctets + 1, 'x')));
+    EXPECT_FALSE(mailbox.append(std::string(Mailbox::kMaximumMessageBytes + 1, 'x')));
     EXPECT_TRUE(mailbox.messages().empty());
 }
 
 TEST(Mailbox, AFullMailboxTakesMailAgainAfterADeletion) {
     Mailbox mailbox;
-    const std::string large(Mailbox::kMaximumMessageOctets - 2, 'x');
-    while (mailbox.messages().size() < Mailbox::kMaximumOctets / Mailbox::kMaximumMessageOctets) {
+    const std::string large(Mailbox::kMaximumMessageBytes - 2, 'x');
+    while (mailbox.messages().size() < Mailbox::kMaximumBytes / Mailbox::kMaximumMessageBytes) {
         ASSERT_TRUE(mailbox.append(large));
     }
     EXPECT_FALSE(mailbox.append(large));

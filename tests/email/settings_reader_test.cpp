@@ -124,7 +124,7 @@ TEST(SettingsReader, TheSetupButtonHearsOfItsLineBeforeLaterLinesFail) {
     EXPECT_THAT(reading.setupButton, ElementsAre(true));
 }
 
-TEST(SettingsReader, AnInstitutionKeepsTheBlanksAroundIt) {
+TEST(SettingsReader, AnInstitutionKeepsTheSpacesAroundIt) {
     EXPECT_EQ(readWithLine(7, "Institution=  Hill School ").settings.Institution.toStdString(),
               "  Hill School ");
 }
@@ -147,7 +147,7 @@ TEST(SettingsReader, AnIntervalOutOfRangeIsErrorSix) {
     EXPECT_EQ(readWithLine(16, "GetMailEvery=-32769").error, errors::Overflow);
 }
 
-TEST(SettingsReader, AnIntervalMayHaveBlanksAndAFraction) {
+TEST(SettingsReader, AnIntervalMayHaveSpacesAndAFraction) {
     EXPECT_EQ(readWithLine(16, "GetMailEvery= 4.6 ").settings.GetMailEvery, 5);
     EXPECT_EQ(readWithLine(16, "GetMailEvery=-1").settings.GetMailEvery, -1);
 }

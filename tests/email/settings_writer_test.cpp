@@ -92,13 +92,13 @@ TEST(SettingsWriter, AllFieldsEmptyWriteAllOldSettingsBack) {
               settingsFileText(fieldsOf(otherSettings()), Settings()));
 }
 
-TEST(SettingsWriter, ABlankIsAValueAndNotAnEmptyField) {
+TEST(SettingsWriter, ASpaceIsAValueAndNotAnEmptyField) {
     SettingsFields fields;
     fields.Institution = QStringLiteral(" ");
     EXPECT_NE(settingsFileText(fields, Settings()).find("\r\nInstitution= \r\n"), std::string::npos);
 }
 
-TEST(SettingsWriter, ALineEndInAFieldBecomesABlankSinceItWouldShiftAllThatFollows) {
+TEST(SettingsWriter, ALineEndInAFieldBecomesASpaceSinceItWouldShiftAllThatFollows) {
     SettingsFields fields;
     fields.Institution = QStringLiteral("Hill\r\nSchool\nof\rMail");
     EXPECT_NE(settingsFileText(fields, Settings()).find("\r\nInstitution=Hill  School of Mail\r\n"),

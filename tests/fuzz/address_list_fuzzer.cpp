@@ -37,7 +37,7 @@ void checkMailbox(const std::string& mailbox) {
         }
     }
     fuzz::require(!quoted, "quotes are closed");
-    fuzz::require(SMTPLib::rcptCommand(mailbox).size() + 2 <= SMTPLib::kMaximumCommandOctets,
+    fuzz::require(SMTPLib::rcptCommand(mailbox).size() + 2 <= SMTPLib::kMaximumCommandBytes,
                   "fits into a command");
 }
 

@@ -48,11 +48,11 @@ std::string encodedInPieces(std::string_view bytes, fuzz::Input decisions) {
     return text;
 }
 
-std::string withoutFields(std::string_view text, std::size_t pieceOctets) {
+std::string withoutFields(std::string_view text, std::size_t pieceBytes) {
     NetCodeLib::LeadingFields fields;
     std::string left;
     while (!text.empty()) {
-        const std::string_view piece = text.substr(0, pieceOctets);
+        const std::string_view piece = text.substr(0, pieceBytes);
         left += fields.take(piece);
         text.remove_prefix(piece.size());
     }

@@ -28,8 +28,8 @@ class Input {
         return byte.empty() ? 0 : static_cast<unsigned char>(byte.front()) % limit;
     }
 
-    std::string_view take(std::size_t octets) {
-        const std::string_view taken = bytes_.substr(0, octets);
+    std::string_view take(std::size_t bytes) {
+        const std::string_view taken = bytes_.substr(0, bytes);
         bytes_.remove_prefix(taken.size());
         return taken;
     }

@@ -34,13 +34,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const support::DecodedAttachment& attachment : whole.attachments) {
         fuzz::require(attachment.error == 0 || attachment.error == platform::errors::BadEncodedText,
                       "saving raises only the documented error");
-        for (const std::size_t pieceOctets : std::initializer_list<std::size_t>{1, 2, 3, 7}) {
-            fuzz::require(support::decoded(attachment, pieceOctets) == attachment,
+        for (const std::size_t pieceBytes : std::initializer_list<std::size_t>{1, 2, 3, 7}) {
+            fuzz::require(support::decoded(attachment, pieceBytes) == attachment,
                           "pieces change no attachment");
         }
     }
     requireSame(whole, support::reference::opened(message), "the plain rules say the same");
-    const std::size_t pieceOctets = support::kPieceSizes.at(size % support::kPieceSizes.size());
-    requireSame(whole, support::opened(message, pieceOctets), "pieces change nothing");
+    const std::size_t pieceBytes = support::kPieceSizes.at(size % support::kPieceSizes.size());
+    requireSame(whole, support::opened(message, pieceBytes), "pieces change nothing");
     return 0;
 }

@@ -72,7 +72,7 @@ struct Run {
     bool operator==(const Run&) const = default;
 };
 
-/** All commands are under way before the server answers the first one, as with pipelining. */
+/** All commands are outstanding before the server answers the first one, as with pipelining. */
 Run play(const std::vector<std::size_t>& choices, std::string_view bytes,
          const std::vector<std::size_t>& sizes) {
     Pop3Session session;

@@ -1,4 +1,4 @@
-// However the network cuts the server's bytes, the session makes the same events and sends the same octets.
+// However the network cuts the server's bytes, the session makes the same events and sends the same bytes.
 //
 // Input: number of pieces, one byte for the size of each, a byte for the message, and then what the server
 // says, in turns that a zero byte ends. Between two turns the client sends what it has to.

@@ -72,7 +72,7 @@ class Collected {
         bytesTransferred_ = 0;
     }
 
-    /** Every value loses the one blank behind its colon on the way, so that is put back. */
+    /** Every value loses the one space behind its colon on the way, so that is put back. */
     std::string header() const {
         std::string text;
         for (const auto& [field, value] : headers_) {
@@ -243,7 +243,7 @@ TEST_F(Dovecot, AnUnknownUserIsRefused) {
     logOff();
 }
 
-TEST_F(Dovecot, BlanksOfAPasswordArePartOfIt) {
+TEST_F(Dovecot, SpacesOfAPasswordArePartOfIt) {
     startServer({"carol@example.org", " pass word  x "});
     EXPECT_EQ(logOnError(), 0);
     logOff();

@@ -205,7 +205,7 @@ TEST_F(SendThroughExim, DotsLongLinesAndUmlautsArriveAsTyped) {
     EXPECT_EQ(fetchOne().body, expected);
 }
 
-TEST_F(SendThroughExim, ALineThatIsTooLongForMailArrivesBrokenAtABlank) {
+TEST_F(SendThroughExim, ALineThatIsTooLongForMailArrivesBrokenAtASpace) {
     const std::string first(900, 'a');
     const std::string second(900, 'b');
     write(bob, QStringLiteral("Long"), QString::fromStdString(first + ' ' + second));

@@ -75,7 +75,7 @@ class CountedPaintings : public QObject {
 };
 } // namespace
 
-TEST_F(MailboxList, WithoutMessagesHasOneBlankRowDisabledButtonsAndZeroTotals) {
+TEST_F(MailboxList, WithoutMessagesHasOneSpaceRowDisabledButtonsAndZeroTotals) {
     ResetMailList();
     const auto& main = mainWindow();
     EXPECT_EQ(main.MailGrid->Rows(), 2);
@@ -216,8 +216,8 @@ TEST_F(MailboxList, ARowOfMegabytesHoldsNoMoreThanOneOfWords) {
 }
 
 TEST_F(MailboxList, WhatIsTrimmedCountsForNothing) {
-    const std::string blanks(1'000'000, ' ');
-    const auto texts = rowTexts(1, summaryOf("\t" + blanks + "Ann\r\n", blanks, blanks + "today", 0));
+    const std::string spaces(1'000'000, ' ');
+    const auto texts = rowTexts(1, summaryOf("\t" + spaces + "Ann\r\n", spaces, spaces + "today", 0));
     EXPECT_EQ(texts[1], QStringLiteral("today"));
     EXPECT_EQ(texts[2], QStringLiteral("Ann") + QString(47, u' '));
     EXPECT_EQ(texts[3], QString(48, u' '));
@@ -275,7 +275,7 @@ TEST_F(MailboxList, WhileNothingIsRedrawnWrittenRowsAskForNoPicture) {
     EXPECT_GT(paintings.count(), 0);
 }
 
-TEST_F(MailboxList, ACellsTipHasItsWholeTextWithoutTheBlanksThatPadIt) {
+TEST_F(MailboxList, ACellsTipHasItsWholeTextWithoutTheSpacesThatPadIt) {
     email::mailbox.Messages.at(1) = summaryOf("ann@example.org", "a < b", "today", 10);
     fill(1);
     auto* const grid = mainWindow().MailGrid;
@@ -284,7 +284,7 @@ TEST_F(MailboxList, ACellsTipHasItsWholeTextWithoutTheBlanksThatPadIt) {
     EXPECT_EQ(grid->item(0, 3)->toolTip(), QStringLiteral("<p>another subject</p>"));
 }
 
-TEST_F(MailboxList, AListThatIsFirstShownWhileNothingIsRedrawnIsBlankNotBlack) {
+TEST_F(MailboxList, AListThatIsFirstShownWhileNothingIsRedrawnIsSpaceNotBlack) {
     mainWindow().hide();
     mainWindow().MailGrid->setRedraw(false);
     mainWindow().show();

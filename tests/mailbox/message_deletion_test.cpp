@@ -187,11 +187,11 @@ TEST_F(MessageDeletion, AMessageThatAnotherClientMovedIsNotDeleted) {
     EXPECT_EQ(email::mailbox.MessageCount, 4);
 }
 
-TEST_F(MessageDeletion, ChangesNothingUntilTheServerHasConfirmedTheFarewell) {
+TEST_F(MessageDeletion, ChangesNothingUntilTheServerHasConfirmedTheQuit) {
     logInWith(3);
-    for (const char* farewell : {"-ERR some deleted messages not removed\r\n", ""}) {
-        mailbox.on("QUIT", [farewell](support::Peer& peer) {
-            peer.send(farewell);
+    for (const char* quit : {"-ERR some deleted messages not removed\r\n", ""}) {
+        mailbox.on("QUIT", [quit](support::Peer& peer) {
+            peer.send(quit);
             peer.close();
         });
         deleteRow(2);
@@ -260,7 +260,7 @@ TEST_F(MessageDeletion, AServerThatDeletesAndFallsSilentNeverLeadsToANeighboursD
     EXPECT_THAT(mailbox.messages(), ElementsAre(message(1), message(3), message(4)));
 }
 
-TEST_F(MessageDeletion, ASilentFarewellIsAFailureAfterTheTimeOut) {
+TEST_F(MessageDeletion, ASilentQuitIsAFailureAfterTheTimeOut) {
     logInWith(2);
     mailbox.on("QUIT", [](support::Peer& peer) { peer.holdSilent(); });
     loginWindow().POP1.setTimeouts({std::chrono::milliseconds(50), std::chrono::milliseconds(50)});
@@ -273,7 +273,7 @@ TEST_F(MessageDeletion, AfterAMessageThatWasTooLargeTheListAndTheServerStillAgre
     logInWith(3);
     mailbox.deliver(message(4)).deliver(message(5));
     mailbox.answer("TOP 5", "+OK\r\nSubject: " + std::string(100'000, 'x') + "\r\n\r\n.\r\n");
-    loginWindow().POP1.setLimits({.listingOctets = 50'000});
+    loginWindow().POP1.setLimits({.listingBytes = 50'000});
     mainWindow().tmrCheckMail_Timer();
     EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Message is too large.")));
     EXPECT_THAT(column(3), SizeIs(4));

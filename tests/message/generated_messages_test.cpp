@@ -171,9 +171,9 @@ TEST_P(GeneratedMessages, ComeToWhatThePlainRulesSayHoweverTheyAreCut) {
     for (unsigned seed = GetParam() * perTest; seed < (GetParam() + 1) * perTest; ++seed) {
         const std::string message = support::generatedMessage(seed);
         const OpenedMessage expected = support::reference::opened(message);
-        for (const std::size_t pieceOctets : support::kPieceSizes) {
-            ASSERT_EQ(differenceBetween(opened(message, pieceOctets), expected), "")
-                << "message " << seed << " in pieces of " << pieceOctets << '\n'
+        for (const std::size_t pieceBytes : support::kPieceSizes) {
+            ASSERT_EQ(differenceBetween(opened(message, pieceBytes), expected), "")
+                << "message " << seed << " in pieces of " << pieceBytes << '\n'
                 << message;
         }
     }

@@ -31,11 +31,11 @@ std::ostream& operator<<(std::ostream& out, const Result& result) {
     return out << testing::PrintToString(result.bytes) << " error " << result.error;
 }
 
-Result decoded(std::string_view text, std::size_t pieceOctets = std::string_view::npos) {
+Result decoded(std::string_view text, std::size_t pieceBytes = std::string_view::npos) {
     Base64Decoder decoder;
     Result result;
     result.error = platform::errorNumberOf([&] {
-        support::forEachPiece(text, pieceOctets,
+        support::forEachPiece(text, pieceBytes,
                               [&](std::string_view piece) { decoder.append(piece, result.bytes); });
         decoder.finish(result.bytes);
     });
@@ -101,8 +101,8 @@ const std::vector<Case>& cases() {
 class Base64DecoderCase : public testing::TestWithParam<Case> {};
 
 TEST_P(Base64DecoderCase, GivesTheSameBytesForPiecesOfEverySize) {
-    for (const std::size_t pieceOctets : kPieces) {
-        EXPECT_EQ(decoded(GetParam().text, pieceOctets), GetParam().expected) << pieceOctets;
+    for (const std::size_t pieceBytes : kPieces) {
+        EXPECT_EQ(decoded(GetParam().text, pieceBytes), GetParam().expected) << pieceBytes;
     }
 }
 
@@ -118,8 +118,8 @@ TEST_P(Base64DecoderCase, GivesTheSameBytesBehindWholeLines) {
     if (expected.error == 0) {
         expected.bytes.insert(0, before);
     }
-    for (const std::size_t pieceOctets : kPieces) {
-        EXPECT_TRUE(decoded(text, pieceOctets) == expected) << pieceOctets;
+    for (const std::size_t pieceBytes : kPieces) {
+        EXPECT_TRUE(decoded(text, pieceBytes) == expected) << pieceBytes;
     }
 }
 
@@ -131,8 +131,8 @@ TEST(Base64Decoder, UndoesTheReferenceForEveryLength) {
     for (std::size_t length = 0; length <= bytes.size(); ++length) {
         const std::string text =
             QByteArray(bytes.data(), static_cast<qsizetype>(length)).toBase64().toStdString();
-        for (const std::size_t pieceOctets : kPieces) {
-            ASSERT_EQ(decoded(text, pieceOctets), (Result{bytes.substr(0, length), 0})) << length;
+        for (const std::size_t pieceBytes : kPieces) {
+            ASSERT_EQ(decoded(text, pieceBytes), (Result{bytes.substr(0, length), 0})) << length;
         }
     }
 }
@@ -144,8 +144,8 @@ TEST(Base64Decoder, UndoesTheEncoderInPiecesOfEverySize) {
         std::string text;
         encoder.append(bytes, text);
         encoder.finish(text);
-        for (const std::size_t pieceOctets : kPieces) {
-            ASSERT_TRUE(decoded(text, pieceOctets) == (Result{bytes, 0})) << seed << " in " << pieceOctets;
+        for (const std::size_t pieceBytes : kPieces) {
+            ASSERT_TRUE(decoded(text, pieceBytes) == (Result{bytes, 0})) << seed << " in " << pieceBytes;
         }
     }
 }

@@ -16,10 +16,10 @@ using support::randomBytes;
 
 constexpr std::array<std::size_t, 8> kPieces{1, 2, 7, 56, 57, 58, 65'536, std::string_view::npos};
 
-std::string encoded(std::string_view bytes, std::size_t pieceOctets = std::string_view::npos) {
+std::string encoded(std::string_view bytes, std::size_t pieceBytes = std::string_view::npos) {
     Base64Encoder encoder;
     std::string text;
-    support::forEachPiece(bytes, pieceOctets, [&](std::string_view piece) { encoder.append(piece, text); });
+    support::forEachPiece(bytes, pieceBytes, [&](std::string_view piece) { encoder.append(piece, text); });
     encoder.finish(text);
     return text;
 }
@@ -67,9 +67,9 @@ TEST(Base64Encoder, UsesEveryLetterOfTheAlphabet) {
 TEST(Base64Encoder, GivesTheReferencesTextForEveryLengthInPiecesOfEverySize) {
     const std::string bytes = randomBytes(200, 1);
     for (std::size_t length = 0; length <= bytes.size(); ++length) {
-        for (const std::size_t pieceOctets : kPieces) {
+        for (const std::size_t pieceBytes : kPieces) {
             const auto part = std::string_view(bytes).substr(0, length);
-            ASSERT_EQ(encoded(part, pieceOctets), reference(part)) << length << " in " << pieceOctets;
+            ASSERT_EQ(encoded(part, pieceBytes), reference(part)) << length << " in " << pieceBytes;
         }
     }
 }
@@ -77,8 +77,8 @@ TEST(Base64Encoder, GivesTheReferencesTextForEveryLengthInPiecesOfEverySize) {
 TEST(Base64Encoder, GivesTheReferencesTextForLongBytes) {
     for (unsigned seed = 0; seed < 20; ++seed) {
         const std::string bytes = randomBytes(100'000 + seed * 1009, seed);
-        for (const std::size_t pieceOctets : {std::size_t{57}, std::size_t{1000}, std::size_t{65'536}}) {
-            ASSERT_EQ(encoded(bytes, pieceOctets), reference(bytes)) << seed << " in " << pieceOctets;
+        for (const std::size_t pieceBytes : {std::size_t{57}, std::size_t{1000}, std::size_t{65'536}}) {
+            ASSERT_EQ(encoded(bytes, pieceBytes), reference(bytes)) << seed << " in " << pieceBytes;
         }
     }
 }

@@ -35,10 +35,10 @@ std::string disturbed(std::size_t at, const std::string& something) {
     return text.insert(at, something);
 }
 
-int errorOf(std::string_view text, std::size_t pieceOctets = std::string_view::npos) {
+int errorOf(std::string_view text, std::size_t pieceBytes = std::string_view::npos) {
     Base64Form form;
     return platform::errorNumberOf([&] {
-        support::forEachPiece(text, pieceOctets, [&](std::string_view piece) { form.add(piece); });
+        support::forEachPiece(text, pieceBytes, [&](std::string_view piece) { form.add(piece); });
         form.finish();
     });
 }
@@ -138,14 +138,14 @@ class Base64FormOfBase64 : public testing::TestWithParam<Case> {};
 class Base64FormOfOther : public testing::TestWithParam<Case> {};
 
 TEST_P(Base64FormOfBase64, IsTakenInPiecesOfEverySize) {
-    for (const std::size_t pieceOctets : support::kPieceSizes) {
-        EXPECT_EQ(errorOf(GetParam().text, pieceOctets), 0) << pieceOctets;
+    for (const std::size_t pieceBytes : support::kPieceSizes) {
+        EXPECT_EQ(errorOf(GetParam().text, pieceBytes), 0) << pieceBytes;
     }
 }
 
 TEST_P(Base64FormOfOther, IsRefusedInPiecesOfEverySize) {
-    for (const std::size_t pieceOctets : support::kPieceSizes) {
-        EXPECT_EQ(errorOf(GetParam().text, pieceOctets), 20502) << pieceOctets;
+    for (const std::size_t pieceBytes : support::kPieceSizes) {
+        EXPECT_EQ(errorOf(GetParam().text, pieceBytes), 20502) << pieceBytes;
     }
 }
 

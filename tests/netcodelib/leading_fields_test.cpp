@@ -68,17 +68,17 @@ const std::vector<Case>& cases() {
 class LeadingFieldsCase : public testing::TestWithParam<Case> {};
 
 TEST_P(LeadingFieldsCase, LeavesTheEncodedText) {
-    for (const std::size_t pieceOctets :
+    for (const std::size_t pieceBytes :
          {std::size_t{1}, std::size_t{2}, std::size_t{7}, std::size_t{500}, std::size_t{1} << 20U}) {
         LeadingFields fields;
         std::string left;
         const int error = platform::errorNumberOf([&] {
-            support::forEachPiece(GetParam().text, pieceOctets,
+            support::forEachPiece(GetParam().text, pieceBytes,
                                   [&](std::string_view piece) { left += fields.take(piece); });
             left += fields.takeLast();
         });
-        EXPECT_EQ(error, GetParam().error) << pieceOctets;
-        EXPECT_EQ(left, GetParam().left) << pieceOctets;
+        EXPECT_EQ(error, GetParam().error) << pieceBytes;
+        EXPECT_EQ(left, GetParam().left) << pieceBytes;
     }
 }
 

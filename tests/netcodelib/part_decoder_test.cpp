@@ -19,11 +19,11 @@ struct Result {
     int error = 0;
 };
 
-Result decoded(std::string_view text, std::size_t pieceOctets) {
+Result decoded(std::string_view text, std::size_t pieceBytes) {
     NetCodeLib::PartDecoder decoder;
     Result result;
     result.error = platform::errorNumberOf([&] {
-        support::forEachPiece(text, pieceOctets,
+        support::forEachPiece(text, pieceBytes,
                               [&](std::string_view piece) { decoder.append(piece, result.bytes); });
         decoder.finish(result.bytes);
     });
@@ -54,10 +54,10 @@ class PartDecoderBehind : public testing::TestWithParam<Case> {};
 
 TEST_P(PartDecoderBehind, GivesEveryByteOfTheFile) {
     const std::string text = GetParam().restOfHeader + "\r\n" + support::base64Text(kFile) + "--\r\n";
-    for (const std::size_t pieceOctets : support::kPieceSizes) {
-        const Result result = decoded(text, pieceOctets);
-        EXPECT_EQ(result.error, 0) << pieceOctets;
-        EXPECT_TRUE(result.bytes == kFile) << pieceOctets;
+    for (const std::size_t pieceBytes : support::kPieceSizes) {
+        const Result result = decoded(text, pieceBytes);
+        EXPECT_EQ(result.error, 0) << pieceBytes;
+        EXPECT_TRUE(result.bytes == kFile) << pieceBytes;
     }
 }
 

@@ -113,11 +113,11 @@ TEST(Text, MidRefusesANegativeLengthAndAStartBeforeTheText) {
     EXPECT_EQ(errorNumberOf([] { platform::mid("abc", 100, -1); }), errors::InvalidProcedureCall);
 }
 
-TEST(Text, OnlyBlanksAreTrimmed) {
-    EXPECT_EQ(utf8(platform::trimmedBlanks(text(u"  a b  "))), "a b");
-    EXPECT_EQ(utf8(platform::trimmedBlanks(text(u" \ta\t "))), "\ta\t");
-    EXPECT_EQ(utf8(platform::trimmedBlanks(text(u"    "))), "");
-    EXPECT_EQ(utf8(platform::trimmedBlanks(QString())), "");
+TEST(Text, OnlySpacesAreTrimmed) {
+    EXPECT_EQ(utf8(platform::trimmedSpaces(text(u"  a b  "))), "a b");
+    EXPECT_EQ(utf8(platform::trimmedSpaces(text(u" \ta\t "))), "\ta\t");
+    EXPECT_EQ(utf8(platform::trimmedSpaces(text(u"    "))), "");
+    EXPECT_EQ(utf8(platform::trimmedSpaces(QString())), "");
 }
 
 TEST(Text, FittedTextIsPaddedOrCutToItsWidth) {

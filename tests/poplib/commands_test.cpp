@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(Arguments, CommandArgument, testing::ValuesIn(arguments
 
 TEST(CommandArgument, TheLongestFillsACommandLine) {
     const std::string longest(248, 'x');
-    EXPECT_EQ((POPLib::passCommand(longest).sent + "\r\n").size(), POPLib::kMaximumCommandOctets);
+    EXPECT_EQ((POPLib::passCommand(longest).sent + "\r\n").size(), POPLib::kMaximumCommandBytes);
 }
 
 } // namespace

@@ -57,33 +57,33 @@ TEST(ListingAllowance, LeavesEveryRowItsFieldsHoweverLargeTheOthersAre) {
             ASSERT_TRUE(allowance.cut(header));
             EXPECT_TRUE(header.cut);
             EXPECT_GT(header.value.size(), 4000U);
-            EXPECT_LE(header.value.size(), ListingAllowance::kHeaderLineOctets);
+            EXPECT_LE(header.value.size(), ListingAllowance::kHeaderLineBytes);
         }
     }
 }
 
-TEST(ListingAllowance, EndsWithTheHeadersOwnOctets) {
+TEST(ListingAllowance, EndsWithTheHeadersOwnBytes) {
     ListingAllowance allowance = usedUp();
-    std::size_t octets = 0;
+    std::size_t bytes = 0;
     for (int line = 0; line < 10'000; ++line) {
         HeaderLine header{"X", std::string(100, 'x')};
-        octets += allowance.cut(header) ? header.value.size() : 0;
+        bytes += allowance.cut(header) ? header.value.size() : 0;
     }
-    EXPECT_GT(octets, ListingAllowance::kHeaderOctets - 1000);
-    EXPECT_LE(octets, ListingAllowance::kHeaderOctets);
+    EXPECT_GT(bytes, ListingAllowance::kHeaderBytes - 1000);
+    EXPECT_LE(bytes, ListingAllowance::kHeaderBytes);
     HeaderLine nameOnly{std::string(5000, 'x'), ""};
     EXPECT_FALSE(allowance.cut(nameOnly));
 }
 
-TEST(ListingAllowance, EndsBodiesWithTheirOctets) {
+TEST(ListingAllowance, EndsBodiesWithTheirBytes) {
     ListingAllowance allowance;
-    std::size_t octets = 0;
+    std::size_t bytes = 0;
     for (int line = 0; line < 200; ++line) {
         BodyLine body{0, std::string(kMegabyte, 'x')};
-        octets += allowance.cut(body) ? body.text.size() : 0;
+        bytes += allowance.cut(body) ? body.text.size() : 0;
     }
-    EXPECT_GT(octets, ListingAllowance::kBodyOctets - 1000);
-    EXPECT_LE(octets, ListingAllowance::kBodyOctets);
+    EXPECT_GT(bytes, ListingAllowance::kBodyBytes - 1000);
+    EXPECT_LE(bytes, ListingAllowance::kBodyBytes);
     HeaderLine header{"Subject", "a"};
     EXPECT_TRUE(allowance.cut(header)) << "they take nothing from the headers";
 }

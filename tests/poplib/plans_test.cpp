@@ -129,7 +129,7 @@ TEST(ListedMailbox, FetchesNoVeryLargeMessageWholeForARow) {
     dialogue.next();
     mailbox.size(dialogue, 3);
     POPLib::Limits limits;
-    limits.wholeMessageOctets = 100;
+    limits.wholeMessageBytes = 100;
     mailbox.list(dialogue, 3, 25, limits, [](const Event&) { FAIL() << "there are no lines"; });
     dialogue.expectToBeSaid();
 }

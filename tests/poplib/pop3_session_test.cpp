@@ -31,8 +31,8 @@ std::vector<std::string> eventsAfter(Pop3Session& session, std::string_view byte
 
 /** A session that has been greeted and has sent this command. */
 Pop3Session sessionThatSent(POPLib::Command command,
-                            std::int64_t listingOctets = Pop3Session::kMaximumListingOctets) {
-    Pop3Session session(listingOctets);
+                            std::int64_t listingBytes = Pop3Session::kMaximumListingBytes) {
+    Pop3Session session(listingBytes);
     EXPECT_THAT(eventsAfter(session, "+OK\r\n"), ElementsAre("greeted []"));
     session.submit(std::move(command));
     EXPECT_THAT(session.takeOutput(), EndsWith("\r\n"));
@@ -170,7 +170,7 @@ TEST(Pop3Session, MakesProgressWithEveryAnswerAndEveryFewKilobytesButNotWithALin
     EXPECT_TRUE(grows("-ERR no\r\n"));
 }
 
-TEST(Pop3Session, ReadsAHeaderLineOfAMegabyteOctetByOctet) {
+TEST(Pop3Session, ReadsAHeaderLineOfAMegabyteByteByByte) {
     Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
     const std::string value((1U << 20U) - 20, 'x');
     std::vector<std::string> events;
@@ -199,11 +199,11 @@ TEST(Pop3Session, ReadsAHundredThousandHeaderLines) {
     EXPECT_EQ(headerLines, 100'000U);
 }
 
-/** The events of a line of so many octets, line end not counted, that comes in two pieces. */
-std::vector<std::string> eventsOfLine(Pop3Session& session, const std::string& start, std::size_t octets,
-                                      std::size_t octetsInTheSecondPiece) {
-    const std::string line = start + std::string(octets - start.size(), 'x') + "\r\n";
-    const std::size_t first = line.size() - octetsInTheSecondPiece;
+/** The events of a line of so many bytes, line end not counted, that comes in two pieces. */
+std::vector<std::string> eventsOfLine(Pop3Session& session, const std::string& start, std::size_t bytes,
+                                      std::size_t bytesInTheSecondPiece) {
+    const std::string line = start + std::string(bytes - start.size(), 'x') + "\r\n";
+    const std::size_t first = line.size() - bytesInTheSecondPiece;
     std::vector<std::string> events = eventsAfter(session, std::string_view(line).substr(0, first));
     for (std::string& event : eventsAfter(session, std::string_view(line).substr(first))) {
         events.push_back(std::move(event));
@@ -212,26 +212,26 @@ std::vector<std::string> eventsOfLine(Pop3Session& session, const std::string& s
 }
 
 TEST(Pop3Session, TakesTheLongestStatusLineWhereverTheNetworkCutsItAndNoLongerOne) {
-    for (const std::size_t octets : {0U, 1U, 2U, 3U}) {
-        SCOPED_TRACE(octets);
+    for (const std::size_t bytes : {0U, 1U, 2U, 3U}) {
+        SCOPED_TRACE(bytes);
         Pop3Session taken = sessionThatSent(POPLib::topCommand(1, 25));
-        EXPECT_THAT(eventsOfLine(taken, "+OK ", Pop3Session::kMaximumReplyOctets, octets),
+        EXPECT_THAT(eventsOfLine(taken, "+OK ", Pop3Session::kMaximumReplyBytes, bytes),
                     ElementsAre(testing::StartsWith("accepted TOP")));
         Pop3Session failed = sessionThatSent(POPLib::topCommand(1, 25));
-        EXPECT_THAT(eventsOfLine(failed, "+OK ", Pop3Session::kMaximumReplyOctets + 1, octets),
+        EXPECT_THAT(eventsOfLine(failed, "+OK ", Pop3Session::kMaximumReplyBytes + 1, bytes),
                     ElementsAre("failed out of step"));
     }
 }
 
 TEST(Pop3Session, CutsALongerLineOfAListingWhereverTheNetworkCutsIt) {
-    constexpr std::size_t longest = Pop3Session::kMaximumListingLineOctets;
+    constexpr std::size_t longest = Pop3Session::kMaximumListingLineBytes;
     const std::string whole = "header [Subject] [" + std::string(longest - 9, 'x') + ']';
-    for (const std::size_t octets : {0U, 1U, 2U, 3U, 100'000U}) {
+    for (const std::size_t bytes : {0U, 1U, 2U, 3U, 100'000U}) {
         for (const std::size_t surplus : {0U, 1U, 100'001U}) {
-            SCOPED_TRACE(testing::Message() << octets << ' ' << surplus);
+            SCOPED_TRACE(testing::Message() << bytes << ' ' << surplus);
             Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
             eventsAfter(session, "+OK\r\n");
-            EXPECT_TRUE(eventsOfLine(session, "Subject: ", longest + surplus, octets) ==
+            EXPECT_TRUE(eventsOfLine(session, "Subject: ", longest + surplus, bytes) ==
                         std::vector<std::string>{whole});
             EXPECT_THAT(
                 eventsAfter(session, "\r\nbody\r\n.\r\n"),
@@ -243,10 +243,10 @@ TEST(Pop3Session, CutsALongerLineOfAListingWhereverTheNetworkCutsIt) {
 TEST(Pop3Session, OnlyCountsWhatLiesBehindTheWantedLines) {
     const std::string counted =
         "..\r\n.\r.\r\n" + std::string(5U << 20U, '.') + "\r\n\r\n" + std::string(100, 'x') + "\r\n.";
-    for (const std::size_t pieceOctets : {std::size_t{1} << 16U, std::string_view::npos}) {
+    for (const std::size_t pieceBytes : {std::size_t{1} << 16U, std::string_view::npos}) {
         Pop3Session session = sessionThatSent(POPLib::retrCommand(1, 2));
         std::vector<std::string> events;
-        support::forEachPiece("+OK\r\na:b\r\n\r\none\r\ntwo\r\n" + counted, pieceOctets,
+        support::forEachPiece("+OK\r\na:b\r\n\r\none\r\ntwo\r\n" + counted, pieceBytes,
                               [&](std::string_view piece) {
                                   for (std::string& event : eventsAfter(session, piece)) {
                                       events.push_back(std::move(event));
@@ -258,17 +258,17 @@ TEST(Pop3Session, OnlyCountsWhatLiesBehindTheWantedLines) {
     }
 }
 
-/** Feeds lines of a kilobyte until the session says something else than a line; returns the octets fed. */
-std::int64_t octetsUntilItFails(Pop3Session& session, std::int64_t atMost) {
+/** Feeds lines of a kilobyte until the session says something else than a line; returns the bytes fed. */
+std::int64_t bytesUntilItFails(Pop3Session& session, std::int64_t atMost) {
     const std::string line = std::string(1022, 'x') + "\r\n";
     session.receive("+OK\r\n\r\n");
     eventsOf(session);
-    for (std::int64_t octets = 0; octets < atMost; octets += 1024) {
+    for (std::int64_t bytes = 0; bytes < atMost; bytes += 1024) {
         session.receive(line);
         while (const auto event = session.nextEvent()) {
             if (const auto* failed = std::get_if<POPLib::Failed>(&*event)) {
                 EXPECT_EQ(failed->kind, POPLib::FailureKind::TooLarge);
-                return octets;
+                return bytes;
             }
         }
     }
@@ -278,21 +278,19 @@ std::int64_t octetsUntilItFails(Pop3Session& session, std::int64_t atMost) {
 TEST(Pop3Session, GivesUpAListingAnswerThatIsLongerThanAnySize) {
     constexpr std::int64_t limit = 1 << 20;
     Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25), limit);
-    EXPECT_NEAR(static_cast<double>(octetsUntilItFails(session, 2 * limit)), static_cast<double>(limit),
-                2048);
-    EXPECT_EQ(Pop3Session::kMaximumListingOctets, 2'147'483'647);
+    EXPECT_NEAR(static_cast<double>(bytesUntilItFails(session, 2 * limit)), static_cast<double>(limit), 2048);
+    EXPECT_EQ(Pop3Session::kMaximumListingBytes, 2'147'483'647);
 }
 
 TEST(Pop3Session, GivesUpAMessagePastItsLimit) {
     Pop3Session session = sessionThatSent(POPLib::retrCommand(1));
-    constexpr std::int64_t limit = Pop3Session::kMaximumMessageOctets;
-    EXPECT_NEAR(static_cast<double>(octetsUntilItFails(session, 2 * limit)), static_cast<double>(limit),
-                2048);
+    constexpr std::int64_t limit = Pop3Session::kMaximumMessageBytes;
+    EXPECT_NEAR(static_cast<double>(bytesUntilItFails(session, 2 * limit)), static_cast<double>(limit), 2048);
 }
 
 TEST(Pop3Session, TakesALineOfAWholeMessageThatNoListingWould) {
     Pop3Session session = sessionThatSent(POPLib::retrCommand(1));
-    const std::string line(2 * Pop3Session::kMaximumListingLineOctets, 'x');
+    const std::string line(2 * Pop3Session::kMaximumListingLineBytes, 'x');
     EXPECT_THAT(eventsAfter(session, "+OK\r\n\r\n" + line + "\r\n.\r\n"),
                 ElementsAre("accepted RETR []", "body " + std::to_string(line.size() + 4) + " [" + line + ']',
                             "ended RETR"));

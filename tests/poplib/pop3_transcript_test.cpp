@@ -29,14 +29,14 @@ using NameAndPieces = std::tuple<std::string, std::size_t>;
 constexpr std::size_t kWhole = std::string_view::npos;
 
 std::string nameWithPieces(const testing::TestParamInfo<NameAndPieces>& test) {
-    const auto& [name, pieceOctets] = test.param;
-    return support::testNameOf(name, pieceOctets);
+    const auto& [name, pieceBytes] = test.param;
+    return support::testNameOf(name, pieceBytes);
 }
 
 /** Feeds the bytes and adds what comes of them to the events. */
-void feed(Pop3Session& session, std::string_view bytes, std::size_t pieceOctets,
+void feed(Pop3Session& session, std::string_view bytes, std::size_t pieceBytes,
           std::vector<std::string>& events) {
-    support::forEachPiece(bytes, pieceOctets, [&](std::string_view piece) {
+    support::forEachPiece(bytes, pieceBytes, [&](std::string_view piece) {
         session.receive(piece);
         while (const auto event = session.nextEvent()) {
             events.push_back(support::described(*event));
@@ -47,7 +47,7 @@ void feed(Pop3Session& session, std::string_view bytes, std::size_t pieceOctets,
 class Pop3TranscriptInPieces : public testing::TestWithParam<NameAndPieces> {};
 
 TEST_P(Pop3TranscriptInPieces, GivesItsEventsAndItsCommands) {
-    const auto& [name, pieceOctets] = GetParam();
+    const auto& [name, pieceBytes] = GetParam();
     const Transcript transcript = support::readTranscript(kFolder, name);
     Pop3Session session;
     for (const POPLib::Command& command : support::commandsOf(transcript)) {
@@ -57,7 +57,7 @@ TEST_P(Pop3TranscriptInPieces, GivesItsEventsAndItsCommands) {
     std::vector<std::string> events;
     for (const Transcript::Turn& turn : transcript.turns) {
         if (turn.speaker == Transcript::Speaker::Server) {
-            feed(session, turn.text, pieceOctets, events);
+            feed(session, turn.text, pieceBytes, events);
         } else {
             EXPECT_EQ(session.takeOutput(), turn.text + "\r\n");
         }
@@ -73,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(Dialogues, Pop3TranscriptInPieces,
 
 class PipelinedPop3Transcript : public testing::TestWithParam<std::string> {};
 
-/** The dialogue with as many commands under way as the session allows, all answers in one piece. */
+/** The dialogue with as many commands outstanding as the session allows, all answers in one piece. */
 std::vector<std::string> eventsOfPipelinedSession(const Transcript& transcript, std::string& output) {
     Pop3Session session;
     session.setMaximumOutstanding(8);
@@ -172,7 +172,7 @@ std::vector<std::string> contentOf(const Transcript& transcript) {
 }
 
 TEST_P(Pop3TranscriptPlayed, GivesItsCommandsItsContentAndItsError) {
-    const auto& [name, pieceOctets] = GetParam();
+    const auto& [name, pieceBytes] = GetParam();
     const Transcript transcript = support::readTranscript(kFolder, name);
     const std::vector<std::string> lines = transcript.clientLines();
     for (const std::string& line : lines) {
@@ -180,9 +180,8 @@ TEST_P(Pop3TranscriptPlayed, GivesItsCommandsItsContentAndItsError) {
             pop.setLoginPassword(line.substr(5));
         }
     }
-    support::ScriptedServer server([&transcript, pieces = pieceOctets](support::Peer& peer) {
-        support::play(transcript, peer, pieces);
-    });
+    support::ScriptedServer server(
+        [&transcript, pieces = pieceBytes](support::Peer& peer) { support::play(transcript, peer, pieces); });
     pop.setMailServer(server.address());
     int error = logOn();
     if (error == 0) {
@@ -192,7 +191,7 @@ TEST_P(Pop3TranscriptPlayed, GivesItsCommandsItsContentAndItsError) {
     EXPECT_EQ(logOff(), 0);
     EXPECT_TRUE(server.waitForEndOf(1));
     std::vector<std::string> heard = server.commands();
-    // This server hangs up after a refusal, so the farewell that follows one may or may not reach it.
+    // This server hangs up after a refusal, so the QUIT that follows one may or may not reach it.
     const bool refused = error == errors::LogOnRefused || error == errors::MailServerBusy;
     if (refused && heard.back() == "QUIT") {
         heard.pop_back();

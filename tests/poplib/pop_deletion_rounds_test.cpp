@@ -115,8 +115,8 @@ class DeletionRounds : public PopTest, public testing::WithParamInterface<Server
             return error;
         }
         const int error = remove(static_cast<std::int16_t>(number));
-        const int farewell = logOff();
-        return error != 0 ? error : farewell;
+        const int quit = logOff();
+        return error != 0 ? error : quit;
     }
 
     /** What the second client does between the listing and a deletion. */

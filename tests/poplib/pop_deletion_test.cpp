@@ -35,8 +35,8 @@ class PopDeletion : public PopTest, public testing::WithParamInterface<Ids> {
             return error;
         }
         const int error = remove(number);
-        const int farewell = logOff();
-        return error != 0 ? error : farewell;
+        const int quit = logOff();
+        return error != 0 ? error : quit;
     }
 
     Pop3Mailbox mailbox{{message("a"), message("b"), message("c"), message("d")}};

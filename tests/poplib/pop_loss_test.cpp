@@ -58,23 +58,23 @@ INSTANTIATE_TEST_SUITE_P(Commands, LossAfterCommand,
                                           testing::Values(Ending::Close, Ending::Reset)),
                          lossName);
 
-class LossAfterOctet : public PopLoss, public testing::WithParamInterface<Ending> {};
+class LossAfterByte : public PopLoss, public testing::WithParamInterface<Ending> {};
 
-TEST_P(LossAfterOctet, IsTroubleAndNoEventIsMadeUp) {
+TEST_P(LossAfterByte, IsTroubleAndNoEventIsMadeUp) {
     ScriptedServer server{Pop3Mailbox(kMessages)};
     pop.setMailServer(server.address());
     ASSERT_EQ(listing(), 0);
-    // The server counts an octet after it has sent it, so the client may be ahead of the count.
+    // The server counts an byte after it has sent it, so the client may be ahead of the count.
     ASSERT_TRUE(server.waitForEndOf(1));
-    const std::size_t total = server.octetsSent();
+    const std::size_t total = server.bytesSent();
     const std::vector<std::string> whole = std::exchange(content, {});
     ASSERT_THAT(whole, SizeIs(7));
-    const std::string_view farewell = "+OK\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK bye\r\n";
-    for (std::size_t octets = 0; octets < total; ++octets) {
-        SCOPED_TRACE(octets);
-        server.cutAfter(octets, GetParam());
-        // Nothing depends on the unique-ids and the farewell.
-        const bool everythingCame = octets + farewell.size() >= total;
+    const std::string_view quit = "+OK\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK bye\r\n";
+    for (std::size_t bytes = 0; bytes < total; ++bytes) {
+        SCOPED_TRACE(bytes);
+        server.cutAfter(bytes, GetParam());
+        // Nothing depends on the unique-ids and QUIT.
+        const bool everythingCame = bytes + quit.size() >= total;
         ASSERT_EQ(listing(), everythingCame ? 0 : errors::MailServerTrouble);
         ASSERT_LE(content.size(), whole.size());
         ASSERT_TRUE(std::equal(content.begin(), content.end(), whole.begin()));
@@ -87,7 +87,7 @@ TEST_P(LossAfterOctet, IsTroubleAndNoEventIsMadeUp) {
     EXPECT_GE(server.connections(), total + 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Octets, LossAfterOctet, testing::Values(Ending::Close, Ending::Reset),
+INSTANTIATE_TEST_SUITE_P(Bytes, LossAfterByte, testing::Values(Ending::Close, Ending::Reset),
                          [](const auto& test) { return nameOf(test.param); });
 
 TEST_F(PopLoss, WhatTheServerSentBeforeItHungUpIsUsed) {

@@ -239,7 +239,7 @@ TEST_P(EndlessAnswer, IsGivenUpAtItsLimit) {
     pop.Header = nullptr;
     pop.Transfer = nullptr;
     POPLib::Limits limits;
-    limits.listingOctets = 8 << 20;
+    limits.listingBytes = 8 << 20;
     pop.setLimits(limits);
     int error = logOn(server);
     if (error == 0) {

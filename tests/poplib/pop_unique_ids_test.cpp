@@ -148,7 +148,7 @@ TEST_F(PopUniqueIds, OnlyTheFirstLinesOfAMessageTellItFromOneOfTheSameSizeAndHea
 
 TEST_F(PopUniqueIds, AVeryLargeMessageOnAServerWithoutTopIsKnownByItsId) {
     POPLib::Limits limits;
-    limits.wholeMessageOctets = 20;
+    limits.wholeMessageBytes = 20;
     pop.setLimits(limits);
     pop.setMailServer(server.address());
     mailbox.answer("TOP", "-ERR\r\n");

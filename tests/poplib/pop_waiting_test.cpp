@@ -103,16 +103,16 @@ TEST_P(SilentServer, IsGivenUpAfterTheTimeOutWhileTimersGoOn) {
 INSTANTIATE_TEST_SUITE_P(Places, SilentServer, testing::ValuesIn(silences()),
                          [](const auto& test) { return test.param.name; });
 
-TEST_F(PopWaiting, AnAnswerThatComesOctetByOctetWithoutALineIsGivenUp) {
+TEST_F(PopWaiting, AnAnswerThatComesByteByByteWithoutALineIsGivenUp) {
     const std::string greeting(500, 'x');
     ScriptedServer server(Script{support::Trickle{greeting, 10ms}});
     pop.setTimeouts({200ms, 200ms});
     EXPECT_EQ(logOn(server), errors::MailServerTrouble);
     EXPECT_TRUE(server.waitForEndOf(1));
-    EXPECT_LT(server.octetsSent(), greeting.size());
+    EXPECT_LT(server.bytesSent(), greeting.size());
 }
 
-TEST_F(PopWaiting, AGreetingThatComesOctetByOctetInTimeIsTaken) {
+TEST_F(PopWaiting, AGreetingThatComesByteByByteInTimeIsTaken) {
     Pop3Mailbox mailbox;
     mailbox.on("GREETING", [](Peer& peer) { peer.trickle("+OK ready\r\n", 1ms); });
     ScriptedServer server(mailbox);
@@ -120,11 +120,11 @@ TEST_F(PopWaiting, AGreetingThatComesOctetByOctetInTimeIsTaken) {
 }
 
 /** A message whose body lines come one by one; all of them together take longer than the time-out. */
-support::Conversation slowLines(std::size_t octets) {
-    return [octets](Peer& peer) {
+support::Conversation slowLines(std::size_t bytes) {
+    return [bytes](Peer& peer) {
         peer.send("+OK\r\nSubject: a\r\n\r\n");
         for (int line = 0; line < 4; ++line) {
-            peer.send(std::string(octets, 'x') + '\r');
+            peer.send(std::string(bytes, 'x') + '\r');
             peer.trickle("\n", 600ms);
         }
         peer.send(".\r\n");
@@ -133,7 +133,7 @@ support::Conversation slowLines(std::size_t octets) {
 
 TEST_F(PopWaiting, AnAnswerThatKeepsComingMayTakeLongerThanTheTimeOut) {
     Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
-    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kOctetsOfProgress));
+    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kBytesOfProgress));
     ScriptedServer server(mailbox);
     pop.setTimeouts({1s, 1s});
     ASSERT_EQ(logOn(server), 0);
@@ -143,7 +143,7 @@ TEST_F(PopWaiting, AnAnswerThatKeepsComingMayTakeLongerThanTheTimeOut) {
 
 TEST_F(PopWaiting, LinesPastTheWantedOnesAreASignOfLifeToo) {
     Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
-    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kOctetsOfProgress));
+    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kBytesOfProgress));
     ScriptedServer server(mailbox);
     pop.setTimeouts({1s, 1s});
     ASSERT_EQ(logOn(server), 0);

@@ -86,7 +86,7 @@ TEST_F(Paper, ShowsTheWordsOfALongTextInTheirOrderOnSeveralPages) {
 
 TEST_F(Paper, KeepsTheWordsInsideItsEdgesAndTheMarginOfEightWideLetters) {
     const double margin = widthInPoints(u"ZZZZZZZZ");
-    const double blank = widthInPoints(u" ");
+    const double space = widthInPoints(u" ");
     const PdfDocument document = printed(manyWords(3000));
     const double limit = document.pageWidth - kMargin - margin;
     const PdfWord* before = nullptr;
@@ -96,11 +96,11 @@ TEST_F(Paper, KeepsTheWordsInsideItsEdgesAndTheMarginOfEightWideLetters) {
         EXPECT_GE(word.top, kMargin - 1);
         EXPECT_LE(word.bottom, document.pageHeight - kMargin + 1);
         if (before != nullptr && word.left < before->left) {
-            EXPECT_GT(before->right + blank + word.right - word.left, limit - 1) << "a line broken too early";
+            EXPECT_GT(before->right + space + word.right - word.left, limit - 1) << "a line broken too early";
         }
         before = &word;
     }
-    EXPECT_GT(blank, 2);
+    EXPECT_GT(space, 2);
     EXPECT_GT(margin, 8 * 5);
 }
 

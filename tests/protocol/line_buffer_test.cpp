@@ -39,12 +39,12 @@ const std::vector<Case>& cases() {
 class LineBufferCase : public testing::TestWithParam<Case> {
   protected:
     /** The lines that come of the bytes in pieces of this size, all taken as soon as they are there. */
-    std::vector<std::string> lines(std::size_t pieceOctets, bool content) const {
+    std::vector<std::string> lines(std::size_t pieceBytes, bool content) const {
         LineBuffer buffer;
         std::vector<std::string> lines;
-        support::forEachPiece(GetParam().bytes, pieceOctets, [&](std::string_view piece) {
+        support::forEachPiece(GetParam().bytes, pieceBytes, [&](std::string_view piece) {
             buffer.append(piece);
-            while (const auto line = content ? buffer.nextContentLine() : buffer.nextReplyLine()) {
+            while (const auto line = content ? buffer.nextResponseLine() : buffer.nextReplyLine()) {
                 lines.emplace_back(*line);
             }
         });
@@ -53,10 +53,10 @@ class LineBufferCase : public testing::TestWithParam<Case> {
 };
 
 TEST_P(LineBufferCase, GivesTheSameLinesForPiecesOfEverySize) {
-    for (const std::size_t pieceOctets : support::kPieceSizes) {
-        SCOPED_TRACE(pieceOctets);
-        EXPECT_THAT(lines(pieceOctets, false), ElementsAreArray(GetParam().replyLines));
-        EXPECT_THAT(lines(pieceOctets, true), ElementsAreArray(GetParam().contentLines));
+    for (const std::size_t pieceBytes : support::kPieceSizes) {
+        SCOPED_TRACE(pieceBytes);
+        EXPECT_THAT(lines(pieceBytes, false), ElementsAreArray(GetParam().replyLines));
+        EXPECT_THAT(lines(pieceBytes, true), ElementsAreArray(GetParam().contentLines));
     }
 }
 
@@ -88,20 +88,20 @@ TEST(LineBuffer, ChangesBetweenTheTwoKindsOfLineAtALineEnd) {
     LineBuffer buffer;
     buffer.append("+OK\na\nb\r\n-ERR\n");
     EXPECT_EQ(buffer.nextReplyLine(), "+OK");
-    EXPECT_EQ(buffer.nextContentLine(), "a\nb");
+    EXPECT_EQ(buffer.nextResponseLine(), "a\nb");
     EXPECT_EQ(buffer.nextReplyLine(), "-ERR");
     EXPECT_EQ(buffer.nextReplyLine(), std::nullopt);
 }
 
 TEST(LineBuffer, LooksAtEachByteOfALongLineOnce) {
-    constexpr std::size_t octets = 4U << 20U;
+    constexpr std::size_t bytes = 4U << 20U;
     LineBuffer buffer;
-    for (std::size_t index = 0; index < octets; ++index) {
+    for (std::size_t index = 0; index < bytes; ++index) {
         buffer.append("x");
-        ASSERT_EQ(buffer.nextContentLine(), std::nullopt);
+        ASSERT_EQ(buffer.nextResponseLine(), std::nullopt);
     }
     buffer.append("\r\n");
-    EXPECT_EQ(buffer.nextContentLine()->size(), octets);
+    EXPECT_EQ(buffer.nextResponseLine()->size(), bytes);
 }
 
 struct CutCase {
@@ -115,16 +115,16 @@ class CutLine : public testing::TestWithParam<CutCase> {};
 
 TEST_P(CutLine, KeepsItsFirstPartForPiecesOfEverySizeAndTheNextLineIsWhole) {
     const CutCase& cut = GetParam();
-    for (const std::size_t pieceOctets : support::kPieceSizes) {
-        SCOPED_TRACE(pieceOctets);
+    for (const std::size_t pieceBytes : support::kPieceSizes) {
+        SCOPED_TRACE(pieceBytes);
         LineBuffer buffer;
         std::vector<std::string> lines;
         std::vector<std::size_t> dropped;
-        support::forEachPiece(cut.line + "\r\nnext\r\n", pieceOctets, [&](std::string_view piece) {
+        support::forEachPiece(cut.line + "\r\nnext\r\n", pieceBytes, [&](std::string_view piece) {
             buffer.append(piece);
-            while (const auto line = buffer.nextContentLine(lines.empty() ? cut.most : 4)) {
+            while (const auto line = buffer.nextResponseLine(lines.empty() ? cut.most : 4)) {
                 lines.emplace_back(*line);
-                dropped.push_back(buffer.droppedOctets());
+                dropped.push_back(buffer.droppedBytes());
             }
         });
         EXPECT_THAT(lines, testing::ElementsAre(cut.kept, "next"));
@@ -145,10 +145,10 @@ TEST(LineBuffer, HoldsNoMoreThanItsPartOfALineThatKeepsComing) {
     LineBuffer buffer;
     for (int piece = 0; piece < 1000; ++piece) {
         buffer.append(std::string(1000, piece % 2 == 0 ? 'x' : '\r'));
-        ASSERT_EQ(buffer.nextContentLine(10), std::nullopt);
+        ASSERT_EQ(buffer.nextResponseLine(10), std::nullopt);
         ASSERT_LE(buffer.size(), 11U);
     }
-    EXPECT_EQ(buffer.size() + buffer.droppedOctets(), 1'000'000U);
+    EXPECT_EQ(buffer.size() + buffer.droppedBytes(), 1'000'000U);
 }
 
 TEST(LineBuffer, DropsGivenOutLinesWithoutMovingTheRestEachTime) {

@@ -232,23 +232,23 @@ class EveryCut : public LoginFailure, public testing::WithParamInterface<Ending>
 
 TEST_P(EveryCut, AfterAnyByteOfTheServersIsTroubleUntilEveryMessageHasCome) {
     // What follows the last message. Nothing depends on it.
-    const std::string_view farewell = "+OK\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK bye\r\n";
+    const std::string_view quit = "+OK\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK bye\r\n";
     std::size_t whole = 0;
     {
         ScriptedServer server{Pop3Mailbox(twoMessages)};
         logIn(server.address());
         ASSERT_THAT(boxTexts(), IsEmpty());
         ASSERT_TRUE(server.waitForEndOf(1));
-        whole = server.octetsSent();
+        whole = server.bytesSent();
     }
     ASSERT_GT(whole, 100U);
     ScriptedServer server{Pop3Mailbox(twoMessages)};
-    for (std::size_t octets = 0; octets < whole; ++octets) {
-        SCOPED_TRACE(octets);
+    for (std::size_t bytes = 0; bytes < whole; ++bytes) {
+        SCOPED_TRACE(bytes);
         forgetEverything();
-        server.cutAfter(octets, GetParam());
+        server.cutAfter(bytes, GetParam());
         logIn(server.address());
-        if (octets + farewell.size() >= whole) {
+        if (bytes + quit.size() >= whole) {
             ASSERT_THAT(boxTexts(), IsEmpty());
             ASSERT_EQ(email::mailbox.MessageCount, 2);
             ASSERT_EQ(mainWindow().MailGrid->Rows(), 3);

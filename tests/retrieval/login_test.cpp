@@ -192,7 +192,7 @@ TEST_F(Login, AUserNameWithoutAHostIsNotTrimmedAndKeepsTheDomain) {
     EXPECT_EQ(email::derived.AtDomain, QStringLiteral("@example.org"));
 }
 
-TEST_F(Login, AnEmptyMailboxShowsOneBlankRowWithoutSound) {
+TEST_F(Login, AnEmptyMailboxShowsOneSpaceRowWithoutSound) {
     ScriptedServer server{Pop3Mailbox()};
     logIn(server.address());
     const auto& main = mainWindow();

@@ -189,7 +189,7 @@ TEST_F(NewMailCheck, AMessageThatIsTooLargeIsReportedAndTheNextCheckWorks) {
     logInWith(1);
     mailbox.deliver(message("2"));
     mailbox.answer("TOP 2", "+OK\r\nSubject: " + std::string(100'000, 'x') + "\r\n\r\n.\r\n");
-    loginWindow().POP1.setLimits({.listingOctets = 50'000});
+    loginWindow().POP1.setLimits({.listingBytes = 50'000});
     mainWindow().tmrCheckMail_Timer();
     expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
     EXPECT_EQ(programEnds, 0);
@@ -232,7 +232,7 @@ TEST_F(NewMailCheck, AFailedCheckLeavesTheLastCountAndTheNextOneFetchesFromThere
     EXPECT_EQ(cell(3, 3), QStringLiteral("About 3"));
 }
 
-TEST_F(NewMailCheck, MemoryThatRunsOutAtTheFarewellCostsNothing) {
+TEST_F(NewMailCheck, MemoryThatRunsOutAtTheQuitCostsNothing) {
     logInWith(1);
     const std::int32_t bytesBefore = email::mailbox.MailboxBytes;
     mailbox.deliver(message("2"));

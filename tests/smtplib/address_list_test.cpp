@@ -233,7 +233,7 @@ TEST(AddressList, AFaultIsTheErrorOfItsListAndNeverEmpty) {
 }
 
 TEST(AddressList, APathMayHaveItsLongestLengthAndNoMore) {
-    // 256 octets with both brackets, 3 of them for the brackets and the sign, 2 for the local part.
+    // 256 bytes with both brackets, 3 of them for the brackets and the sign, 2 for the local part.
     const std::string label = std::string(61, 'x') + '.';
     const std::string domain = label + label + label + label + "abc";
     ASSERT_EQ(domain.size(), 251U);

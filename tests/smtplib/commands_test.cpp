@@ -29,8 +29,8 @@ TEST(MailCommand, TellsWhatTheServerKnows) {
 
 TEST(MailCommand, IsNeverTooLong) {
     const Envelope longest{std::string(254, 'x'), {}, INT64_MAX, true};
-    EXPECT_LE(mailCommand(longest, true, true).sent.size() + 2, kMaximumCommandOctets);
-    EXPECT_LE(rcptCommand(longest.sender).sent.size() + 2, kMaximumCommandOctets);
+    EXPECT_LE(mailCommand(longest, true, true).sent.size() + 2, kMaximumCommandBytes);
+    EXPECT_LE(rcptCommand(longest.sender).sent.size() + 2, kMaximumCommandBytes);
 }
 
 } // namespace

@@ -61,8 +61,8 @@ std::string decoded(const std::string& value) {
             break;
         }
         const std::size_t end = value.find("?=", word + begin.size());
-        const std::string octets = value.substr(word + begin.size(), end - word - begin.size());
-        text += QByteArray::fromBase64(QByteArray::fromStdString(octets)).toStdString();
+        const std::string bytes = value.substr(word + begin.size(), end - word - begin.size());
+        text += QByteArray::fromBase64(QByteArray::fromStdString(bytes)).toStdString();
         position = end + 2;
         afterWord = true;
     }
@@ -116,7 +116,7 @@ TEST(DateText, ALocalTimeHasItsOwnZone) {
 struct Subject {
     const char* name;
     std::string typed;
-    /** The value as it stands in the header, unfolded, without the blank behind the colon. */
+    /** The value as it stands in the header, unfolded, without the space behind the colon. */
     std::string value;
 };
 
@@ -146,7 +146,7 @@ TEST(MessageHeader, AnEncodedWordFromAnotherMessageStaysWhatItIs) {
     EXPECT_EQ(value, " Re: =?iso-8859-1?q?Gr=FC=DFe?=");
 }
 
-TEST(MessageHeader, OctetsThatAreNoUtf8AreReadAsTheyWouldBeShown) {
+TEST(MessageHeader, BytesThatAreNoUtf8AreReadAsTheyWouldBeShown) {
     const std::string value = unfolded(headerWithSubject("Gr\xfc\xdf"
                                                          "e"),
                                        "Subject");
@@ -162,7 +162,7 @@ std::string visible(const std::string& line) {
     return line.substr(std::min(line.find_first_not_of(" \t"), line.size()));
 }
 
-TEST(MessageHeader, LongTextIsFoldedAtBlanksOnly) {
+TEST(MessageHeader, LongTextIsFoldedAtSpacesOnly) {
     std::string subject;
     for (int word = 0; word < 200; ++word) {
         subject += std::string(static_cast<std::size_t>(word % 20), 'x') + (word % 7 == 0 ? " \t " : " ");
@@ -181,11 +181,11 @@ TEST(MessageHeader, AWordThatNoLineCouldHoldIsEncoded) {
         EXPECT_THAT(linesOf(header), Each(ResultOf(size, testing::Le(998U))));
         EXPECT_EQ(decoded(unfolded(header, "Subject")), ' ' + subject);
     }
-    const std::string blanks(2000, ' ');
-    EXPECT_EQ(decoded(unfolded(headerWithSubject(blanks), "Subject")), ' ' + blanks);
+    const std::string spaces(2000, ' ');
+    EXPECT_EQ(decoded(unfolded(headerWithSubject(spaces), "Subject")), ' ' + spaces);
 }
 
-/** The octets of each encoded word on the line, decoded. */
+/** The bytes of each encoded word on the line, decoded. */
 std::vector<std::string> encodedWordsOf(const std::vector<std::string>& lines) {
     std::vector<std::string> words;
     for (const std::string& line : lines) {
@@ -200,8 +200,8 @@ std::vector<std::string> encodedWordsOf(const std::vector<std::string>& lines) {
     return words;
 }
 
-bool isUtf8(const std::string& octets) {
-    return QString::fromUtf8(octets).toUtf8().toStdString() == octets;
+bool isUtf8(const std::string& bytes) {
+    return QString::fromUtf8(bytes).toUtf8().toStdString() == bytes;
 }
 
 TEST(MessageHeader, NoEncodedWordIsTooLongOrEndsInsideACharacter) {

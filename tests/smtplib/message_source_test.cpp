@@ -39,7 +39,7 @@ TEST_F(MessageSourceTest, GivesHeaderBodyAndFileAsOneTextOfTheSizeThatWasMeasure
     const MessageTotals totals = source.measure();
     const std::string text = readAll(source);
     EXPECT_EQ(text, "Subject: a\r\n\r\nbody\r\nwithout end: base64\r\nmore\r\n");
-    EXPECT_EQ(totals.octets, static_cast<std::int64_t>(text.size()));
+    EXPECT_EQ(totals.bytes, static_cast<std::int64_t>(text.size()));
     EXPECT_FALSE(totals.eightBit);
 }
 
@@ -53,12 +53,12 @@ TEST_F(MessageSourceTest, AnEmptyBodyOrFileAddsNothing) {
     folder.write("data", "");
     for (const auto& data : {std::optional<RegularInput>(), std::optional(file("data"))}) {
         MessageSource source(kHeader, "", data);
-        EXPECT_EQ(source.measure().octets, static_cast<std::int64_t>(kHeader.size()));
+        EXPECT_EQ(source.measure().bytes, static_cast<std::int64_t>(kHeader.size()));
         EXPECT_EQ(readAll(source), kHeader);
     }
 }
 
-TEST_F(MessageSourceTest, TellsOfOctetsBeyondAsciiInBodyAndFile) {
+TEST_F(MessageSourceTest, TellsOfBytesBeyondAsciiInBodyAndFile) {
     folder.write("ascii", "a");
     folder.write("more", "\xc3\xa4");
     EXPECT_FALSE(MessageSource(kHeader, "a", file("ascii")).measure().eightBit);
@@ -75,19 +75,19 @@ TEST_F(MessageSourceTest, AnEncodedFileIsMeasuredByItsSize) {
     const MessageTotals totals = source.measure();
     const std::string text = readAll(source);
     EXPECT_EQ(text, "Subject: a\r\n\r\nbody\r\nQUJD\r\nREVG\r\n");
-    EXPECT_EQ(totals.octets, static_cast<std::int64_t>(text.size()));
+    EXPECT_EQ(totals.bytes, static_cast<std::int64_t>(text.size()));
     EXPECT_FALSE(totals.eightBit);
 }
 
 TEST_F(MessageSourceTest, BehindABodyWithoutALastLineEndAnEncodedFileIsReadAllTheSame) {
-    const std::string longLine(SMTPLib::kMaximumTextLineOctets, 'a');
+    const std::string longLine(SMTPLib::kMaximumTextLineBytes, 'a');
     folder.write("data", "QUJD\r\n");
     for (const std::string& body : {longLine, std::string(), std::string("body\r")}) {
         MessageSource source(kHeader, body, file("data"));
         source.fileIsEncoded();
         EXPECT_TRUE(source.readsFileToMeasure());
         const MessageTotals totals = source.measure();
-        EXPECT_EQ(totals.octets, static_cast<std::int64_t>(readAll(source).size()));
+        EXPECT_EQ(totals.bytes, static_cast<std::int64_t>(readAll(source).size()));
     }
 }
 
@@ -100,12 +100,12 @@ TEST_F(MessageSourceTest, NoPieceIsMuchLargerThanItsShareOfTheFile) {
     folder.write("data", content);
     MessageSource source(kHeader, content, file("data"));
     const MessageTotals totals = source.measure();
-    std::int64_t octets = 0;
+    std::int64_t given = 0;
     for (std::string piece; source.next(piece);) {
-        EXPECT_LE(piece.size(), 2 * MessageSource::kPieceOctets + SMTPLib::kMaximumTextLineOctets);
-        octets += static_cast<std::int64_t>(piece.size());
+        EXPECT_LE(piece.size(), 2 * MessageSource::kPieceBytes + SMTPLib::kMaximumTextLineBytes);
+        given += static_cast<std::int64_t>(piece.size());
     }
-    EXPECT_EQ(octets, totals.octets);
+    EXPECT_EQ(given, totals.bytes);
 }
 
 TEST_F(MessageSourceTest, AFileThatChangesAfterItWasMeasuredIsNotSent) {

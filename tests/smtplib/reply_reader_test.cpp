@@ -14,10 +14,10 @@ using SMTPLib::ReplyReader;
 using testing::ElementsAreArray;
 
 /** "CODE line|line" for each reply, and "broken" where the bytes are. */
-std::vector<std::string> replies(std::string_view bytes, std::size_t pieceOctets) {
+std::vector<std::string> replies(std::string_view bytes, std::size_t pieceBytes) {
     ReplyReader reader;
     std::vector<std::string> described;
-    support::forEachPiece(bytes, pieceOctets, [&](std::string_view piece) {
+    support::forEachPiece(bytes, pieceBytes, [&](std::string_view piece) {
         reader.receive(piece);
         while (const auto reply = reader.next()) {
             described.push_back(std::to_string(reply->code));
@@ -90,9 +90,9 @@ const std::vector<Case> kCases{
 class RepliesOf : public testing::TestWithParam<Case> {};
 
 TEST_P(RepliesOf, AreTheSameInPiecesOfAnySize) {
-    for (const std::size_t pieceOctets : support::kPieceSizes) {
-        EXPECT_THAT(replies(GetParam().bytes, pieceOctets), ElementsAreArray(GetParam().replies))
-            << "in pieces of " << pieceOctets;
+    for (const std::size_t pieceBytes : support::kPieceSizes) {
+        EXPECT_THAT(replies(GetParam().bytes, pieceBytes), ElementsAreArray(GetParam().replies))
+            << "in pieces of " << pieceBytes;
     }
 }
 

@@ -67,22 +67,22 @@ INSTANTIATE_TEST_SUITE_P(Commands, SmtpLossAtCommand,
                                           testing::Values(Ending::Close, Ending::Reset)),
                          lossName);
 
-class SmtpLossAfterOctet : public SmtpLoss, public testing::WithParamInterface<Ending> {
+class SmtpLossAfterByte : public SmtpLoss, public testing::WithParamInterface<Ending> {
   protected:
-    /** Cuts everything after so many octets, sends, and checks that the number tells no lie. */
-    void checkCutAfter(ScriptedServer& server, std::size_t octets, std::size_t invitationEnd,
+    /** Cuts everything after so many bytes, sends, and checks that the number tells no lie. */
+    void checkCutAfter(ScriptedServer& server, std::size_t bytes, std::size_t invitationEnd,
                        std::size_t confirmationEnd) {
-        SCOPED_TRACE(octets);
-        server.cutAfter(octets, GetParam());
+        SCOPED_TRACE(bytes);
+        server.cutAfter(bytes, GetParam());
         const int error = send();
         const std::size_t connection = server.connections();
         ASSERT_TRUE(server.waitForEndOf(connection));
         const std::vector<std::string> heard = server.commands(connection - 1);
         const bool dotHeard = std::find(heard.begin(), heard.end(), ".") != heard.end();
-        if (octets < invitationEnd) {
+        if (bytes < invitationEnd) {
             ASSERT_EQ(error, errors::SendingLost);
             ASSERT_FALSE(dotHeard);
-        } else if (octets >= confirmationEnd) {
+        } else if (bytes >= confirmationEnd) {
             // A reset may take the confirmation along, just as it may leave it.
             ASSERT_THAT(error, testing::AnyOf(0, errors::ConfirmationLost));
             ASSERT_TRUE(error == 0 || GetParam() == Ending::Reset);
@@ -95,23 +95,22 @@ class SmtpLossAfterOctet : public SmtpLoss, public testing::WithParamInterface<E
     }
 };
 
-TEST_P(SmtpLossAfterOctet, NeverHidesThatTheMessageMayHaveBeenSent) {
+TEST_P(SmtpLossAfterByte, NeverHidesThatTheMessageMayHaveBeenSent) {
     ScriptedServer server(mailbox);
     ASSERT_EQ(send(server), 0);
     ASSERT_TRUE(server.waitForEndOf(1));
-    const std::size_t farewell = std::string_view("221 bye\r\n").size();
+    const std::size_t quit = std::string_view("221 bye\r\n").size();
     const std::size_t confirmation = std::string_view("250 taken\r\n").size();
-    const std::size_t confirmationEnd = server.octetsSent() - farewell;
-    for (std::size_t octets = 0; octets <= server.octetsSent() && octets <= confirmationEnd + farewell;
-         ++octets) {
+    const std::size_t confirmationEnd = server.bytesSent() - quit;
+    for (std::size_t bytes = 0; bytes <= server.bytesSent() && bytes <= confirmationEnd + quit; ++bytes) {
         ASSERT_NO_FATAL_FAILURE(
-            checkCutAfter(server, octets, confirmationEnd - confirmation, confirmationEnd));
+            checkCutAfter(server, bytes, confirmationEnd - confirmation, confirmationEnd));
     }
     server.cutNoMore();
     EXPECT_EQ(send(), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Octets, SmtpLossAfterOctet, testing::Values(Ending::Close, Ending::Reset),
+INSTANTIATE_TEST_SUITE_P(Bytes, SmtpLossAfterByte, testing::Values(Ending::Close, Ending::Reset),
                          [](const auto& test) { return nameOf(test.param); });
 
 /** A message that no socket swallows at once. */

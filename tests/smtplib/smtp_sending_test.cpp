@@ -29,7 +29,7 @@ class SmtpSending : public support::SmtpTest {
     SmtpMailbox mailbox;
 };
 
-/** What stands behind the blank line. */
+/** What stands behind the empty line. */
 std::string bodyOf(const std::string& message) {
     return message.substr(message.find("\r\n\r\n") + 4);
 }
@@ -241,7 +241,7 @@ TEST_F(SmtpSending, OneRefusedRecipientOfThreeKeepsTheMessageFromAll) {
     EXPECT_THAT(server.keywords(), ElementsAre("EHLO", "MAIL", "RCPT", "RCPT", "QUIT"));
 }
 
-TEST_F(SmtpSending, AServerThatDoesNotAnswerTheFarewellHasTheMessageAllTheSame) {
+TEST_F(SmtpSending, AServerThatDoesNotAnswerTheQuitHasTheMessageAllTheSame) {
     SMTPLib::Timeouts timeouts;
     timeouts.quit = std::chrono::milliseconds(50);
     smtp.setTimeouts(timeouts);

@@ -49,16 +49,16 @@ void sendMessage(Dialogue& dialogue, bool eightBit) {
 using NameAndPieces = std::tuple<std::string, std::size_t>;
 
 std::string nameWithPieces(const testing::TestParamInfo<NameAndPieces>& test) {
-    const auto& [name, pieceOctets] = test.param;
-    return support::testNameOf(name, pieceOctets);
+    const auto& [name, pieceBytes] = test.param;
+    return support::testNameOf(name, pieceBytes);
 }
 
 class SmtpTranscriptInPieces : public testing::TestWithParam<NameAndPieces> {};
 
 TEST_P(SmtpTranscriptInPieces, GivesItsEventsItsCommandsAndItsError) {
-    const auto& [name, pieceOctets] = GetParam();
+    const auto& [name, pieceBytes] = GetParam();
     const Transcript transcript = support::readTranscript(kFolder, name);
-    Dialogue dialogue(transcript.turns, pieceOctets, support::described, numberOfFailure);
+    Dialogue dialogue(transcript.turns, pieceBytes, support::described, numberOfFailure);
     dialogue.collectOutput();
     EXPECT_THAT(dialogue.sent(), IsEmpty()) << "the server speaks first";
     const int error = platform::errorNumberOf([&] { sendMessage(dialogue, transcript.eightBit); });
@@ -79,11 +79,10 @@ INSTANTIATE_TEST_SUITE_P(Dialogues, SmtpTranscriptInPieces,
 class SmtpTranscriptPlayed : public support::SmtpTest, public testing::WithParamInterface<NameAndPieces> {};
 
 TEST_P(SmtpTranscriptPlayed, GivesItsErrorAndItsTrail) {
-    const auto& [name, pieceOctets] = GetParam();
+    const auto& [name, pieceBytes] = GetParam();
     const Transcript transcript = support::readTranscript(kFolder, name);
-    support::ScriptedServer server([&transcript, pieces = pieceOctets](support::Peer& peer) {
-        support::play(transcript, peer, pieces);
-    });
+    support::ScriptedServer server(
+        [&transcript, pieces = pieceBytes](support::Peer& peer) { support::play(transcript, peer, pieces); });
     fillIn();
     smtp.setBody(transcript.eightBit ? "\xc3\xa4" : "text");
     EXPECT_EQ(send(server), transcript.error);

@@ -92,7 +92,7 @@ INSTANTIATE_TEST_SUITE_P(
                             errors::ConfirmationTimedOut}),
     [](const auto& test) { return test.param.name; });
 
-TEST_F(SmtpWaiting, AnAnswerThatComesOctetByOctetWithoutALineIsGivenUp) {
+TEST_F(SmtpWaiting, AnAnswerThatComesByteByByteWithoutALineIsGivenUp) {
     const std::string greeting(500, '2');
     ScriptedServer server(support::Script{support::Trickle{"220 " + greeting, 10ms}});
     SMTPLib::Timeouts timeouts;
@@ -100,10 +100,10 @@ TEST_F(SmtpWaiting, AnAnswerThatComesOctetByOctetWithoutALineIsGivenUp) {
     smtp.setTimeouts(timeouts);
     EXPECT_EQ(open(server), errors::SendingTimedOut);
     EXPECT_TRUE(server.waitForEndOf(1));
-    EXPECT_LT(server.octetsSent(), greeting.size());
+    EXPECT_LT(server.bytesSent(), greeting.size());
 }
 
-TEST_F(SmtpWaiting, AnswersThatComeOctetByOctetInTimeAreTaken) {
+TEST_F(SmtpWaiting, AnswersThatComeByteByByteInTimeAreTaken) {
     mailbox.on("GREETING", [](Peer& peer) { peer.trickle("220 ready\r\n", 1ms); });
     mailbox.on(".", [](Peer& peer) { peer.trickle("250-taken\r\n250 really\r\n", 1ms); });
     ScriptedServer server(mailbox);

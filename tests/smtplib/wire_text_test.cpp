@@ -12,18 +12,18 @@ namespace {
 using SMTPLib::DotStuffer;
 using SMTPLib::WireText;
 
-std::string wireTextOf(std::string_view text, std::size_t pieceOctets) {
+std::string wireTextOf(std::string_view text, std::size_t pieceBytes) {
     WireText wire;
     std::string output;
-    support::forEachPiece(text, pieceOctets, [&](std::string_view piece) { wire.add(piece, output); });
+    support::forEachPiece(text, pieceBytes, [&](std::string_view piece) { wire.add(piece, output); });
     wire.finish(output);
     return output;
 }
 
-std::string stuffed(std::string_view text, std::size_t pieceOctets) {
+std::string stuffed(std::string_view text, std::size_t pieceBytes) {
     DotStuffer stuffer;
     std::string output;
-    support::forEachPiece(text, pieceOctets, [&](std::string_view piece) { stuffer.add(piece, output); });
+    support::forEachPiece(text, pieceBytes, [&](std::string_view piece) { stuffer.add(piece, output); });
     return output;
 }
 
@@ -96,21 +96,21 @@ const std::vector<Case> kStuffedTexts{
 
 template <std::string (*Made)(std::string_view, std::size_t)>
 void checkInPieces(const Case& test) {
-    for (const std::size_t pieceOctets : support::kPieceSizes) {
-        EXPECT_EQ(Made(test.text, pieceOctets), test.wire) << "in pieces of " << pieceOctets;
+    for (const std::size_t pieceBytes : support::kPieceSizes) {
+        EXPECT_EQ(Made(test.text, pieceBytes), test.wire) << "in pieces of " << pieceBytes;
     }
 }
 
 TEST(ReadyLines, GoUpToTheLastLineEnd) {
-    EXPECT_EQ(SMTPLib::octetsOfReadyLines("a\r\n\r\nb"), 5U);
-    EXPECT_EQ(SMTPLib::octetsOfReadyLines(std::string(998, 'x') + kEnd), 1000U);
+    EXPECT_EQ(SMTPLib::bytesOfReadyLines("a\r\n\r\nb"), 5U);
+    EXPECT_EQ(SMTPLib::bytesOfReadyLines(std::string(998, 'x') + kEnd), 1000U);
 }
 
 TEST(ReadyLines, AreNoneWhereOneLineIsNotReady) {
     for (const std::string& text :
          {std::string(), std::string("a"), std::string("\n"), std::string("a\r\nb\n"),
           std::string("a\rb\r\n"), "a" + kNul + kEnd, std::string(999, 'x') + kEnd, std::string("\r\r\n")}) {
-        EXPECT_EQ(SMTPLib::octetsOfReadyLines(text), 0U) << text;
+        EXPECT_EQ(SMTPLib::bytesOfReadyLines(text), 0U) << text;
     }
 }
 
@@ -153,7 +153,7 @@ TEST(WireText, GivesOutAllButALineAtOnce) {
     for (int time = 0; time < 1000; ++time) {
         wire.add(std::string(100, 'x'), output);
         fed += 100;
-        EXPECT_GE(output.size() + SMTPLib::kMaximumTextLineOctets, fed);
+        EXPECT_GE(output.size() + SMTPLib::kMaximumTextLineBytes, fed);
     }
 }
 

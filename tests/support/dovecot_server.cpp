@@ -155,7 +155,7 @@ bool DovecotServer::start(const Account& account) {
 
 void DovecotServer::stop() {
     if (process_ > 0) {
-        // The whole group at once: Dovecot's own farewell takes a second, and nothing is left to save.
+        // The whole group at once: Dovecot's own ending takes a second, and nothing is left to save.
         kill(-process_, SIGKILL);
         kill(process_, SIGKILL);
         waitpid(process_, nullptr, 0);

@@ -15,7 +15,7 @@ namespace support {
 
 /**
  * A real Exim on a free port of this computer, with configuration, spool and log in a temporary folder of its
- * own. It takes mail for everybody at example.org but nobody@example.org, up to kSizeLimit octets, and puts
+ * own. It takes mail for everybody at example.org but nobody@example.org, up to kSizeLimit bytes, and puts
  * each recipient's copy into one Maildir, with the recipient in an Envelope-To line. It ends with the object,
  * and with the test's process should that die. It runs as whoever runs the tests, the superuser included.
  */

@@ -28,7 +28,7 @@ std::string answerWith(std::string_view message) {
 }
 
 /** Fills the summary as an opening does, event by event. */
-void receive(std::string_view message, std::size_t pieceOctets, email::MessageSummary& summary) {
+void receive(std::string_view message, std::size_t pieceBytes, email::MessageSummary& summary) {
     POPLib::Pop3Session session;
     email::HeaderEvents headers;
     const auto takeEvents = [&] {
@@ -44,18 +44,18 @@ void receive(std::string_view message, std::size_t pieceOctets, email::MessageSu
     session.receive("+OK ready\r\n");
     takeEvents();
     session.takeOutput();
-    forEachPiece(answerWith(message), pieceOctets, [&](std::string_view piece) {
+    forEachPiece(answerWith(message), pieceBytes, [&](std::string_view piece) {
         session.receive(piece);
         takeEvents();
     });
 }
 
-OpenedMessage openedEncoded(std::string_view message, std::size_t pieceOctets) {
+OpenedMessage openedEncoded(std::string_view message, std::size_t pieceBytes) {
     OpenedMessage result;
     email::MessageSummary& summary = result.summary;
     summary.Subject = "'";
     summary.Date = "':";
-    result.error = platform::errorNumberOf([&] { receive(message, pieceOctets, summary); });
+    result.error = platform::errorNumberOf([&] { receive(message, pieceBytes, summary); });
     if (result.error != 0 || summary.Boundary.empty()) {
         return result;
     }
@@ -70,11 +70,11 @@ OpenedMessage openedEncoded(std::string_view message, std::size_t pieceOctets) {
 }
 } // namespace
 
-DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceOctets) {
+DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceBytes) {
     NetCodeLib::PartDecoder decoder;
     std::string content;
     attachment.error = platform::errorNumberOf([&] {
-        forEachPiece(attachment.encoded + "\r\n", pieceOctets,
+        forEachPiece(attachment.encoded + "\r\n", pieceBytes,
                      [&](std::string_view piece) { decoder.append(piece, content); });
         decoder.finish(content);
     });
@@ -82,10 +82,10 @@ DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceOctets)
     return attachment;
 }
 
-OpenedMessage opened(std::string_view message, std::size_t pieceOctets) {
-    OpenedMessage result = openedEncoded(message, pieceOctets);
+OpenedMessage opened(std::string_view message, std::size_t pieceBytes) {
+    OpenedMessage result = openedEncoded(message, pieceBytes);
     for (DecodedAttachment& attachment : result.attachments) {
-        attachment = decoded(std::move(attachment), pieceOctets);
+        attachment = decoded(std::move(attachment), pieceBytes);
     }
     return result;
 }

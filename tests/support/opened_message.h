@@ -39,14 +39,14 @@ std::string differenceBetween(const OpenedMessage& left, const OpenedMessage& ri
 /**
  * Takes a raw message through all that the program does with it without a window: the POP3 session, the
  * summary, the parser, the stripper and the decoder. The session gets the server's bytes, and the decoder the
- * encoded text, in pieces of so many octets. A message that does not end in CR LF gets one.
+ * encoded text, in pieces of so many bytes. A message that does not end in CR LF gets one.
  */
-OpenedMessage opened(std::string_view message, std::size_t pieceOctets);
+OpenedMessage opened(std::string_view message, std::size_t pieceBytes);
 
 /** The same without the attachments' content: for messages whose parts are many. */
 OpenedMessage openedWithoutDecoding(std::string_view message);
 
-/** The file that this encoded text is decoded to, the text coming in pieces of so many octets. */
-DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceOctets);
+/** The file that this encoded text is decoded to, the text coming in pieces of so many bytes. */
+DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceBytes);
 
 } // namespace support

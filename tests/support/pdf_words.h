@@ -25,7 +25,7 @@ struct PdfDocument {
     /** In the order in which they were printed. */
     std::vector<PdfWord> words;
 
-    /** The words line by line, with a blank between the words of a line. */
+    /** The words line by line, with a space between the words of a line. */
     std::vector<std::string> lines() const;
 };
 

@@ -132,12 +132,12 @@ class Session {
 
     void answerTotals() {
         std::size_t count = 0;
-        std::size_t octets = 0;
+        std::size_t bytes = 0;
         for (std::size_t index = 0; index < messages_.size(); ++index) {
             count += isThere(index) ? 1 : 0;
-            octets += isThere(index) ? messages_[index]->text.size() : 0;
+            bytes += isThere(index) ? messages_[index]->text.size() : 0;
         }
-        peer_.send("+OK " + std::to_string(count) + ' ' + std::to_string(octets) + "\r\n");
+        peer_.send("+OK " + std::to_string(count) + ' ' + std::to_string(bytes) + "\r\n");
     }
 
     void answerListing(const Words& words, bool sizes) {

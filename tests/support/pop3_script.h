@@ -66,7 +66,7 @@ class Pop3Mailbox {
  * 3). */
 std::string stuffed(std::string_view message);
 
-/** The header, the blank line, and the first lines of the body. */
+/** The header, the empty line, and the first lines of the body. */
 std::string firstLines(std::string_view message, std::size_t bodyLines);
 
 } // namespace support

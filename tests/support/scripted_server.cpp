@@ -59,8 +59,8 @@ FileDescriptor::~FileDescriptor() {
 Peer::Peer(ScriptedServer& server, int socket, std::size_t connection)
     : server_(server), socket_(socket), connection_(connection) {}
 
-void Peer::send(std::string_view bytes, std::size_t pieceOctets) {
-    const std::size_t piece = pieceOctets == 0 ? bytes.size() : pieceOctets;
+void Peer::send(std::string_view bytes, std::size_t pieceBytes) {
+    const std::size_t piece = pieceBytes == 0 ? bytes.size() : pieceBytes;
     do {
         sendAtOnce(bytes.substr(0, piece));
         bytes.remove_prefix(std::min(piece, bytes.size()));
@@ -75,7 +75,7 @@ void Peer::trickle(std::string_view bytes, std::chrono::milliseconds pause) {
 }
 
 void Peer::sendAtOnce(std::string_view bytes) {
-    const std::size_t left = server_.octetsAllowed() - std::min(server_.octetsAllowed(), sentHere_);
+    const std::size_t left = server_.bytesAllowed() - std::min(server_.bytesAllowed(), sentHere_);
     const bool cut = bytes.size() >= left;
     bytes = bytes.substr(0, left);
     while (!bytes.empty()) {
@@ -165,7 +165,7 @@ void Script::operator()(Peer& peer) const {
     struct Player {
         Peer& peer;
 
-        void operator()(const Send& step) { peer.send(step.bytes, step.pieceOctets); }
+        void operator()(const Send& step) { peer.send(step.bytes, step.pieceBytes); }
 
         void operator()(const ExpectLine&) { peer.readLine(); }
 
@@ -262,9 +262,9 @@ ScriptedServer::Wake ScriptedServer::wait(int socket, short events, bool releasa
     return watched[1].revents != 0 ? Wake::Socket : Wake::Pause;
 }
 
-void ScriptedServer::cutAfter(std::size_t octets, Ending ending) {
+void ScriptedServer::cutAfter(std::size_t bytes, Ending ending) {
     const std::scoped_lock lock(mutex_);
-    octetLimit_ = octets;
+    byteLimit_ = bytes;
     ending_ = ending;
 }
 
@@ -272,9 +272,9 @@ void ScriptedServer::release() {
     raiseEvent(release_.get());
 }
 
-std::size_t ScriptedServer::octetsAllowed() const {
+std::size_t ScriptedServer::bytesAllowed() const {
     const std::scoped_lock lock(mutex_);
-    return octetLimit_;
+    return byteLimit_;
 }
 
 void ScriptedServer::remember(std::size_t connection, std::string line) {
@@ -283,9 +283,9 @@ void ScriptedServer::remember(std::size_t connection, std::string line) {
     changed_.notify_all();
 }
 
-void ScriptedServer::countSent(std::size_t octets) {
+void ScriptedServer::countSent(std::size_t bytes) {
     const std::scoped_lock lock(mutex_);
-    octetsSent_ += octets;
+    bytesSent_ += bytes;
 }
 
 std::vector<std::string> ScriptedServer::commands() const {
@@ -326,9 +326,9 @@ std::size_t ScriptedServer::connectionsEnded() const {
     return ended_;
 }
 
-std::size_t ScriptedServer::octetsSent() const {
+std::size_t ScriptedServer::bytesSent() const {
     const std::scoped_lock lock(mutex_);
-    return octetsSent_;
+    return bytesSent_;
 }
 
 bool ScriptedServer::waitForEndOf(std::size_t connections) {

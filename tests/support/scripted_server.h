@@ -59,10 +59,10 @@ class Peer {
   public:
     Peer(ScriptedServer& server, int socket, std::size_t connection);
 
-    /** Sends all bytes, in pieces of so many octets; 0 means at once. */
-    void send(std::string_view bytes, std::size_t pieceOctets = 0);
+    /** Sends all bytes, in pieces of so many bytes; 0 means at once. */
+    void send(std::string_view bytes, std::size_t pieceBytes = 0);
 
-    /** Sends one octet at a time with a pause behind each. */
+    /** Sends one byte at a time with a pause behind each. */
     void trickle(std::string_view bytes, std::chrono::milliseconds pause);
 
     /** Waits for a line of the client's, remembers it for commands(), and returns it without its line end. */
@@ -97,10 +97,10 @@ using Conversation = std::function<void(Peer&)>;
 /** Says nothing until the test calls release(), and then this. */
 Conversation holdAndSay(std::string bytes);
 
-/** Sends the bytes, in pieces of so many octets; 0 means at once. */
+/** Sends the bytes, in pieces of so many bytes; 0 means at once. */
 struct Send {
     std::string bytes;
-    std::size_t pieceOctets = 0;
+    std::size_t pieceBytes = 0;
 };
 
 /** Waits for one line from the client. */
@@ -113,7 +113,7 @@ struct Reset {};
 /** Says nothing until release() or until the client has gone. */
 struct HoldSilent {};
 
-/** Sends one octet at a time with a pause behind each. */
+/** Sends one byte at a time with a pause behind each. */
 struct Trickle {
     std::string bytes;
     std::chrono::milliseconds pause{1};
@@ -159,11 +159,11 @@ class ScriptedServer {
     /** "127.0.0.1:PORT", as a server's name is typed. */
     QString address() const;
 
-    /** From the next octet on, no connection gets more than so many octets; then it is ended. */
-    void cutAfter(std::size_t octets, Ending ending = Ending::Close);
+    /** From the next byte on, no connection gets more than so many bytes; then it is ended. */
+    void cutAfter(std::size_t bytes, Ending ending = Ending::Close);
 
-    /** Connections get all octets again. */
-    void cutNoMore() { cutAfter(kAllOctets); }
+    /** Connections get all bytes again. */
+    void cutNoMore() { cutAfter(kAllBytes); }
 
     /** Lets a conversation that holds silent go on. */
     void release();
@@ -183,8 +183,8 @@ class ScriptedServer {
     /** Of these, the ones that have ended. */
     std::size_t connectionsEnded() const;
 
-    /** Octets sent so far, over all connections. */
-    std::size_t octetsSent() const;
+    /** Bytes sent so far, over all connections. */
+    std::size_t bytesSent() const;
 
     /** Waits until so many connections have come and ended; false after the time limit. */
     bool waitForEndOf(std::size_t connections);
@@ -198,7 +198,7 @@ class ScriptedServer {
   private:
     friend class Peer;
 
-    static constexpr std::size_t kAllOctets = std::numeric_limits<std::size_t>::max();
+    static constexpr std::size_t kAllBytes = std::numeric_limits<std::size_t>::max();
 
     struct Line {
         std::size_t connection = 0;
@@ -215,9 +215,9 @@ class ScriptedServer {
 
     void waitForSocket(int socket, short events) const { wait(socket, events, false, kTimeLimit); }
 
-    std::size_t octetsAllowed() const;
+    std::size_t bytesAllowed() const;
     void remember(std::size_t connection, std::string line);
-    void countSent(std::size_t octets);
+    void countSent(std::size_t bytes);
 
     std::vector<Conversation> conversations_;
     FileDescriptor listener_;
@@ -229,12 +229,12 @@ class ScriptedServer {
 
     mutable std::mutex mutex_;
     std::condition_variable changed_;
-    std::size_t octetLimit_ = kAllOctets;
+    std::size_t byteLimit_ = kAllBytes;
     Ending ending_ = Ending::Close;
     std::vector<Line> lines_;
     std::size_t connections_ = 0;
     std::size_t ended_ = 0;
-    std::size_t octetsSent_ = 0;
+    std::size_t bytesSent_ = 0;
 
     /** Last, so that it sees all of the above complete and ends before any of it goes. */
     std::jthread thread_;

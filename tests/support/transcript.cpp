@@ -124,13 +124,13 @@ std::string testNameOf(const std::string& transcriptName) {
     return name;
 }
 
-std::string testNameOf(const std::string& transcriptName, std::size_t pieceOctets) {
-    const bool whole = pieceOctets == 0 || pieceOctets == std::string::npos;
-    return testNameOf(transcriptName) + (whole ? "_Whole" : "_PiecesOf" + std::to_string(pieceOctets));
+std::string testNameOf(const std::string& transcriptName, std::size_t pieceBytes) {
+    const bool whole = pieceBytes == 0 || pieceBytes == std::string::npos;
+    return testNameOf(transcriptName) + (whole ? "_Whole" : "_PiecesOf" + std::to_string(pieceBytes));
 }
 
-void play(const Transcript& transcript, Peer& peer, std::size_t pieceOctets) {
-    const std::size_t piece = transcript.atOnce ? 0 : pieceOctets;
+void play(const Transcript& transcript, Peer& peer, std::size_t pieceBytes) {
+    const std::size_t piece = transcript.atOnce ? 0 : pieceBytes;
     std::string bytes;
     bool inMessage = false;
     const auto say = [&] {

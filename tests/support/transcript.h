@@ -24,7 +24,7 @@ struct Transcript {
     std::vector<Turn> turns;
     /** What a session makes of it, in the words of described(). */
     std::vector<std::string> events;
-    /** The message has octets beyond ASCII. */
+    /** The message has bytes beyond ASCII. */
     bool eightBit = false;
     /** It depends on what comes in one piece, so that it cannot be played in smaller ones. */
     bool atOnce = false;
@@ -48,13 +48,13 @@ Transcript readTranscript(const std::string& folder, const std::string& name);
 std::string testNameOf(const std::string& transcriptName);
 
 /** The same, with the size of the pieces; 0 and npos stand for one piece. */
-std::string testNameOf(const std::string& transcriptName, std::size_t pieceOctets);
+std::string testNameOf(const std::string& transcriptName, std::size_t pieceBytes);
 
 /**
- * Says the server's lines in pieces of so many octets, 0 for all at once, and hears a line wherever the
+ * Says the server's lines in pieces of so many bytes, 0 for all at once, and hears a line wherever the
  * client has one. Behind DATA it hears lines up to the final dot, whatever they are: the program writes a
  * header of its own.
  */
-void play(const Transcript& transcript, Peer& peer, std::size_t pieceOctets);
+void play(const Transcript& transcript, Peer& peer, std::size_t pieceBytes);
 
 } // namespace support

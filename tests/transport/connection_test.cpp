@@ -96,13 +96,13 @@ TEST_F(ConnectionTest, GivesAllBytesAlsoOfAServerThatHasGone) {
 TEST_F(ConnectionTest, TakesNoMoreAtOnceThanItSays) {
     ScriptedServer server(Script{Send{std::string(1U << 20U, 'x')}});
     ASSERT_EQ(open(server), Outcome::Done);
-    std::size_t octets = 0;
+    std::size_t taken = 0;
     while (connection.waitForBytes(soon()) == Outcome::Done) {
         const std::string bytes = connection.takeBytes();
         EXPECT_LE(bytes.size(), static_cast<std::size_t>(Connection::kReadBytes));
-        octets += bytes.size();
+        taken += bytes.size();
     }
-    EXPECT_EQ(octets, 1U << 20U);
+    EXPECT_EQ(taken, 1U << 20U);
 }
 
 TEST_F(ConnectionTest, WhatWasSentArrivesBeforeAnOrderlyEnd) {

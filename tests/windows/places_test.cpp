@@ -145,7 +145,7 @@ TEST_F(Places, EveryWindowHasTheIconAndIsAWindowToScreenReaders) {
     }
 }
 
-TEST_F(Places, ScreenReadersHearNoBlanksThatOnlyPadACell) {
+TEST_F(Places, ScreenReadersHearNoSpacesThatOnlyPadACell) {
     goToTheMainWindow();
     auto* const grid = mainWindow().MailGrid;
     grid->setRows(2);

@@ -7,12 +7,12 @@ using testing::IsEmpty;
 TEST_F(ReaderTest, AMessageThatHasComeIsShownHoweverTheServerEndsTheSession) {
     logInWith({support::multipart({support::plainPart("Hello")})});
     loginWindow().POP1.setTimeouts({std::chrono::seconds(20), std::chrono::milliseconds(50)});
-    const std::vector<support::Conversation> farewells = {
+    const std::vector<support::Conversation> quits = {
         [](Peer& peer) { peer.holdSilent(); }, [](Peer& peer) { peer.close(); },
         [](Peer& peer) { peer.reset(); }, [](Peer& peer) { peer.send("<html>\r\n"); },
         [](Peer& peer) { peer.send("-ERR stay\r\n"); }};
-    for (const support::Conversation& farewell : farewells) {
-        mailbox.on("QUIT", farewell);
+    for (const support::Conversation& quit : quits) {
+        mailbox.on("QUIT", quit);
         doubleClick(1);
         EXPECT_THAT(boxTexts(), IsEmpty());
         ASSERT_TRUE(messageWindow().isVisible());

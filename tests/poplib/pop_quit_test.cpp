@@ -22,13 +22,13 @@ using testing::ElementsAre;
 using testing::SizeIs;
 namespace errors = platform::errors;
 
-struct Farewell {
+struct Quit {
     const char* name;
     const char* command;
     support::Conversation action;
 };
 
-const std::vector<Farewell>& farewells() {
+const std::vector<Quit>& quits() {
     static const support::Conversation hold = [](Peer& peer) { peer.holdSilent(); };
     static const auto say = [](std::string bytes,
                                const support::Conversation& then) -> support::Conversation {
@@ -44,7 +44,7 @@ const std::vector<Farewell>& farewells() {
             peer.send(std::to_string(number) + " id\r\n");
         }
     };
-    static const std::vector<Farewell> table{
+    static const std::vector<Quit> table{
         {"SilentAtUidl", "UIDL", hold},
         {"HangsUpAtUidl", "UIDL", leave},
         {"ResetsAtUidl", "UIDL", reset},
@@ -69,18 +69,17 @@ const std::vector<Farewell>& farewells() {
     return table;
 }
 
-class BadFarewell : public support::PopTest, public testing::WithParamInterface<Farewell> {};
+class BadQuit : public support::PopTest, public testing::WithParamInterface<Quit> {};
 
-class BadConfirmation : public BadFarewell {};
+class BadConfirmation : public BadQuit {};
 
-std::vector<Farewell> badConfirmations() {
-    std::vector<Farewell> table = farewells();
-    std::erase_if(table,
-                  [](const Farewell& farewell) { return std::string_view(farewell.command) != "QUIT"; });
+std::vector<Quit> badConfirmations() {
+    std::vector<Quit> table = quits();
+    std::erase_if(table, [](const Quit& quit) { return std::string_view(quit.command) != "QUIT"; });
     return table;
 }
 
-TEST_P(BadFarewell, IsNoErrorWhenNothingIsToBeDeletedAndTheWindowsLiveOn) {
+TEST_P(BadQuit, IsNoErrorWhenNothingIsToBeDeletedAndTheWindowsLiveOn) {
     Pop3Mailbox mailbox({"Subject: a\r\n\r\nbody\r\n", "Subject: b\r\n\r\nbody\r\n"});
     mailbox.on(GetParam().command, GetParam().action);
     ScriptedServer server(mailbox);
@@ -114,7 +113,7 @@ TEST_P(BadConfirmation, IsAnErrorWhenSomethingIsToBeDeleted) {
     EXPECT_THAT(mailbox.messages(), SizeIs(2));
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, BadFarewell, testing::ValuesIn(farewells()),
+INSTANTIATE_TEST_SUITE_P(Servers, BadQuit, testing::ValuesIn(quits()),
                          [](const auto& test) { return test.param.name; });
 
 INSTANTIATE_TEST_SUITE_P(Servers, BadConfirmation, testing::ValuesIn(badConfirmations()),

@@ -23,9 +23,9 @@ struct BadEnd {
     support::Conversation action;
 };
 
-class Farewell : public WindowTest, public testing::WithParamInterface<BadEnd> {
+class Quit : public WindowTest, public testing::WithParamInterface<BadEnd> {
   protected:
-    Farewell() {
+    Quit() {
         mailbox.on(GetParam().command, GetParam().action);
         writeSettings(support::schoolSettings(server.address()));
         startUp();
@@ -39,7 +39,7 @@ class Farewell : public WindowTest, public testing::WithParamInterface<BadEnd> {
 };
 } // namespace
 
-TEST_P(Farewell, LeavesALogInItsRowsAndACheckItsNewMail) {
+TEST_P(Quit, LeavesALogInItsRowsAndACheckItsNewMail) {
     loginWindow().cmdLogin->click();
     EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_EQ(programEnds, 0);
@@ -58,7 +58,7 @@ TEST_P(Farewell, LeavesALogInItsRowsAndACheckItsNewMail) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Servers, Farewell,
+    Servers, Quit,
     testing::Values(BadEnd{"SilentAtUidl", "UIDL", [](Peer& peer) { peer.holdSilent(); }},
                     BadEnd{"HangsUpAtUidl", "UIDL", [](Peer& peer) { peer.close(); }},
                     BadEnd{"SilentAtQuit", "QUIT", [](Peer& peer) { peer.holdSilent(); }},
