@@ -22,7 +22,7 @@
 #include <string>
 #include <utility>
 
-using SMTPLib::Request;
+using smtplib::Request;
 namespace errors = platform::errors;
 
 namespace {
@@ -31,12 +31,12 @@ constexpr const char* kEncodedFile = email::kEncodedOutgoingFileName;
 EncodedFile encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachment,
                              std::string_view closingLine) {
     codec.setSourceFile(attachment);
-    codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
+    codec.setCodingFormat(netcodelib::NetCode::kBase64);
     codec.setTargetFile(QLatin1String(kEncodedFile));
     codec.setOverwrite(true);
     codec.setClosingText(std::string(closingLine));
     // A large file takes its time.
-    platform::runInBackground([&codec] { codec.setAction(NetCodeLib::Action::Encode); });
+    platform::runInBackground([&codec] { codec.setAction(netcodelib::Action::Encode); });
     return {codec.targetFile(), codec.takeEncodedFile()};
 }
 
@@ -51,12 +51,12 @@ std::string sendersAddress() {
 
 /** Raises what the SMTP client would raise for these fields, but before a server is asked. */
 void mustBeSendable(const frmSend& window) {
-    SMTPLib::Message message;
+    smtplib::Message message;
     message.sender = sendersAddress();
     message.recipients = platform::toBytes(window.tTo->text());
     message.copies = platform::toBytes(window.tCc->text());
     message.subject = platform::toBytes(window.tSubject->text());
-    SMTPLib::prepareMessage(message, QDateTime::currentDateTime());
+    smtplib::prepareMessage(message, QDateTime::currentDateTime());
 }
 
 /** Puts the keyboard into the field, with the part of its text marked that these bytes are. */
@@ -73,7 +73,7 @@ void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
  */
 void markWhatIsWrong(const frmSend& window, int error) {
     for (QLineEdit* field : {window.tTo, window.tCc}) {
-        const auto fault = SMTPLib::findAddressFault(platform::toBytes(field->text()));
+        const auto fault = smtplib::findAddressFault(platform::toBytes(field->text()));
         if (fault && fault->error == error) {
             mark(field, fault->begin, fault->end);
             return;
@@ -162,7 +162,7 @@ void frmSend::send() {
     unload(*this);
 }
 
-void frmSend::SMTP1_PITrail(SMTPLib::Direction /*Direction*/, const std::string& /*Message*/) {
+void frmSend::SMTP1_PITrail(smtplib::Direction /*Direction*/, const std::string& /*Message*/) {
     // The dialogue is neither logged nor shown.
 }
 

@@ -9,5 +9,5 @@ void logOn(POPLib::POP& pop) {
     pop.setMailServer(email::settings.POPServer);
     pop.setLoginUser(platform::toBytes(email::credentials.UserName));
     pop.setLoginPassword(platform::toBytes(email::credentials.Password));
-    pop.issueRequest(POPLib::Request::ConnectAndLogOn);
+    pop.issueRequest(poplib::Request::ConnectAndLogOn);
 }

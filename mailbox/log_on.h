@@ -1,11 +1,11 @@
 #pragma once
 
-namespace POPLib {
+namespace poplib {
 class POP;
 }
 
 /**
  * Logs on to the member's mailbox: with the mail server, the name and the password of this run, whichever
- * they are by now. \throws RuntimeError what POPLib::Request::ConnectAndLogOn raises.
+ * they are by now. \throws RuntimeError what poplib::Request::ConnectAndLogOn raises.
  */
-void logOn(POPLib::POP& pop);
+void logOn(poplib::POP& pop);

@@ -16,7 +16,7 @@
 using controls::MessageAnswer;
 using controls::MessageButtons;
 using email::mailbox;
-using POPLib::Request;
+using poplib::Request;
 
 namespace {
 /** Found out before the server is asked: a message whose row could not be taken out must not be deleted

@@ -16,7 +16,7 @@
 
 using email::mailbox;
 using email::opening;
-using POPLib::Request;
+using poplib::Request;
 
 namespace {
 void enableButtonsAndList(bool enabled) {

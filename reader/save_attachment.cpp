@@ -13,8 +13,8 @@
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
-using NetCodeLib::Action;
-using NetCodeLib::NetCode;
+using netcodelib::Action;
+using netcodelib::NetCode;
 
 namespace {
 /** Fails early when the disk or the folder cannot be used, and leaves a file that is there alone. */

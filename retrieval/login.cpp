@@ -24,7 +24,7 @@
 using email::credentials;
 using email::mailbox;
 using email::settings;
-using POPLib::Request;
+using poplib::Request;
 namespace errors = platform::errors;
 
 namespace {

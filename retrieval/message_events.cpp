@@ -19,6 +19,6 @@ void frmLogin::POP1_Transfer(std::int32_t BytesTransferred, const std::string& T
     }
 }
 
-void frmLogin::POP1_PITrail(POPLib::Direction /*Direction*/, const std::string& /*Message*/) {
+void frmLogin::POP1_PITrail(poplib::Direction /*Direction*/, const std::string& /*Message*/) {
     // The dialogue is neither logged nor shown.
 }

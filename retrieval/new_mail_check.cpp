@@ -23,7 +23,7 @@
 
 using email::credentials;
 using email::mailbox;
-using POPLib::Request;
+using poplib::Request;
 namespace errors = platform::errors;
 
 namespace {

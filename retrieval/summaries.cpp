@@ -42,7 +42,7 @@ void fetchSummary(POPLib::POP& pop) {
     summary.Size = pop.currentMessageSize().value_or(0);
     email::resetForListing(summary);
     pop.setBodyLineLimit(kSummaryBodyLines);
-    pop.issueRequest(POPLib::Request::RetrieveCurrentMessage);
+    pop.issueRequest(poplib::Request::RetrieveCurrentMessage);
     const bool fitted = pop.lastMessageFitted() &&
                         platform::fitsInMemory([&] { writeRow(email::mailbox.CurrentMessage, summary); });
     if (!fitted) {

@@ -2,12 +2,12 @@
 
 #include <QString>
 
-namespace POPLib {
+namespace poplib {
 class POP;
 }
 
 /** Logs on to the mail server and takes its totals. \throws RuntimeError whatever the log-on raises. */
-void logOnAndCount(POPLib::POP& pop);
+void logOnAndCount(poplib::POP& pop);
 
 /** Shows the main window with its hourglass and the title that welcomes the member. */
 void welcomeOnMainWindow();
@@ -17,7 +17,7 @@ void welcomeOnMainWindow();
  * message for which memory fails keeps its placeholders.
  * \throws RuntimeError 9 when the message's number lies outside the table, and whatever a request raises.
  */
-void fetchSummary(POPLib::POP& pop);
+void fetchSummary(poplib::POP& pop);
 
 /** Lets every row of the grid stand for the message of its own number. */
 void numberTheRows();

@@ -59,7 +59,7 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
     connectHandler(tMessage, &QPlainTextEdit::textChanged, this, &frmSend::letter_Change);
 
     // The component raises these from inside its requests.
-    SMTP1.PITrail = [this](SMTPLib::Direction direction, const std::string& message) {
+    SMTP1.PITrail = [this](smtplib::Direction direction, const std::string& message) {
         SMTP1_PITrail(direction, message);
     };
     SMTP1.Progress = [this](std::int64_t done, std::int64_t total) { SMTP1_Progress(done, total); };

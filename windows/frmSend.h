@@ -46,7 +46,7 @@ class frmSend : public Form {
 
     // compose/send.cpp
     void cmdSndit_Click();
-    void SMTP1_PITrail(SMTPLib::Direction Direction, const std::string& Message);
+    void SMTP1_PITrail(smtplib::Direction Direction, const std::string& Message);
     void SMTP1_Progress(std::int64_t bytesDone, std::int64_t bytesTotal);
 
     QLabel* lblTo;

@@ -223,7 +223,7 @@ void run(int rounds) {
     const std::string bytes = randomBytes();
 
     std::vector<Contestant> encoders{
-        {"Brindlewake, 76 + CR LF", convertInPieces<NetCodeLib::Base64Encoder>, {}},
+        {"Brindlewake, 76 + CR LF", convertInPieces<netcodelib::Base64Encoder>, {}},
         {"OpenSSL EVP, 64 + LF", encodeWithOpenSsl, {}},
         {"Qt toBase64, one line", encodeWithQt, {}}};
     const std::string text = resultOf(encoders.front(), bytes);
@@ -234,7 +234,7 @@ void run(int rounds) {
     race(encoders, bytes, rounds);
     show("Encoding 64 MB", encoders);
 
-    std::vector<Contestant> decoders{{"Brindlewake", convertInPieces<NetCodeLib::Base64Decoder>, {}},
+    std::vector<Contestant> decoders{{"Brindlewake", convertInPieces<netcodelib::Base64Decoder>, {}},
                                      {"GLib g_base64_decode_step", decodeWithGlib, {}},
                                      {"OpenSSL EVP_DecodeUpdate", decodeWithOpenSsl, {}},
                                      {"Qt fromBase64", decodeWithQt, {}}};

@@ -32,16 +32,16 @@ class Listing {
     }
 
     void fetch() {
-        pop_.issueRequest(POPLib::Request::ConnectAndLogOn);
+        pop_.issueRequest(poplib::Request::ConnectAndLogOn);
         for (current_ = 1; current_ <= pop_.messageCount(); ++current_) {
             pop_.setCurrentMessage(current_);
             email::MessageSummary& summary = messages_.at(current_);
             summary.Size = pop_.currentMessageSize().value_or(0);
             email::resetForListing(summary);
             pop_.setBodyLineLimit(kBodyLines);
-            pop_.issueRequest(POPLib::Request::RetrieveCurrentMessage);
+            pop_.issueRequest(poplib::Request::RetrieveCurrentMessage);
         }
-        pop_.issueRequest(POPLib::Request::LogOffAndDisconnect);
+        pop_.issueRequest(poplib::Request::LogOffAndDisconnect);
     }
 
     /** What was received, in the words that the script beside it uses for the other client. */

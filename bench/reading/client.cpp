@@ -25,7 +25,7 @@
 #include <string_view>
 
 namespace {
-using POPLib::Request;
+using poplib::Request;
 
 void fetch(const QString& server, email::MessageSummary& message) {
     POPLib::POP pop;
@@ -67,9 +67,9 @@ void save(const QString& path) {
     codec.setOverwrite(true);
     codec.setSourceFile(QLatin1String(email::kEncodedAttachmentFileName));
     codec.setTargetFile(path);
-    codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
+    codec.setCodingFormat(netcodelib::NetCode::kBase64);
     codec.setFileName(QStringLiteral("FILE.BIN"));
-    platform::runInBackground([&codec] { codec.setAction(NetCodeLib::Action::Decode); });
+    platform::runInBackground([&codec] { codec.setAction(netcodelib::Action::Decode); });
 }
 
 void run(const QString& server, const QString& path) {

@@ -17,16 +17,16 @@
 #include <utility>
 
 namespace {
-using SMTPLib::Request;
+using smtplib::Request;
 
 EncodedFile encodeAttachment(const QString& attachment, std::string_view closingLine) {
     NetCodeLib::NetCode codec;
     codec.setSourceFile(attachment);
-    codec.setCodingFormat(NetCodeLib::NetCode::kBase64);
+    codec.setCodingFormat(netcodelib::NetCode::kBase64);
     codec.setTargetFile(QStringLiteral("C:\\_brndwake.tmp"));
     codec.setOverwrite(true);
     codec.setClosingText(std::string(closingLine));
-    platform::runInBackground([&codec] { codec.setAction(NetCodeLib::Action::Encode); });
+    platform::runInBackground([&codec] { codec.setAction(netcodelib::Action::Encode); });
     return {codec.targetFile(), codec.takeEncodedFile()};
 }
 

@@ -2,11 +2,11 @@
 
 #include <string_view>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /** The characters of base64 in the order of their values (RFC 2045 section 6.8, table 1). */
 inline constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 inline constexpr char kPadding = '=';
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 namespace {
 constexpr std::size_t kGroupCharacters = 4;
@@ -181,4 +181,4 @@ char* Base64Decoder::endData(char* out) {
     return out;
 }
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /**
  * Turns base64 text back into bytes, as patiently as mail needs it. The text may come in pieces of any size;
@@ -46,4 +46,4 @@ class Base64Decoder {
     bool cut_ = false;
 };
 
-} // namespace NetCodeLib
+} // namespace netcodelib

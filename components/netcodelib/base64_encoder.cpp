@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 namespace {
 constexpr std::size_t kTextLineBytes = Base64Encoder::kLineCharacters + 2;
@@ -109,4 +109,4 @@ void Base64Encoder::finish(std::string& text) {
     heldBytes_ = 0;
 }
 
-} // namespace NetCodeLib
+} // namespace netcodelib

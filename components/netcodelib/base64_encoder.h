@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /**
  * Turns bytes into base64 text as mail carries it (RFC 2045 section 6.8): lines of 76 characters, each ended
@@ -32,4 +32,4 @@ class Base64Encoder {
     std::size_t heldBytes_ = 0;
 };
 
-} // namespace NetCodeLib
+} // namespace netcodelib

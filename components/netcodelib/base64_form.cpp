@@ -8,7 +8,7 @@
 #include <cstring>
 #include <utility>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 namespace {
 constexpr std::size_t kGroupCharacters = 4;
@@ -164,4 +164,4 @@ void Base64Form::finish() {
     require(disturbedLines_ == 0 || disturbedLines_ < cleanLines_);
 }
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /**
  * Decides whether a text is base64, and all of it.
@@ -78,4 +78,4 @@ class Base64Form {
     std::size_t disturbedLines_ = 0;
 };
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 namespace {
 bool isSpace(char character) noexcept {
@@ -76,4 +76,4 @@ void LeadingFields::takeLine(std::string_view line) {
     passed_ = true;
 }
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /**
  * Drops what is left of a part's header before its encoded text.
@@ -46,4 +46,4 @@ class LeadingFields {
     bool passed_ = false;
 };
 
-} // namespace NetCodeLib
+} // namespace netcodelib

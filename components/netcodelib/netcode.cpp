@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 using platform::RuntimeError;
 namespace errors = platform::errors;
@@ -106,4 +106,4 @@ void NetCode::convert(Coder coder) {
     }
 }
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -9,7 +9,7 @@
 #include <string>
 #include <utility>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /** What the codec is told to do. */
 enum class Action : std::uint8_t { None = 0, Decode = 1, Encode = 2 };
@@ -90,4 +90,9 @@ class NetCode {
     bool overwrite_ = false;
 };
 
+} // namespace netcodelib
+
+/** The component under its full name. */
+namespace NetCodeLib {
+using netcodelib::NetCode;
 } // namespace NetCodeLib

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /**
  * Turns the text of a MIME part, whatever is left of its header included, back into the bytes that were
@@ -39,4 +39,4 @@ class PartDecoder {
     Base64Decoder decoder_;
 };
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 WriteBehind::WriteBehind(std::function<void(std::string_view)> write)
     : write_(std::move(write)), thread_([this] { run(); }) {}
@@ -74,4 +74,4 @@ void WriteBehind::run() {
     }
 }
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <thread>
 
-namespace NetCodeLib {
+namespace netcodelib {
 
 /**
  * Writes on a thread of its own, so that the next bytes are made while the last ones are written. They are
@@ -49,4 +49,4 @@ class WriteBehind {
     std::thread thread_;
 };
 
-} // namespace NetCodeLib
+} // namespace netcodelib

@@ -1,6 +1,6 @@
 #include "components/poplib/commands.h"
 
-namespace POPLib {
+namespace poplib {
 
 namespace {
 Command openCommand(CommandKind kind, const std::string& line, std::int32_t messageNumber = 0,
@@ -67,4 +67,4 @@ Command quitCommand() {
     return openCommand(CommandKind::Quit, "QUIT");
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace POPLib {
+namespace poplib {
 
 enum class CommandKind { User, Pass, Auth, AuthResponse, Stat, List, Uidl, Top, Retr, Dele, Quit };
 
@@ -47,4 +47,4 @@ Command retrCommand(std::int32_t messageNumber, std::int32_t bodyLineLimit = 0);
 Command deleCommand(std::int32_t messageNumber);
 Command quitCommand();
 
-} // namespace POPLib
+} // namespace poplib

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <vector>
 
-namespace POPLib {
+namespace poplib {
 
 using platform::RuntimeError;
 namespace errors = platform::errors;
@@ -80,4 +80,4 @@ bool ListedMailbox::stillNames(Exchange& exchange, std::int32_t number, const Me
     return (given ? digest.result() : std::string()) == identity.digest;
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace POPLib {
+namespace poplib {
 
 namespace {
 /** Cuts a line to what the allowance has left for it; false when that is nothing. */
@@ -106,4 +106,4 @@ void ListedMailbox::endSession() {
     numberAndSize_ = {};
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -11,7 +11,7 @@
 #include <string>
 #include <utility>
 
-namespace POPLib {
+namespace poplib {
 
 /** How much the component takes. Tests shorten it. */
 struct Limits {
@@ -101,4 +101,4 @@ class ListedMailbox {
     bool quitConfirmed_ = false;
 };
 
-} // namespace POPLib
+} // namespace poplib

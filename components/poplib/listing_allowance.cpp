@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace POPLib {
+namespace poplib {
 
 namespace {
 /** What keeping a line takes beside its text. */
@@ -54,4 +54,4 @@ bool ListingAllowance::cut(BodyLine& line) {
     return true;
 }
 
-} // namespace POPLib
+} // namespace poplib

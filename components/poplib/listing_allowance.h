@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace POPLib {
+namespace poplib {
 
 /**
  * How much of the messages' lines a listing hands over, so that no mailbox, whatever is in it, takes more
@@ -39,4 +39,4 @@ class ListingAllowance {
     std::size_t bodyBytes_ = kBodyBytes;
 };
 
-} // namespace POPLib
+} // namespace poplib

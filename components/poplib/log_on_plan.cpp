@@ -4,7 +4,7 @@
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
 
-namespace POPLib {
+namespace poplib {
 
 std::variant<MailboxTotals, LogOnRefused> logOn(Exchange& exchange, std::string_view user,
                                                 std::string_view password) {
@@ -24,4 +24,4 @@ std::variant<MailboxTotals, LogOnRefused> logOn(Exchange& exchange, std::string_
                          platform::checkedTo<std::int32_t>(numbers.second)};
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <variant>
 
-namespace POPLib {
+namespace poplib {
 
 /** What the mailbox holds, as the server reports it. */
 struct MailboxTotals {
@@ -29,4 +29,4 @@ struct LogOnRefused {
 std::variant<MailboxTotals, LogOnRefused> logOn(Exchange& exchange, std::string_view user,
                                                 std::string_view password);
 
-} // namespace POPLib
+} // namespace poplib

@@ -2,7 +2,7 @@
 
 #include <QByteArrayView>
 
-namespace POPLib {
+namespace poplib {
 
 void MessageDigest::add(const Event& event) {
     constexpr std::size_t enough = 16U << 10U; // bytes
@@ -34,4 +34,4 @@ void MessageDigest::digestGathered() {
     gathered_.clear();
 }
 
-} // namespace POPLib
+} // namespace poplib

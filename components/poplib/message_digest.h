@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace POPLib {
+namespace poplib {
 
 /**
  * A digest of a message's header and first body lines, in the order in which they come. Nobody who writes
@@ -31,4 +31,4 @@ class MessageDigest {
     bool inBody_ = false;
 };
 
-} // namespace POPLib
+} // namespace poplib

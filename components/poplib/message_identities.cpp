@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace POPLib {
+namespace poplib {
 
 void MessageIdentities::remember(std::int32_t number, MessageIdentity identity) {
     if (number < 1) {
@@ -58,4 +58,4 @@ void MessageIdentities::remove(std::int32_t number) {
     }
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace POPLib {
+namespace poplib {
 
 /** What is known of a message, to know it again when its number may name another one. */
 struct MessageIdentity {
@@ -53,4 +53,4 @@ class MessageIdentities {
     std::vector<Entry> entries_;
 };
 
-} // namespace POPLib
+} // namespace poplib

@@ -6,7 +6,7 @@
 
 #include <variant>
 
-namespace POPLib {
+namespace poplib {
 
 using platform::RuntimeError;
 namespace errors = platform::errors;
@@ -103,7 +103,7 @@ void POP::logOn() {
         throw RuntimeError(numberOf(outcome));
     }
     renewDeadline();
-    const auto outcomeOfLogOn = POPLib::logOn(*this, user, password);
+    const auto outcomeOfLogOn = poplib::logOn(*this, user, password);
     if (const auto* const refused = std::get_if<LogOnRefused>(&outcomeOfLogOn)) {
         logOnRefused_ = true;
         throw RuntimeError(mayBeTriedLater(refused->text) ? errors::MailServerBusy : errors::LogOnRefused);
@@ -163,4 +163,4 @@ void POP::raise(const Event& event) {
     }
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <utility>
 
-namespace POPLib {
+namespace poplib {
 
 /** The request codes of the component. */
 enum class Request : std::uint8_t {
@@ -183,4 +183,9 @@ class POP : private Exchange {
     std::uint64_t roundTrips_ = 0;
 };
 
+} // namespace poplib
+
+/** The component under its full name. */
+namespace POPLib {
+using poplib::POP;
 } // namespace POPLib

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace POPLib {
+namespace poplib {
 
 namespace {
 constexpr std::int64_t kLineEndBytes = 2;
@@ -211,4 +211,4 @@ std::optional<Pop3Session::Event> Pop3Session::responseLine(std::string_view lin
     return BodyLine{responseBytes_, std::string(line)};
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -14,7 +14,7 @@
 #include <variant>
 #include <vector>
 
-namespace POPLib {
+namespace poplib {
 
 /** The server greeted; commands may be sent from now on. */
 struct Greeted {
@@ -99,7 +99,7 @@ struct Failed {
  */
 class Pop3Session {
   public:
-    using Command = POPLib::Command;
+    using Command = poplib::Command;
     using Event = std::variant<Greeted, Accepted, Refused, GoOn, HeaderLine, BodyLine, ListingLine,
                                ResponseEnded, Failed>;
 
@@ -189,4 +189,4 @@ class Pop3Session {
 
 using Event = Pop3Session::Event;
 
-} // namespace POPLib
+} // namespace poplib

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace POPLib {
+namespace poplib {
 
 using platform::RuntimeError;
 namespace errors = platform::errors;
@@ -118,4 +118,4 @@ void POP::closeSession() {
     connection_.close();
 }
 
-} // namespace POPLib
+} // namespace poplib

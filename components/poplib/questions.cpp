@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace POPLib {
+namespace poplib {
 
 std::optional<std::string> ask(Exchange& exchange, Command command) {
     const Event event = exchange.ask(std::move(command));
@@ -51,4 +51,4 @@ std::optional<UniqueIds> askUniqueIds(Exchange& exchange, const std::set<std::in
     return accepted ? std::optional(std::move(ids)) : std::nullopt;
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -10,7 +10,7 @@
 #include <set>
 #include <string>
 
-namespace POPLib {
+namespace poplib {
 
 using Exchange = protocol::Exchange<Pop3Session>;
 
@@ -33,4 +33,4 @@ using UniqueIds = std::map<std::int32_t, std::string>;
 /** The unique-ids of these messages, whatever else the server lists; nothing when it has none (UIDL). */
 std::optional<UniqueIds> askUniqueIds(Exchange& exchange, const std::set<std::int32_t>& wanted);
 
-} // namespace POPLib
+} // namespace poplib

@@ -7,7 +7,7 @@
 #include <charconv>
 #include <system_error>
 
-namespace POPLib {
+namespace poplib {
 
 namespace {
 /** Takes the number at the front of the text, and the space behind it. */
@@ -65,4 +65,4 @@ bool mayBeTriedLater(std::string_view text) {
     return is("IN-USE") || is("LOGIN-DELAY") || is("SYS/TEMP");
 }
 
-} // namespace POPLib
+} // namespace poplib

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-namespace POPLib {
+namespace poplib {
 
 /** The two numbers of a STAT or LIST answer; further words are allowed and ignored. */
 struct TwoNumbers {
@@ -36,4 +36,4 @@ std::optional<UniqueId> uniqueId(std::string_view line);
  */
 bool mayBeTriedLater(std::string_view text);
 
-} // namespace POPLib
+} // namespace poplib

@@ -9,7 +9,7 @@
 #include <unordered_set>
 #include <utility>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 using Kind = AddressToken::Kind;
@@ -253,4 +253,4 @@ std::vector<std::string> distinctMailboxes(const std::vector<Address>& recipient
     return mailboxes;
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** One mailbox of a list of addresses. */
 struct Address {
@@ -63,4 +63,4 @@ std::optional<AddressFault> findAddressFault(std::string_view text);
 std::vector<std::string> distinctMailboxes(const std::vector<Address>& recipients,
                                            const std::vector<Address>& copies);
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 [[noreturn]] void refuse() {
@@ -128,4 +128,4 @@ AddressToken AddressTokens::word() {
     return {AddressToken::Kind::Word, std::string(start, end)};
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

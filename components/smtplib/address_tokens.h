@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** A part of a list of addresses. */
 struct AddressToken {
@@ -58,4 +58,4 @@ bool isAtomCharacter(char character) noexcept;
 /** True for atoms with single dots between them. */
 bool isDotAtom(std::string_view text) noexcept;
 
-} // namespace SMTPLib
+} // namespace smtplib

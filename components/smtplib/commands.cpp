@@ -2,7 +2,7 @@
 
 #include <QString>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 /** A command of which nothing is secret. */
@@ -61,4 +61,4 @@ Command quitCommand() {
     return openCommand(CommandKind::Quit, "QUIT");
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

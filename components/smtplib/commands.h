@@ -9,7 +9,7 @@
 
 class QString;
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** What a reply belongs to: a command, or nothing that was sent. */
 enum class CommandKind { Greeting, Ehlo, Helo, Mail, Rcpt, Data, EndOfMessage, Quit };
@@ -49,4 +49,4 @@ Command dataCommand();
 Command endOfMessageCommand();
 Command quitCommand();
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -2,7 +2,7 @@
 
 #include "platform/runtime_error.h"
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace errors = platform::errors;
 
@@ -53,4 +53,4 @@ int numberOf(FailureKind kind, bool mayHaveBeenSent) noexcept {
     return errors::SendingOutOfStep;
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -3,7 +3,7 @@
 #include "components/smtplib/smtp_session.h"
 #include "components/transport/connection.h"
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** The run-time error for a connection that could not be opened. */
 int numberOf(transport::Outcome outcome) noexcept;
@@ -14,4 +14,4 @@ int numberOf(const Refused& refused) noexcept;
 /** The run-time error for an attempt that broke off, before or after the whole message had left. */
 int numberOf(FailureKind kind, bool mayHaveBeenSent) noexcept;
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 constexpr std::string_view kSpaces = " \t";
@@ -140,4 +140,4 @@ std::vector<std::string> unitsOfName(std::string_view name, bool quoted) {
     return unit.size() > kMaximumQuotedCharacters ? encodedWords(name) : std::vector<std::string>{unit};
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /**
  * One field of a header that is folded while it grows (RFC 5322 section 2.2.3). It is made of units that
@@ -49,4 +49,4 @@ std::vector<std::string> unitsOfText(std::string_view text);
 /** The same for the name before an address: atoms, a quoted text, or encoded words; none for no name. */
 std::vector<std::string> unitsOfName(std::string_view name, bool quoted);
 
-} // namespace SMTPLib
+} // namespace smtplib

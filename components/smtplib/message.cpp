@@ -5,7 +5,7 @@
 
 #include <QRandomGenerator>
 
-namespace SMTPLib {
+namespace smtplib {
 
 using platform::RuntimeError;
 namespace errors = platform::errors;
@@ -47,4 +47,4 @@ std::string newMessageId(const std::string& sender, const QDateTime& now) {
     return id.toStdString();
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** One message as it is typed. Texts are UTF-8. */
 struct Message {
@@ -54,4 +54,4 @@ PreparedMessage prepareMessage(const Message& message, const QDateTime& now);
  */
 std::string newMessageId(const std::string& sender, const QDateTime& now);
 
-} // namespace SMTPLib
+} // namespace smtplib

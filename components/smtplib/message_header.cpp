@@ -11,7 +11,7 @@
 #include <array>
 #include <cstdlib>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 namespace errors = platform::errors;
@@ -130,4 +130,4 @@ void checkAdditionalLines(std::string_view lines) {
     }
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** What the header of a message is made of. */
 struct HeaderFields {
@@ -44,4 +44,4 @@ std::string dateText(const QDateTime& date);
  */
 void checkAdditionalLines(std::string_view lines);
 
-} // namespace SMTPLib
+} // namespace smtplib

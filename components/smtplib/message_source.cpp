@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 bool hasEightBit(std::string_view text) {
@@ -72,4 +72,4 @@ void MessageSource::readFile(std::string& piece) {
     }
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** What a message amounts to on the wire. */
 struct MessageTotals {
@@ -76,4 +76,4 @@ class MessageSource {
     std::string buffer_;
 };
 
-} // namespace SMTPLib
+} // namespace smtplib

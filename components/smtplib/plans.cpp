@@ -3,7 +3,7 @@
 #include "components/smtplib/error_numbers.h"
 #include "platform/runtime_error.h"
 
-namespace SMTPLib {
+namespace smtplib {
 
 using platform::RuntimeError;
 
@@ -49,4 +49,4 @@ void awaitConfirmation(Exchange& exchange) {
     mustNotBeRefused(exchange.next());
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace SMTPLib {
+namespace smtplib {
 
 using Exchange = protocol::Exchange<SmtpSession>;
 
@@ -31,4 +31,4 @@ void offerMessage(Exchange& exchange, const Envelope& envelope, const Extensions
  */
 void awaitConfirmation(Exchange& exchange);
 
-} // namespace SMTPLib
+} // namespace smtplib

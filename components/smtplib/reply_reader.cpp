@@ -7,7 +7,7 @@
 #include <system_error>
 #include <utility>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 /** The three digits that a line starts with, or nothing. No reply starts with another digit than 2 to 5. */
@@ -76,4 +76,4 @@ bool ReplyReader::takeLine(std::string_view line) {
     return mark == ' ';
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** One answer of the server (RFC 5321 section 4.2). */
 struct Reply {
@@ -66,4 +66,4 @@ class ReplyReader {
     bool broken_ = false;
 };
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-namespace SMTPLib {
+namespace smtplib {
 
 using platform::RuntimeError;
 using transport::Outcome;
@@ -53,7 +53,7 @@ void SMTP::open() {
     }
     const Outcome outcome = connection_.open(*server, QDeadlineTimer(timeouts_.connection));
     if (outcome != Outcome::Done) {
-        throw RuntimeError(SMTPLib::numberOf(outcome));
+        throw RuntimeError(smtplib::numberOf(outcome));
     }
     session_ = {};
     extensions_ = openSession(*this, addressLiteral(connection_.localAddress()));
@@ -123,7 +123,7 @@ void SMTP::sendText(MessageSource& source, std::int64_t totalBytes) {
         connection_.enqueue(session_.takeOutput());
         const Outcome outcome = connection_.waitUntilSentOrAnswered(QDeadlineTimer(timeouts_.dataBlock));
         if (outcome != Outcome::Done) {
-            throw RuntimeError(SMTPLib::numberOf(outcome));
+            throw RuntimeError(smtplib::numberOf(outcome));
         }
         doneBytes += static_cast<std::int64_t>(piece.size());
         progress();
@@ -231,4 +231,4 @@ void SMTP::closeSession() {
     connection_.abort();
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -16,7 +16,7 @@
 #include <string>
 #include <utility>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** The request codes of the component. */
 enum class Request : std::uint8_t { CloseConnection = 2, TransmitMessage = 3, OpenConnection = 4 };
@@ -158,4 +158,9 @@ class SMTP : private Exchange {
     protocol::RequestGuard requests_;
 };
 
+} // namespace smtplib
+
+/** The component under its full name. */
+namespace SMTPLib {
+using smtplib::SMTP;
 } // namespace SMTPLib

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 constexpr int kSuccess = 2;
@@ -146,4 +146,4 @@ Event SmtpSession::fail(FailureKind kind, std::optional<Reply> reply) {
     return Failed{kind, std::move(reply)};
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

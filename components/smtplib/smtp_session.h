@@ -12,7 +12,7 @@
 #include <variant>
 #include <vector>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** The server greeted; commands may be sent from now on. */
 struct Greeted {
@@ -68,7 +68,7 @@ struct Failed {
  */
 class SmtpSession {
   public:
-    using Command = SMTPLib::Command;
+    using Command = smtplib::Command;
     using Event = std::variant<Greeted, Accepted, GoOn, Refused, Failed>;
 
     enum class State {
@@ -132,4 +132,4 @@ using Event = SmtpSession::Event;
 /** The reply that has made the event; nullptr when it was none. */
 const Reply* replyOf(const Event& event) noexcept;
 
-} // namespace SMTPLib
+} // namespace smtplib

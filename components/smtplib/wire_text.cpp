@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace SMTPLib {
+namespace smtplib {
 
 namespace {
 bool continuesCharacter(char byte) noexcept {
@@ -145,4 +145,4 @@ void DotStuffer::add(std::string_view piece, std::string& output) {
     atLineStart_ = last == '\n';
 }
 
-} // namespace SMTPLib
+} // namespace smtplib

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace SMTPLib {
+namespace smtplib {
 
 /** Longest line of a message, in bytes, without its line end (RFC 5321 section 4.5.3.1.6). */
 inline constexpr std::size_t kMaximumTextLineBytes = 998;
@@ -56,4 +56,4 @@ class DotStuffer {
     bool atLineStart_ = true;
 };
 
-} // namespace SMTPLib
+} // namespace smtplib

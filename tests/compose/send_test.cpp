@@ -402,7 +402,7 @@ TEST_F(Send, WhatAnotherProgramEncodesMeanwhileGoesIntoAnotherFile) {
                                  another.setOverwrite(true);
                                  another.setSourceFile(QStringLiteral("C:\\SECRET.TXT"));
                                  another.setTargetFile(QStringLiteral("C:\\_brndwake.tmp"));
-                                 another.setAction(NetCodeLib::Action::Encode);
+                                 another.setAction(netcodelib::Action::Encode);
                                  server.release();
                              });
     write(bob, QStringLiteral("s"), QStringLiteral("x"), QStringLiteral("C:\\MINE.TXT"));

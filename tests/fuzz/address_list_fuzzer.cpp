@@ -12,7 +12,7 @@
 
 namespace {
 
-using SMTPLib::Address;
+using smtplib::Address;
 
 std::vector<std::string> mailboxesOf(const std::vector<Address>& addresses) {
     std::vector<std::string> mailboxes;
@@ -37,16 +37,16 @@ void checkMailbox(const std::string& mailbox) {
         }
     }
     fuzz::require(!quoted, "quotes are closed");
-    fuzz::require(SMTPLib::rcptCommand(mailbox).size() + 2 <= SMTPLib::kMaximumCommandBytes,
+    fuzz::require(smtplib::rcptCommand(mailbox).size() + 2 <= smtplib::kMaximumCommandBytes,
                   "fits into a command");
 }
 
 /** The value of the header's only folded field, unfolded. */
 std::string unfoldedTo(const std::vector<Address>& addresses) {
-    SMTPLib::HeaderFields fields;
+    smtplib::HeaderFields fields;
     fields.sender = addresses.front();
     fields.recipients = addresses;
-    const std::string header = SMTPLib::messageHeader(fields);
+    const std::string header = smtplib::messageHeader(fields);
     const std::size_t begin = header.find("\r\nTo:") + 5;
     std::string value = header.substr(begin, header.find("\r\nSubject:") - begin);
     for (std::size_t fold = value.find("\r\n"); fold != std::string::npos; fold = value.find("\r\n", fold)) {
@@ -62,11 +62,11 @@ std::string unfoldedTo(const std::vector<Address>& addresses) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     std::vector<Address> addresses;
-    const int error = platform::errorNumberOf([&] { addresses = SMTPLib::parseAddressList(text); });
+    const int error = platform::errorNumberOf([&] { addresses = smtplib::parseAddressList(text); });
     fuzz::require(error == 0 || error == platform::errors::BadAddress ||
                       error == platform::errors::FieldHoldsLineEnd,
                   "refused with a number of its own");
-    const auto fault = SMTPLib::findAddressFault(text);
+    const auto fault = smtplib::findAddressFault(text);
     fuzz::require(fault.has_value() == (error != 0), "a fault where it is refused, and only there");
     fuzz::require(!fault || (fault->error == error && fault->begin < fault->end && fault->end <= size),
                   "a fault is a part of the text");
@@ -79,8 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         checkMailbox(mailbox);
         joined += mailbox + ", ";
     }
-    fuzz::require(mailboxesOf(SMTPLib::parseAddressList(joined)) == mailboxes, "the same again");
-    fuzz::require(mailboxesOf(SMTPLib::parseAddressList(unfoldedTo(addresses))) == mailboxes,
+    fuzz::require(mailboxesOf(smtplib::parseAddressList(joined)) == mailboxes, "the same again");
+    fuzz::require(mailboxesOf(smtplib::parseAddressList(unfoldedTo(addresses))) == mailboxes,
                   "the same out of a header");
     return 0;
 }

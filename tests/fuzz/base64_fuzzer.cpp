@@ -21,7 +21,7 @@ struct Result {
 };
 
 /** The pieces have the sizes that the input decides, one character each once it is used up. */
-template <class Decoder = NetCodeLib::Base64Decoder>
+template <class Decoder = netcodelib::Base64Decoder>
 Result decoded(std::string_view text, fuzz::Input decisions) {
     Decoder decoder;
     Result result;
@@ -37,7 +37,7 @@ Result decoded(std::string_view text, fuzz::Input decisions) {
 }
 
 std::string encodedInPieces(std::string_view bytes, fuzz::Input decisions) {
-    NetCodeLib::Base64Encoder encoder;
+    netcodelib::Base64Encoder encoder;
     std::string text;
     while (!bytes.empty()) {
         const std::string_view piece = bytes.substr(0, 1 + decisions.below(256));
@@ -49,7 +49,7 @@ std::string encodedInPieces(std::string_view bytes, fuzz::Input decisions) {
 }
 
 std::string withoutFields(std::string_view text, std::size_t pieceBytes) {
-    NetCodeLib::LeadingFields fields;
+    netcodelib::LeadingFields fields;
     std::string left;
     while (!text.empty()) {
         const std::string_view piece = text.substr(0, pieceBytes);
@@ -80,10 +80,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::require(withoutFields(encoded, size) == encoded, "encoded text is never taken for header lines");
 
     const std::string part = "\r\n" + encoded + "--\r\n";
-    fuzz::require(decoded<NetCodeLib::PartDecoder>(part, decisions) == Result{std::string(text), 0},
+    fuzz::require(decoded<netcodelib::PartDecoder>(part, decisions) == Result{std::string(text), 0},
                   "what was encoded comes back from its part");
-    const Result slowPart = decoded<NetCodeLib::PartDecoder>(text, fuzz::Input(nullptr, 0));
-    const Result fastPart = decoded<NetCodeLib::PartDecoder>(text, decisions);
+    const Result slowPart = decoded<netcodelib::PartDecoder>(text, fuzz::Input(nullptr, 0));
+    const Result fastPart = decoded<netcodelib::PartDecoder>(text, decisions);
     fuzz::require(fastPart.error == slowPart.error && (fastPart.error != 0 || fastPart == slowPart),
                   "a part's bytes and errors do not depend on the pieces");
     fuzz::require(fastPart.error == 0 || fastPart.error == platform::errors::BadEncodedText,

@@ -13,51 +13,51 @@
 
 namespace {
 
-using POPLib::Pop3Session;
+using poplib::Pop3Session;
 
-POPLib::Command command(std::size_t choice) {
+poplib::Command command(std::size_t choice) {
     switch (choice) {
     case 0:
-        return POPLib::userCommand("bob");
+        return poplib::userCommand("bob");
     case 1:
-        return POPLib::passCommand("secret");
+        return poplib::passCommand("secret");
     case 2:
-        return POPLib::statCommand();
+        return poplib::statCommand();
     case 3:
-        return POPLib::listCommand(1);
+        return poplib::listCommand(1);
     case 4:
-        return POPLib::topCommand(1, 25);
+        return poplib::topCommand(1, 25);
     case 5:
-        return POPLib::retrCommand(1);
+        return poplib::retrCommand(1);
     case 6:
-        return POPLib::retrCommand(1, 2);
+        return poplib::retrCommand(1, 2);
     case 7:
-        return POPLib::deleCommand(1);
+        return poplib::deleCommand(1);
     case 8:
-        return POPLib::quitCommand();
+        return poplib::quitCommand();
     case 9:
-        return POPLib::uidlCommand();
+        return poplib::uidlCommand();
     case 10:
-        return POPLib::authCommand("PLAIN", "");
+        return poplib::authCommand("PLAIN", "");
     default:
-        return POPLib::authResponseCommand("*");
+        return poplib::authResponseCommand("*");
     }
 }
 
 /** What holds for every event, whatever the server says. */
 struct Requirements {
-    void operator()(const POPLib::HeaderLine& header) const {
+    void operator()(const poplib::HeaderLine& header) const {
         fuzz::require(header.field.find(':') == std::string::npos, "no colon in a field's name");
         fuzz::require(header.value.find("\r\n") == std::string::npos, "no line end in a value");
     }
 
-    void operator()(const POPLib::BodyLine& body) const {
+    void operator()(const poplib::BodyLine& body) const {
         fuzz::require(body.text.find("\r\n") == std::string::npos, "no line end in a body line");
         fuzz::require(body.bytesTransferred >= static_cast<std::int64_t>(body.text.size()) + 2,
                       "a line counts towards the bytes transferred");
     }
 
-    void operator()(const POPLib::ListingLine& line) const {
+    void operator()(const poplib::ListingLine& line) const {
         fuzz::require(line.text.find("\r\n") == std::string::npos, "no line end in a listing's line");
     }
 

@@ -16,18 +16,18 @@
 
 namespace {
 
-using SMTPLib::SmtpSession;
+using smtplib::SmtpSession;
 
 /** What holds for every event, whatever the server says. */
-void requireSense(const SMTPLib::Event& event) {
-    if (const SMTPLib::Reply* const reply = SMTPLib::replyOf(event)) {
+void requireSense(const smtplib::Event& event) {
+    if (const smtplib::Reply* const reply = smtplib::replyOf(event)) {
         fuzz::require(reply->kind() >= 2 && reply->kind() <= 5, "a reply has a code");
         fuzz::require(!reply->lines.empty(), "a reply has a line");
         for (const std::string& line : reply->lines) {
             fuzz::require(line.find('\n') == std::string::npos, "no line end in a line");
         }
     }
-    if (const auto* const refused = std::get_if<SMTPLib::Refused>(&event)) {
+    if (const auto* const refused = std::get_if<smtplib::Refused>(&event)) {
         fuzz::require(refused->reply.code >= 400, "only 4xx and 5xx refuse");
     }
 }
@@ -42,13 +42,13 @@ struct Run {
 };
 
 /** A server that says one turn after the other, whatever the client says. */
-class Dialogue : public SMTPLib::Exchange {
+class Dialogue : public smtplib::Exchange {
   public:
     Dialogue(std::string_view bytes, const std::vector<std::size_t>& sizes) : bytes_(bytes), sizes_(sizes) {}
 
     SmtpSession& session() override { return session_; }
 
-    SMTPLib::Event next() override {
+    smtplib::Event next() override {
         while (events_.empty()) {
             run.sent += session_.takeOutput();
             run.mayHaveBeenSent = session_.mayHaveBeenSent();
@@ -57,11 +57,11 @@ class Dialogue : public SMTPLib::Exchange {
             }
             hearTurn();
         }
-        SMTPLib::Event event = std::move(events_.front());
+        smtplib::Event event = std::move(events_.front());
         events_.pop_front();
         requireSense(event);
         run.events.push_back(support::described(event));
-        if (std::holds_alternative<SMTPLib::Failed>(event)) {
+        if (std::holds_alternative<smtplib::Failed>(event)) {
             throw platform::RuntimeError(platform::errors::SendingOutOfStep);
         }
         return event;
@@ -87,21 +87,21 @@ class Dialogue : public SMTPLib::Exchange {
     const std::vector<std::size_t>& sizes_;
     std::size_t piece_ = 0;
     SmtpSession session_;
-    std::deque<SMTPLib::Event> events_;
+    std::deque<smtplib::Event> events_;
 };
 
 /** One message, then the end of the session. */
 void sendMessage(Dialogue& dialogue, bool large) {
-    const SMTPLib::Extensions extensions = SMTPLib::openSession(dialogue, "[127.0.0.1]");
-    SMTPLib::offerMessage(
+    const smtplib::Extensions extensions = smtplib::openSession(dialogue, "[127.0.0.1]");
+    smtplib::offerMessage(
         dialogue, {"bob@example.org", {"ann@example.org", "carl@example.org"}, large ? 1'000'000 : 100, true},
         extensions);
     dialogue.session().addText("text\r\n.\r\n");
-    dialogue.session().submit(SMTPLib::endOfMessageCommand());
-    SMTPLib::awaitConfirmation(dialogue);
+    dialogue.session().submit(smtplib::endOfMessageCommand());
+    smtplib::awaitConfirmation(dialogue);
     fuzz::require(dialogue.run.sent.find("\r\n..\r\n.\r\n") != std::string::npos,
                   "what is accepted was sent whole");
-    dialogue.ask(SMTPLib::quitCommand());
+    dialogue.ask(smtplib::quitCommand());
 }
 
 Run play(std::string_view bytes, bool large, const std::vector<std::size_t>& sizes) {

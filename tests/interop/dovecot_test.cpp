@@ -15,7 +15,7 @@
 namespace {
 
 using platform::errorNumberOf;
-using POPLib::Request;
+using poplib::Request;
 using support::DovecotServer;
 using testing::ElementsAre;
 using testing::SizeIs;
@@ -377,7 +377,7 @@ TEST_F(Dovecot, AServerThatDiesEndsTheRequestWithTrouble) {
 
 TEST_F(Dovecot, ThePasswordIsNeverInTheTrail) {
     std::vector<std::string> trail;
-    pop_.PITrail = [&trail](POPLib::Direction, const std::string& message) { trail.push_back(message); };
+    pop_.PITrail = [&trail](poplib::Direction, const std::string& message) { trail.push_back(message); };
     logOn();
     logOff();
     EXPECT_THAT(trail, testing::Contains("PASS ****"));

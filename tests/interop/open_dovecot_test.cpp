@@ -25,7 +25,7 @@ const std::string kHeader = "From: Ann <ann@example.org>\r\nSubject: Parts\r\nDa
                             "+0000\r\n";
 
 std::string encoded(const std::string& content) {
-    NetCodeLib::Base64Encoder encoder;
+    netcodelib::Base64Encoder encoder;
     std::string text;
     encoder.append(content, text);
     encoder.finish(text);

@@ -136,12 +136,12 @@ class SendThroughExim : public support::WindowTest {
         pop.Transfer = [&](std::int32_t /*bytesTransferred*/, const std::string& line) {
             message.body.append(line).append("\r\n");
         };
-        pop.issueRequest(POPLib::Request::ConnectAndLogOn);
+        pop.issueRequest(poplib::Request::ConnectAndLogOn);
         EXPECT_EQ(pop.messageCount(), 1);
         pop.setCurrentMessage(1);
         pop.setBodyLineLimit(0);
-        pop.issueRequest(POPLib::Request::RetrieveCurrentMessage);
-        pop.issueRequest(POPLib::Request::LogOffAndDisconnect);
+        pop.issueRequest(poplib::Request::RetrieveCurrentMessage);
+        pop.issueRequest(poplib::Request::LogOffAndDisconnect);
         return message;
     }
 
@@ -247,8 +247,8 @@ TEST_F(SendThroughExim, AMessageAboveTheServersLimitIsNotEvenOffered) {
     write(bob, QStringLiteral("Huge"), QString());
     composeWindow().txtAttachment->setText(QStringLiteral("D:\\HUGE.BIN"));
     std::vector<std::string> commands;
-    composeWindow().SMTP1.PITrail = [&](SMTPLib::Direction direction, const std::string& line) {
-        if (direction == SMTPLib::Direction::ToServer) {
+    composeWindow().SMTP1.PITrail = [&](smtplib::Direction direction, const std::string& line) {
+        if (direction == smtplib::Direction::ToServer) {
             commands.push_back(line);
         }
     };

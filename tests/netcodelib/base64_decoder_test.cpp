@@ -14,7 +14,7 @@
 
 namespace {
 
-using NetCodeLib::Base64Decoder;
+using netcodelib::Base64Decoder;
 using support::randomBytes;
 using namespace std::string_literals;
 
@@ -109,7 +109,7 @@ TEST_P(Base64DecoderCase, GivesTheSameBytesForPiecesOfEverySize) {
 /** Behind many whole lines the fast way is in use when the special case comes. */
 TEST_P(Base64DecoderCase, GivesTheSameBytesBehindWholeLines) {
     const std::string before = randomBytes(5700, 1);
-    NetCodeLib::Base64Encoder encoder;
+    netcodelib::Base64Encoder encoder;
     std::string text;
     encoder.append(before, text);
     encoder.finish(text);
@@ -140,7 +140,7 @@ TEST(Base64Decoder, UndoesTheReferenceForEveryLength) {
 TEST(Base64Decoder, UndoesTheEncoderInPiecesOfEverySize) {
     for (unsigned seed = 0; seed < 20; ++seed) {
         const std::string bytes = randomBytes(50'000 + seed * 1009, seed);
-        NetCodeLib::Base64Encoder encoder;
+        netcodelib::Base64Encoder encoder;
         std::string text;
         encoder.append(bytes, text);
         encoder.finish(text);
@@ -152,7 +152,7 @@ TEST(Base64Decoder, UndoesTheEncoderInPiecesOfEverySize) {
 
 TEST(Base64Decoder, IgnoresAForeignCharacterAtEveryPlace) {
     const std::string bytes = randomBytes(114, 3);
-    NetCodeLib::Base64Encoder encoder;
+    netcodelib::Base64Encoder encoder;
     std::string text;
     encoder.append(bytes, text);
     for (std::size_t place = 0; place <= text.size(); ++place) {

@@ -11,7 +11,7 @@
 
 namespace {
 
-using NetCodeLib::Base64Encoder;
+using netcodelib::Base64Encoder;
 using support::randomBytes;
 
 constexpr std::array<std::size_t, 8> kPieces{1, 2, 7, 56, 57, 58, 65'536, std::string_view::npos};

@@ -13,7 +13,7 @@
 
 namespace {
 
-using NetCodeLib::Base64Form;
+using netcodelib::Base64Form;
 using namespace std::string_literals;
 
 std::string encoded(std::size_t bytes) {

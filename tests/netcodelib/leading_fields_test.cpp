@@ -10,7 +10,7 @@
 
 namespace {
 
-using NetCodeLib::LeadingFields;
+using netcodelib::LeadingFields;
 
 const std::string kTooLong(LeadingFields::kMaximumLineBytes, 'A');
 

@@ -24,8 +24,8 @@
 
 namespace {
 
-using NetCodeLib::Action;
-using NetCodeLib::NetCode;
+using netcodelib::Action;
+using netcodelib::NetCode;
 using platform::errorNumberOf;
 using support::contentOf;
 using support::modeOf;

@@ -20,7 +20,7 @@ struct Result {
 };
 
 Result decoded(std::string_view text, std::size_t pieceBytes) {
-    NetCodeLib::PartDecoder decoder;
+    netcodelib::PartDecoder decoder;
     Result result;
     result.error = platform::errorNumberOf([&] {
         support::forEachPiece(text, pieceBytes,

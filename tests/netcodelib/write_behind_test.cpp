@@ -9,7 +9,7 @@
 
 namespace {
 
-using NetCodeLib::WriteBehind;
+using netcodelib::WriteBehind;
 using platform::RuntimeError;
 namespace errors = platform::errors;
 

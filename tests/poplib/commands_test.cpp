@@ -7,8 +7,8 @@
 
 namespace {
 
-using POPLib::Command;
-using POPLib::CommandKind;
+using poplib::Command;
+using poplib::CommandKind;
 
 struct Case {
     const char* name;
@@ -22,18 +22,18 @@ struct Case {
 
 const std::vector<Case>& cases() {
     static const std::vector<Case> table{
-        {"User", POPLib::userCommand("bob"), CommandKind::User, "USER bob", "USER bob", 0, 0},
-        {"Pass", POPLib::passCommand("secret"), CommandKind::Pass, "PASS secret", "PASS ****", 0, 0},
-        {"EmptyPass", POPLib::passCommand(""), CommandKind::Pass, "PASS ", "PASS ****", 0, 0},
-        {"PassWithBlanks", POPLib::passCommand(" a  b "), CommandKind::Pass, "PASS  a  b ", "PASS ****", 0,
+        {"User", poplib::userCommand("bob"), CommandKind::User, "USER bob", "USER bob", 0, 0},
+        {"Pass", poplib::passCommand("secret"), CommandKind::Pass, "PASS secret", "PASS ****", 0, 0},
+        {"EmptyPass", poplib::passCommand(""), CommandKind::Pass, "PASS ", "PASS ****", 0, 0},
+        {"PassWithBlanks", poplib::passCommand(" a  b "), CommandKind::Pass, "PASS  a  b ", "PASS ****", 0,
          0},
-        {"Stat", POPLib::statCommand(), CommandKind::Stat, "STAT", "STAT", 0, 0},
-        {"List", POPLib::listCommand(7), CommandKind::List, "LIST 7", "LIST 7", 7, 0},
-        {"Top", POPLib::topCommand(200, 25), CommandKind::Top, "TOP 200 25", "TOP 200 25", 200, 25},
-        {"Retr", POPLib::retrCommand(3), CommandKind::Retr, "RETR 3", "RETR 3", 3, 0},
-        {"RetrForAListing", POPLib::retrCommand(3, 25), CommandKind::Retr, "RETR 3", "RETR 3", 3, 25},
-        {"Dele", POPLib::deleCommand(32767), CommandKind::Dele, "DELE 32767", "DELE 32767", 32767, 0},
-        {"Quit", POPLib::quitCommand(), CommandKind::Quit, "QUIT", "QUIT", 0, 0},
+        {"Stat", poplib::statCommand(), CommandKind::Stat, "STAT", "STAT", 0, 0},
+        {"List", poplib::listCommand(7), CommandKind::List, "LIST 7", "LIST 7", 7, 0},
+        {"Top", poplib::topCommand(200, 25), CommandKind::Top, "TOP 200 25", "TOP 200 25", 200, 25},
+        {"Retr", poplib::retrCommand(3), CommandKind::Retr, "RETR 3", "RETR 3", 3, 0},
+        {"RetrForAListing", poplib::retrCommand(3, 25), CommandKind::Retr, "RETR 3", "RETR 3", 3, 25},
+        {"Dele", poplib::deleCommand(32767), CommandKind::Dele, "DELE 32767", "DELE 32767", 32767, 0},
+        {"Quit", poplib::quitCommand(), CommandKind::Quit, "QUIT", "QUIT", 0, 0},
     };
     return table;
 }
@@ -78,7 +78,7 @@ const std::vector<Argument>& arguments() {
 class CommandArgument : public testing::TestWithParam<Argument> {};
 
 TEST_P(CommandArgument, MayBeSentOnlyIfItStaysWithinItsLine) {
-    EXPECT_EQ(POPLib::canBeSentAsArgument(GetParam().text), GetParam().canBeSent);
+    EXPECT_EQ(poplib::canBeSentAsArgument(GetParam().text), GetParam().canBeSent);
 }
 
 INSTANTIATE_TEST_SUITE_P(Arguments, CommandArgument, testing::ValuesIn(arguments()),
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(Arguments, CommandArgument, testing::ValuesIn(arguments
 
 TEST(CommandArgument, TheLongestFillsACommandLine) {
     const std::string longest(248, 'x');
-    EXPECT_EQ((POPLib::passCommand(longest).sent + "\r\n").size(), POPLib::kMaximumCommandBytes);
+    EXPECT_EQ((poplib::passCommand(longest).sent + "\r\n").size(), poplib::kMaximumCommandBytes);
 }
 
 } // namespace

@@ -6,9 +6,9 @@
 
 namespace {
 
-using POPLib::BodyLine;
-using POPLib::HeaderLine;
-using POPLib::ListingAllowance;
+using poplib::BodyLine;
+using poplib::HeaderLine;
+using poplib::ListingAllowance;
 
 constexpr std::size_t kMegabyte = 1U << 20U;
 

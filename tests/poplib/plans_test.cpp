@@ -18,15 +18,15 @@
 namespace {
 
 using platform::errorNumberOf;
-using POPLib::Event;
-using POPLib::ListedMailbox;
-using POPLib::Pop3Session;
+using poplib::Event;
+using poplib::ListedMailbox;
+using poplib::Pop3Session;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 namespace errors = platform::errors;
 
 int numberOfFailure(const Event* event, const Pop3Session& /*session*/) {
-    return event == nullptr || std::holds_alternative<POPLib::Failed>(*event) ? errors::MailServerTrouble : 0;
+    return event == nullptr || std::holds_alternative<poplib::Failed>(*event) ? errors::MailServerTrouble : 0;
 }
 
 /** A dialogue of lines that start with "S " for the server and "C " for the client. */
@@ -67,19 +67,19 @@ class Dialogue : public support::RecordedExchange<Pop3Session> {
 TEST(LogOnPlan, GivesTheTotals) {
     Dialogue dialogue{"S +OK ready", "C USER bob", "S +OK",      "C PASS secret",
                       "S +OK in",    "C STAT",     "S +OK 2 320"};
-    const auto outcome = POPLib::logOn(dialogue, "bob", "secret");
-    ASSERT_TRUE(std::holds_alternative<POPLib::MailboxTotals>(outcome));
-    EXPECT_EQ(std::get<POPLib::MailboxTotals>(outcome).messages, 2);
-    EXPECT_EQ(std::get<POPLib::MailboxTotals>(outcome).bytes, 320);
+    const auto outcome = poplib::logOn(dialogue, "bob", "secret");
+    ASSERT_TRUE(std::holds_alternative<poplib::MailboxTotals>(outcome));
+    EXPECT_EQ(std::get<poplib::MailboxTotals>(outcome).messages, 2);
+    EXPECT_EQ(std::get<poplib::MailboxTotals>(outcome).bytes, 320);
     dialogue.expectToBeSaid();
 }
 
 TEST(LogOnPlan, StopsWhereTheServerRefuses) {
     Dialogue name{"S +OK", "C USER bob", "S -ERR who"};
-    EXPECT_EQ(std::get<POPLib::LogOnRefused>(POPLib::logOn(name, "bob", "secret")).text, "who");
+    EXPECT_EQ(std::get<poplib::LogOnRefused>(poplib::logOn(name, "bob", "secret")).text, "who");
     name.expectToBeSaid();
     Dialogue password{"S +OK", "C USER bob", "S +OK", "C PASS secret", "S -ERR [IN-USE] later"};
-    EXPECT_EQ(std::get<POPLib::LogOnRefused>(POPLib::logOn(password, "bob", "secret")).text,
+    EXPECT_EQ(std::get<poplib::LogOnRefused>(poplib::logOn(password, "bob", "secret")).text,
               "[IN-USE] later");
     password.expectToBeSaid();
 }
@@ -87,7 +87,7 @@ TEST(LogOnPlan, StopsWhereTheServerRefuses) {
 TEST(LogOnPlan, WithoutTotalsIsNone) {
     for (const char* const answer : {"S -ERR", "S +OK none", "S +OK -1 0"}) {
         Dialogue dialogue{"S +OK", "C USER bob", "S +OK", "C PASS secret", "S +OK", "C STAT", answer};
-        EXPECT_EQ(errorNumberOf([&] { POPLib::logOn(dialogue, "bob", "secret"); }), errors::MailServerTrouble)
+        EXPECT_EQ(errorNumberOf([&] { poplib::logOn(dialogue, "bob", "secret"); }), errors::MailServerTrouble)
             << answer;
     }
 }
@@ -117,7 +117,7 @@ TEST(ListedMailbox, FetchesTheWholeMessageWhereTopIsUnknown) {
     mailbox.size(dialogue, 3);
     std::size_t lines = 0;
     mailbox.list(dialogue, 3, 1, {}, [&](const Event& event) {
-        lines += std::holds_alternative<POPLib::ResponseEnded>(event) ? 0U : 1U;
+        lines += std::holds_alternative<poplib::ResponseEnded>(event) ? 0U : 1U;
     });
     dialogue.expectToBeSaid();
     EXPECT_EQ(lines, 2U) << "the header and one body line";
@@ -128,7 +128,7 @@ TEST(ListedMailbox, FetchesNoVeryLargeMessageWholeForARow) {
     ListedMailbox mailbox;
     dialogue.next();
     mailbox.size(dialogue, 3);
-    POPLib::Limits limits;
+    poplib::Limits limits;
     limits.wholeMessageBytes = 100;
     mailbox.list(dialogue, 3, 25, limits, [](const Event&) { FAIL() << "there are no lines"; });
     dialogue.expectToBeSaid();

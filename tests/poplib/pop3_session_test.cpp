@@ -9,7 +9,7 @@
 
 namespace {
 
-using POPLib::Pop3Session;
+using poplib::Pop3Session;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
@@ -30,7 +30,7 @@ std::vector<std::string> eventsAfter(Pop3Session& session, std::string_view byte
 }
 
 /** A session that has been greeted and has sent this command. */
-Pop3Session sessionThatSent(POPLib::Command command,
+Pop3Session sessionThatSent(poplib::Command command,
                             std::int64_t listingBytes = Pop3Session::kMaximumListingBytes) {
     Pop3Session session(listingBytes);
     EXPECT_THAT(eventsAfter(session, "+OK\r\n"), ElementsAre("greeted []"));
@@ -41,7 +41,7 @@ Pop3Session sessionThatSent(POPLib::Command command,
 
 TEST(Pop3Session, SendsNothingBeforeTheServerHasGreeted) {
     Pop3Session session;
-    session.submit(POPLib::userCommand("bob"));
+    session.submit(poplib::userCommand("bob"));
     EXPECT_EQ(session.takeOutput(), "");
     EXPECT_EQ(session.state(), Pop3Session::State::Greeting);
     eventsAfter(session, "+OK ready\r\n");
@@ -51,8 +51,8 @@ TEST(Pop3Session, SendsNothingBeforeTheServerHasGreeted) {
 TEST(Pop3Session, SendsOneCommandAtATimeUnlessTold) {
     Pop3Session session;
     eventsAfter(session, "+OK\r\n");
-    session.submit(POPLib::listCommand(1));
-    session.submit(POPLib::listCommand(2));
+    session.submit(poplib::listCommand(1));
+    session.submit(poplib::listCommand(2));
     EXPECT_EQ(session.takeOutput(), "LIST 1\r\n");
     EXPECT_EQ(session.takeOutput(), "");
     eventsAfter(session, "+OK 1 9\r\n");
@@ -64,7 +64,7 @@ TEST(Pop3Session, KeepsNoMoreCommandsUnderWayThanTold) {
     session.setMaximumOutstanding(2);
     eventsAfter(session, "+OK\r\n");
     for (std::int32_t number = 1; number <= 4; ++number) {
-        session.submit(POPLib::listCommand(number));
+        session.submit(poplib::listCommand(number));
     }
     EXPECT_EQ(session.takeOutput(), "LIST 1\r\nLIST 2\r\n");
     eventsAfter(session, "+OK 1 9\r\n");
@@ -77,8 +77,8 @@ TEST(Pop3Session, ShowsNoPasswordAmongItsCommands) {
     Pop3Session session;
     session.setMaximumOutstanding(2);
     eventsAfter(session, "+OK\r\n");
-    session.submit(POPLib::userCommand("bob"));
-    session.submit(POPLib::passCommand("secret"));
+    session.submit(poplib::userCommand("bob"));
+    session.submit(poplib::passCommand("secret"));
     session.takeOutput();
     EXPECT_THAT(session.shownOutput(), ElementsAre("USER bob", "PASS ****"));
     session.takeOutput();
@@ -88,9 +88,9 @@ TEST(Pop3Session, ShowsNoPasswordAmongItsCommands) {
 TEST(Pop3Session, GoesThroughItsStates) {
     using State = Pop3Session::State;
     Pop3Session session;
-    session.submit(POPLib::userCommand("bob"));
-    session.submit(POPLib::passCommand("secret"));
-    session.submit(POPLib::quitCommand());
+    session.submit(poplib::userCommand("bob"));
+    session.submit(poplib::passCommand("secret"));
+    session.submit(poplib::quitCommand());
     for (const State state :
          {State::Greeting, State::Authorization, State::Authorization, State::Transaction}) {
         EXPECT_EQ(session.state(), state);
@@ -98,40 +98,40 @@ TEST(Pop3Session, GoesThroughItsStates) {
         eventsAfter(session, "+OK\r\n");
     }
     EXPECT_EQ(session.state(), State::Over);
-    session.submit(POPLib::statCommand());
+    session.submit(poplib::statCommand());
     EXPECT_EQ(session.takeOutput(), "") << "nothing is sent once the session is over";
     EXPECT_THAT(eventsAfter(session, "+OK\r\n"), IsEmpty());
 }
 
 TEST(Pop3Session, StaysInItsStateWhenTheServerRefuses) {
-    Pop3Session session = sessionThatSent(POPLib::passCommand("secret"));
+    Pop3Session session = sessionThatSent(poplib::passCommand("secret"));
     EXPECT_THAT(eventsAfter(session, "-ERR no\r\n"), ElementsAre("refused PASS [no]"));
     EXPECT_EQ(session.state(), Pop3Session::State::Authorization);
 }
 
 TEST(Pop3Session, LetsALogOnGoOnAndShowsNothingOfIt) {
-    Pop3Session session = sessionThatSent(POPLib::authCommand("PLAIN", ""));
+    Pop3Session session = sessionThatSent(poplib::authCommand("PLAIN", ""));
     EXPECT_THAT(session.shownOutput(), ElementsAre("AUTH PLAIN"));
     EXPECT_THAT(eventsAfter(session, "+ \r\n"), ElementsAre("go on AUTH []"));
-    session.submit(POPLib::authResponseCommand("AGJvYgBzZWNyZXQ="));
+    session.submit(poplib::authResponseCommand("AGJvYgBzZWNyZXQ="));
     EXPECT_EQ(session.takeOutput(), "AGJvYgBzZWNyZXQ=\r\n");
     EXPECT_THAT(session.shownOutput(), ElementsAre("****"));
     EXPECT_THAT(eventsAfter(session, "+ Y2hhbGxlbmdl\r\n"), ElementsAre("go on response [Y2hhbGxlbmdl]"));
-    session.submit(POPLib::authResponseCommand("*"));
+    session.submit(poplib::authResponseCommand("*"));
     session.takeOutput();
     EXPECT_THAT(eventsAfter(session, "+OK in\r\n"), ElementsAre("accepted response [in]"));
     EXPECT_EQ(session.state(), Pop3Session::State::Transaction);
-    EXPECT_EQ(POPLib::authCommand("PLAIN", "AGJvYgBz").sent, "AUTH PLAIN AGJvYgBz");
-    EXPECT_EQ(POPLib::authCommand("PLAIN", "AGJvYgBz").shown, "AUTH PLAIN ****");
+    EXPECT_EQ(poplib::authCommand("PLAIN", "AGJvYgBz").sent, "AUTH PLAIN AGJvYgBz");
+    EXPECT_EQ(poplib::authCommand("PLAIN", "AGJvYgBz").shown, "AUTH PLAIN ****");
 }
 
 TEST(Pop3Session, LetsNothingElseGoOn) {
-    Pop3Session session = sessionThatSent(POPLib::statCommand());
+    Pop3Session session = sessionThatSent(poplib::statCommand());
     EXPECT_THAT(eventsAfter(session, "+ 2 320\r\n"), ElementsAre("failed out of step"));
 }
 
 TEST(Pop3Session, FailsOnceAndThenIsSilent) {
-    Pop3Session session = sessionThatSent(POPLib::statCommand());
+    Pop3Session session = sessionThatSent(poplib::statCommand());
     EXPECT_THAT(eventsAfter(session, "garbage\r\n+OK 0 0\r\n"), ElementsAre("failed out of step"));
     EXPECT_THAT(eventsAfter(session, "+OK 0 0\r\n"), IsEmpty());
     EXPECT_EQ(session.state(), Pop3Session::State::Over);
@@ -141,13 +141,13 @@ TEST(Pop3Session, TakesNoAnswerThatCameBeforeTheCommandWasSent) {
     Pop3Session session;
     eventsAfter(session, "+OK ready\r\n");
     session.receive("+OK 5 1000\r\n");
-    session.submit(POPLib::statCommand());
+    session.submit(poplib::statCommand());
     session.takeOutput();
     EXPECT_THAT(eventsOf(session), ElementsAre("failed out of step"));
 }
 
 TEST(Pop3Session, MakesProgressWithEveryAnswerAndEveryFewKilobytesButNotWithALine) {
-    Pop3Session session = sessionThatSent(POPLib::retrCommand(1));
+    Pop3Session session = sessionThatSent(poplib::retrCommand(1));
     auto progress = session.progress();
     const auto grows = [&](std::string_view bytes) {
         eventsAfter(session, bytes);
@@ -159,19 +159,19 @@ TEST(Pop3Session, MakesProgressWithEveryAnswerAndEveryFewKilobytesButNotWithALin
     EXPECT_TRUE(grows(std::string(8192, 'x')));
     EXPECT_FALSE(grows("\r\n"));
     EXPECT_TRUE(grows(".\r\n"));
-    for (const POPLib::Command& command : {POPLib::listCommand(1), POPLib::deleCommand(1)}) {
+    for (const poplib::Command& command : {poplib::listCommand(1), poplib::deleCommand(1)}) {
         session.submit(command);
         session.takeOutput();
         EXPECT_FALSE(grows("+OK"));
         EXPECT_TRUE(grows("\r\n"));
     }
-    session.submit(POPLib::listCommand(2));
+    session.submit(poplib::listCommand(2));
     session.takeOutput();
     EXPECT_TRUE(grows("-ERR no\r\n"));
 }
 
 TEST(Pop3Session, ReadsAHeaderLineOfAMegabyteByteByByte) {
-    Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
+    Pop3Session session = sessionThatSent(poplib::topCommand(1, 25));
     const std::string value((1U << 20U) - 20, 'x');
     std::vector<std::string> events;
     support::forEachPiece("+OK\r\nSubject: " + value + "\r\n\r\n.\r\n", 1, [&](std::string_view piece) {
@@ -183,7 +183,7 @@ TEST(Pop3Session, ReadsAHeaderLineOfAMegabyteByteByByte) {
 }
 
 TEST(Pop3Session, ReadsAHundredThousandHeaderLines) {
-    Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
+    Pop3Session session = sessionThatSent(poplib::topCommand(1, 25));
     std::string bytes = "+OK\r\n";
     for (int line = 0; line < 100'000; ++line) {
         bytes += "X-Line: value\r\n";
@@ -193,7 +193,7 @@ TEST(Pop3Session, ReadsAHundredThousandHeaderLines) {
     support::forEachPiece(bytes, 7, [&](std::string_view piece) {
         session.receive(piece);
         while (const auto event = session.nextEvent()) {
-            headerLines += std::holds_alternative<POPLib::HeaderLine>(*event) ? 1 : 0;
+            headerLines += std::holds_alternative<poplib::HeaderLine>(*event) ? 1 : 0;
         }
     });
     EXPECT_EQ(headerLines, 100'000U);
@@ -214,10 +214,10 @@ std::vector<std::string> eventsOfLine(Pop3Session& session, const std::string& s
 TEST(Pop3Session, TakesTheLongestStatusLineWhereverTheNetworkCutsItAndNoLongerOne) {
     for (const std::size_t bytes : {0U, 1U, 2U, 3U}) {
         SCOPED_TRACE(bytes);
-        Pop3Session taken = sessionThatSent(POPLib::topCommand(1, 25));
+        Pop3Session taken = sessionThatSent(poplib::topCommand(1, 25));
         EXPECT_THAT(eventsOfLine(taken, "+OK ", Pop3Session::kMaximumReplyBytes, bytes),
                     ElementsAre(testing::StartsWith("accepted TOP")));
-        Pop3Session failed = sessionThatSent(POPLib::topCommand(1, 25));
+        Pop3Session failed = sessionThatSent(poplib::topCommand(1, 25));
         EXPECT_THAT(eventsOfLine(failed, "+OK ", Pop3Session::kMaximumReplyBytes + 1, bytes),
                     ElementsAre("failed out of step"));
     }
@@ -229,7 +229,7 @@ TEST(Pop3Session, CutsALongerLineOfAListingWhereverTheNetworkCutsIt) {
     for (const std::size_t bytes : {0U, 1U, 2U, 3U, 100'000U}) {
         for (const std::size_t surplus : {0U, 1U, 100'001U}) {
             SCOPED_TRACE(testing::Message() << bytes << ' ' << surplus);
-            Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25));
+            Pop3Session session = sessionThatSent(poplib::topCommand(1, 25));
             eventsAfter(session, "+OK\r\n");
             EXPECT_TRUE(eventsOfLine(session, "Subject: ", longest + surplus, bytes) ==
                         std::vector<std::string>{whole});
@@ -244,7 +244,7 @@ TEST(Pop3Session, OnlyCountsWhatLiesBehindTheWantedLines) {
     const std::string counted =
         "..\r\n.\r.\r\n" + std::string(5U << 20U, '.') + "\r\n\r\n" + std::string(100, 'x') + "\r\n.";
     for (const std::size_t pieceBytes : {std::size_t{1} << 16U, std::string_view::npos}) {
-        Pop3Session session = sessionThatSent(POPLib::retrCommand(1, 2));
+        Pop3Session session = sessionThatSent(poplib::retrCommand(1, 2));
         std::vector<std::string> events;
         support::forEachPiece("+OK\r\na:b\r\n\r\none\r\ntwo\r\n" + counted, pieceBytes,
                               [&](std::string_view piece) {
@@ -266,8 +266,8 @@ std::int64_t bytesUntilItFails(Pop3Session& session, std::int64_t atMost) {
     for (std::int64_t bytes = 0; bytes < atMost; bytes += 1024) {
         session.receive(line);
         while (const auto event = session.nextEvent()) {
-            if (const auto* failed = std::get_if<POPLib::Failed>(&*event)) {
-                EXPECT_EQ(failed->kind, POPLib::FailureKind::TooLarge);
+            if (const auto* failed = std::get_if<poplib::Failed>(&*event)) {
+                EXPECT_EQ(failed->kind, poplib::FailureKind::TooLarge);
                 return bytes;
             }
         }
@@ -277,19 +277,19 @@ std::int64_t bytesUntilItFails(Pop3Session& session, std::int64_t atMost) {
 
 TEST(Pop3Session, GivesUpAListingAnswerThatIsLongerThanAnySize) {
     constexpr std::int64_t limit = 1 << 20;
-    Pop3Session session = sessionThatSent(POPLib::topCommand(1, 25), limit);
+    Pop3Session session = sessionThatSent(poplib::topCommand(1, 25), limit);
     EXPECT_NEAR(static_cast<double>(bytesUntilItFails(session, 2 * limit)), static_cast<double>(limit), 2048);
     EXPECT_EQ(Pop3Session::kMaximumListingBytes, 2'147'483'647);
 }
 
 TEST(Pop3Session, GivesUpAMessagePastItsLimit) {
-    Pop3Session session = sessionThatSent(POPLib::retrCommand(1));
+    Pop3Session session = sessionThatSent(poplib::retrCommand(1));
     constexpr std::int64_t limit = Pop3Session::kMaximumMessageBytes;
     EXPECT_NEAR(static_cast<double>(bytesUntilItFails(session, 2 * limit)), static_cast<double>(limit), 2048);
 }
 
 TEST(Pop3Session, TakesALineOfAWholeMessageThatNoListingWould) {
-    Pop3Session session = sessionThatSent(POPLib::retrCommand(1));
+    Pop3Session session = sessionThatSent(poplib::retrCommand(1));
     const std::string line(2 * Pop3Session::kMaximumListingLineBytes, 'x');
     EXPECT_THAT(eventsAfter(session, "+OK\r\n\r\n" + line + "\r\n.\r\n"),
                 ElementsAre("accepted RETR []", "body " + std::to_string(line.size() + 4) + " [" + line + ']',

@@ -15,7 +15,7 @@
 
 namespace {
 
-using POPLib::Pop3Session;
+using poplib::Pop3Session;
 namespace errors = platform::errors;
 using support::Transcript;
 using testing::ElementsAreArray;
@@ -50,7 +50,7 @@ TEST_P(Pop3TranscriptInPieces, GivesItsEventsAndItsCommands) {
     const auto& [name, pieceBytes] = GetParam();
     const Transcript transcript = support::readTranscript(kFolder, name);
     Pop3Session session;
-    for (const POPLib::Command& command : support::commandsOf(transcript)) {
+    for (const poplib::Command& command : support::commandsOf(transcript)) {
         session.submit(command);
     }
     EXPECT_EQ(session.takeOutput(), "") << "the server speaks first";
@@ -77,7 +77,7 @@ class PipelinedPop3Transcript : public testing::TestWithParam<std::string> {};
 std::vector<std::string> eventsOfPipelinedSession(const Transcript& transcript, std::string& output) {
     Pop3Session session;
     session.setMaximumOutstanding(8);
-    for (const POPLib::Command& command : support::commandsOf(transcript)) {
+    for (const poplib::Command& command : support::commandsOf(transcript)) {
         session.submit(command);
     }
     std::vector<std::string> events;
@@ -124,10 +124,10 @@ std::vector<std::string> namesWithoutDeletion() {
 class Pop3TranscriptPlayed : public support::PopTest, public testing::WithParamInterface<NameAndPieces> {
   protected:
     /** Makes the component do what the client's lines say; returns the error that ends it, 0 for none. */
-    int perform(const std::vector<POPLib::Command>& commands) {
-        using POPLib::CommandKind;
-        const POPLib::Command* before = nullptr;
-        for (const POPLib::Command& command : commands) {
+    int perform(const std::vector<poplib::Command>& commands) {
+        using poplib::CommandKind;
+        const poplib::Command* before = nullptr;
+        for (const poplib::Command& command : commands) {
             const bool insteadOfTop = before != nullptr && before->kind == CommandKind::Top &&
                                       command.kind == CommandKind::Retr &&
                                       before->messageNumber == command.messageNumber;
@@ -141,9 +141,9 @@ class Pop3TranscriptPlayed : public support::PopTest, public testing::WithParamI
     }
 
   private:
-    int perform(const POPLib::Command& command) {
-        using POPLib::CommandKind;
-        using POPLib::Request;
+    int perform(const poplib::Command& command) {
+        using poplib::CommandKind;
+        using poplib::Request;
         if (command.messageNumber != 0) {
             pop.setCurrentMessage(static_cast<std::int16_t>(command.messageNumber));
         }

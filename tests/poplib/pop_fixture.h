@@ -33,34 +33,34 @@ class PopTest : public testing::Test {
         pop.Transfer = [this](std::int32_t bytesTransferred, const std::string& text) {
             content.push_back(describedBody(bytesTransferred, text));
         };
-        pop.PITrail = [this](POPLib::Direction direction, const std::string& message) {
-            trail.push_back((direction == POPLib::Direction::ToServer ? "> " : "< ") + message);
+        pop.PITrail = [this](poplib::Direction direction, const std::string& message) {
+            trail.push_back((direction == poplib::Direction::ToServer ? "> " : "< ") + message);
         };
     }
 
     /** The number of the error that the request raises; 0 for none. */
-    int request(POPLib::Request code) {
+    int request(poplib::Request code) {
         return platform::errorNumberOf([&] { pop.issueRequest(code); });
     }
 
-    int logOn() { return request(POPLib::Request::ConnectAndLogOn); }
+    int logOn() { return request(poplib::Request::ConnectAndLogOn); }
 
     int logOn(const ScriptedServer& server) {
         pop.setMailServer(server.address());
         return logOn();
     }
 
-    int logOff() { return request(POPLib::Request::LogOffAndDisconnect); }
+    int logOff() { return request(poplib::Request::LogOffAndDisconnect); }
 
     int retrieve(std::int16_t number, std::int32_t bodyLineLimit = 25) {
         pop.setCurrentMessage(number);
         pop.setBodyLineLimit(bodyLineLimit);
-        return request(POPLib::Request::RetrieveCurrentMessage);
+        return request(poplib::Request::RetrieveCurrentMessage);
     }
 
     int remove(std::int16_t number) {
         pop.setCurrentMessage(number);
-        return request(POPLib::Request::DeleteCurrentMessage);
+        return request(poplib::Request::DeleteCurrentMessage);
     }
 
     /** The size that the server tells, 0 when it refuses, or the negative number of the error. */

@@ -25,8 +25,8 @@ TEST_F(PopReentry, ARequestInsideARequestMeetsABusyServerAndDoesNoHarm) {
     ASSERT_EQ(logOn(server), 0);
     insideTheWait(server, 4, [this] {
         EXPECT_EQ(logOn(), errors::MailServerBusy);
-        EXPECT_EQ(request(POPLib::Request::RetrieveCurrentMessage), errors::MailServerBusy);
-        EXPECT_EQ(request(POPLib::Request::DeleteCurrentMessage), errors::MailServerBusy);
+        EXPECT_EQ(request(poplib::Request::RetrieveCurrentMessage), errors::MailServerBusy);
+        EXPECT_EQ(request(poplib::Request::DeleteCurrentMessage), errors::MailServerBusy);
         EXPECT_EQ(platform::errorNumberOf([this] { pop.currentMessageSize(); }), errors::MailServerBusy);
         EXPECT_EQ(logOff(), 0) << "the session belongs to the request further down the stack";
     });

@@ -153,7 +153,7 @@ TEST_F(PopRetrieval, AfterAnErrorNoEventOfTheOldAnswerIsRaised) {
 
 TEST_F(PopRetrieval, AnErrorOfTheTrailReachesTheCallerToo) {
     ScriptedServer server{Pop3Mailbox()};
-    pop.PITrail = [](POPLib::Direction, const std::string&) {
+    pop.PITrail = [](poplib::Direction, const std::string&) {
         throw platform::RuntimeError(errors::Overflow);
     };
     EXPECT_EQ(logOn(server), errors::Overflow);
@@ -238,7 +238,7 @@ TEST_P(EndlessAnswer, IsGivenUpAtItsLimit) {
     ScriptedServer server(mailbox);
     pop.Header = nullptr;
     pop.Transfer = nullptr;
-    POPLib::Limits limits;
+    poplib::Limits limits;
     limits.listingBytes = 8 << 20;
     pop.setLimits(limits);
     int error = logOn(server);

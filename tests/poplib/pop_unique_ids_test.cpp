@@ -147,7 +147,7 @@ TEST_F(PopUniqueIds, OnlyTheFirstLinesOfAMessageTellItFromOneOfTheSameSizeAndHea
 }
 
 TEST_F(PopUniqueIds, AVeryLargeMessageOnAServerWithoutTopIsKnownByItsId) {
-    POPLib::Limits limits;
+    poplib::Limits limits;
     limits.wholeMessageBytes = 20;
     pop.setLimits(limits);
     pop.setMailServer(server.address());

@@ -133,7 +133,7 @@ support::Conversation slowLines(std::size_t bytes) {
 
 TEST_F(PopWaiting, AnAnswerThatKeepsComingMayTakeLongerThanTheTimeOut) {
     Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
-    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kBytesOfProgress));
+    mailbox.on("TOP", slowLines(poplib::Pop3Session::kBytesOfProgress));
     ScriptedServer server(mailbox);
     pop.setTimeouts({1s, 1s});
     ASSERT_EQ(logOn(server), 0);
@@ -143,7 +143,7 @@ TEST_F(PopWaiting, AnAnswerThatKeepsComingMayTakeLongerThanTheTimeOut) {
 
 TEST_F(PopWaiting, LinesPastTheWantedOnesAreASignOfLifeToo) {
     Pop3Mailbox mailbox({"Subject: a\r\n\r\n"});
-    mailbox.on("TOP", slowLines(POPLib::Pop3Session::kBytesOfProgress));
+    mailbox.on("TOP", slowLines(poplib::Pop3Session::kBytesOfProgress));
     ScriptedServer server(mailbox);
     pop.setTimeouts({1s, 1s});
     ASSERT_EQ(logOn(server), 0);

@@ -50,8 +50,8 @@ const std::vector<Numbers>& numbers() {
 class TwoNumbersCase : public testing::TestWithParam<Numbers> {};
 
 TEST_P(TwoNumbersCase, ReadsThemOrSaysWhyNot) {
-    POPLib::TwoNumbers read;
-    const int error = platform::errorNumberOf([&] { read = POPLib::twoNumbers(GetParam().text); });
+    poplib::TwoNumbers read;
+    const int error = platform::errorNumberOf([&] { read = poplib::twoNumbers(GetParam().text); });
     EXPECT_EQ(error, GetParam().error);
     EXPECT_EQ(read.first, GetParam().first);
     EXPECT_EQ(read.second, GetParam().second);
@@ -94,7 +94,7 @@ const std::vector<Code>& codes() {
 class ResponseCode : public testing::TestWithParam<Code> {};
 
 TEST_P(ResponseCode, TellsWhetherALaterAttemptMaySucceed) {
-    EXPECT_EQ(POPLib::mayBeTriedLater(GetParam().text), GetParam().later);
+    EXPECT_EQ(poplib::mayBeTriedLater(GetParam().text), GetParam().later);
 }
 
 INSTANTIATE_TEST_SUITE_P(Codes, ResponseCode, testing::ValuesIn(codes()),

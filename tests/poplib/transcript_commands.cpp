@@ -9,8 +9,8 @@
 namespace support {
 
 namespace {
-using POPLib::Command;
-using POPLib::CommandKind;
+using poplib::Command;
+using poplib::CommandKind;
 
 Command commandOf(const std::string& line, const std::vector<Command>& before) {
     std::istringstream words(line);
@@ -23,31 +23,31 @@ Command commandOf(const std::string& line, const std::vector<Command>& before) {
     if (keyword == "RETR") {
         const bool insteadOfTop = !before.empty() && before.back().kind == CommandKind::Top &&
                                   before.back().messageNumber == number;
-        return POPLib::retrCommand(number, insteadOfTop ? before.back().bodyLineLimit : 0);
+        return poplib::retrCommand(number, insteadOfTop ? before.back().bodyLineLimit : 0);
     }
     if (keyword == "TOP") {
-        return POPLib::topCommand(number, limit);
+        return poplib::topCommand(number, limit);
     }
     if (keyword == "LIST") {
-        return POPLib::listCommand(number);
+        return poplib::listCommand(number);
     }
     if (keyword == "UIDL") {
-        return POPLib::uidlCommand();
+        return poplib::uidlCommand();
     }
     if (keyword == "DELE") {
-        return POPLib::deleCommand(number);
+        return poplib::deleCommand(number);
     }
     if (keyword == "USER") {
-        return POPLib::userCommand(argument);
+        return poplib::userCommand(argument);
     }
     if (keyword == "PASS") {
-        return POPLib::passCommand(argument);
+        return poplib::passCommand(argument);
     }
     if (keyword == "STAT") {
-        return POPLib::statCommand();
+        return poplib::statCommand();
     }
     if (keyword == "QUIT") {
-        return POPLib::quitCommand();
+        return poplib::quitCommand();
     }
     throw std::invalid_argument("unknown command in a dialogue: " + line);
 }

@@ -8,6 +8,6 @@
 namespace support {
 
 /** The client's lines as commands; a RETR after a TOP for the same message has that one's limit. */
-std::vector<POPLib::Command> commandsOf(const Transcript& transcript);
+std::vector<poplib::Command> commandsOf(const Transcript& transcript);
 
 } // namespace support

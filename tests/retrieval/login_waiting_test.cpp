@@ -176,11 +176,11 @@ TEST_F(LoginWaiting, ARequestThatWasGivenUpHasANumberOfItsOwn) {
     pop.setLoginUser("ann");
     pop.setLoginPassword("secret");
     const WhenItHolds giveUp([&] { return server.commands().size() == 2; }, [&] { pop.giveUp(); });
-    EXPECT_EQ(platform::errorNumberOf([&] { pop.issueRequest(POPLib::Request::ConnectAndLogOn); }),
+    EXPECT_EQ(platform::errorNumberOf([&] { pop.issueRequest(poplib::Request::ConnectAndLogOn); }),
               platform::errors::GivenUp);
     pop.giveUp();
     mailbox.answerProperly("PASS");
-    EXPECT_EQ(platform::errorNumberOf([&] { pop.issueRequest(POPLib::Request::ConnectAndLogOn); }), 0);
+    EXPECT_EQ(platform::errorNumberOf([&] { pop.issueRequest(poplib::Request::ConnectAndLogOn); }), 0);
 }
 
 TEST_F(LoginWaiting, ThePointerWaitsWhileNewMailIsCheckedFor) {

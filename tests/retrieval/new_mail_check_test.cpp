@@ -67,7 +67,7 @@ class NewMailCheck : public WindowTest {
 
     /** Lets memory fail when the command is sent. */
     static void runOutOfMemoryAt(const std::string& command) {
-        loginWindow().POP1.PITrail = [command](POPLib::Direction, const std::string& text) {
+        loginWindow().POP1.PITrail = [command](poplib::Direction, const std::string& text) {
             if (text == command) {
                 throw std::bad_alloc();
             }

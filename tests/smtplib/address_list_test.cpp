@@ -7,9 +7,9 @@
 
 namespace {
 
-using SMTPLib::Address;
-using SMTPLib::distinctMailboxes;
-using SMTPLib::parseAddressList;
+using smtplib::Address;
+using smtplib::distinctMailboxes;
+using smtplib::parseAddressList;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::SizeIs;
@@ -183,7 +183,7 @@ TEST_P(AddressListFault, IsFoundInItsItem) {
     const auto& [name, typed, marked, error] = GetParam();
     for (const char* before : {"", "ann@example.org, ", "Friends: a@x.org; , ", ",,"}) {
         const std::string text = before + typed;
-        const auto fault = SMTPLib::findAddressFault(text);
+        const auto fault = smtplib::findAddressFault(text);
         ASSERT_TRUE(fault.has_value()) << text;
         EXPECT_EQ(fault->error, error);
         EXPECT_EQ(errorOf(text), error);
@@ -218,13 +218,13 @@ INSTANTIATE_TEST_SUITE_P(Lists, AddressListFault, testing::ValuesIn(kFaulty), na
 
 TEST(AddressList, AListWithoutFaultHasNone) {
     for (const Good& good : kGood) {
-        EXPECT_FALSE(SMTPLib::findAddressFault(good.typed).has_value()) << good.name;
+        EXPECT_FALSE(smtplib::findAddressFault(good.typed).has_value()) << good.name;
     }
 }
 
 TEST(AddressList, AFaultIsTheErrorOfItsListAndNeverEmpty) {
     for (const Bad& bad : kBad) {
-        const auto fault = SMTPLib::findAddressFault(bad.typed);
+        const auto fault = smtplib::findAddressFault(bad.typed);
         ASSERT_TRUE(fault.has_value()) << bad.name;
         EXPECT_EQ(fault->error, bad.error) << bad.name;
         EXPECT_LT(fault->begin, fault->end) << bad.name;

@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace SMTPLib;
+using namespace smtplib;
 
 TEST(AddressLiteral, IsTheAddressInBrackets) {
     const auto literalOf = [](const char* address) { return addressLiteral(QString::fromLatin1(address)); };

@@ -12,10 +12,10 @@ inline QDateTime at(const QDate& date, const QTime& time, int offsetSeconds) {
 }
 
 /** A header from Bob to Ann. */
-inline SMTPLib::HeaderFields plainFields() {
-    SMTPLib::HeaderFields fields;
-    fields.sender = SMTPLib::parseAddressList("bob@example.org").front();
-    fields.recipients = SMTPLib::parseAddressList("ann@example.org");
+inline smtplib::HeaderFields plainFields() {
+    smtplib::HeaderFields fields;
+    fields.sender = smtplib::parseAddressList("bob@example.org").front();
+    fields.recipients = smtplib::parseAddressList("ann@example.org");
     fields.subject = "Hello";
     fields.date = at({2024, 3, 1}, {9, 5, 7}, 3600);
     fields.messageId = "<1@example.org>";

@@ -12,9 +12,9 @@
 
 namespace {
 
-using SMTPLib::HeaderFields;
-using SMTPLib::messageHeader;
-using SMTPLib::parseAddressList;
+using smtplib::HeaderFields;
+using smtplib::messageHeader;
+using smtplib::parseAddressList;
 using support::at;
 using support::plainFields;
 using testing::Each;
@@ -102,15 +102,15 @@ TEST(MessageHeader, LeavesOutWhatThereIsNot) {
 TEST(DateText, HasEnglishNamesAndANumericZoneWhateverTheLocale) {
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
-    EXPECT_EQ(SMTPLib::dateText(at({2024, 12, 31}, {23, 59, 0}, 0)), "Tue, 31 Dec 2024 23:59:00 +0000");
-    EXPECT_EQ(SMTPLib::dateText(at({2024, 5, 5}, {0, 0, 9}, 20700)), "Sun, 05 May 2024 00:00:09 +0545");
-    EXPECT_EQ(SMTPLib::dateText(at({2024, 5, 5}, {0, 0, 9}, -12600)), "Sun, 05 May 2024 00:00:09 -0330");
+    EXPECT_EQ(smtplib::dateText(at({2024, 12, 31}, {23, 59, 0}, 0)), "Tue, 31 Dec 2024 23:59:00 +0000");
+    EXPECT_EQ(smtplib::dateText(at({2024, 5, 5}, {0, 0, 9}, 20700)), "Sun, 05 May 2024 00:00:09 +0545");
+    EXPECT_EQ(smtplib::dateText(at({2024, 5, 5}, {0, 0, 9}, -12600)), "Sun, 05 May 2024 00:00:09 -0330");
     QLocale::setDefault(before);
 }
 
 TEST(DateText, ALocalTimeHasItsOwnZone) {
     const QDateTime summer({2024, 7, 1}, {12, 0}, QTimeZone("Europe/Berlin"));
-    EXPECT_EQ(SMTPLib::dateText(summer), "Mon, 01 Jul 2024 12:00:00 +0200");
+    EXPECT_EQ(smtplib::dateText(summer), "Mon, 01 Jul 2024 12:00:00 +0200");
 }
 
 struct Subject {

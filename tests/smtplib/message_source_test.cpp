@@ -12,8 +12,8 @@
 namespace {
 
 using platform::RegularInput;
-using SMTPLib::MessageSource;
-using SMTPLib::MessageTotals;
+using smtplib::MessageSource;
+using smtplib::MessageTotals;
 namespace errors = platform::errors;
 
 constexpr std::string_view kHeader = "Subject: a\r\n\r\n";
@@ -80,7 +80,7 @@ TEST_F(MessageSourceTest, AnEncodedFileIsMeasuredByItsSize) {
 }
 
 TEST_F(MessageSourceTest, BehindABodyWithoutALastLineEndAnEncodedFileIsReadAllTheSame) {
-    const std::string longLine(SMTPLib::kMaximumTextLineBytes, 'a');
+    const std::string longLine(smtplib::kMaximumTextLineBytes, 'a');
     folder.write("data", "QUJD\r\n");
     for (const std::string& body : {longLine, std::string(), std::string("body\r")}) {
         MessageSource source(kHeader, body, file("data"));
@@ -102,7 +102,7 @@ TEST_F(MessageSourceTest, NoPieceIsMuchLargerThanItsShareOfTheFile) {
     const MessageTotals totals = source.measure();
     std::int64_t given = 0;
     for (std::string piece; source.next(piece);) {
-        EXPECT_LE(piece.size(), 2 * MessageSource::kPieceBytes + SMTPLib::kMaximumTextLineBytes);
+        EXPECT_LE(piece.size(), 2 * MessageSource::kPieceBytes + smtplib::kMaximumTextLineBytes);
         given += static_cast<std::int64_t>(piece.size());
     }
     EXPECT_EQ(given, totals.bytes);

@@ -11,7 +11,7 @@
 
 namespace {
 
-using SMTPLib::HeaderFields;
+using smtplib::HeaderFields;
 using support::at;
 using support::plainFields;
 using testing::AllOf;
@@ -89,17 +89,17 @@ TEST(MessageHeader, AMessageIdThatIsNoneIsRefused) {
 
 TEST(NewMessageId, IsTheSendersAndNeverTheSame) {
     const QDateTime now = at({2024, 3, 1}, {9, 5, 7}, 0);
-    const std::string first = SMTPLib::newMessageId("Bob <bob@mail.example.org>", now);
+    const std::string first = smtplib::newMessageId("Bob <bob@mail.example.org>", now);
     EXPECT_THAT(first, AllOf(StartsWith("<1709283907000."), HasSubstr("@mail.example.org>")));
-    EXPECT_NE(first, SMTPLib::newMessageId("bob@mail.example.org", now));
+    EXPECT_NE(first, smtplib::newMessageId("bob@mail.example.org", now));
     HeaderFields fields = plainFields();
-    fields.messageId = SMTPLib::newMessageId("bob@[IPv6:::1]", now);
+    fields.messageId = smtplib::newMessageId("bob@[IPv6:::1]", now);
     EXPECT_EQ(errorOf(fields), 0);
 }
 
 TEST(PrepareMessage, TakesOneSenderAndAtLeastOneRecipient) {
     const auto errorWith = [](const std::string& sender, const std::string& to, const std::string& cc) {
-        SMTPLib::Message message;
+        smtplib::Message message;
         message.sender = sender;
         message.recipients = to;
         message.copies = cc;

@@ -8,9 +8,9 @@
 
 namespace {
 
-using SMTPLib::Extensions;
-using SMTPLib::extensionsOf;
-using SMTPLib::ReplyReader;
+using smtplib::Extensions;
+using smtplib::extensionsOf;
+using smtplib::ReplyReader;
 using testing::ElementsAreArray;
 
 /** "CODE line|line" for each reply, and "broken" where the bytes are. */

@@ -21,8 +21,8 @@ class SmtpTest : public testing::Test {
     SmtpTest() {
         application();
         smtp.setBlocking(true);
-        smtp.PITrail = [this](SMTPLib::Direction direction, const std::string& message) {
-            trail.push_back((direction == SMTPLib::Direction::ToServer ? "> " : "< ") + message);
+        smtp.PITrail = [this](smtplib::Direction direction, const std::string& message) {
+            trail.push_back((direction == smtplib::Direction::ToServer ? "> " : "< ") + message);
         };
         smtp.Progress = [this](std::int64_t bytesDone, std::int64_t bytesTotal) {
             progress.emplace_back(bytesDone, bytesTotal);
@@ -39,20 +39,20 @@ class SmtpTest : public testing::Test {
     }
 
     /** The number of the error that the request raises; 0 for none. */
-    int request(SMTPLib::Request code) {
+    int request(smtplib::Request code) {
         return platform::errorNumberOf([&] { smtp.issueRequest(code); });
     }
 
-    int open() { return request(SMTPLib::Request::OpenConnection); }
+    int open() { return request(smtplib::Request::OpenConnection); }
 
     int open(const ScriptedServer& server) {
         smtp.setHost(server.address());
         return open();
     }
 
-    int transmit() { return request(SMTPLib::Request::TransmitMessage); }
+    int transmit() { return request(smtplib::Request::TransmitMessage); }
 
-    int close() { return request(SMTPLib::Request::CloseConnection); }
+    int close() { return request(smtplib::Request::CloseConnection); }
 
     /** Opens, transmits and closes, as the compose window does it; the first error. */
     int send() {

@@ -165,7 +165,7 @@ TEST_F(SmtpLossOfALargeMessage, ARefusalInTheMiddleEndsTheSending) {
 }
 
 TEST_F(SmtpLossOfALargeMessage, AServerThatStopsReadingIsGivenUp) {
-    SMTPLib::Timeouts timeouts;
+    smtplib::Timeouts timeouts;
     timeouts.dataBlock = std::chrono::milliseconds(200);
     smtp.setTimeouts(timeouts);
     mailbox.on("DATA", [](Peer& peer) {

@@ -53,7 +53,7 @@ TEST_F(SmtpReentry, ARequestWhileTheConnectionIsOpenedMeetsABusyServer) {
 TEST_F(SmtpReentry, AListenerThatMakesARequestMeetsABusyServer) {
     ScriptedServer server(mailbox);
     std::vector<int> numbers;
-    smtp.PITrail = [&](SMTPLib::Direction, const std::string& message) {
+    smtp.PITrail = [&](smtplib::Direction, const std::string& message) {
         if (message == "DATA") {
             numbers = {open(), transmit(), close()};
         }

@@ -242,7 +242,7 @@ TEST_F(SmtpSending, OneRefusedRecipientOfThreeKeepsTheMessageFromAll) {
 }
 
 TEST_F(SmtpSending, AServerThatDoesNotAnswerTheQuitHasTheMessageAllTheSame) {
-    SMTPLib::Timeouts timeouts;
+    smtplib::Timeouts timeouts;
     timeouts.quit = std::chrono::milliseconds(50);
     smtp.setTimeouts(timeouts);
     for (const support::Conversation& action :

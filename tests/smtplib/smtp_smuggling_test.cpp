@@ -16,7 +16,7 @@ namespace errors = platform::errors;
 
 struct Field {
     const char* name;
-    void (SMTPLib::SMTP::*set)(std::string);
+    void (smtplib::SMTP::*set)(std::string);
     std::string value;
     int error;
 };
@@ -38,7 +38,7 @@ TEST_P(UnsendableField, EndsTheSessionBeforeAnyOfItIsSent) {
     EXPECT_EQ(send(), 0) << "a corrected message can be sent";
 }
 
-using SMTPLib::SMTP;
+using smtplib::SMTP;
 
 const std::vector<Field> kFields{
     {"CommandInTo", &SMTP::setRecipients, "ann@example.org>\r\nRCPT TO:<eve@example.org",

@@ -17,7 +17,7 @@
 
 namespace {
 
-using SMTPLib::SmtpSession;
+using smtplib::SmtpSession;
 using support::Transcript;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -26,24 +26,24 @@ const std::string kFolder = "smtp";
 
 using Dialogue = support::RecordedExchange<SmtpSession>;
 
-int numberOfFailure(const SMTPLib::Event* event, const SmtpSession& session) {
+int numberOfFailure(const smtplib::Event* event, const SmtpSession& session) {
     if (event == nullptr) {
-        return SMTPLib::numberOf(SMTPLib::FailureKind::Lost, session.mayHaveBeenSent());
+        return smtplib::numberOf(smtplib::FailureKind::Lost, session.mayHaveBeenSent());
     }
-    const auto* const failed = std::get_if<SMTPLib::Failed>(event);
-    return failed == nullptr ? 0 : SMTPLib::numberOf(failed->kind, session.mayHaveBeenSent());
+    const auto* const failed = std::get_if<smtplib::Failed>(event);
+    return failed == nullptr ? 0 : smtplib::numberOf(failed->kind, session.mayHaveBeenSent());
 }
 
 /** Sends the message that the dialogues are about. */
 void sendMessage(Dialogue& dialogue, bool eightBit) {
     SmtpSession& session = dialogue.session();
-    const SMTPLib::Extensions extensions = SMTPLib::openSession(dialogue, "[127.0.0.1]");
-    SMTPLib::offerMessage(
+    const smtplib::Extensions extensions = smtplib::openSession(dialogue, "[127.0.0.1]");
+    smtplib::offerMessage(
         dialogue, {"bob@example.org", {"ann@example.org", "carl@example.org"}, 20, eightBit}, extensions);
     session.addText("Subject: a\r\n\r\n.d");
     session.addText("ot\r\n");
-    session.submit(SMTPLib::endOfMessageCommand());
-    SMTPLib::awaitConfirmation(dialogue);
+    session.submit(smtplib::endOfMessageCommand());
+    smtplib::awaitConfirmation(dialogue);
 }
 
 using NameAndPieces = std::tuple<std::string, std::size_t>;
@@ -63,7 +63,7 @@ TEST_P(SmtpTranscriptInPieces, GivesItsEventsItsCommandsAndItsError) {
     EXPECT_THAT(dialogue.sent(), IsEmpty()) << "the server speaks first";
     const int error = platform::errorNumberOf([&] { sendMessage(dialogue, transcript.eightBit); });
     if (error == 0 && dialogue.session().canQuit()) {
-        dialogue.ask(SMTPLib::quitCommand());
+        dialogue.ask(smtplib::quitCommand());
     }
     dialogue.collectOutput();
     EXPECT_THAT(dialogue.sent(), ElementsAreArray(transcript.clientLines()));

@@ -45,7 +45,7 @@ struct Silence {
     const char* name;
     const char* command;
     const char* bytes;
-    std::chrono::milliseconds SMTPLib::Timeouts::*timeout;
+    std::chrono::milliseconds smtplib::Timeouts::*timeout;
     int error;
 };
 
@@ -59,7 +59,7 @@ TEST_P(SilentSmtpServer, IsGivenUpAfterItsOwnTimeOutWhileTimersGoOn) {
         peer.holdSilent();
     });
     ScriptedServer server(mailbox);
-    SMTPLib::Timeouts timeouts;
+    smtplib::Timeouts timeouts;
     timeouts.*GetParam().timeout = 200ms;
     smtp.setTimeouts(timeouts);
     int beats = 0;
@@ -75,7 +75,7 @@ TEST_P(SilentSmtpServer, IsGivenUpAfterItsOwnTimeOutWhileTimersGoOn) {
     EXPECT_THAT(mailbox.messages(), SizeIs(1));
 }
 
-using SMTPLib::Timeouts;
+using smtplib::Timeouts;
 
 INSTANTIATE_TEST_SUITE_P(
     Places, SilentSmtpServer,
@@ -95,7 +95,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(SmtpWaiting, AnAnswerThatComesByteByByteWithoutALineIsGivenUp) {
     const std::string greeting(500, '2');
     ScriptedServer server(support::Script{support::Trickle{"220 " + greeting, 10ms}});
-    SMTPLib::Timeouts timeouts;
+    smtplib::Timeouts timeouts;
     timeouts.greeting = 200ms;
     smtp.setTimeouts(timeouts);
     EXPECT_EQ(open(server), errors::SendingTimedOut);
@@ -111,7 +111,7 @@ TEST_F(SmtpWaiting, AnswersThatComeByteByByteInTimeAreTaken) {
 }
 
 TEST_F(SmtpWaiting, TheTimesAreThoseThatServersRelyOn) {
-    const SMTPLib::Timeouts timeouts;
+    const smtplib::Timeouts timeouts;
     EXPECT_EQ(timeouts.greeting, 5min);
     EXPECT_EQ(timeouts.sender, 5min);
     EXPECT_EQ(timeouts.recipient, 5min);

@@ -9,8 +9,8 @@
 
 namespace {
 
-using SMTPLib::DotStuffer;
-using SMTPLib::WireText;
+using smtplib::DotStuffer;
+using smtplib::WireText;
 
 std::string wireTextOf(std::string_view text, std::size_t pieceBytes) {
     WireText wire;
@@ -102,15 +102,15 @@ void checkInPieces(const Case& test) {
 }
 
 TEST(ReadyLines, GoUpToTheLastLineEnd) {
-    EXPECT_EQ(SMTPLib::bytesOfReadyLines("a\r\n\r\nb"), 5U);
-    EXPECT_EQ(SMTPLib::bytesOfReadyLines(std::string(998, 'x') + kEnd), 1000U);
+    EXPECT_EQ(smtplib::bytesOfReadyLines("a\r\n\r\nb"), 5U);
+    EXPECT_EQ(smtplib::bytesOfReadyLines(std::string(998, 'x') + kEnd), 1000U);
 }
 
 TEST(ReadyLines, AreNoneWhereOneLineIsNotReady) {
     for (const std::string& text :
          {std::string(), std::string("a"), std::string("\n"), std::string("a\r\nb\n"),
           std::string("a\rb\r\n"), "a" + kNul + kEnd, std::string(999, 'x') + kEnd, std::string("\r\r\n")}) {
-        EXPECT_EQ(SMTPLib::bytesOfReadyLines(text), 0U) << text;
+        EXPECT_EQ(smtplib::bytesOfReadyLines(text), 0U) << text;
     }
 }
 
@@ -153,7 +153,7 @@ TEST(WireText, GivesOutAllButALineAtOnce) {
     for (int time = 0; time < 1000; ++time) {
         wire.add(std::string(100, 'x'), output);
         fed += 100;
-        EXPECT_GE(output.size() + SMTPLib::kMaximumTextLineBytes, fed);
+        EXPECT_GE(output.size() + smtplib::kMaximumTextLineBytes, fed);
     }
 }
 

@@ -9,7 +9,7 @@ namespace support {
 
 /** The bytes as they stand in mail: lines of 76 letters, each with its line end. */
 inline std::string base64Text(std::string_view bytes) {
-    NetCodeLib::Base64Encoder encoder;
+    netcodelib::Base64Encoder encoder;
     std::string text;
     encoder.append(bytes, text);
     encoder.finish(text);

@@ -6,8 +6,8 @@
 namespace support {
 
 namespace {
-const char* keywordOf(POPLib::CommandKind kind) {
-    using POPLib::CommandKind;
+const char* keywordOf(poplib::CommandKind kind) {
+    using poplib::CommandKind;
     switch (kind) {
     case CommandKind::User:
         return "USER";
@@ -35,8 +35,8 @@ const char* keywordOf(POPLib::CommandKind kind) {
     throw std::invalid_argument("a command of no kind");
 }
 
-const char* nameOf(SMTPLib::CommandKind kind) {
-    using SMTPLib::CommandKind;
+const char* nameOf(smtplib::CommandKind kind) {
+    using smtplib::CommandKind;
     switch (kind) {
     case CommandKind::Greeting:
         return "greeting";
@@ -58,7 +58,7 @@ const char* nameOf(SMTPLib::CommandKind kind) {
     throw std::invalid_argument("a command of no kind");
 }
 
-std::string replyInWords(const SMTPLib::Reply& reply) {
+std::string replyInWords(const smtplib::Reply& reply) {
     std::string text = ' ' + std::to_string(reply.code);
     for (const std::string& line : reply.lines) {
         text += " [" + escaped(line) + ']';
@@ -67,73 +67,73 @@ std::string replyInWords(const SMTPLib::Reply& reply) {
 }
 
 struct Pop3Describer {
-    std::string operator()(const POPLib::Greeted& greeted) const {
+    std::string operator()(const poplib::Greeted& greeted) const {
         return "greeted [" + escaped(greeted.text) + ']';
     }
 
-    std::string operator()(const POPLib::Accepted& accepted) const {
+    std::string operator()(const poplib::Accepted& accepted) const {
         return std::string("accepted ") + keywordOf(accepted.kind) + " [" + escaped(accepted.text) + ']';
     }
 
-    std::string operator()(const POPLib::Refused& refused) const {
+    std::string operator()(const poplib::Refused& refused) const {
         return std::string("refused ") + keywordOf(refused.kind) + " [" + escaped(refused.text) + ']';
     }
 
-    std::string operator()(const POPLib::GoOn& goOn) const {
+    std::string operator()(const poplib::GoOn& goOn) const {
         return std::string("go on ") + keywordOf(goOn.kind) + " [" + escaped(goOn.text) + ']';
     }
 
-    std::string operator()(const POPLib::HeaderLine& header) const {
+    std::string operator()(const poplib::HeaderLine& header) const {
         return describedHeader(header.field, header.value);
     }
 
-    std::string operator()(const POPLib::BodyLine& body) const {
+    std::string operator()(const poplib::BodyLine& body) const {
         return describedBody(body.bytesTransferred, body.text);
     }
 
-    std::string operator()(const POPLib::ListingLine& line) const {
+    std::string operator()(const poplib::ListingLine& line) const {
         return "listed [" + escaped(line.text) + ']';
     }
 
-    std::string operator()(const POPLib::ResponseEnded& ended) const {
+    std::string operator()(const poplib::ResponseEnded& ended) const {
         return std::string("ended ") + keywordOf(ended.kind);
     }
 
-    std::string operator()(const POPLib::Failed& failed) const {
-        return failed.kind == POPLib::FailureKind::TooLarge ? "failed too large" : "failed out of step";
+    std::string operator()(const poplib::Failed& failed) const {
+        return failed.kind == poplib::FailureKind::TooLarge ? "failed too large" : "failed out of step";
     }
 };
 
 struct SmtpDescriber {
-    std::string operator()(const SMTPLib::Greeted& greeted) const {
+    std::string operator()(const smtplib::Greeted& greeted) const {
         return "greeted" + replyInWords(greeted.reply);
     }
 
-    std::string operator()(const SMTPLib::Accepted& accepted) const {
+    std::string operator()(const smtplib::Accepted& accepted) const {
         return std::string("accepted ") + nameOf(accepted.kind) + replyInWords(accepted.reply);
     }
 
-    std::string operator()(const SMTPLib::GoOn& goOn) const {
+    std::string operator()(const smtplib::GoOn& goOn) const {
         return std::string("go on ") + nameOf(goOn.kind) + replyInWords(goOn.reply);
     }
 
-    std::string operator()(const SMTPLib::Refused& refused) const {
+    std::string operator()(const smtplib::Refused& refused) const {
         return std::string("refused ") + nameOf(refused.kind) + replyInWords(refused.reply);
     }
 
-    std::string operator()(const SMTPLib::Failed& failed) const {
-        const bool tooEarly = failed.kind == SMTPLib::FailureKind::ConfirmedTooEarly;
+    std::string operator()(const smtplib::Failed& failed) const {
+        const bool tooEarly = failed.kind == smtplib::FailureKind::ConfirmedTooEarly;
         const std::string text = tooEarly ? "failed confirmed too early" : "failed out of step";
         return failed.reply ? text + replyInWords(*failed.reply) : text;
     }
 };
 } // namespace
 
-std::string described(const POPLib::Event& event) {
+std::string described(const poplib::Event& event) {
     return std::visit(Pop3Describer{}, event);
 }
 
-std::string described(const SMTPLib::Event& event) {
+std::string described(const smtplib::Event& event) {
     return std::visit(SmtpDescriber{}, event);
 }
 

@@ -12,8 +12,8 @@
 namespace support {
 
 /** The event in one line, as dialogues have it; whatever is not printable ASCII as \xHH. */
-std::string described(const POPLib::Event& event);
-std::string described(const SMTPLib::Event& event);
+std::string described(const poplib::Event& event);
+std::string described(const smtplib::Event& event);
 
 /** The same for what the POP3 component raises. */
 std::string describedHeader(const std::string& field, const std::string& value);

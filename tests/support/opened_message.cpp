@@ -29,18 +29,18 @@ std::string answerWith(std::string_view message) {
 
 /** Fills the summary as an opening does, event by event. */
 void receive(std::string_view message, std::size_t pieceBytes, email::MessageSummary& summary) {
-    POPLib::Pop3Session session;
+    poplib::Pop3Session session;
     email::HeaderEvents headers;
     const auto takeEvents = [&] {
         while (const auto event = session.nextEvent()) {
-            if (const auto* header = std::get_if<POPLib::HeaderLine>(&*event)) {
+            if (const auto* header = std::get_if<poplib::HeaderLine>(&*event)) {
                 headers.add(summary, header->field, header->value);
-            } else if (const auto* body = std::get_if<POPLib::BodyLine>(&*event)) {
+            } else if (const auto* body = std::get_if<poplib::BodyLine>(&*event)) {
                 summary.BodyText.append(body->text).append("\r\n");
             }
         }
     };
-    session.submit(POPLib::retrCommand(1));
+    session.submit(poplib::retrCommand(1));
     session.receive("+OK ready\r\n");
     takeEvents();
     session.takeOutput();
@@ -71,7 +71,7 @@ OpenedMessage openedEncoded(std::string_view message, std::size_t pieceBytes) {
 } // namespace
 
 DecodedAttachment decoded(DecodedAttachment attachment, std::size_t pieceBytes) {
-    NetCodeLib::PartDecoder decoder;
+    netcodelib::PartDecoder decoder;
     std::string content;
     attachment.error = platform::errorNumberOf([&] {
         forEachPiece(attachment.encoded + "\r\n", pieceBytes,

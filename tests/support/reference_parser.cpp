@@ -190,7 +190,7 @@ const std::string kFieldCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnop
 
 bool isHeaderLine(const std::string& line) {
     const std::size_t nameEnd = line.find_first_not_of(kFieldCharacters);
-    return line.size() <= NetCodeLib::LeadingFields::kMaximumLineBytes && !line.empty() &&
+    return line.size() <= netcodelib::LeadingFields::kMaximumLineBytes && !line.empty() &&
            (line.front() == ' ' || line.front() == '\t' ||
             (nameEnd != std::string::npos && nameEnd > 0 && line[nameEnd] == ':'));
 }
@@ -262,7 +262,7 @@ std::optional<std::string> base64Of(std::vector<std::string> lines) {
     std::size_t disturbed = 0;
     bool groups = true;
     const std::size_t width = lines.empty() ? 0 : lengthWithin(lines.front());
-    bool alike = width >= NetCodeLib::Base64Form::kLeastLineLetters;
+    bool alike = width >= netcodelib::Base64Form::kLeastLineLetters;
     for (std::size_t index = 0; index < lines.size(); ++index) {
         const std::string& line = lines[index];
         const std::string letters = lettersOf(line);
@@ -272,7 +272,7 @@ std::optional<std::string> base64Of(std::vector<std::string> lines) {
             clean += letters.size() == width ? 1 : 0;
             text += line;
         } else if (padding.empty() && letters.size() == width &&
-                   width >= NetCodeLib::Base64Form::kLeastLineLetters) {
+                   width >= netcodelib::Base64Form::kLeastLineLetters) {
             ++disturbed;
             text += letters;
         } else {
