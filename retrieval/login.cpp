@@ -10,6 +10,7 @@
 #include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "retrieval/failures.h"
+#include "retrieval/session_start.h"
 #include "retrieval/summaries.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"

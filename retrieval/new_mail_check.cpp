@@ -7,6 +7,7 @@
 #include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "retrieval/failures.h"
+#include "retrieval/session_start.h"
 #include "retrieval/summaries.h"
 #include "retrieval/wave_player_setup.h"
 #include "windows/frmLogin.h"

@@ -1,15 +1,10 @@
 #include "retrieval/summaries.h"
 
 #include "components/poplib/pop.h"
-#include "email/credentials.h"
 #include "email/header_events.h"
 #include "email/mailbox.h"
-#include "email/titles.h"
-#include "mailbox/log_on.h"
 #include "mailbox/mailbox_list.h"
 #include "platform/runtime_error.h"
-#include "windows/frmMain.h"
-#include "windows/windows.h"
 
 #include <cstddef>
 
@@ -17,24 +12,6 @@ namespace {
 /** Body lines fetched with the header for the list. */
 constexpr int kSummaryBodyLines = 25;
 } // namespace
-
-void logOnAndCount(POPLib::POP& pop) {
-    logOn(pop);
-    email::credentials.LoggedOn = true;
-    email::mailbox.MailboxBytes = pop.mailboxSize();
-    email::mailbox.MessageCount = pop.messageCount();
-}
-
-void welcomeOnMainWindow() {
-    frmMain& main = mainWindow();
-    main.setHourglass(true);
-    main.setWindowTitle(QStringLiteral("Welcome ") + email::credentials.UserName + QStringLiteral(" To ") +
-                        email::programTitle());
-    // A check finds the window there, perhaps behind the one that somebody is writing in.
-    if (!main.isVisible()) {
-        main.bringUp();
-    }
-}
 
 void fetchSummary(POPLib::POP& pop) {
     pop.setCurrentMessage(email::mailbox.CurrentMessage);

@@ -1,16 +1,8 @@
 #pragma once
 
-#include <QString>
-
 namespace poplib {
 class POP;
 }
-
-/** Logs on to the mail server and takes its totals. \throws RuntimeError whatever the log-on raises. */
-void logOnAndCount(poplib::POP& pop);
-
-/** Shows the main window with its hourglass and the title that welcomes the member. */
-void welcomeOnMainWindow();
 
 /**
  * Fetches the summary of the current message, its size, header and first body lines, and writes its row. A

@@ -1,0 +1,27 @@
+#include "retrieval/session_start.h"
+
+#include "components/poplib/pop.h"
+#include "email/credentials.h"
+#include "email/mailbox.h"
+#include "email/titles.h"
+#include "mailbox/log_on.h"
+#include "windows/frmMain.h"
+#include "windows/windows.h"
+
+void logOnAndCount(POPLib::POP& pop) {
+    logOn(pop);
+    email::credentials.LoggedOn = true;
+    email::mailbox.MailboxBytes = pop.mailboxSize();
+    email::mailbox.MessageCount = pop.messageCount();
+}
+
+void welcomeOnMainWindow() {
+    frmMain& main = mainWindow();
+    main.setHourglass(true);
+    main.setWindowTitle(QStringLiteral("Welcome ") + email::credentials.UserName + QStringLiteral(" To ") +
+                        email::programTitle());
+    // A check finds the window there, perhaps behind the one that somebody is writing in.
+    if (!main.isVisible()) {
+        main.bringUp();
+    }
+}
