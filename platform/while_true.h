@@ -1,19 +1,13 @@
 #pragma once
 
+#include "platform/while_set.h"
+
 namespace platform {
 
 /** Keeps a flag true for as long as it lives: for what must not begin again while it runs. */
-class WhileTrue {
+class WhileTrue : public WhileSet<bool> {
   public:
-    explicit WhileTrue(bool& flag) noexcept : flag_(flag) { flag_ = true; }
-
-    ~WhileTrue() { flag_ = false; }
-
-    WhileTrue(const WhileTrue&) = delete;
-    WhileTrue& operator=(const WhileTrue&) = delete;
-
-  private:
-    bool& flag_;
+    explicit WhileTrue(bool& flag) : WhileSet(flag, true) {}
 };
 
 } // namespace platform
