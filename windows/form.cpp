@@ -22,6 +22,40 @@ QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) 
 }
 } // namespace
 
+WhileDisabled::WhileDisabled(Form& window) {
+    if (window.isEnabled()) {
+        enabledBefore_ = &window;
+        window.rest();
+    }
+}
+
+WhileDisabled::WhileDisabled(QWidget& control) {
+    // The control's own state, whatever its window's is.
+    if (control.isEnabledTo(control.parentWidget())) {
+        enabledBefore_ = &control;
+        control.setEnabled(false);
+    }
+}
+
+WhileDisabled::~WhileDisabled() {
+    if (enabledBefore_) {
+        enabledBefore_->setEnabled(true);
+    }
+}
+
+WhileHourglass::WhileHourglass(Form& window) {
+    if (!window.hourglass_) {
+        normalBefore_ = &window;
+        window.setHourglass(true);
+    }
+}
+
+WhileHourglass::~WhileHourglass() {
+    if (normalBefore_) {
+        normalBefore_->setHourglass(false);
+    }
+}
+
 Form::Form(const QString& objectName, const QString& caption) {
     setObjectName(objectName);
     setWindowTitle(caption);
@@ -83,9 +117,10 @@ void Form::prepare() {
         return;
     }
     winId();
-    // Loads the picture of the hourglass.
-    setHourglass(true);
-    setHourglass(false);
+    {
+        // Loads the picture of the hourglass.
+        const WhileHourglass shown(*this);
+    }
     // Fonts, styles and the layout are worked out by painting, and then known.
     grab();
 }
@@ -100,6 +135,21 @@ void Form::bringUp() {
 void Form::rest() {
     keptFocus_.remember();
     setEnabled(false);
+}
+
+void Form::takeControlFrom(Form& opener) {
+    opener_ = &opener;
+    openerRests_.emplace(opener);
+}
+
+void Form::giveControlBack() {
+    if (!openerRests_) {
+        return;
+    }
+    openerRests_.reset();
+    if (opener_) {
+        opener_->bringUp();
+    }
 }
 
 void Form::letReturnPressButtons() {

@@ -7,8 +7,41 @@
 #include <QWidget>
 
 #include <initializer_list>
+#include <optional>
 #include <utility>
 #include <vector>
+
+class Form;
+
+/**
+ * Lets nobody use a control, or a window nor close it, for as long as this lives; the keyboard is then where
+ * it was before. What somebody else has disabled stays so.
+ */
+class WhileDisabled {
+  public:
+    explicit WhileDisabled(Form& window);
+    explicit WhileDisabled(QWidget& control);
+    ~WhileDisabled();
+    WhileDisabled(const WhileDisabled&) = delete;
+    WhileDisabled& operator=(const WhileDisabled&) = delete;
+
+  private:
+    /** Null when it was disabled already. */
+    QPointer<QWidget> enabledBefore_;
+};
+
+/** Shows the hourglass over a window, for as long as this lives. Where somebody else shows it, it stays. */
+class WhileHourglass {
+  public:
+    explicit WhileHourglass(Form& window);
+    ~WhileHourglass();
+    WhileHourglass(const WhileHourglass&) = delete;
+    WhileHourglass& operator=(const WhileHourglass&) = delete;
+
+  private:
+    /** Null when it was shown already. */
+    QPointer<Form> normalBefore_;
+};
 
 /**
  * A window of the program. Its class gives the looks: controls under their names, layout, wiring. What the
@@ -25,14 +58,26 @@ class Form : public QWidget {
     /** The hourglass over this window and all that is in it, or the normal pointers. */
     void setHourglass(bool on);
 
+    /** Disables the window; once it is enabled again, the keyboard is where it is now. */
+    void rest();
+
     /** Does what takes time before the window can be shown for the first time, while nobody waits for it. */
     void prepare();
 
     /** Shows the window, and brings it to the front when it is already there. */
     void bringUp();
 
-    /** Disables the window; once it is enabled again, the keyboard is where it is now. */
-    void rest();
+    /** Lets the window that this one is opened from rest until giveControlBack(). */
+    void takeControlFrom(Form& opener);
+
+    /**
+     * Lets that window be used again, and brings it to the front. Only once: who was given control may have
+     * given it to another window since.
+     */
+    void giveControlBack();
+
+    /** The window that control was taken from last, for as long as there is that window; or null. */
+    const Form* opener() const { return opener_; }
 
   protected:
     Form(const QString& objectName, const QString& caption);
@@ -67,41 +112,18 @@ class Form : public QWidget {
     void resizeToText(int letters, int lines);
 
   private:
+    friend class WhileDisabled;
+    friend class WhileHourglass;
+
     /** Return presses the button that has the keyboard, as Space does. */
     void letReturnPressButtons();
     /** Labels begin at the right where the window reads from right to left. */
     void startLabelsWhereTheWindowStarts();
 
     KeptFocus keptFocus_{*this};
+    QPointer<Form> opener_;
+    std::optional<WhileDisabled> openerRests_;
     bool hourglass_ = false;
     /** Parts with pointers of their own, and what these are without the hourglass. */
     std::vector<std::pair<QPointer<QWidget>, QCursor>> ownPointers_;
-};
-
-/** Lets nobody use a window, nor close it, for as long as this lives. */
-class WhileDisabled {
-  public:
-    explicit WhileDisabled(Form& window) : window_(window) { window_.rest(); }
-
-    ~WhileDisabled() { window_.setEnabled(true); }
-
-    WhileDisabled(const WhileDisabled&) = delete;
-    WhileDisabled& operator=(const WhileDisabled&) = delete;
-
-  private:
-    Form& window_;
-};
-
-/** Shows the hourglass over a window for as long as this lives. */
-class WhileHourglass {
-  public:
-    explicit WhileHourglass(Form& window) : window_(window) { window_.setHourglass(true); }
-
-    ~WhileHourglass() { window_.setHourglass(false); }
-
-    WhileHourglass(const WhileHourglass&) = delete;
-    WhileHourglass& operator=(const WhileHourglass&) = delete;
-
-  private:
-    Form& window_;
 };
