@@ -1,5 +1,6 @@
 #include "platform/kept_file.h"
 
+#include "platform/replacement.h"
 #include "platform/runtime_error.h"
 
 #include <QFile>
@@ -32,12 +33,8 @@ void writeWhole(const QString& path, const std::string& content) {
     PrivateOutput output(unfinished, Writing::InPlace);
     output.write(content);
     output.finish();
-    // Before the name is moved, so that a loss of power cannot leave the name with nothing behind it.
-    waitForDisk(*output.takeFile());
-    if (std::rename(QFile::encodeName(unfinished).constData(), QFile::encodeName(path).constData()) != 0) {
-        throw RuntimeError(openingErrorNumber(errno));
-    }
-    waitForFolderOf(path);
+    putInPlace(*output.takeFile(), QFile::encodeName(unfinished).toStdString(),
+               QFile::encodeName(path).toStdString());
 }
 } // namespace
 

@@ -96,12 +96,6 @@ void makePrivate(const FileDescriptor& file) {
         throw RuntimeError(openingErrorNumber(errno));
     }
 }
-
-/** A name next to the path for mkostemp. It does not contain the path's own name, which may be the longest.
- */
-std::string temporaryNameBeside(const std::string& path) {
-    return path.substr(0, path.rfind('/') + 1) + ".brindlewake-XXXXXX";
-}
 } // namespace
 
 RegularInput::RegularInput(const QString& nativePath) {
@@ -164,8 +158,8 @@ bool RegularInput::isFileOf(const QString& nativePath) const {
 }
 
 PrivateOutput::PrivateOutput(const QString& nativePath, Writing writing, Existing existing)
-    : path_(systemPath(nativePath)), writing_(writing), existing_(existing) {
-    if (writing_ == Writing::BesideTarget) {
+    : path_(systemPath(nativePath)), existing_(existing) {
+    if (writing == Writing::BesideTarget) {
         openBeside();
     } else {
         openInPlace();
@@ -173,26 +167,23 @@ PrivateOutput::PrivateOutput(const QString& nativePath, Writing writing, Existin
 }
 
 PrivateOutput::~PrivateOutput() {
-    if (!finished_) {
-        undo();
+    if (!finished_ && !replacement_) {
+        removeIfStillNamed(file_, path_);
     }
 }
 
 /** False when another output has the file. */
 bool PrivateOutput::openForItself() {
-    writtenPath_ = path_;
     auto existing = existing_ == Existing::Replace ? openExisting(path_, O_RDWR) : std::nullopt;
-    created_ = !existing.has_value();
-    file_ = created_ ? createNew(path_) : *std::move(existing);
+    file_ = existing ? *std::move(existing) : createNew(path_);
     return lockForItself(file_, path_);
 }
 
 void PrivateOutput::openInPlace() {
     if (!openForItself()) {
-        writing_ = Writing::BesideTarget;
         openBeside();
         // Nobody else can have the new one yet; where files cannot be locked, none is ever written in place.
-        static_cast<void>(::flock(file_.number(), LOCK_EX | LOCK_NB));
+        static_cast<void>(::flock(file().number(), LOCK_EX | LOCK_NB));
         return;
     }
     makePrivate(file_);
@@ -207,68 +198,35 @@ void PrivateOutput::openBeside() {
     }
     // Replacing needs rights to the folder only; what may not be written into is not replaced either.
     openExisting(path_, O_WRONLY);
-    writtenPath_ = temporaryNameBeside(path_);
-    file_ = FileDescriptor(::mkostemp(writtenPath_.data(), O_CLOEXEC));
-    if (!file_.isOpen()) {
-        throw RuntimeError(openingErrorNumber(errno));
-    }
-    created_ = true;
+    replacement_.emplace(path_, kOwnerOnly);
 }
 
 void PrivateOutput::write(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file_.number(), bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR) {
-            continue;
-        }
-        if (written < 0) {
-            throw RuntimeError(writingErrorNumber(errno));
-        }
-        bytesWritten_ += written;
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
+    writeAll(file(), bytes);
+    bytesWritten_ += static_cast<std::int64_t>(bytes.size());
 }
 
 void PrivateOutput::finish() {
     // A file that is written in place is cut here: to empty it first would only give its space away for it
     // to be asked for again.
-    const bool inPlace = writing_ == Writing::InPlace;
     const std::int64_t expected =
-        inPlace ? std::max(bytesBefore_, bytesWritten_) : bytesBefore_ + bytesWritten_;
-    if (statusOf(file_).st_size != expected) {
+        replacement_ ? bytesBefore_ + bytesWritten_ : std::max(bytesBefore_, bytesWritten_);
+    if (statusOf(file()).st_size != expected) {
         throw RuntimeError(errors::DeviceInputOutput);
     }
-    if (inPlace && expected != bytesWritten_ && ::ftruncate(file_.number(), bytesWritten_) != 0) {
+    if (expected != bytesWritten_ && ::ftruncate(file().number(), bytesWritten_) != 0) {
         throw RuntimeError(writingErrorNumber(errno));
     }
     // A network's disk may tell only at closing that it is full. A second descriptor is closed to hear it,
     // as the first one is needed for undoing.
-    const int second = ::dup(file_.number());
+    const int second = ::dup(file().number());
     if (second < 0 || ::close(second) != 0) {
         throw RuntimeError(writingErrorNumber(errno));
     }
-    if (writing_ == Writing::BesideTarget) {
-        // Before the name is moved, so that a loss of power cannot leave the new name with nothing in it.
-        waitForDisk(file_);
-        const unsigned flags = existing_ == Existing::Refuse ? RENAME_NOREPLACE : 0U;
-        if (::renameat2(AT_FDCWD, writtenPath_.c_str(), AT_FDCWD, path_.c_str(), flags) != 0) {
-            throw RuntimeError(openingErrorNumber(errno));
-        }
-        waitForFolderOf(path_, file_);
+    if (replacement_) {
+        replacement_->takePlace(existing_);
     }
     finished_ = true;
-}
-
-void PrivateOutput::undo() noexcept {
-    struct stat named {};
-
-    struct stat own {};
-
-    const bool still = ::fstat(file_.number(), &own) == 0 && ::lstat(writtenPath_.c_str(), &named) == 0 &&
-                       isSameFile(named, own);
-    if (still) {
-        ::unlink(writtenPath_.c_str());
-    }
 }
 
 } // namespace platform

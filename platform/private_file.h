@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/file_descriptor.h"
+#include "platform/replacement.h"
 
 #include <QString>
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -67,8 +69,6 @@ enum class Writing {
     BesideTarget
 };
 
-enum class Existing { Replace, Refuse };
-
 /**
  * A file that only the user may read, mode 0600, written in pieces.
  *
@@ -113,21 +113,24 @@ class PrivateOutput {
      * The finished file itself, for reading it again whatever stands under its name by then; only after
      * InPlace. For as long as it is held, no other output writes into it.
      */
-    HeldFile takeFile() { return std::make_shared<const FileDescriptor>(std::move(file_)); }
+    HeldFile takeFile() {
+        return std::make_shared<const FileDescriptor>(replacement_ ? replacement_->takeFile()
+                                                                   : std::move(file_));
+    }
 
   private:
     void openInPlace();
     bool openForItself();
     void openBeside();
-    void undo() noexcept;
+
+    /** What is being written. */
+    const FileDescriptor& file() const noexcept { return replacement_ ? replacement_->file() : file_; }
 
     std::string path_;
-    Writing writing_;
     Existing existing_;
-    /** What is being written: the target itself, or the file beside it. */
-    std::string writtenPath_;
+    /** The file that is written in place; closed when one beside it is. */
     FileDescriptor file_;
-    bool created_ = false;
+    std::optional<Replacement> replacement_;
     bool finished_ = false;
     std::int64_t bytesBefore_ = 0;
     std::int64_t bytesWritten_ = 0;

@@ -1,6 +1,7 @@
 #include "platform/sequential_file.h"
 
 #include "platform/file_descriptor.h"
+#include "platform/replacement.h"
 #include "platform/runtime_error.h"
 #include "platform/trusted_file.h"
 
@@ -101,96 +102,33 @@ Target targetOf(const QString& path) {
     return {resolved.get(), status};
 }
 
-std::string folderOf(const std::string& path) {
-    const std::size_t separator = path.rfind('/');
-    return separator == std::string::npos ? "./" : path.substr(0, separator + 1);
-}
-
-/** A new file beside the target; it goes again unless it has taken the target's place. */
-class Replacement {
-  public:
-    explicit Replacement(const std::string& folder);
-    ~Replacement();
-    Replacement(const Replacement&) = delete;
-    Replacement& operator=(const Replacement&) = delete;
-
-    void takeRightsOf(const struct stat& old);
-    void write(std::string_view bytes);
-    void takePlaceOf(const std::string& target);
-
-  private:
-    std::string path_;
-    FileDescriptor file_;
-    bool placed_ = false;
-};
-
-Replacement::Replacement(const std::string& folder) {
-    constexpr int attempts = 1000;
-    // Without the right for everybody to write: such a file would not be read again.
-    constexpr mode_t rights = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
-    // A process that was ended on the way may have left a file of that name, and so may another computer.
-    for (int attempt = 0; attempt < attempts && !file_.isOpen(); ++attempt) {
-        path_ = folder + ".brindlewake-" + std::to_string(::getpid()) + '-' + std::to_string(attempt);
-        file_ = FileDescriptor(::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, rights));
-        if (!file_.isOpen() && errno != EEXIST) {
-            break;
-        }
-    }
-    if (!file_.isOpen()) {
-        throw RuntimeError(openingErrorNumber(errno));
-    }
-}
-
-Replacement::~Replacement() {
-    if (!placed_) {
-        ::unlink(path_.c_str());
-    }
-}
-
-void Replacement::takeRightsOf(const struct stat& old) {
+/** Gives the new file the old one's rights and, where the system allows it, its owner and group. */
+void takeRightsOf(const struct stat& old, const FileDescriptor& file) {
     constexpr auto nobody = static_cast<uid_t>(-1);
     mode_t mode = old.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
     // Only an administrator gives a file away; otherwise it belongs to whoever wrote it last, who may.
-    static_cast<void>(!::fchown(file_.number(), old.st_uid, static_cast<gid_t>(-1)));
-    if (::fchown(file_.number(), nobody, old.st_gid) != 0) {
+    static_cast<void>(!::fchown(file.number(), old.st_uid, static_cast<gid_t>(-1)));
+    if (::fchown(file.number(), nobody, old.st_gid) != 0) {
         // What the old group was allowed is not another group's; that gets what everybody gets.
         mode = (mode & ~static_cast<mode_t>(S_IRWXG)) | ((mode & S_IRWXO) << 3U);
     }
     // The file systems of memory sticks keep no rights; there the rights of the whole stick hold.
-    if (::fchmod(file_.number(), mode) != 0 && errno != EPERM && errno != EOPNOTSUPP) {
+    if (::fchmod(file.number(), mode) != 0 && errno != EPERM && errno != EOPNOTSUPP) {
         throw RuntimeError(writingErrorNumber(errno));
     }
-}
-
-void Replacement::write(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(file_.number(), bytes.data(), bytes.size());
-        if (written < 0 && errno != EINTR) {
-            throw RuntimeError(writingErrorNumber(errno));
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
-    }
-}
-
-void Replacement::takePlaceOf(const std::string& target) {
-    // Before the name is moved, so that a loss of power cannot leave the new name with nothing in it.
-    waitForDisk(file_);
-    if (::rename(path_.c_str(), target.c_str()) != 0) {
-        throw RuntimeError(openingErrorNumber(errno));
-    }
-    placed_ = true;
-    waitForFolderOf(target, file_);
 }
 } // namespace
 
 void writeWholeFile(const QString& path, const std::string& content) {
+    // Without the right for everybody to write: such a file would not be read again.
+    constexpr mode_t rights = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH;
     const Target target = targetOf(path);
-    Replacement replacement(folderOf(target.path));
+    Replacement replacement(target.path, rights);
     if (target.status) {
-        replacement.takeRightsOf(*target.status);
+        takeRightsOf(*target.status, replacement.file());
     }
-    replacement.write(content);
-    replacement.takePlaceOf(target.path);
+    writeAll(replacement.file(), content);
+    replacement.takePlace();
 }
 
 } // namespace platform

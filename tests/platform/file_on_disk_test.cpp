@@ -46,7 +46,7 @@ TEST(FileOnDisk, WrittenBesideItsTargetItIsThereBeforeItTakesThePlaceAndItsFolde
     const TemporaryFolder folder;
     const FileSteps steps;
     writeNew(folder, Writing::BesideTarget);
-    EXPECT_THAT(steps.calls(), ElementsAre("write", "fsync", "renameat2", "fsync"));
+    EXPECT_THAT(steps.calls(), ElementsAre("write", "fsync", "rename", "fsync"));
 }
 
 TEST(FileOnDisk, WrittenInPlaceItIsNotWaitedFor) {
@@ -104,7 +104,7 @@ TEST(FileOnDisk, ForAFolderThatMayNotBeReadTheWholeFileSystemIsWaitedFor) {
         failing = errorNumberOf([&] { writeNew(folder, Writing::BesideTarget); });
     }));
     ASSERT_EQ(::chmod(folder.path().c_str(), 0700), 0);
-    EXPECT_THAT(calls, ElementsAre("write", "fsync", "renameat2", "syncfs"));
+    EXPECT_THAT(calls, ElementsAre("write", "fsync", "rename", "syncfs"));
     EXPECT_EQ(failing, errors::DeviceInputOutput);
 }
 
