@@ -7,7 +7,6 @@
 #include "platform/text.h"
 #include "reader/print_message.h"
 #include "windows/frmFrom.h"
-#include "windows/frmMain.h"
 #include "windows/frmSend.h"
 #include "windows/windows.h"
 
@@ -101,6 +100,5 @@ void frmFrom::cmdDone_Click() {
 
 void frmFrom::Form_Unload() {
     tMessage->setBytes({});
-    mainWindow().setEnabled(true);
-    mainWindow().bringUp();
+    giveControlBack();
 }

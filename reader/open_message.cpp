@@ -107,20 +107,21 @@ void restartCheckTimer() {
     }
 }
 
-void openMessage(int number) {
+/** The hourglass goes when the message has come; after a failure it stays for whoever tells of it. */
+void openMessage(int number, std::optional<WhileHourglass>& waiting) {
     frmMain& main = mainWindow();
     // A check in the middle of its work has the number of the message that it is at.
     if (loginWindow().POP1.isRunning()) {
         throw platform::RuntimeError(errors::MailServerBusy);
     }
     mailbox.CurrentMessage = platform::checkedTo<std::int16_t>(number);
-    main.setHourglass(true);
+    waiting.emplace(main);
     main.lStats->setText(QStringLiteral("Opening message..."));
     main.tmrCheckMail->setEnabled(false);
     fetchMessage();
     main.barProgress->setProgress(0);
     main.lStats->setText(QStringLiteral("Done"));
-    main.setHourglass(false);
+    waiting.reset();
 
     const WhileDisabled resting(main);
     email::MessageSummary& message = mailbox.Messages.at(mailbox.CurrentMessage);
@@ -153,7 +154,6 @@ void openingFailed(int error) {
     main.MailGrid->setEnabled(true);
     // A disabled list loses the keyboard.
     main.MailGrid->setFocus();
-    main.setHourglass(false);
     main.barProgress->setProgress(0);
     showTotals();
     restartCheckTimer();
@@ -166,7 +166,8 @@ void frmMain::MailGrid_DblClick() {
         return;
     }
     const platform::WhileTrue opens(opening_);
-    const int error = platform::errorNumberOf([this] { openMessage(MailGrid->Row()); });
+    std::optional<WhileHourglass> waiting;
+    const int error = platform::errorNumberOf([&] { openMessage(MailGrid->Row(), waiting); });
     if (error != 0) {
         openingFailed(error);
         return;
@@ -174,7 +175,7 @@ void frmMain::MailGrid_DblClick() {
     messageWindow().bringUp();
     messageWindow().tMessage->setFocus();
     MailGrid->setRowNew(messageWindow().OpenMessage, false);
-    rest();
+    messageWindow().takeControlFrom(*this);
     enableMailButtons(true);
     restartCheckTimer();
 }
