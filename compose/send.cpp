@@ -97,12 +97,8 @@ void frmSend::cmdSndit_Click() {
     if (error == 0) {
         return;
     }
-    setHourglass(false);
     lblSending->setText(QString());
     barSending->setProgress(0);
-    cmdSndit->setEnabled(true);
-    cmdCancel->setEnabled(true);
-    setEnabled(true);
     if (!isVisible()) {
         bringUp();
     }
@@ -131,10 +127,16 @@ void frmSend::send() {
         refuse(QStringLiteral("You need to enter a subject."), tSubject);
         return;
     }
+    transmit(std::move(message));
+    unload(*this);
+}
+
+void frmSend::transmit(ComposedMessage message) {
     lblSending->setText(QStringLiteral("Sending Mail... "));
-    for (QPushButton* button : {cmdSndit, cmdCancel, cmdAttach}) {
-        button->setEnabled(false);
-    }
+    const WhileDisabled noSending(*cmdSndit);
+    const WhileDisabled noCancelling(*cmdCancel);
+    // After a failure too there is no attaching any more.
+    cmdAttach->setEnabled(false);
     mustBeSendable(*this);
     SMTP1.setBlocking(true);
     SMTP1.setHost(email::settings.SMTPServer);
@@ -147,9 +149,10 @@ void frmSend::send() {
     SMTP1.setBody(message.MessageBody);
     SMTP1.setDataFile(message.encodedFile.path, std::move(message.encodedFile.file));
     SMTP1.setDataFileEncoded(true);
-    setHourglass(true);
-    SMTP1.issueRequest(Request::TransmitMessage);
-    setHourglass(false);
+    {
+        const WhileHourglass waiting(*this);
+        SMTP1.issueRequest(Request::TransmitMessage);
+    }
     // The server has confirmed it: from now on, to go on with the letter would be to send it twice.
     removeKeptLetter();
     SMTP1.issueRequest(Request::CloseConnection);
@@ -157,9 +160,6 @@ void frmSend::send() {
     lblSending->setText(QString());
     barSending->setProgress(0);
     controls::showMessage(QStringLiteral("Your message has been sent."), email::programTitle());
-    cmdSndit->setEnabled(true);
-    cmdCancel->setEnabled(true);
-    unload(*this);
 }
 
 void frmSend::SMTP1_PITrail(smtplib::Direction /*Direction*/, const std::string& /*Message*/) {

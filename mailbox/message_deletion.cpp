@@ -81,15 +81,13 @@ void frmMain::cmdDelete_Click() {
     if (answer == MessageAnswer::Yes) {
         deleteSelected();
     }
-    setEnabled(true);
-    cmdExit->setEnabled(true);
     startAtTheListIfNowhere();
 }
 
 void frmMain::deleteSelected() {
     lStats->setText(QStringLiteral("Deleting message..."));
-    rest();
-    cmdExit->setEnabled(false);
+    const WhileDisabled resting(*this);
+    const WhileDisabled noExit(*cmdExit);
     POPLib::POP& pop = loginWindow().POP1;
     const std::int16_t number = SelectedMessage;
     const int error = platform::errorNumberOf([&] {

@@ -1,5 +1,6 @@
 #include "components/controls/message_box.h"
 #include "components/controls/paced_showing.h"
+#include "components/controls/while_not_redrawing.h"
 #include "email/credentials.h"
 #include "email/mailbox.h"
 #include "email/shared_settings.h"
@@ -9,6 +10,7 @@
 #include "platform/checked.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
+#include "platform/while_true.h"
 #include "retrieval/failures.h"
 #include "retrieval/session_start.h"
 #include "retrieval/summaries.h"
@@ -21,6 +23,7 @@
 #include <QPushButton>
 
 #include <array>
+#include <optional>
 
 using email::credentials;
 using email::mailbox;
@@ -75,21 +78,22 @@ void prepareList(const POPLib::POP& pop) {
     }
 }
 
-void showMainWindowBusy() {
+/** The main window while its list is filled; after a failure, until that has been told. */
+struct FillingTheList {
+    std::optional<WhileHourglass> waiting;
+    std::optional<MSFlexGridLib::WhileNotRedrawing> still;
+};
+
+void showMainWindowBusy(FillingTheList& filling) {
     frmMain& main = mainWindow();
     main.enableMailButtons(false);
-    main.MailGrid->setRedraw(false);
+    filling.still.emplace(*main.MailGrid);
+    filling.waiting.emplace(main);
     // Or the keyboard would go to the only button that is left, which is Exit.
     main.setFocus();
     welcomeOnMainWindow();
     // Somebody who had closed the login window finds it behind the main window.
     main.bringUp();
-}
-
-void showMainWindowReady() {
-    frmMain& main = mainWindow();
-    main.setHourglass(false);
-    main.enableMailButtons(true);
 }
 
 void fetchAllSummaries(POPLib::POP& pop) {
@@ -118,6 +122,30 @@ void startCheckTimer() {
         timer->setEnabled(true);
     }
 }
+
+void getAllMail(frmLogin& login, FillingTheList& filling) {
+    POPLib::POP& pop = login.POP1;
+    logOnAndCount(pop);
+    prepareList(pop);
+    if (mailbox.MessageCount > 0) {
+        login.MMControl1.setCommand(email::derived.WavCommand);
+    }
+    login.hide();
+    showMainWindowBusy(filling);
+    fetchAllSummaries(pop);
+    showTotals();
+    numberTheRows();
+    filling.waiting.reset();
+    mainWindow().enableMailButtons(true);
+    pop.issueRequest(Request::LogOffAndDisconnect);
+    mainWindow().barProgress->setProgress(0);
+    UpdateListControls();
+    mainWindow().startAtTheList();
+    mainWindow().MailGrid->showRow(mailbox.MessageCount);
+    startCheckTimer();
+    // Later sessions have it from elsewhere; until here another try might have needed it.
+    login.tpwd->forget();
+}
 } // namespace
 
 void frmLogin::cmdLogin_Click() {
@@ -133,7 +161,7 @@ void frmLogin::cmdLogin_Click() {
         return;
     }
     takeUserName(tUser->text());
-    setHourglass(true);
+    const WhileHourglass waiting(*this);
     if (focusWidget() == cmdLogin) {
         // A disabled button hands the keyboard on, and the next one would open the setup window.
         tpwd->setFocus();
@@ -142,40 +170,16 @@ void frmLogin::cmdLogin_Click() {
     mainWindow().tmrCheckMail->setEnabled(false);
     // A copy of its own: the field forgets what it holds.
     credentials.Password = QString(tpwd->text().constData(), tpwd->text().size());
-
-    const bool another = loggingOn_;
-    beginWaiting();
-    const int error = platform::errorNumberOf([this] { getAllMail(); });
-    // Another log-on, further down the stack, may still be waiting.
-    if (!another) {
-        endWaiting();
-    }
+    FillingTheList filling;
+    const int error = platform::errorNumberOf([&] {
+        const platform::WhileTrue loggingOn(loggingOn_);
+        tmrWaiting->setEnabled(true);
+        getAllMail(*this, filling);
+    });
+    endWaiting();
     if (error != 0) {
         logInFailed(error);
     }
-}
-
-void frmLogin::getAllMail() {
-    logOnAndCount(POP1);
-    prepareList(POP1);
-    if (mailbox.MessageCount > 0) {
-        MMControl1.setCommand(email::derived.WavCommand);
-    }
-    hide();
-    showMainWindowBusy();
-    fetchAllSummaries(POP1);
-    showTotals();
-    numberTheRows();
-    showMainWindowReady();
-    POP1.issueRequest(Request::LogOffAndDisconnect);
-    mainWindow().barProgress->setProgress(0);
-    UpdateListControls();
-    mainWindow().startAtTheList();
-    mainWindow().MailGrid->showRow(mailbox.MessageCount);
-    startCheckTimer();
-    setHourglass(false);
-    // Later sessions have it from elsewhere; until here another try might have needed it.
-    tpwd->forget();
 }
 
 void frmLogin::logInFailed(int error) {
@@ -202,7 +206,6 @@ void frmLogin::logInFailed(int error) {
 }
 
 void frmLogin::mayTryAgain() {
-    setHourglass(false);
     cmdLogin->setEnabled(true);
     // It may have been closed meanwhile.
     if (!isVisible()) {

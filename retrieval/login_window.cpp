@@ -81,13 +81,11 @@ void frmLogin::tUser_Change() {
     mainWindow().prepare();
 }
 
-void frmLogin::beginWaiting() {
-    loggingOn_ = true;
-    tmrWaiting->setEnabled(true);
-}
-
+// While another log-on waits, further down the stack, nothing ends.
 void frmLogin::endWaiting() {
-    loggingOn_ = false;
+    if (loggingOn_) {
+        return;
+    }
     tmrWaiting->setEnabled(false);
     lblWaiting->hide();
     barWaiting->hide();

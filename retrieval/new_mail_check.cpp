@@ -1,4 +1,5 @@
 #include "components/controls/message_box.h"
+#include "components/controls/while_not_redrawing.h"
 #include "email/credentials.h"
 #include "email/mailbox.h"
 #include "email/shared_settings.h"
@@ -6,6 +7,7 @@
 #include "mailbox/mailbox_list.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
+#include "platform/while_set.h"
 #include "retrieval/failures.h"
 #include "retrieval/session_start.h"
 #include "retrieval/summaries.h"
@@ -21,6 +23,7 @@
 #include <array>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 using email::credentials;
 using email::mailbox;
@@ -58,7 +61,13 @@ void showThatMailHasCome(const ListedMail& listed) {
                                                   QStringLiteral(" new messages"));
 }
 
-void fetchNewMail(frmLogin& login, ListedMail& listed) {
+/** The hourglass over both windows, from the first request on. */
+struct Hourglasses {
+    WhileHourglass overLogin{loginWindow()};
+    WhileHourglass overList{mainWindow()};
+};
+
+void fetchNewMail(frmLogin& login, ListedMail& listed, std::optional<Hourglasses>& waiting) {
     const auto first = static_cast<std::int16_t>(mailbox.LastMessageCount + 1);
     playSoundAgain(login.MMControl1);
     showTotals();
@@ -76,8 +85,7 @@ void fetchNewMail(frmLogin& login, ListedMail& listed) {
         listed.rows = std::max(listed.rows, mailbox.CurrentMessage);
     }
     numberTheRows();
-    login.setHourglass(false);
-    mainWindow().setHourglass(false);
+    waiting.reset();
     enableButtons(true);
     login.POP1.issueRequest(Request::LogOffAndDisconnect);
     mailbox.LastMessageCount = mailbox.MessageCount;
@@ -87,10 +95,10 @@ void fetchNewMail(frmLogin& login, ListedMail& listed) {
     showThatMailHasCome(listed);
 }
 
-void checkAtTheServer(frmLogin& login, ListedMail& listed) {
+void checkAtTheServer(frmLogin& login, ListedMail& listed, std::optional<Hourglasses>& waiting) {
     logOnAndCount(login.POP1);
     if (mailbox.LastMessageCount < mailbox.MessageCount) {
-        fetchNewMail(login, listed);
+        fetchNewMail(login, listed, waiting);
         return;
     }
     // Fewer messages than before are no news either: only what lies above the last count is new.
@@ -98,23 +106,17 @@ void checkAtTheServer(frmLogin& login, ListedMail& listed) {
     login.POP1.issueRequest(Request::LogOffAndDisconnect);
     mailbox.NewMailFound = false;
     UpdateListControls();
-    login.setHourglass(false);
-    mainWindow().setHourglass(false);
 }
 
 /**
- * After a failure that the program survives, the windows can be used again; but not when another session is
- * in the middle of its work, which then sees to that itself and finds the list as it has left it.
+ * After a failure that the program survives, the list can be used again; but not when another session is in
+ * the middle of its work, which then sees to that itself.
  */
-void endCheck(frmLogin& login, bool redrewBefore) {
-    if (login.POP1.isRunning()) {
-        mainWindow().MailGrid->setRedraw(redrewBefore);
-        return;
+void letTheListBeUsed(const POPLib::POP& pop) {
+    if (!pop.isRunning()) {
+        mainWindow().cmdCmpose->setEnabled(true);
+        UpdateListControls();
     }
-    login.setHourglass(false);
-    mainWindow().setHourglass(false);
-    mainWindow().cmdCmpose->setEnabled(true);
-    UpdateListControls();
 }
 
 /**
@@ -143,9 +145,8 @@ void keepWhatWasFetched(const ListedMail& listed) {
 int openBoxes = 0;
 
 void tellOfFailedCheck(const FailureBox& box, int error) {
-    ++openBoxes;
+    const platform::WhileSet anotherBox(openBoxes, openBoxes + 1);
     tell(box, error);
-    --openBoxes;
 }
 
 enum class Then { TryAgain, KeepWhatHasCome, EndProgram };
@@ -171,19 +172,19 @@ constexpr std::array<Failure<Then>, 8> kFailures = {{
     {kAnyOtherError, {"Error %1 Please Start Program Again ", " Mail Error"}, Then::EndProgram},
 }};
 
-void checkFailed(frmLogin& login, int error, const ListedMail& listed, bool redrewBefore) {
+void checkFailed(frmLogin& login, int error, const ListedMail& listed) {
     const Failure<Then>& failure = failureOf(kFailures, error);
     switch (failure.then) {
     case Then::TryAgain:
         tellOfFailedCheck(failure.box, error);
         login.POP1.leave();
         login.cmdLogin->setEnabled(true);
-        endCheck(login, redrewBefore);
+        letTheListBeUsed(login.POP1);
         break;
     case Then::KeepWhatHasCome:
         keepWhatWasFetched(listed);
         tellOfFailedCheck(failure.box, error);
-        endCheck(login, redrewBefore);
+        letTheListBeUsed(login.POP1);
         break;
     case Then::EndProgram:
         tell(failure.box, error);
@@ -193,27 +194,24 @@ void checkFailed(frmLogin& login, int error, const ListedMail& listed, bool redr
 }
 
 void checkForNewMail() {
-    const bool redrewBefore = mainWindow().MailGrid->redraws();
-    mainWindow().MailGrid->setRedraw(false);
+    const MSFlexGridLib::WhileNotRedrawing still(*mainWindow().MailGrid);
     const QString missing =
         credentials.UserName.isEmpty()   ? QStringLiteral("User Name Must Be Entered To Get Mail!")
         : credentials.Password.isEmpty() ? QStringLiteral("Password Must Be Entered To Get Mail!")
                                          : QString();
     if (!missing.isEmpty()) {
         controls::showMessage(missing, email::titleEndingIn(" Mail"));
-        mainWindow().MailGrid->setRedraw(redrewBefore);
         return;
     }
     // The same number once more would be no change, and nothing would be told.
     mainWindow().lStats->setAccessibleDescription(QString());
     frmLogin& login = loginWindow();
-    login.setHourglass(true);
-    mainWindow().setHourglass(true);
+    std::optional<Hourglasses> waiting(std::in_place);
     login.cmdLogin->setEnabled(false);
     ListedMail listed;
-    const int error = platform::errorNumberOf([&] { checkAtTheServer(login, listed); });
+    const int error = platform::errorNumberOf([&] { checkAtTheServer(login, listed, waiting); });
     if (error != 0) {
-        checkFailed(login, error, listed, redrewBefore);
+        checkFailed(login, error, listed);
     }
     mainWindow().startAtTheListIfNowhere();
 }

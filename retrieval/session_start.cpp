@@ -17,7 +17,6 @@ void logOnAndCount(POPLib::POP& pop) {
 
 void welcomeOnMainWindow() {
     frmMain& main = mainWindow();
-    main.setHourglass(true);
     main.setWindowTitle(QStringLiteral("Welcome ") + email::credentials.UserName + QStringLiteral(" To ") +
                         email::programTitle());
     // A check finds the window there, perhaps behind the one that somebody is writing in.

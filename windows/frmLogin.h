@@ -28,7 +28,6 @@ class frmLogin : public Form {
 
     // retrieval/login.cpp
     void cmdLogin_Click();
-    void getAllMail();
     void logInFailed(int error);
 
     // retrieval/message_events.cpp
@@ -59,7 +58,6 @@ class frmLogin : public Form {
 
   private:
     void layOut();
-    void beginWaiting();
     void endWaiting();
     void mayTryAgain();
 

@@ -12,6 +12,7 @@
 
 #include <string>
 
+struct ComposedMessage;
 class QGridLayout;
 class QLabel;
 class QLineEdit;
@@ -81,6 +82,7 @@ class frmSend : public Form {
     /** Shows or hides both buttons; without them the fields reach as far as the one of the subject. */
     void showFindAddress(bool shown);
     void send();
+    void transmit(ComposedMessage message);
     void giveControlBack();
     void keepLetterNow();
     std::string letterToKeep();
