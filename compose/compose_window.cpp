@@ -4,7 +4,6 @@
 #include "email/titles.h"
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
-#include "windows/frmFrom.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 #include "windows/windows.h"
@@ -15,8 +14,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-
-#include <utility>
 
 namespace {
 /** Where a person looks for a file to attach: where the last one was, or else at home. */
@@ -39,9 +36,7 @@ void frmMain::cmdCmpose_Click() {
         return;
     }
     const bool goesOn = compose.goOnWithKeptLetter();
-    rest();
-    compose.bringUp();
-    compose.tTo->setFocus();
+    compose.openFrom(*this, *compose.tTo);
     if (!goesOn && email::isYes(email::settings.SaveCopy)) {
         // The copy that is kept is one sent to the sender's own mailbox.
         const QString sender = email::credentials.UserName + email::derived.AtDomain;
@@ -58,6 +53,12 @@ void frmSend::Form_Load() {
     cmdAttach->setEnabled(attach);
     lblAttachment->setEnabled(attach);
     txtAttachment->setEnabled(attach);
+}
+
+void frmSend::openFrom(Form& opener, QWidget& field) {
+    takeControlFrom(opener);
+    bringUp();
+    field.setFocus();
 }
 
 bool frmSend::showIfInUse() {
@@ -109,17 +110,6 @@ void frmSend::Form_Unload() {
     tCc->clear();
     tSubject->clear();
     giveControlBack();
-}
-
-void frmSend::giveControlBack() {
-    // Once only: who was given it may have given it to another window since.
-    if (std::exchange(controlGivenBack_, true)) {
-        return;
-    }
-    // Reply and Forward disable the message window, so an enabled one means that the main window asked.
-    Form& opener = messageWindow().isEnabled() ? static_cast<Form&>(mainWindow()) : messageWindow();
-    opener.setEnabled(true);
-    opener.bringUp();
 }
 
 void frmSend::closeEvent(QCloseEvent* event) {

@@ -43,12 +43,6 @@ QString addressToAnswer(const email::MessageSummary& message) {
     return {};
 }
 
-/** Shows the compose window in front of the message window, which rests until that one is closed. */
-void answerIn(frmSend& compose, frmFrom& window, QWidget* field) {
-    window.rest();
-    compose.bringUp();
-    field->setFocus();
-}
 } // namespace
 
 void frmFrom::Form_Load() {
@@ -63,13 +57,13 @@ void frmFrom::cmdReply_Click() {
         return;
     }
     if (compose.goOnWithKeptLetter()) {
-        answerIn(compose, *this, compose.tMessage);
+        compose.openFrom(*this, *compose.tMessage);
         return;
     }
     compose.tTo->setText(addressToAnswer(message));
     compose.tSubject->setText(QStringLiteral("RE: ") +
                               onOneLine(platform::startFromBytes(message.Subject, kSubjectBytes)));
-    answerIn(compose, *this, compose.tMessage);
+    compose.openFrom(*this, *compose.tMessage);
 }
 
 void frmFrom::cmdFwrd_Click() {
@@ -79,13 +73,13 @@ void frmFrom::cmdFwrd_Click() {
         return;
     }
     if (compose.goOnWithKeptLetter()) {
-        answerIn(compose, *this, compose.tMessage);
+        compose.openFrom(*this, *compose.tMessage);
         return;
     }
     compose.tSubject->setText(QStringLiteral("Fwd: ") +
                               onOneLine(platform::startFromBytes(message.Subject, kSubjectBytes)));
     compose.tMessage->setBytes(forwardedText(message));
-    answerIn(compose, *this, compose.tTo);
+    compose.openFrom(*this, *compose.tTo);
 }
 
 void frmFrom::CmdPrint_Click() {

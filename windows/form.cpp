@@ -69,9 +69,7 @@ Form::Form(const QString& objectName, const QString& caption) {
 }
 
 void Form::setHourglass(bool on) {
-    if (on == std::exchange(hourglass_, on)) {
-        return;
-    }
+    hourglass_ = on;
     if (!on) {
         unsetCursor();
         for (const auto& [part, pointer] : std::exchange(ownPointers_, {})) {

@@ -55,12 +55,6 @@ class Form : public QWidget {
     /** Says good-bye; the window is hidden and forgotten right after it. */
     virtual void Form_Unload() = 0;
 
-    /** The hourglass over this window and all that is in it, or the normal pointers. */
-    void setHourglass(bool on);
-
-    /** Disables the window; once it is enabled again, the keyboard is where it is now. */
-    void rest();
-
     /** Does what takes time before the window can be shown for the first time, while nobody waits for it. */
     void prepare();
 
@@ -114,6 +108,12 @@ class Form : public QWidget {
   private:
     friend class WhileDisabled;
     friend class WhileHourglass;
+
+    /** The hourglass over this window and all that is in it, or the normal pointers. */
+    void setHourglass(bool on);
+
+    /** Disables the window; once it is enabled again, the keyboard is where it is now. */
+    void rest();
 
     /** Return presses the button that has the keyboard, as Space does. */
     void letReturnPressButtons();

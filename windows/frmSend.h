@@ -35,6 +35,8 @@ class frmSend : public Form {
      * and nothing may be filled in. True also while a kept letter is offered.
      */
     bool showIfInUse();
+    /** Shows the window in front of the one that it is opened from, which rests until it is closed. */
+    void openFrom(Form& opener, QWidget& field);
 
     // compose/keep_letter.cpp
     /**
@@ -83,7 +85,6 @@ class frmSend : public Form {
     void showFindAddress(bool shown);
     void send();
     void transmit(ComposedMessage message);
-    void giveControlBack();
     void keepLetterNow();
     std::string letterToKeep();
     void letterKept(int error);
@@ -97,5 +98,4 @@ class frmSend : public Form {
     platform::BeforeTheEnd keepBeforeTheEnd_{[this] { keepLetterNow(); }};
     bool sending_ = false;
     bool offering_ = false;
-    bool controlGivenBack_ = false;
 };

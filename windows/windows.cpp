@@ -144,13 +144,10 @@ void Form::closeEvent(QCloseEvent* event) {
 namespace {
 /** The window that this one is opened from; nothing for the first one. */
 const Form* openerOf(const Form& window) {
-    const auto is = [&window](const auto& slot) { return slot.get() == &window; };
-    if (is(slotOf<frmSend>())) {
-        // The message window opens it for an answer, and nobody else can while that one is open.
-        const frmFrom* const message = slotOf<frmFrom>().get();
-        return message != nullptr && message->isVisible() ? static_cast<const Form*>(message)
-                                                          : slotOf<frmMain>().get();
+    if (window.opener() != nullptr) {
+        return window.opener();
     }
+    const auto is = [&window](const auto& slot) { return slot.get() == &window; };
     if (is(slotOf<frmFrom>()) || is(slotOf<frmAbout>())) {
         return slotOf<frmMain>().get();
     }

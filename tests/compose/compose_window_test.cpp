@@ -197,11 +197,10 @@ TEST_F(ComposeWindow, AMessageInTheWindowIsShownAgainAndNeverFilledOver) {
     EXPECT_TRUE(messageWindow().isEnabled());
 }
 
-TEST_F(ComposeWindow, ClosedWhileTheMessageWindowIsDisabledGivesThatOneBack) {
-    messageWindow().setEnabled(false);
+TEST_F(ComposeWindow, ClosedWhenTheMessageWindowHasOpenedItItGivesThatOneBack) {
     messageWindow().show();
     mainWindow().setEnabled(false);
-    composeWindow().show();
+    composeWindow().openFrom(messageWindow(), *composeWindow().tMessage);
     composeWindow().close();
     EXPECT_TRUE(messageWindow().isEnabled());
     EXPECT_FALSE(mainWindow().isEnabled());

@@ -3,8 +3,10 @@
 #include "components/controls/while_not_redrawing.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
+#include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
+#include "windows/frmSend.h"
 #include "windows/windows.h"
 
 #include <QPushButton>
@@ -107,4 +109,13 @@ TEST_F(Guards, ControlIsGivenBackOnce) {
     mainWindow().setEnabled(false);
     aboutWindow().giveControlBack();
     EXPECT_FALSE(mainWindow().isEnabled());
+}
+
+TEST_F(Guards, WhoOpenedTheComposeWindowIsKnownWhicheverWindowsRest) {
+    mainWindow().cmdCmpose->click();
+    messageWindow().show();
+    messageWindow().setEnabled(false);
+    composeWindow().close();
+    EXPECT_TRUE(mainWindow().isEnabled());
+    EXPECT_FALSE(messageWindow().isEnabled());
 }

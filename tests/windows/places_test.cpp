@@ -85,8 +85,7 @@ TEST_F(Places, AMessageStandsAboveTheListAndItsAnswerAboveTheMessage) {
     goToTheMainWindow();
     messageWindow().bringUp();
     expectAbove(messageWindow(), mainWindow());
-    messageWindow().setEnabled(false);
-    composeWindow().bringUp();
+    composeWindow().openFrom(messageWindow(), *composeWindow().tMessage);
     expectAbove(composeWindow(), messageWindow());
     EXPECT_TRUE(composeWindow().isEnabled()) << "its opener rests, and it does not rest with it";
 }
