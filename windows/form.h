@@ -79,15 +79,14 @@ class Form : public QWidget {
     /** Takes the title that start-up has found in the settings; without one the window keeps its own. */
     void takeProgramTitle();
 
+    // windows/windows.cpp
     /** A disabled window cannot be closed; any other one is unloaded. */
     void closeEvent(QCloseEvent* event) override;
-
     /**
      * Puts the window above the one that it was opened from: where it was last in this run, or else in the
      * middle of that one, on the same screen.
      */
     void showEvent(QShowEvent* event) override;
-
     /** Remembers size and place, for the next window of this name. */
     void hideEvent(QHideEvent* event) override;
 

@@ -58,7 +58,11 @@ class frmLogin : public Form {
 
   private:
     void layOut();
+
+    // retrieval/login_window.cpp
     void endWaiting();
+
+    // retrieval/login.cpp
     void mayTryAgain();
 
     /** From Get Mail on until the log-on has failed or the messages are listed. */

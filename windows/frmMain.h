@@ -77,6 +77,8 @@ class frmMain : public Form {
   private:
     void layOut();
     void openAsWideAsTheDatesNeed();
+
+    // mailbox/message_deletion.cpp
     void deleteSelected();
 
     bool opening_ = false;

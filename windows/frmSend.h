@@ -76,6 +76,7 @@ class frmSend : public Form {
     platform::KeptFile keptLetter;
 
   protected:
+    // compose/compose_window.cpp
     /** Closed while it sends, the window only hides: should the message not go out, it comes back with it. */
     void closeEvent(QCloseEvent* event) override;
 
@@ -83,8 +84,12 @@ class frmSend : public Form {
     void layOut();
     /** Shows or hides both buttons; without them the fields reach as far as the one of the subject. */
     void showFindAddress(bool shown);
+
+    // compose/send.cpp
     void send();
     void transmit(ComposedMessage message);
+
+    // compose/keep_letter.cpp
     void keepLetterNow();
     std::string letterToKeep();
     void letterKept(int error);
