@@ -12,7 +12,7 @@ void send(QTcpSocket& socket, const std::string& text) {
     socket.write(text.data(), static_cast<qint64>(text.size()));
 }
 
-void answer(QTcpSocket& socket, Conversation& conversation) {
+void answer(QTcpSocket& socket, mailserver::Conversation& conversation) {
     while (!conversation.isOver() && socket.bytesAvailable() > 0 &&
            socket.bytesToWrite() < Listener::kMaximumWaitingBytes) {
         send(socket, conversation.receive(socket.read(Listener::kReadBytes).toStdString()));
@@ -30,7 +30,7 @@ Listener::Listener(MakeConversation makeConversation) : makeConversation_(std::m
 
 void Listener::converse() {
     while (QTcpSocket* const socket = server_.nextPendingConnection()) {
-        const std::shared_ptr<Conversation> conversation = makeConversation_();
+        const std::shared_ptr<mailserver::Conversation> conversation = makeConversation_();
         const auto answerWaiting = [socket, conversation] { answer(*socket, *conversation); };
         socket->setReadBufferSize(kReadBytes);
         QObject::connect(socket, &QTcpSocket::readyRead, socket, answerWaiting);

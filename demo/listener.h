@@ -1,6 +1,6 @@
 #pragma once
 
-#include "demo/conversation.h"
+#include "mailserver/conversation.h"
 
 #include <QTcpServer>
 
@@ -18,7 +18,7 @@ class Listener {
     /** What a client may have sent ahead, in bytes; also what is answered in one go. */
     static constexpr std::int64_t kReadBytes = 4LL << 10;
 
-    using MakeConversation = std::function<std::unique_ptr<Conversation>()>;
+    using MakeConversation = std::function<std::unique_ptr<mailserver::Conversation>()>;
 
     explicit Listener(MakeConversation makeConversation);
 

@@ -1,7 +1,7 @@
 #include "demo/listener.h"
-#include "demo/mailbox.h"
-#include "demo/pop3_conversation.h"
-#include "demo/smtp_conversation.h"
+#include "mailserver/mailbox.h"
+#include "mailserver/pop3_conversation.h"
+#include "mailserver/smtp_conversation.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -75,11 +75,11 @@ void quitWhenInputEnds(QSocketNotifier& input) {
 
 int serve(QCoreApplication& application) {
     const Options options = optionsOf(application);
-    demo::Mailbox mailbox;
+    mailserver::Mailbox mailbox;
     mailbox.load(options.mail);
 
-    demo::Listener pop([&] { return std::make_unique<demo::Pop3Conversation>(mailbox); });
-    demo::Listener smtp([&] { return std::make_unique<demo::SmtpConversation>(mailbox); });
+    demo::Listener pop([&] { return std::make_unique<mailserver::Pop3Conversation>(mailbox); });
+    demo::Listener smtp([&] { return std::make_unique<mailserver::SmtpConversation>(mailbox); });
     start(pop, options.popPort);
     start(smtp, options.smtpPort);
 

@@ -49,7 +49,7 @@ Descriptor::~Descriptor() {
     }
 }
 
-DelayedListener::DelayedListener(demo::Mailbox& mailbox, std::chrono::milliseconds delay)
+DelayedListener::DelayedListener(mailserver::Mailbox& mailbox, std::chrono::milliseconds delay)
     : mailbox_(mailbox),
       delay_(delay),
       listening_(mustSucceed(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket")) {

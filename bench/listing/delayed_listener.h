@@ -1,6 +1,6 @@
 #pragma once
 
-#include "demo/pop3_conversation.h"
+#include "mailserver/pop3_conversation.h"
 
 #include <chrono>
 #include <cstdint>
@@ -34,7 +34,7 @@ class DelayedListener {
     using Clock = std::chrono::steady_clock;
 
     /** \throws std::system_error when no port can be had. */
-    DelayedListener(demo::Mailbox& mailbox, std::chrono::milliseconds delay);
+    DelayedListener(mailserver::Mailbox& mailbox, std::chrono::milliseconds delay);
 
     std::uint16_t port() const noexcept { return port_; }
 
@@ -52,10 +52,10 @@ class DelayedListener {
     };
 
     struct Session {
-        Session(int socket, demo::Mailbox& mailbox) : connection(socket), conversation(mailbox) {}
+        Session(int socket, mailserver::Mailbox& mailbox) : connection(socket), conversation(mailbox) {}
 
         Descriptor connection;
-        demo::Pop3Conversation conversation;
+        mailserver::Pop3Conversation conversation;
         std::deque<Answer> answers;
         std::uint64_t roundTrips = 0;
         bool lost = false;
@@ -67,7 +67,7 @@ class DelayedListener {
     void receive(Session& session) const;
     static void sendDue(Session& session);
 
-    demo::Mailbox& mailbox_;
+    mailserver::Mailbox& mailbox_;
     std::chrono::milliseconds delay_;
     Descriptor listening_;
     std::uint16_t port_ = 0;

@@ -43,7 +43,7 @@ std::string body(int number) {
 }
 } // namespace
 
-void fillWithSamples(demo::Mailbox& mailbox, int messages) {
+void fillWithSamples(mailserver::Mailbox& mailbox, int messages) {
     for (int number = 1; number <= messages; ++number) {
         mailbox.append(header(number) + '\n' + body(number));
     }

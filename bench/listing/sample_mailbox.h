@@ -1,6 +1,6 @@
 #pragma once
 
-#include "demo/mailbox.h"
+#include "mailserver/mailbox.h"
 
 namespace bench {
 
@@ -8,6 +8,6 @@ namespace bench {
  * Fills the mailbox with messages as people get them: a header of about twenty lines, some of them folded,
  * and a body longer than a listing fetches. They are the same in every run.
  */
-void fillWithSamples(demo::Mailbox& mailbox, int messages);
+void fillWithSamples(mailserver::Mailbox& mailbox, int messages);
 
 } // namespace bench

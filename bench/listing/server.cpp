@@ -18,7 +18,7 @@ int numberOf(std::string_view text) {
 }
 
 void serve(std::string_view messages, std::string_view delay) {
-    demo::Mailbox mailbox;
+    mailserver::Mailbox mailbox;
     bench::fillWithSamples(mailbox, numberOf(messages));
     bench::DelayedListener listener(mailbox, std::chrono::milliseconds(numberOf(delay)));
     std::cout << listener.port() << std::endl;

@@ -1,4 +1,4 @@
-#include "demo/pop3_conversation.h"
+#include "mailserver/pop3_conversation.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 
 namespace {
 
-using demo::Mailbox;
-using demo::Pop3Conversation;
+using mailserver::Mailbox;
+using mailserver::Pop3Conversation;
 
 class Pop3ConversationTest : public testing::Test {
   protected:

@@ -1,4 +1,4 @@
-#include "demo/mail_text.h"
+#include "mailserver/mail_text.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-using namespace demo;
+using namespace mailserver;
 
 TEST(MailText, EveryLineEndsInCrLf) {
     EXPECT_EQ(withCrLf("one\ntwo\r\nthree"), "one\r\ntwo\r\nthree\r\n");

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-namespace demo {
+namespace mailserver {
 
 /** The text with every line ending in CR LF, whether it ended in LF or in CR LF before, the last one too. */
 std::string withCrLf(std::string_view text);
@@ -25,4 +25,4 @@ std::pair<std::string, std::string_view> splitCommand(std::string_view line);
 /** The text in upper case; only the letters a to z change. */
 std::string upperCase(std::string_view text);
 
-} // namespace demo
+} // namespace mailserver

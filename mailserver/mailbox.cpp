@@ -1,13 +1,13 @@
-#include "demo/mailbox.h"
+#include "mailserver/mailbox.h"
 
-#include "demo/mail_text.h"
+#include "mailserver/mail_text.h"
 
 #include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 
-namespace demo {
+namespace mailserver {
 
 namespace {
 
@@ -60,4 +60,4 @@ void Mailbox::remove(const std::string& uniqueId) {
     messages_.erase(found);
 }
 
-} // namespace demo
+} // namespace mailserver

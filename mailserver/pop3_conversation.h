@@ -1,8 +1,8 @@
 #pragma once
 
-#include "demo/conversation.h"
-#include "demo/line_reader.h"
-#include "demo/mailbox.h"
+#include "mailserver/conversation.h"
+#include "mailserver/line_reader.h"
+#include "mailserver/mailbox.h"
 
 #include <cstddef>
 #include <optional>
@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace demo {
+namespace mailserver {
 
 /**
  * The server's side of one POP3 session (RFC 1939). Any user name is good, the password is kPassword. A
@@ -61,4 +61,4 @@ class Pop3Conversation : public Conversation {
     std::vector<Entry> entries_;
 };
 
-} // namespace demo
+} // namespace mailserver

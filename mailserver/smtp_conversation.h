@@ -1,14 +1,14 @@
 #pragma once
 
-#include "demo/conversation.h"
-#include "demo/line_reader.h"
-#include "demo/mailbox.h"
+#include "mailserver/conversation.h"
+#include "mailserver/line_reader.h"
+#include "mailserver/mailbox.h"
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-namespace demo {
+namespace mailserver {
 
 /**
  * The server's side of one SMTP session (RFC 5321). Every well-formed recipient is accepted; a message goes
@@ -59,4 +59,4 @@ class SmtpConversation : public Conversation {
     std::string text_;
 };
 
-} // namespace demo
+} // namespace mailserver

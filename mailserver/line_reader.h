@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace demo {
+namespace mailserver {
 
 /**
  * Bytes from a client, given out line by line. Only CR LF ends a line (RFC 5321 section 2.3.8): were a lone
@@ -34,4 +34,4 @@ class LineReader {
     bool isTruncated_ = false;
 };
 
-} // namespace demo
+} // namespace mailserver

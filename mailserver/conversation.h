@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace demo {
+namespace mailserver {
 
 /**
  * The server's side of one connection without any network: the client's bytes go in, the server's come out.
@@ -26,4 +26,4 @@ class Conversation {
     virtual bool isOver() const = 0;
 };
 
-} // namespace demo
+} // namespace mailserver

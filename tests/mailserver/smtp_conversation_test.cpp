@@ -1,4 +1,4 @@
-#include "demo/smtp_conversation.h"
+#include "mailserver/smtp_conversation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,8 +7,8 @@
 
 namespace {
 
-using demo::Mailbox;
-using demo::SmtpConversation;
+using mailserver::Mailbox;
+using mailserver::SmtpConversation;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;

@@ -1,6 +1,6 @@
-#include "demo/smtp_conversation.h"
+#include "mailserver/smtp_conversation.h"
 
-#include "demo/mail_text.h"
+#include "mailserver/mail_text.h"
 
 #include <QDateTime>
 
@@ -8,7 +8,7 @@
 #include <charconv>
 #include <optional>
 
-namespace demo {
+namespace mailserver {
 
 namespace {
 
@@ -206,4 +206,4 @@ std::string SmtpConversation::receivedLine() const {
            "; " + QDateTime::currentDateTimeUtc().toString(Qt::RFC2822Date).toStdString() + "\r\n";
 }
 
-} // namespace demo
+} // namespace mailserver

@@ -1,11 +1,11 @@
-#include "demo/pop3_conversation.h"
+#include "mailserver/pop3_conversation.h"
 
-#include "demo/mail_text.h"
+#include "mailserver/mail_text.h"
 
 #include <algorithm>
 #include <charconv>
 
-namespace demo {
+namespace mailserver {
 
 namespace {
 
@@ -201,4 +201,4 @@ std::optional<std::size_t> Pop3Conversation::indexOf(std::string_view number) co
     return *wanted - 1;
 }
 
-} // namespace demo
+} // namespace mailserver

@@ -1,4 +1,4 @@
-#include "demo/line_reader.h"
+#include "mailserver/line_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-using demo::LineReader;
+using mailserver::LineReader;
 
 /** Every line of the bytes, fed in pieces of the size given; a line that was too long ends in "...". */
 std::vector<std::string> linesOf(const std::string& bytes, std::size_t pieceSize, std::size_t maximumBytes) {

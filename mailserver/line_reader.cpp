@@ -1,8 +1,8 @@
-#include "demo/line_reader.h"
+#include "mailserver/line_reader.h"
 
 #include <algorithm>
 
-namespace demo {
+namespace mailserver {
 
 void LineReader::append(std::string_view bytes) {
     bytes_.erase(0, start_);
@@ -35,4 +35,4 @@ LineReader::Result LineReader::next(std::string& line, std::size_t maximumBytes)
     return Result::Incomplete;
 }
 
-} // namespace demo
+} // namespace mailserver

@@ -1,4 +1,4 @@
-#include "demo/mailbox.h"
+#include "mailserver/mailbox.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 
 namespace {
 
-using demo::Mailbox;
+using mailserver::Mailbox;
 
 /** A folder of its own for each test, gone afterwards. */
 class MailboxFolderTest : public testing::Test {

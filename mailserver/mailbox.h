@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace demo {
+namespace mailserver {
 
 /** One message of the mailbox. */
 struct Message {
@@ -51,4 +51,4 @@ class Mailbox {
     unsigned lastNumber_ = 0;
 };
 
-} // namespace demo
+} // namespace mailserver

@@ -1,8 +1,8 @@
-#include "demo/mail_text.h"
+#include "mailserver/mail_text.h"
 
 #include <algorithm>
 
-namespace demo {
+namespace mailserver {
 
 std::string withCrLf(std::string_view text) {
     std::string result;
@@ -60,4 +60,4 @@ std::string upperCase(std::string_view text) {
     return result;
 }
 
-} // namespace demo
+} // namespace mailserver
