@@ -9,9 +9,9 @@
 namespace protocol {
 
 /**
- * The commands of one session, in their order: those that wait to be sent, and those that are outstanding,
- * sent but not answered. Replies belong to the outstanding ones in the order in which these were sent.
- * A command has the two texts of CommandText.
+ * The commands of one session, in their order: those that wait to be sent, and those that are outstanding:
+ * sent but not answered. Replies come in the order in which the commands were sent. A command has the two
+ * texts of CommandText.
  */
 template <class Command>
 class CommandQueue {
@@ -23,16 +23,16 @@ class CommandQueue {
 
     bool hasWaiting() const noexcept { return !waiting_.empty(); }
 
-    /** The command that is sent next. Only when one waits. */
+    /** The command that is sent next. Call it only when one waits. */
     const Command& firstWaiting() const { return waiting_.front(); }
 
     /** The number of commands that have been sent and not answered. */
     std::size_t outstanding() const noexcept { return outstanding_.size(); }
 
-    /** The command that the next reply belongs to. Only when one is outstanding. */
+    /** The command that the next reply belongs to. Call it only when one is outstanding. */
     const Command& first() const { return outstanding_.front(); }
 
-    /** Takes the command off that has been answered, and returns it. Only when one is outstanding. */
+    /** Removes the command that has been answered, and returns it. Call it only when one is outstanding. */
     Command takeFirst() {
         Command command = std::move(outstanding_.front());
         outstanding_.pop_front();
@@ -52,7 +52,7 @@ class CommandQueue {
         return output;
     }
 
-    /** Keeps back what waits: nothing is sent, and shownOutput() is empty. */
+    /** Sends nothing this time: the waiting commands stay, and shownOutput() is empty. */
     void holdOutput() { shownOutput_.clear(); }
 
     /** The commands in the last output, as they may be shown. */

@@ -7,7 +7,7 @@ namespace protocol {
 /** A command's two texts, both without the line end. */
 struct CommandText {
     std::string sent;
-    /** What a person or a log may see of it: the same without a secret. */
+    /** The command as a person or a log may see it: without its secret. */
     std::string shown;
 };
 

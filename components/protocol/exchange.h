@@ -5,8 +5,9 @@
 namespace protocol {
 
 /**
- * A session and whatever brings its bytes: a connection in the program, recorded lines in a test. What is to
- * be asked, in which order, stands in plans: functions that ask through an exchange, and know of no network.
+ * A session together with the source of its bytes: a connection in the program, recorded lines in a test.
+ * Plans are functions that decide which commands to send, and in which order. They use an exchange and know
+ * nothing of the network.
  */
 template <class Session>
 class Exchange {
@@ -23,11 +24,15 @@ class Exchange {
 
     /**
      * Sends what waits to be sent, and waits for the session's next event.
-     * \throws RuntimeError when the session has failed, or the server is lost or silent.
+     * \throws RuntimeError when the session has failed, or the connection is lost, or the server does not
+     * reply in time.
      */
     virtual Event next() = 0;
 
-    /** Sends the command and waits for the event that its reply makes. Only while no other is outstanding. */
+    /**
+     * Sends the command and waits for the event that its reply makes. Call it only while no other command is
+     * outstanding.
+     */
     Event ask(Command command) {
         session().submit(std::move(command));
         return next();

@@ -5,7 +5,8 @@
 namespace protocol {
 
 void LineBuffer::append(std::string_view bytes) {
-    // Given-out lines are dropped only here: the views handed out before stay valid until more bytes come.
+    // Lines that were given out are removed only here, so that the views of them stay valid until more bytes
+    // come.
     if (used_ == bytes_.size() || used_ > bytes_.size() / 2) {
         bytes_.erase(0, used_);
         lookedUntil_ -= std::min(lookedUntil_, used_);
@@ -43,7 +44,7 @@ std::optional<std::string_view> LineBuffer::next(bool carriageReturnNeeded, std:
     }
 }
 
-/** Shortens the line that is coming. A last CR stays: it may be half a line end. */
+/** Cuts the incomplete line to `mostBytes`. A CR at its end stays, as it may be half of a CRLF. */
 void LineBuffer::dropBehind(std::size_t mostBytes) {
     const std::size_t lineEnd = endsInCarriageReturn() ? 1 : 0;
     if (size() - lineEnd <= mostBytes) {

@@ -8,8 +8,8 @@
 namespace protocol {
 
 /**
- * Bytes from the server, given out line by line. It remembers how far it has looked, so that a line that
- * comes byte by byte costs no more than one that comes whole.
+ * Bytes from the server, given out line by line. The buffer remembers how far it has looked, so that a line
+ * that comes byte by byte costs no more than one that comes whole.
  */
 class LineBuffer {
   public:
@@ -20,13 +20,13 @@ class LineBuffer {
 
     /**
      * The next line that ends in CR LF; a lone LF or CR belongs to the line. Of a longer line only the first
-     * `mostBytes` are kept, also while it is still coming; they are at least one.
+     * `mostBytes` bytes (at least 1) are kept, even while the rest is still arriving.
      */
     std::optional<std::string_view> nextResponseLine(std::size_t mostBytes = kAllBytes) {
         return next(true, mostBytes);
     }
 
-    /** Bytes that were dropped of the line given out last, or of the one that is coming. */
+    /** How many bytes were dropped of the line given out last, or of the line that is still arriving. */
     std::size_t droppedBytes() const noexcept { return droppedBytes_; }
 
     /** True when the bytes that have not been given out end in CR. */
@@ -47,7 +47,7 @@ class LineBuffer {
     /** No line end that counts lies before this position. */
     std::size_t lookedUntil_ = 0;
     std::size_t droppedBytes_ = 0;
-    /** What was dropped belongs to the line given out last. */
+    /** droppedBytes_ belongs to the line given out last, not to the one that is arriving. */
     bool lineGivenOut_ = false;
 };
 

@@ -5,15 +5,19 @@
 
 namespace protocol {
 
-/** Lets one request of a component run at a time: while one waits for the server, other handlers run. */
+/**
+ * Lets a component run only one request at a time, because other handlers run while a request waits for the
+ * server.
+ */
 class RequestGuard {
   public:
-    /** True while a request runs, further down the stack of whoever asks. */
+    /** True while a request runs, which is then further down the caller's stack. */
     bool isRunning() const noexcept { return running_; }
 
     /**
-     * Runs the request. Whatever it throws, a listener's error included, leaves the dialogue at an unknown
-     * point: whenFailed, which must not throw, sees to that before the error goes on.
+     * Runs the request. Any error, one raised by a listener included, leaves the dialogue at an unknown
+     * point. Before the error is passed on, whenFailed sets this right, usually by closing the session; it
+     * must not throw.
      * \throws RuntimeError 20102 while another request runs, and whatever the request throws.
      */
     template <class Request, class WhenFailed>
