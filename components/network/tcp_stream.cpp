@@ -15,7 +15,7 @@ namespace {
 using transport::Outcome;
 using transport::Stream;
 
-/** What a closed stream may still take to send its last bytes. */
+/** How long a closed stream may take to send its last bytes. */
 constexpr std::chrono::seconds kLeavingTime{10};
 
 class TcpStream : public Stream {
@@ -27,7 +27,7 @@ class TcpStream : public Stream {
             }
         };
         QObject::connect(socket_.get(), &QTcpSocket::stateChanged, tell);
-        // Commands are short and each one is waited for: none may linger for company.
+        // Nagle's algorithm is off: commands are short, and every command waits for its reply.
         QObject::connect(socket_.get(), &QTcpSocket::connected,
                          [this] { socket_->setSocketOption(QAbstractSocket::LowDelayOption, 1); });
         QObject::connect(socket_.get(), &QTcpSocket::readyRead, tell);
@@ -93,7 +93,8 @@ class TcpStream : public Stream {
     }
 
     void leave() override {
-        // The socket sends what is left and then deletes itself; a server that never reads cannot keep it.
+        // The socket sends what is left and then deletes itself. The timer deletes it when the server never
+        // reads.
         socket_->disconnect();
         QTcpSocket* const leaving = socket_.release();
         QObject::connect(leaving, &QTcpSocket::disconnected, leaving, &QObject::deleteLater);

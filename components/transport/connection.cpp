@@ -26,7 +26,7 @@ int openingErrorNumber(Outcome outcome, int timedOut, int lost) noexcept {
 template <class Condition>
 Outcome Connection::waitUntil(const Condition& condition, QDeadlineTimer deadline) {
     const platform::NestedWait wait;
-    // The stream outlives the wait: whoever runs inside it may not close this connection.
+    // The stream must outlive the wait: handlers that run during it must not close this connection.
     Stream& stream = *stream_;
     QEventLoop loop;
     stream.changed = [&loop] { loop.quit(); };
@@ -39,8 +39,8 @@ Outcome Connection::waitUntil(const Condition& condition, QDeadlineTimer deadlin
             outcome = Outcome::Lost;
             break;
         }
-        // A message box opened by somebody else's timer can keep this loop from returning past the deadline;
-        // what came meanwhile still counts, which is why the condition is looked at first.
+        // A message box that another handler opens during the wait can keep this loop from returning until
+        // after the deadline. Bytes that came meanwhile still count, so the condition is checked first.
         if (deadline.hasExpired()) {
             outcome = Outcome::TimedOut;
             break;
@@ -92,7 +92,7 @@ Outcome Connection::waitUntilSent(QDeadlineTimer deadline) {
 }
 
 Outcome Connection::waitUntilSentOrAnswered(QDeadlineTimer deadline) {
-    // A stream that loses its connection forgets what it had still to send, which must not look like success.
+    // A stream that loses its connection forgets its unsent bytes, which must not look like success.
     return waitUntil(
         [](const Stream& stream) {
             const bool sent = stream.state() == Stream::State::Open && stream.unsentBytes() == 0;

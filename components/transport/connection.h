@@ -13,15 +13,14 @@
 namespace transport {
 
 /**
- * The error number for a connection that could not be opened. How long one waits, and what a lost connection
- * is called, differs from one protocol to the other.
+ * The error number for a connection that could not be opened. `timedOut` and `lost` are the numbers for these
+ * two outcomes, which differ between POP3 and SMTP.
  */
 int openingErrorNumber(Outcome outcome, int timedOut, int lost) noexcept;
 
 /**
- * One byte stream to a server. Waiting runs an event loop of its own, so the windows stay alive meanwhile,
- * and that loop does nothing but wait: what came is handed over to the caller, who acts on it in its own
- * frame.
+ * One byte stream to a server. A wait runs an event loop of its own, so that the windows stay alive. The loop
+ * only waits: the caller takes the bytes after the wait has returned.
  *
  * Everything above reads and writes plain bytes and never sees the stream itself, so that encryption can be
  * put under it without a change elsewhere.
@@ -33,18 +32,21 @@ class Connection {
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /** Looks the name up and connects, trying every address of the name. Done, or why it could not be. */
+    /** Looks the name up and connects, trying every address of the name. Returns Done, or why it failed. */
     [[nodiscard]] Outcome open(const ServerName& server, QDeadlineTimer deadline);
 
-    /** True while the stream can bring bytes: the server may have closed, but not all it sent is taken. */
+    /**
+     * True while the stream is open, and after the server has closed it until all that it sent has been
+     * taken.
+     */
     bool isOpen() const;
 
-    /** Puts the bytes on their way; does not wait. */
+    /** Starts to send the bytes; does not wait. */
     void send(std::string_view bytes);
 
     /**
-     * The same for bytes of which many more follow: they leave during the next wait, so that the windows stay
-     * alive however fast the network is.
+     * Like send(), for bytes that many more follow. They leave only during the next wait, so that the windows
+     * stay alive however fast the network is.
      */
     void enqueue(std::string_view bytes);
 
@@ -55,8 +57,8 @@ class Connection {
     [[nodiscard]] Outcome waitUntilSent(QDeadlineTimer deadline);
 
     /**
-     * Waits until all that was sent has been handed to the system, or until there are bytes to take, which a
-     * server that will have no more of it may send. Done, TimedOut or Lost.
+     * Waits until all that was sent has been handed to the system, or until there are bytes to take: a server
+     * may reply early, to refuse the rest. Done, TimedOut or Lost.
      */
     [[nodiscard]] Outcome waitUntilSentOrAnswered(QDeadlineTimer deadline);
 
@@ -66,13 +68,13 @@ class Connection {
     /** Bytes that were sent and have not been handed to the system. */
     long long unsentBytes() const;
 
-    /** The address of our end of the stream, as text; empty when it is not open. */
+    /** The local address of the stream, as text; empty when the stream is not open. */
     QString localAddress() const;
 
     /** Returns the bytes that have come, at most kReadBytes of them. */
     std::string takeBytes();
 
-    /** Closes in an orderly way after what was sent; does not wait. */
+    /** Closes in an orderly way once all that was sent has left; does not wait for that. */
     void close();
 
     /** Closes at once: what has not been handed to the system never leaves. */
