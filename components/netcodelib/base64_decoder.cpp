@@ -15,7 +15,10 @@ constexpr std::size_t kGroupCharacters = 4;
 constexpr std::size_t kGroupBytes = 3;
 constexpr unsigned kBitsPerCharacter = 6;
 
-/** What a character adds to its group: three bytes and a mark, in the order in which they stand in memory. */
+/**
+ * What a character adds to its group, in the order of memory: three bytes, and a mark for a foreign
+ * character.
+ */
 using Entry = std::uint32_t;
 using EntryTable = std::array<Entry, 256>;
 
@@ -25,7 +28,10 @@ constexpr std::size_t byte(char character) noexcept {
     return static_cast<unsigned char>(character);
 }
 
-/** The entries of the characters that come `position`-th in a group; or-ed together, four make its bytes. */
+/**
+ * The entries of all characters in this position (0 to 3) of a group. A group's four entries, or-ed together,
+ * make its bytes.
+ */
 constexpr EntryTable entriesAt(unsigned position) {
     EntryTable entries{};
     entries.fill(kForeign);
@@ -63,8 +69,8 @@ Entry groupAt(const char* text) noexcept {
 }
 
 /**
- * Decodes groups up to the first one with anything but letters of the alphabet, and moves both ends on. It
- * writes one byte more than it decodes.
+ * Decodes whole groups up to the first with a character outside the alphabet, and moves `text` and `out` past
+ * them. It writes one byte more than it decodes.
  */
 void decodeGroups(std::string_view& text, char*& out) noexcept {
     const char* from = text.data();
@@ -106,7 +112,7 @@ bool dropForeign(std::string_view& text) noexcept {
 
 void Base64Decoder::append(std::string_view text, std::string& bytes) {
     const std::size_t before = bytes.size();
-    // Room for the group that an earlier piece began, and for the byte that the fast way writes too much.
+    // Room for the group that an earlier piece began, and for the extra byte that decodeGroups() writes.
     bytes.resize(before + (text.size() / kGroupCharacters + 1) * kGroupBytes + 1);
     char* out = bytes.data() + before;
     while (!text.empty() && !ended_) {

@@ -7,14 +7,14 @@
 namespace netcodelib {
 
 /**
- * Turns base64 text back into bytes, as patiently as mail needs it. The text may come in pieces of any size;
- * memory does not grow with it. Whether a text is base64, and all of it, is for Base64Form to say.
+ * Turns base64 text back into bytes, as tolerantly as mail needs it. The text may come in pieces of any size;
+ * memory does not grow with it. Base64Form decides whether a text is base64, and complete.
  *
  * - Line ends, spaces and any other foreign character are ignored, wherever they stand (RFC 2045 section
- *   6.8): so is the "--" that begins the next boundary.
+ *   6.8). So is the "--" that begins the next boundary.
  * - Padding ends the data, and nothing after it is looked at. RFC 2045 takes "=" as evidence of the end, and
- *   what mailing lists write under an attachment consists mostly of letters of the alphabet. The price: of
- *   several texts that were padded one by one and put together only the first is decoded.
+ *   the footer that a mailing list adds consists mostly of characters of the alphabet. The price: when
+ *   several texts are padded one by one and then joined, only the first is decoded.
  * - At the end of the text padding may be missing, in whole or in part. Bits that padding leaves over are
  *   dropped, whatever their value.
  * - A character that is left over alone, before padding or at the end, holds less than a byte: the text has
@@ -39,7 +39,7 @@ class Base64Decoder {
     char* endData(char* out);
     void raiseIfCut();
 
-    /** The bits of the characters taken since the last whole group, and how many these are: 0 to 3. */
+    /** The bits of the characters since the last whole group, and the number of these characters: 0 to 3. */
     std::uint32_t bits_ = 0;
     int characters_ = 0;
     bool ended_ = false;

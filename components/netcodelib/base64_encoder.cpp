@@ -14,7 +14,9 @@ constexpr std::size_t kTextLineBytes = Base64Encoder::kLineCharacters + 2;
 constexpr std::size_t kGroupBytes = 3;
 constexpr std::size_t kGroupCharacters = 4;
 
-/** For every 12 bits their two characters, in the order in which they stand in memory: 8 KiB, half a cache.
+/**
+ * The two characters for every value of 12 bits, in the order of memory. 8 KiB fit in a processor's first
+ * cache.
  */
 constexpr std::array<std::uint16_t, 4096> kPairs = [] {
     std::array<std::uint16_t, 4096> pairs{};
@@ -28,7 +30,7 @@ std::uint32_t byteAt(const char* byte) noexcept {
     return static_cast<unsigned char>(*byte);
 }
 
-/** The bits of eight bytes, of which the first ones stand highest. */
+/** Eight bytes as one number, the first byte highest. */
 std::uint64_t eightBytes(const char* bytes) noexcept {
     std::uint64_t bits = 0;
     for (int i = 0; i < 8; ++i) {
@@ -39,7 +41,8 @@ std::uint64_t eightBytes(const char* bytes) noexcept {
 
 /** Encodes whole groups of three bytes; returns the end of what it wrote. */
 inline char* encodeGroups(const char* bytes, std::size_t groups, char* text) noexcept {
-    // Two groups of the eight bytes that are read together: the last two of them belong to the next group.
+    // Eight bytes are read at once, and the first six are two groups. The last two belong to the next group,
+    // so one must follow.
     for (; groups > 2; groups -= 2) {
         const std::uint64_t bits = eightBytes(bytes);
         const std::array<std::uint16_t, 4> pairs = {kPairs[bits >> 52U], kPairs[bits >> 40U & 0xFFFU],

@@ -26,14 +26,17 @@ bool isLetter(char character) noexcept {
     return kIsLetter[static_cast<unsigned char>(character)];
 }
 
-/** Eight characters of ASCII, and for each the highest bit as an answer. */
+/** Eight ASCII characters. The highest bit of each is free for an answer. */
 using Eight = std::uint64_t;
 
 constexpr Eight eightTimes(unsigned value) noexcept {
     return 0x0101010101010101U * value;
 }
 
-/** Which of the characters, all of them below 0x80, lie between the two; nothing is carried over. */
+/**
+ * Sets the highest bit of each character from `first` to `last`; the other bits mean nothing. All characters
+ * must be below 0x80, so that no addition carries into the next one.
+ */
 constexpr Eight between(char first, char last, Eight characters) noexcept {
     const Eight fromFirst = characters + eightTimes(0x80U - static_cast<unsigned char>(first));
     const Eight behindLast = characters + eightTimes(0x7FU - static_cast<unsigned char>(last));
@@ -48,7 +51,7 @@ bool areEightLetters(const char* text) noexcept {
     if ((characters & answers) != 0) {
         return false;
     }
-    // The alphabet's slash stands right before the digits.
+    // In ASCII the slash stands right before the digits, so one range covers both.
     const Eight letters = between('a', 'z', characters | smallLetter) | between('/', '9', characters) |
                           between('+', '+', characters);
     return (letters & answers) == answers;
@@ -56,7 +59,7 @@ bool areEightLetters(const char* text) noexcept {
 
 std::size_t lettersAtFront(std::string_view text) noexcept {
     std::size_t letters = 0;
-    // Nearly all of a text is letters: one decision for several of them.
+    // Nearly all of a text is letters, so eight are checked at once.
     while (text.size() - letters >= sizeof(Eight) && areEightLetters(text.data() + letters)) {
         letters += sizeof(Eight);
     }
@@ -78,7 +81,7 @@ void Base64Form::add(std::string_view text) {
         const std::size_t letters = lettersAtFront(text);
         if (letters > 0) {
             endWhiteSpace();
-            // Letters behind padding belong to nothing that could be decoded.
+            // Letters behind padding cannot be decoded, so they count as foreign.
             (line_.padding == 0 ? line_.letters : line_.foreign) += letters;
             line_.lastHyphens = 0;
             text.remove_prefix(letters);
@@ -106,7 +109,7 @@ void Base64Form::take(char character) {
     }
 }
 
-/** White space in the middle of a line is as foreign as anything else. */
+/** Counts white space as foreign when the line goes on behind it. */
 void Base64Form::endWhiteSpace() noexcept {
     if (std::exchange(line_.whiteSpaceLast, false)) {
         ++line_.foreign;
@@ -138,7 +141,7 @@ void Base64Form::endLine() {
 }
 
 void Base64Form::addToData(const Line& line) {
-    // Padding may be broken over lines like any other text.
+    // Padding may be broken over lines, but no letters may follow it.
     require(padding_ == 0 || line.letters == 0);
     if (lastLine_ == 0) {
         firstLine_ = line.letters + line.padding;

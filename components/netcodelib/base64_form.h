@@ -6,47 +6,50 @@
 namespace netcodelib {
 
 /**
- * Decides whether a text is base64, and all of it.
+ * Decides whether a text is base64, and complete.
  *
- * A decoder ignores what is foreign (RFC 2045 section 6.8), so it makes some bytes of any text. But nobody
- * must take these for the file that was sent; the same section allows for refusing such a text. This one
- * knows from a part's text alone, whatever its header said, that the decoder gives every byte that was
- * encoded. It takes
+ * A decoder ignores foreign characters (RFC 2045 section 6.8), so it makes some bytes of any text. These must
+ * not pass for the file that was sent, and the same section allows for refusing such a text. This class
+ * accepts a text only when the text alone, whatever the header of its part says, shows that the decoder gives
+ * every byte that was encoded. It accepts
  *
- * - lines of letters of the alphabet, which make whole groups of four with the padding behind them; white
- *   space at the ends of lines, and empty lines;
- * - lines of any length that is a multiple of four; or all of one length, the last one but for, when that is
- *   at least kLeastLineLetters: this is how gateways break long lines;
- * - foreign characters in few of many lines of one length, where all letters of such a line are there as
- *   well: something has been put in, and nothing is lost;
+ * - letters of the alphabet which, with the padding behind them, make whole groups of four; white space at
+ *   the ends of lines, and empty lines;
+ * - lines, except for the last, whose lengths are multiples of four; or which all have one length of at least
+ *   kLeastLineLetters, because this is how gateways break long lines;
+ * - foreign characters in fewer than half of the lines of one length, when such a line still has all its
+ *   letters: something was put in, and nothing is lost;
  * - the "--" of the next boundary at the end;
- * - any text behind the padding that begins with a line without letters, such as a mailing list's.
+ * - any text behind the padding that begins with a line without letters, such as a mailing list's footer.
  *
- * It refuses everything else: foreign characters in between, spaces between words, padding that is missing,
- * which is how a text looks whose end is lost, further encoded text behind padding, of which a decoder knows
- * nothing, and a text that is only the "--", whose part has lost even its empty line.
+ * It refuses everything else: foreign characters in other places, spaces between words, missing padding (the
+ * sign of a text whose end is lost), further encoded text behind padding (which the decoder ignores), and a
+ * text that is only the "--", whose part has lost even its empty line.
  *
  *     form.add(piece); ... form.finish();
  */
 class Base64Form {
   public:
-    /** Fewest letters that a line has whose length alone tells that it is encoded text. */
+    /**
+     * Lines of equal length that is no multiple of four, and lines with foreign characters, are accepted only
+     * when they have at least this many letters.
+     */
     static constexpr std::size_t kLeastLineLetters = 40;
 
-    /** \throws RuntimeError 20502; the object is of no more use then. */
+    /** \throws RuntimeError 20502; the object must not be used afterwards. */
     void add(std::string_view text);
 
     /** \throws RuntimeError 20502 */
     void finish();
 
   private:
-    /** What is known of the line that is coming. */
+    /** What is known of the line that is being read. */
     struct Line {
         std::size_t letters = 0;
         std::size_t padding = 0;
         /** Foreign characters, and white space between others. */
         std::size_t foreign = 0;
-        /** Of the foreign ones, the hyphens that nothing has followed. */
+        /** How many of the foreign characters are hyphens at the end of the line so far. */
         std::size_t lastHyphens = 0;
         bool whiteSpaceLast = false;
 
@@ -62,10 +65,10 @@ class Base64Form {
     bool lineEndSeen_ = false;
     /** The "--" has come: nothing may follow. */
     bool boundarySeen_ = false;
-    /** What comes has nothing to do with the encoded text. */
+    /** The encoded text has ended; the rest is not looked at. */
     bool passed_ = false;
 
-    /** Of the encoded text so far. */
+    /** Counted in the encoded text so far. */
     std::size_t letters_ = 0;
     std::size_t padding_ = 0;
     /** Letters and padding of the first line, and of the last one. */
@@ -73,7 +76,7 @@ class Base64Form {
     std::size_t lastLine_ = 0;
     bool linesAreGroups_ = true;
     bool linesAreAlike_ = true;
-    /** Lines as long as the first one, without anything foreign and with. */
+    /** Lines as long as the first one: without foreign characters, and with some. */
     std::size_t cleanLines_ = 0;
     std::size_t disturbedLines_ = 0;
 };

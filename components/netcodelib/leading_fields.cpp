@@ -63,7 +63,9 @@ std::string_view LeadingFields::takeLast() {
     return held_;
 }
 
-/** Passes the header when the line, without its line feed, does not belong to it any more. */
+/**
+ * Takes one line, without its line feed. Sets passed_ when the line does not belong to the header any more.
+ */
 void LeadingFields::takeLine(std::string_view line) {
     const bool empty = std::all_of(line.begin(), line.end(), isSpace);
     if (!empty && isHeaderLine(line)) {

@@ -23,13 +23,13 @@ enum class Action : std::uint8_t { None = 0, Decode = 1, Encode = 2 };
  *     codec.setAction(Action::Encode);
  *     codec.targetFile();
  *
- * Files are named by drive paths. A file of any size is worked off in pieces, in constant memory. The file
+ * Files are named by drive paths. A file of any size is converted in pieces, in constant memory. The file
  * that comes out may be read by the user only and is never executable.
  *
- * An encoded file is written where it stands, and removed when encoding fails; one that is still held is left
- * alone, and a new one takes its place. A decoded file takes the target's place when all of it has been
- * decoded and is on the disk; when decoding fails, the target stays as it was. Either way no half of a file
- * is left that could be taken for a whole one.
+ * An encoded file is written in place, and removed when encoding fails. When the old file is still held (see
+ * takeEncodedFile()), it is left alone and a new file takes its place. A decoded file takes the target's
+ * place when all of it has been decoded and is on the disk. When decoding fails, the target stays as it was.
+ * Either way no partial file is left that could be taken for a whole one.
  */
 class NetCode {
   public:
@@ -37,12 +37,12 @@ class NetCode {
     static constexpr int kBase64 = 1;
 
     /**
-     * Called now and then while the codec works, and at the end, with bytes of the source. An error that it
-     * raises ends the work like any other.
+     * Called now and then while the codec works, and at the end, with numbers of bytes of the source. An
+     * error that it raises ends the work like any other error.
      */
     std::function<void(std::int64_t bytesDone, std::int64_t bytesInAll)> Progress;
 
-    /** Whether a target that exists already may be replaced; if not, it is error 75. */
+    /** Whether an existing target may be replaced; if not, setAction() raises error 75. */
     void setOverwrite(bool overwrite) noexcept { overwrite_ = overwrite; }
 
     void setSourceFile(const QString& drivePath) { sourceFile_ = drivePath; }
@@ -55,9 +55,9 @@ class NetCode {
     void setClosingText(std::string text) { closingText_ = std::move(text); }
 
     /**
-     * The very file that was encoded last, whatever stands under the target's name by now; nothing when there
-     * is none, or when it was taken before. While it is held no codec writes into it, not even another
-     * program's.
+     * The open file that was encoded last, even when the target's name leads to another file by now; nothing
+     * when there is none, or when it was taken before. While it is held, no codec writes into it, not even
+     * one in another process.
      */
     platform::HeldFile takeEncodedFile() { return std::exchange(encodedFile_, nullptr); }
 
@@ -70,7 +70,7 @@ class NetCode {
     QString fileName() const { return fileName_; }
 
     /**
-     * Does it, and returns when it is done; None does nothing.
+     * Runs the action, and returns when it is done; None does nothing.
      * \throws RuntimeError 53 when there is no source file, 75 when a file is no plain file, may not be read
      * or written, or is source and target at once, 68 when a drive is not ready, 57 when the source changes
      * while it is read or a disk fails, 61 when the disk is full, 20502 when the source is not base64 text,

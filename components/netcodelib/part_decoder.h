@@ -21,7 +21,9 @@ class PartDecoder {
     /** Adds the bytes that this piece completes. \throws RuntimeError 20502 */
     void append(std::string_view piece, std::string& bytes) { decode(fields_.take(piece), bytes); }
 
-    /** Adds the last bytes. They count only when this has not raised. \throws RuntimeError 20502 */
+    /**
+     * Adds the last bytes. The bytes are the file's only when this has not raised. \throws RuntimeError 20502
+     */
     void finish(std::string& bytes) {
         decode(fields_.takeLast(), bytes);
         form_.finish();

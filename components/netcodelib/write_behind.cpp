@@ -46,7 +46,7 @@ void WriteBehind::end() {
     }
 }
 
-/** The thread: writes what waits, and after the end or a failure nothing more. */
+/** Runs on the thread: writes each waiting piece, until the end or until a write fails. */
 void WriteBehind::run() {
     std::string piece;
     for (;;) {

@@ -12,13 +12,13 @@ namespace netcodelib {
 
 /**
  * Writes on a thread of its own, so that the next bytes are made while the last ones are written. They are
- * written in their order, and no more than two pieces are in memory.
+ * written in their order. It holds at most two pieces: one that is being written, and one that waits.
  *
  *     WriteBehind target([&file](std::string_view bytes) { file.write(bytes); });
  *     target.write(piece); ... target.finish();
  *
- * What the function raises is raised again by the next call. Nobody else may use what it writes to before
- * finish() has returned or the object is gone, which does not write what still waits.
+ * What the function raises is raised again by the next call. The caller must not use the file before finish()
+ * has returned or the object is destroyed. The destructor does not write what still waits.
  */
 class WriteBehind {
   public:
@@ -27,7 +27,7 @@ class WriteBehind {
     WriteBehind(const WriteBehind&) = delete;
     WriteBehind& operator=(const WriteBehind&) = delete;
 
-    /** Takes the bytes and leaves an empty string, with room for more. Waits while a piece waits already. */
+    /** Takes the bytes and leaves an empty string, with room for more. Blocks while another piece waits. */
     void write(std::string& bytes);
 
     /** Waits until everything is written. Nothing can be written afterwards. */
@@ -45,7 +45,7 @@ class WriteBehind {
     bool waits_ = false;
     bool ended_ = false;
     std::exception_ptr problem_;
-    /** The last one, as it uses all others. */
+    /** Declared last, because the thread uses all other members. */
     std::thread thread_;
 };
 
