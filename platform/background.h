@@ -5,8 +5,8 @@
 namespace platform {
 
 /**
- * Runs work that touches neither windows nor shared state, such as encoding a file, while the windows stay
- * alive; returns when it is done. What the work throws is thrown again here.
+ * Runs the work on another thread while the windows stay alive, and returns when it is done. The work, such
+ * as encoding a file, must touch neither windows nor shared state. What it throws is thrown again here.
  */
 void runInBackground(const std::function<void()>& work);
 

@@ -7,13 +7,12 @@
 
 namespace platform {
 
-// Settings and messages name files by drive paths, such as "C:\DOCS\REPORT.TXT". The system has no drives,
-// so letters stand for folders:
+// Settings and messages name files by drive paths, such as "C:\DOCS\REPORT.TXT". The system has no drives, so
+// letters stand for folders:
 //   C:  the user's home folder
 //   A:  the first removable volume, mounted below /media or /run/media
 //   Z:  the root of the file system
-// The environment's BRINDLEWAKE_DRIVE_<LETTER> names another folder for a letter, or one for a further
-// letter.
+// The environment variable BRINDLEWAKE_DRIVE_<LETTER> gives a letter another folder, or adds a letter.
 
 /** One entry of a drive list. */
 struct Drive {
@@ -27,27 +26,27 @@ struct Drive {
 };
 
 /**
- * The system's own path for a drive path. Backslashes separate, slashes too; letters count in either case. A
- * path without a backslash after the colon starts at the drive's folder as well: a drive has no current
- * folder. A path without a letter stays as typed, relative to the current folder unless it begins with a
- * separator.
+ * The system's own path for a drive path. Both backslashes and slashes separate, and a letter may have either
+ * case. A path without a backslash after the colon starts at the drive's folder as well: a drive has no
+ * current folder. A path without a letter stays as typed, relative to the current folder unless it begins
+ * with a separator.
  * \throws RuntimeError 68 for a letter that stands for nothing, 75 for a path with a NUL in it.
  */
 QString nativePath(const QString& drivePath);
 
 /**
- * The drive path for a path of the system, which is made absolute: on the drive whose folder leads furthest
- * towards it, Z: for want of another. Nothing is looked up, so the file need not exist and links stay as
- * they are.
- * \throws RuntimeError 75 for a path that no drive path can name: a file's own name may contain a backslash
- * here, which a drive path would take for a separator; or a NUL; or Z: stands for a folder somewhere else.
+ * The drive path for a path of the system, which is made absolute: on the drive with the deepest folder that
+ * contains it, or else on Z:. Nothing is looked up, so the file need not exist and links stay as they are.
+ * \throws RuntimeError 75 for a path that no drive path can name. It may contain a backslash, which is an
+ * ordinary character here but a separator in a drive path; or a NUL; or Z: may stand for another folder than
+ * the root.
  */
 QString drivePath(const QString& nativePath);
 
 /** All drives in the order of their letters. A: is always among them, ready or not. */
 std::vector<Drive> drives();
 
-/** The first of these folders, where volumes are mounted, that is a removable volume; empty when none is. */
+/** The first removable volume among these folders, in which volumes are mounted; empty when there is none. */
 QString removableVolume(const QStringList& mountedAt);
 
 } // namespace platform

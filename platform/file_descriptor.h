@@ -5,13 +5,13 @@
 
 namespace platform {
 
-/** The error number for a system error that came while a file was opened or put in its place. */
+/** The error number for an errno that opening or renaming a file has set. */
 int openingErrorNumber(int systemError) noexcept;
 
-/** The error number for a system error that came while a file was written: 61 for a full disk or quota. */
+/** The error number for an errno that writing a file has set: 61 for a full disk or quota. */
 int writingErrorNumber(int systemError) noexcept;
 
-/** An open file, closed when it goes. */
+/** Owns the descriptor of an open file, and closes it when destroyed. */
 class FileDescriptor {
   public:
     FileDescriptor() = default;
@@ -39,15 +39,15 @@ class FileDescriptor {
 };
 
 /**
- * Waits until the content of the file, or the entries of the folder, are on the disk. A file system that
- * knows no such waiting will do. \throws RuntimeError 61 when the disk turns out to be full, 57 when it
- * fails.
+ * Waits until the content of the file, or the entries of the folder, are on the disk. On a file system that
+ * does not support this it does nothing.
+ * \throws RuntimeError 61 when the disk turns out to be full, 57 when it fails.
  */
 void waitForDisk(const FileDescriptor& file);
 
 /**
- * Waits until the folder of this file has the file's name on the disk. For a folder that may be written but
- * not read this is its whole file system.
+ * Waits until the folder of this file has the file's name on the disk. For a folder that the user may write
+ * but not read it waits for the whole file system.
  * \throws RuntimeError 61 when the disk turns out to be full, 57 when it fails, 75 or 68 when the folder is
  * gone by now.
  */

@@ -15,13 +15,13 @@ namespace {
 struct Place {
     struct stat folder {};
 
-    /** Within the folder. */
+    /** The file's name within the folder. */
     std::string name;
     /** Nothing when there is no such file. */
     std::optional<struct stat> file;
 };
 
-/** Nothing when the folder cannot be looked at, or the links lead round in a circle. */
+/** Where the path leads; nothing when the folder cannot be looked at, or the links lead round in a circle. */
 std::optional<Place> placeOf(const QString& nativePath) {
     constexpr int mostLinks = 40; // as many as the system follows itself
     std::filesystem::path path = QFile::encodeName(nativePath).toStdString();

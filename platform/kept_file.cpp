@@ -16,8 +16,10 @@
 namespace platform {
 
 namespace {
-/** What is being written has this behind its name, the same each time: what an ended process leaves is used
- * again. */
+/**
+ * The ending of the name of the file that is being written. It is always the same, so that a file left by a
+ * process that ended is used again.
+ */
 constexpr const char* kUnfinished = ".new";
 
 void waitForFolderOf(const QString& path) {
@@ -92,7 +94,7 @@ void KeptFile::remove() {
     const int unfinished = ::unlink(QFile::encodeName(path_ + QLatin1String(kUnfinished)).constData());
     const int whole = ::unlink(QFile::encodeName(path_).constData());
     if (unfinished == 0 || whole == 0) {
-        // It is gone in any case, unless the power is lost at this moment.
+        // The file is gone even when this wait fails, unless the power is lost at this moment.
         static_cast<void>(errorNumberOf([this] { waitForFolderOf(path_); }));
     }
 }

@@ -4,7 +4,8 @@ namespace platform {
 
 /**
  * Marks that a handler waits in an event loop of its own: for a server, under a message box, in a dialog.
- * While any wait runs, handlers further down the stack still use their windows, so none may be destroyed.
+ * While any wait runs, handlers further down the stack still use their windows, so no window may be
+ * destroyed.
  */
 class NestedWait {
   public:
@@ -21,7 +22,10 @@ class NestedWait {
 
     static bool anyRuns() noexcept { return depth_ > 0; }
 
-    /** The function is called whenever the outermost wait ends; it must not throw. None with nullptr. */
+    /**
+     * Sets the function that is called whenever the outermost wait ends; it must not throw. nullptr sets
+     * none.
+     */
     static void whenLastEnds(void (*function)()) noexcept { lastEnded_ = function; }
 
   private:

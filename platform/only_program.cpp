@@ -25,11 +25,11 @@ namespace {
 constexpr std::string_view kShown = "shown\n";
 constexpr std::string_view kNotShown = "not shown\n";
 constexpr std::size_t kMaximumRequestBytes = 4096;
-/** A later start has sent its request before it waits, so the first program need hardly wait for it. */
+/** A later start sends its request before it waits, so the first program hardly needs to wait for it. */
 constexpr std::chrono::milliseconds kRequestTimeout{200};
 constexpr std::chrono::milliseconds kBetweenTries{20};
 
-/** Tells the current folder from all others of this computer. */
+/** A name that tells the current folder from all others on this computer. */
 std::string nameOfCurrentFolder() {
     struct stat status {};
 
@@ -94,7 +94,10 @@ bool say(const FileDescriptor& connection, std::string_view line) {
            static_cast<ssize_t>(line.size());
 }
 
-/** A part of a request, which neither ends the line nor begins the next part. */
+/**
+ * Makes the text a part of a request: short, and without control characters, which could end the line or
+ * begin the next part.
+ */
 std::string part(std::string text) {
     constexpr std::size_t longest = 512;
     text.resize(std::min(text.size(), longest));
@@ -123,7 +126,7 @@ OnlyProgram::Start OnlyProgram::start(const Request& request, std::chrono::milli
         return Start::First;
     }
     const QDeadlineTimer deadline(timeout);
-    // The other one may be about to listen, or about to end.
+    // The other program may not listen yet, or may be about to end, so it is asked again.
     while (!takeLock()) {
         const auto remaining = std::chrono::milliseconds(deadline.remainingTime());
         if (const auto answered = ask(request, remaining)) {
@@ -150,7 +153,7 @@ bool OnlyProgram::takeLock() {
     if (::flock(lock.number(), LOCK_EX | LOCK_NB) != 0) {
         return errno != EWOULDBLOCK;
     }
-    // The sticky bit keeps the system from tidying the file away while it is in use.
+    // The sticky bit keeps the system from cleaning the file away while it is in use.
     static_cast<void>(!::fchmod(lock.number(), S_ISVTX | S_IRUSR | S_IWUSR));
     lock_ = std::move(lock);
     return true;
@@ -158,7 +161,8 @@ bool OnlyProgram::takeLock() {
 
 void OnlyProgram::listen() {
     const std::string name = name_ + ".socket";
-    // Whoever has the lock owns the name, so what stands there was left by a program that has ended.
+    // Only the program that has the lock uses this name, so a socket that is there was left by one that has
+    // ended.
     ::unlinkat(place_->folder.number(), name.c_str(), 0);
     FileDescriptor listener = newSocket();
     const sockaddr_un address = addressIn(*place_, name);

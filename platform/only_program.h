@@ -11,21 +11,21 @@
 namespace platform {
 
 /**
- * Sees to it that of one user's programs only one works in the current folder at a time. Programs of
- * different users, and those in other folders, know nothing of one another.
+ * Lets only one of a user's programs work in the current folder at a time. Programs of different users, and
+ * those in other folders, do not affect one another.
  *
  *     OnlyProgram only;
  *     switch (only.start(request)) { ... }
  *
- * The first one holds a lock until its process ends, however that ends, and listens at a socket for those
- * that come later. Both lie in a folder of the user's own (runtimeFolder()), since the folder that the
- * program works in may be closed to writing; they are named by the number of that folder, so that no other
- * name of it, such as a link, leads past them.
+ * The first program holds a lock until its process ends, however that ends, and listens at a socket for those
+ * that come later. Both lie in a folder of the user's own (runtimeFolder()), since the current folder may be
+ * closed to writing. They are named by the current folder's number, so that another path to it, such as a
+ * link, leads to the same lock.
  */
 class OnlyProgram {
   public:
     enum class Start {
-        /** No other program works here; or that cannot be found out, since no folder takes a lock. */
+        /** No other program works here; or this cannot be found out, since no folder takes a lock. */
         First,
         /** Another one works here and has shown its window. */
         Shown,
@@ -37,7 +37,9 @@ class OnlyProgram {
     struct Request {
         /** The screen that the person sits at. */
         std::string screen;
-        /** What lets the first program's window come to the front, where the desktop has given such a thing.
+        /**
+         * The desktop's permission for the first program's window to come to the front; empty where the
+         * desktop gave none.
          */
         std::string token;
     };
@@ -48,10 +50,10 @@ class OnlyProgram {
     /** Takes the lock, or asks the program that has it to show its window. Call it once. */
     Start start(const Request& request, std::chrono::milliseconds timeout = kTimeout);
 
-    /** For the first program: readable when a later start asks. -1 when none can ask. */
+    /** The first program's socket, readable when a later start asks; -1 when none can ask. */
     int listener() const noexcept { return listener_.number(); }
 
-    /** Answers the later start that asks. The function shows the window and tells whether it could. */
+    /** Answers the later start that asks. `show` shows the window and returns whether it could. */
     void answer(const std::function<bool(const Request&)>& show);
 
   private:

@@ -5,7 +5,7 @@
 namespace platform {
 
 void* symbolIn(const char* library, const char* function) {
-    // Never unloaded: what its functions made lives as long as it likes.
+    // The library is never unloaded, because objects that it made may live until the program ends.
     void* const handle = dlopen(library, RTLD_NOW | RTLD_NODELETE);
     return handle == nullptr ? nullptr : dlsym(handle, function);
 }

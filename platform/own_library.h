@@ -3,8 +3,8 @@
 namespace platform {
 
 /**
- * The address of a function in one of the program's own libraries, which is loaded when it is needed first
- * and then stays. The library is found by the path that is built into the program. nullptr when the library
+ * The address of a function in one of the program's own libraries, which is loaded at the first call and
+ * stays loaded. The library is found by the path that is built into the program. nullptr when the library
  * cannot be loaded or has no such function.
  */
 void* symbolIn(const char* library, const char* function);

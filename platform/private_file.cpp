@@ -57,8 +57,8 @@ std::optional<FileDescriptor> openExisting(const std::string& path, int access) 
         }
         throw RuntimeError(openingErrorNumber(errno));
     }
-    // Asked before, because opening a device may already set it in motion, and after, because another file
-    // may have come in its place meanwhile.
+    // Checked before opening, because opening a device may already set it in motion, and again afterwards,
+    // because another file may have come in its place meanwhile.
     requireOwnPlainFile(status);
     FileDescriptor file(::open(path.c_str(), access | O_NOFOLLOW | kAlways));
     if (!file.isOpen()) {
@@ -76,16 +76,16 @@ FileDescriptor createNew(const std::string& path) {
     return file;
 }
 
-/** True when no other output has the file, and none gets it, until it is closed. */
+/** Locks the file until it is closed. True when no other output has it, and the path still leads to it. */
 bool lockForItself(const FileDescriptor& file, const std::string& path) {
     struct stat named {};
 
-    // Whoever had the lock before may have put another file in this one's place.
+    // The output that had the lock before may have put another file in this one's place.
     return ::flock(file.number(), LOCK_EX | LOCK_NB) == 0 && ::lstat(path.c_str(), &named) == 0 &&
            isSameFile(statusOf(file), named);
 }
 
-/** Takes away rights that an older file may give. */
+/** Takes away all rights that an older file gives, except the owner's to read and write. */
 void makePrivate(const FileDescriptor& file) {
     const mode_t mode = statusOf(file).st_mode & static_cast<mode_t>(ALLPERMS);
     if ((mode & ~kOwnerOnly) == 0 || ::fchmod(file.number(), mode & kOwnerOnly) == 0) {
@@ -105,7 +105,7 @@ RegularInput::RegularInput(const QString& nativePath) {
 
     if (::stat(path.c_str(), &status) != 0) {
         const bool missing = errno == ENOENT || errno == ENOTDIR;
-        // A link that leads nowhere is there.
+        // A link that leads nowhere does exist, so it is not a missing file.
         if (missing && ::lstat(path.c_str(), &status) != 0) {
             throw RuntimeError(errors::FileNotFound);
         }
@@ -131,7 +131,7 @@ RegularInput::RegularInput(HeldFile file) : file_(std::move(file)), size_(status
 std::string_view RegularInput::read(std::span<char> buffer) {
     ssize_t bytes = -1;
     do {
-        // By position, because whoever holds the file may have moved its own.
+        // Reads by position, because others who hold the file may have moved the descriptor's own.
         bytes = ::pread(file_->number(), buffer.data(), buffer.size(), bytesRead_);
     } while (bytes < 0 && errno == EINTR);
     if (bytes < 0) {
@@ -196,7 +196,8 @@ void PrivateOutput::openBeside() {
     if (existing_ == Existing::Refuse && ::lstat(path_.c_str(), &status) == 0) {
         throw RuntimeError(errors::PathFileAccess);
     }
-    // Replacing needs rights to the folder only; what may not be written into is not replaced either.
+    // Replacing a file needs rights to its folder only. A file that the user may not write must not be
+    // replaced either.
     openExisting(path_, O_WRONLY);
     replacement_.emplace(path_, kOwnerOnly);
 }

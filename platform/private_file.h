@@ -14,7 +14,7 @@
 
 namespace platform {
 
-/** An open file that several hold; closed when the last one lets it go. */
+/** An open file with several owners; closed when the last one lets it go. */
 using HeldFile = std::shared_ptr<const FileDescriptor>;
 
 /** A plain file that is read in pieces, from its start to the end that it had when it was opened. */
@@ -27,7 +27,7 @@ class RegularInput {
      */
     explicit RegularInput(const QString& nativePath);
 
-    /** Reads a file that is open already, whatever stands under its name by now. */
+    /** Reads a file that is open already, even when its name leads to another file by now. */
     explicit RegularInput(HeldFile file);
 
     /** Bytes of the whole file. */
@@ -58,13 +58,14 @@ class RegularInput {
 
 enum class Writing {
     /**
-     * The file itself is written anew, which saves giving its space away and asking for it again; a failure
-     * removes it. A file that another output holds is left alone: a new one takes its place, as BesideTarget.
+     * The file itself is overwritten, which saves freeing its space and asking for it again. A failure
+     * removes it. A file that another output holds is left alone: a new one takes its place, as with
+     * BesideTarget.
      */
     InPlace,
     /**
-     * A new file next to it is written and takes its place at the end, when it is on the disk; a failure
-     * leaves the old one.
+     * A new file is written next to the target and takes its place at the end, when it is on the disk. A
+     * failure leaves the old file.
      */
     BesideTarget
 };
@@ -76,19 +77,19 @@ enum class Writing {
  *     output.write(bytes); ...
  *     output.finish();
  *
- * Whatever stands in the file's place must be the user's own plain file, under no second name. Somebody may
- * have put a link there, for the program to overwrite the file at its other end; or a pipe, to make it wait.
- * The folders on the way are trusted.
+ * An existing file must be the user's own plain file, with no second name. Another user may have put a link
+ * there, so that the program overwrites the file at its other end; or a pipe, to make it wait. The folders on
+ * the way are trusted.
  *
- * Without a finish() that succeeds the file was never written: see Writing for what is left then.
+ * Unless finish() succeeds, the file counts as not written; Writing says what is left then.
  */
 class PrivateOutput {
   public:
     /**
      * Opens the file, or makes it. Never waits.
-     * \throws RuntimeError 75 when what is there is a link, a folder, a pipe, a device, somebody else's, of
-     * several names, not to be replaced, or when the folder is missing or closed to the user; 61 when the
-     * disk is full.
+     * \throws RuntimeError 75 when the existing file is a link, a folder, a pipe, a device, another user's,
+     * has several names, or must not be replaced; also 75 when the folder is missing or closed to the user;
+     * 61 when the disk is full.
      */
     PrivateOutput(const QString& nativePath, Writing writing, Existing existing = Existing::Replace);
 
@@ -101,17 +102,17 @@ class PrivateOutput {
     void write(std::string_view bytes);
 
     /**
-     * Makes the file count. Call it once, last. A file that was written beside its target is on the disk by
-     * then, under its name, as slow as the disk may be; the others may still be on their way there.
-     * \throws RuntimeError 61 when the disk turns out to be full, 57 when it fails, or when somebody else
+     * Completes the file. Call it once, last. A file that was written BesideTarget is on the disk under its
+     * name when this returns, however slow the disk is. Others may reach the disk later.
+     * \throws RuntimeError 61 when the disk turns out to be full, 57 when it fails, or when another program
      * has written into the file, 75 when the file cannot be put in its place. When only the last step fails,
      * waiting for the folder to reach the disk, the new file is in its place all the same.
      */
     void finish();
 
     /**
-     * The finished file itself, for reading it again whatever stands under its name by then; only after
-     * InPlace. For as long as it is held, no other output writes into it.
+     * Returns the finished file itself, still open, for reading it again even when its name leads to another
+     * file by then. Only for InPlace. While it is held, no other output writes into it.
      */
     HeldFile takeFile() {
         return std::make_shared<const FileDescriptor>(replacement_ ? replacement_->takeFile()

@@ -42,9 +42,10 @@ void endProgram() {
 }
 
 void refuseCoreDumps() noexcept {
-    // With 0 a collector would get the image all the same; with 1 there is no image at all (core(5)).
+    // A limit of 0 stops files, but a collector would still get the core dump. A limit of 1 stops both
+    // (core(5)).
     const rlimit none{1, 1};
-    // It fails only where the limit is lower already.
+    // This fails only where the limit is lower already.
     static_cast<void>(setrlimit(RLIMIT_CORE, &none));
 }
 

@@ -5,9 +5,9 @@
 namespace platform {
 
 /**
- * Sees to something before the program ends, for as long as it lives; for what would be lost with the
- * program. Several are asked in the order in which they were made. What they throw is passed over: nobody is
- * left who could be told.
+ * Runs an action in endProgram(), before the process ends, for as long as this object lives: to save what
+ * would be lost with the process. Several actions run in the order in which their objects were made. An error
+ * that an action raises is ignored, because no window is left to show it.
  */
 class BeforeTheEnd {
   public:
@@ -23,18 +23,18 @@ class BeforeTheEnd {
 };
 
 /**
- * Ends the whole program at once: no window is unloaded, no server is told. A caller returns right after it,
- * because a test's stand-in does come back.
+ * Ends the process at once, after the actions of all BeforeTheEnd objects. No window is unloaded, no server
+ * is told. The caller must return right after it, because a stand-in in a test does come back.
  */
 void endProgram();
 
 /**
- * From here on the system writes no image of this process when it crashes, and hands none to a collector of
- * crashes: the password is in it for the whole run.
+ * From here on the system writes no core dump when this process crashes, and gives none to a collector of
+ * crashes: the password is in memory for the whole run.
  */
 void refuseCoreDumps() noexcept;
 
-/** Puts a function in the place of the real end, for tests. An empty function brings the real one back. */
+/** Replaces the real end by a function, for tests. An empty function brings the real one back. */
 void replaceEndProgram(std::function<void()> standIn);
 
 } // namespace platform

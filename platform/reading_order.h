@@ -6,9 +6,9 @@
 namespace platform {
 
 /**
- * The text for showing in a window that reads from right to left: each line keeps the order that its own
- * first letter asks for (the isolates of Unicode's annex 9), or "(12 bytes)" and the ">" behind an address
- * would stand at the wrong end. For showing only: nothing that is kept, copied or sent has these marks.
+ * The text as a window that reads from right to left shows it: each line keeps the direction of its own first
+ * letter (by the isolates of Unicode's annex 9). Otherwise "(12 bytes)" and the ">" behind an address would
+ * stand at the wrong end. Only for showing: text that is kept, copied or sent must not have these marks.
  */
 inline QString inItsOwnOrder(const QString& text) {
     constexpr QChar firstStrongIsolate = u'\u2068';

@@ -8,7 +8,7 @@
 
 namespace platform {
 
-/** The numbers under which run-time errors are known to people and to the handlers' tables. */
+/** The numbers of run-time errors, as users see them and the handlers' tables list them. */
 namespace errors {
 inline constexpr int None = 0;
 inline constexpr int InvalidProcedureCall = 5;
@@ -23,30 +23,31 @@ inline constexpr int DiskFull = 61;
 inline constexpr int InputPastEndOfFile = 62;
 inline constexpr int DeviceUnavailable = 68;
 inline constexpr int PathFileAccess = 75;
-/** A picture file that holds none. */
+/** A picture file that holds no picture. */
 inline constexpr int InvalidPicture = 481;
 /** There is no default printer, or it takes no document. */
 inline constexpr int PrinterError = 482;
 
-/** A request to a mail server while another runs, a second log-on, or a server that asks to try again later.
+/**
+ * A request to a mail server while another runs, a second log-on, or a server that says to try again later.
  */
 inline constexpr int MailServerBusy = 20102;
 /** The mail server refused the user name or the password. */
 inline constexpr int LogOnRefused = 20172;
-/** Silence, a lost connection, or an answer that no mail server gives. */
+/** The mail server is silent, the connection is lost, or a reply is one that no mail server gives. */
 inline constexpr int MailServerTrouble = 20302;
-/** A message was to be deleted whose number names another message by now, or none that was listed. */
+/** The number of the message to be deleted names another message by now, or none that was listed. */
 inline constexpr int AnotherMessage = 20312;
 /** The mail server refused to delete a message. */
 inline constexpr int DeletionRefused = 20332;
 /** The mail server refused to give a message that was to be opened. */
 inline constexpr int MessageNotGiven = 20342;
-/** A person did not want to wait for the mail server any longer. */
+/** The user gave up waiting for the mail server. */
 inline constexpr int GivenUp = 20352;
 
-// Sending mail. From 20401 on nothing was sent because of the message itself; 2041x and 2042x are refusals by
-// the server, for good and for now, and nothing was sent either; 20431 to 20434 end an attempt before the
-// message was complete. Only after 20442 to 20444 may the message be on its way all the same.
+// Sending mail. 20401 to 20404: the message itself cannot be sent. 2041x and 2042x: the server refuses, for
+// good and for now. 20431 to 20434: the attempt ended before the message was complete. After all of these
+// nothing was sent. Only after 20442 to 20444 may the message have been sent all the same.
 inline constexpr int BadAddress = 20401;
 inline constexpr int NoRecipient = 20402;
 inline constexpr int FieldHoldsLineEnd = 20403;
@@ -81,7 +82,7 @@ inline constexpr int ConnectionRefused = 25062;
 inline constexpr int HostNotFound = 26002;
 } // namespace errors
 
-/** A failure with the number that the handlers' tables know it by. */
+/** An error with its number. The handlers' tables give the message for each number. */
 class RuntimeError : public std::exception {
   public:
     explicit RuntimeError(int number) : number_(number), text_("run-time error " + std::to_string(number)) {}

@@ -66,7 +66,7 @@ std::string SequentialInput::nextLine() {
 }
 
 namespace {
-/** What is to be replaced. */
+/** The file that is to be replaced. */
 struct Target {
     /** The file's own path, at the end of all links. */
     std::string path;
@@ -88,13 +88,14 @@ Target targetOf(const QString& path) {
         if (errno != ENOENT) {
             throw RuntimeError(openingErrorNumber(errno));
         }
-        // A link that leads nowhere is there.
+        // A link that leads nowhere does exist, so it is not a missing file.
         if (::lstat(given.c_str(), &status) == 0) {
             throw RuntimeError(errors::PathFileAccess);
         }
         return {given, std::nullopt};
     }
-    // Replacing needs rights to the folder only; what may not be written into is not replaced either.
+    // Replacing a file needs rights to its folder only. A file that the user may not write must not be
+    // replaced either.
     if (::stat(resolved.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
         ::faccessat(AT_FDCWD, resolved.get(), W_OK, AT_EACCESS) != 0) {
         throw RuntimeError(errors::PathFileAccess);

@@ -13,13 +13,13 @@ namespace platform {
 /** A text file read line by line, as the settings file is. */
 class SequentialInput {
   public:
-    /** Longest line, in bytes, that is taken for one: far beyond any setting, far below what memory holds. */
+    /** Longest line that is read, in bytes: far longer than any setting, far shorter than memory. */
     static constexpr std::size_t kMaximumLineBytes = 1U << 20U;
 
     /**
-     * Opens the file; see openTrusted() for which one is not.
-     * \throws RuntimeError 53 when there is none, 75 when it cannot be read, is not a plain file, or may be
-     * what somebody else has put there.
+     * Opens the file; see openTrusted() for which files it refuses.
+     * \throws RuntimeError 53 when there is none, 75 when it cannot be read, is not a plain file, or may have
+     * been put there by another user.
      */
     explicit SequentialInput(const QString& path);
 
@@ -40,10 +40,10 @@ class SequentialInput {
 };
 
 /**
- * Replaces the file's content as a whole: whatever goes wrong, be it the power, the old content or the new
- * one is there, never a mixture. When it returns, the new one is on the disk. A new file has the rights that
- * new files have, since several users may read it; one that is there keeps its rights and, where possible,
- * its owner and group. A link to a file stays, and the file at its end is replaced.
+ * Replaces the file's content as a whole: whatever goes wrong, even a loss of power, the file holds the old
+ * content or the new one, never a mixture. When it returns, the new one is on the disk. A new file has the
+ * usual rights of new files, since several users may read it. An existing one keeps its rights and, where
+ * possible, its owner and group. A link to a file stays, and the file at its end is replaced.
  * \throws RuntimeError 75 when the file cannot be written or put in its place, 61 when the disk is full, 57
  * when writing fails otherwise. After a failure the old content is still there, unless only the last step,
  * waiting for the folder to reach the disk, failed.

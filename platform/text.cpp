@@ -90,7 +90,7 @@ std::size_t wholeCharacters(std::string_view text, std::size_t most) noexcept {
     while (cut > 0 && continuesCharacter(text[cut]) && most - cut < longestCharacter) {
         --cut;
     }
-    // What has no start of a character there is no UTF-8.
+    // No character begins within reach, so the text is not UTF-8.
     return continuesCharacter(text[cut]) ? most : cut;
 }
 
@@ -108,7 +108,8 @@ std::size_t inStr(std::size_t start, std::string_view text, std::string_view wan
     if (start == 0 || start > text.size()) {
         return 0;
     }
-    // A stranger chooses both texts: find() can take the product of their lengths, memmem() never does.
+    // The sender of a mail chooses both texts. find() can take time in proportion to the product of their
+    // lengths; memmem() never does.
     text.remove_prefix(start - 1);
     const void* const found = ::memmem(text.data(), text.size(), wanted.data(), wanted.size());
     return found == nullptr ? 0
@@ -141,7 +142,7 @@ QString trimmedSpaces(const QString& text) {
 QString fitted(const QString& text, int width) {
     const auto isPrintableAscii = [](QChar character) { return character >= u' ' && character <= u'~'; };
     if (std::all_of(text.begin(), text.end(), isPrintableAscii)) {
-        // Each of these is a character for itself, which spares the long way of telling.
+        // Printable ASCII has no combining marks, so the slow search for character boundaries is not needed.
         return text.leftJustified(width, u' ', true);
     }
     QTextBoundaryFinder boundary(QTextBoundaryFinder::Grapheme, text);
@@ -189,7 +190,8 @@ std::int16_t toInteger16(const QString& text) {
     if (!isDecimal(text)) {
         throw RuntimeError(errors::TypeMismatch);
     }
-    // The text is a number by now: what is too large for a double comes as infinity, what is too small as 0.
+    // isDecimal() has accepted the text, so toDouble() gives infinity for a number too large for a double,
+    // and 0 for one too small.
     const double rounded = std::nearbyint(text.trimmed().toDouble());
     if (rounded < INT16_MIN || rounded > INT16_MAX) {
         throw RuntimeError(errors::Overflow);

@@ -13,14 +13,15 @@ namespace platform {
 QString fromBytes(std::string_view bytes);
 
 /**
- * How many of the first `most` bytes of a text there are when the last character is to be whole: a UTF-8
- * character is not cut in two. Bytes that are no UTF-8 are cut anywhere.
+ * The number of bytes, `most` or a few less, after which the text can be cut without cutting a UTF-8
+ * character in two; the whole text when it has no more than `most`. Bytes that are not UTF-8 are cut
+ * anywhere.
  */
 std::size_t wholeCharacters(std::string_view text, std::size_t most) noexcept;
 
 /**
- * The same as fromBytes() for up to `most` bytes; of a longer text its start, and behind it a mark that there
- * is more. For places that show one line: a stranger sends megabytes where a name is expected.
+ * The same as fromBytes() for up to `most` bytes. Of a longer text it gives the start, with a mark behind it
+ * that there is more. For places that show one line: a sender may put megabytes where a name is expected.
  */
 QString startFromBytes(std::string_view bytes, std::size_t most);
 
@@ -46,16 +47,20 @@ QString trimmedSpaces(const QString& text);
 QString fitted(const QString& text, int width);
 
 /**
- * The text with control characters and direction overrides shown instead of obeyed, on one line: a name from
- * a stranger must not rearrange what stands beside it. Tabs and line ends become spaces.
+ * The text with control characters and direction overrides shown instead of obeyed, on one line: a name that
+ * a stranger has chosen must not rearrange the text beside it. Tabs and line ends become spaces.
  */
 QString withControlsVisible(const QString& text);
 
-/** Whether the character is a control character, a direction override or the like: obeyed instead of shown.
+/**
+ * Whether the character is a control character, a direction override or the like, which is obeyed instead of
+ * shown.
  */
 bool isControlCharacter(QChar character) noexcept;
 
-/** The text in upper case; only the letters a to z change, as mail's own names know no others. */
+/**
+ * The text in upper case; only the letters a to z change, as names in mail's header fields have no others.
+ */
 std::string upperCase(std::string_view text);
 
 /**

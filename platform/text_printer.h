@@ -21,8 +21,8 @@ class TextPrinter {
     TextPrinter& operator=(const TextPrinter&) = delete;
 
     /**
-     * Called now and then in the midst of long work, between two pieces of text. It may let the windows live,
-     * but not use this printer.
+     * Called now and then during long work, between two pieces of text. It may let the windows handle their
+     * events, but must not use this printer.
      */
     std::function<void()> betweenPieces;
 
@@ -38,7 +38,10 @@ class TextPrinter {
     /** How wide the text would be, printed at the current position; of several lines, the widest counts. */
     virtual double textWidth(QStringView text) const = 0;
 
-    /** Prints the text and stays behind it. A line break inside (CR LF, LF or CR) begins a new line. */
+    /**
+     * Prints the text and moves the current position behind it. A line break inside (CR LF, LF or CR) begins
+     * a new line.
+     */
     virtual void print(QStringView text) = 0;
 
     /** Moves to the beginning of the next line. */
@@ -49,13 +52,13 @@ class TextPrinter {
 };
 
 /**
- * Begins a document on the system's default printer. Printing is loaded at the first call: start-up does not
- * pay for it.
+ * Begins a document on the system's default printer. The printing library is loaded at the first call, so
+ * that start-up does not pay for it.
  * \throws RuntimeError 482 when there is no default printer or it takes no document.
  */
 std::unique_ptr<TextPrinter> makeDefaultPrinter();
 
-/** Puts a function in the place of the default printer, for tests. An empty one brings the real one back. */
+/** Replaces the default printer by a function, for tests. An empty one brings the real one back. */
 void replaceDefaultPrinter(std::function<std::unique_ptr<TextPrinter>()> standIn);
 
 } // namespace platform

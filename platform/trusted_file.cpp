@@ -21,7 +21,7 @@ namespace {
     throw RuntimeError(errors::PathFileAccess);
 }
 
-/** Only the first name may be missing: a link that leads nowhere is there. */
+/** Raises error 53 only when the given name itself is missing. A link that leads nowhere does exist. */
 [[noreturn]] void refuseMissing(bool behindALink) {
     const bool missing = errno == ENOENT || errno == ENOTDIR;
     throw RuntimeError(missing && !behindALink ? errors::FileNotFound : openingErrorNumber(errno));
@@ -46,7 +46,7 @@ bool everybodyMayWrite(const FileDescriptor& fileOrFolder) {
     return (statusOf(fileOrFolder).st_mode & S_IWOTH) != 0 && liesWhereRightsAreKept(fileOrFolder);
 }
 
-/** Refuses what anybody may have put into the folder. */
+/** Refuses an entry that another user may have put into a folder where everybody may write. */
 void mustNotBeAStrangers(const struct stat& entry, const FileDescriptor& folder) {
     const bool strangers = entry.st_uid != 0 && entry.st_uid != ::geteuid();
     if (strangers && everybodyMayWrite(folder)) {
@@ -54,7 +54,10 @@ void mustNotBeAStrangers(const struct stat& entry, const FileDescriptor& folder)
     }
 }
 
-/** Where a name stands: opened once, so that all that is asked about the name is asked of one folder. */
+/**
+ * A name in its folder. The folder is opened once, so that everything asked about the name is asked of the
+ * same folder.
+ */
 class Place {
   public:
     explicit Place(const std::string& path) { go(AT_FDCWD, path); }
@@ -85,7 +88,7 @@ class Place {
         go(from.number(), std::string(target.data(), static_cast<std::size_t>(length)));
     }
 
-    /** Opens the file of that name; a link that has come in its place is not followed. */
+    /** Opens the file of that name; a link that has taken its place meanwhile is not followed. */
     FileDescriptor open() const {
         FileDescriptor file(::openat(folder_.number(), name_.c_str(),
                                      O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -113,9 +116,9 @@ class Place {
 } // namespace
 
 bool keepsRights(std::int64_t fileSystemType) noexcept {
-    // Those of memory sticks and of other systems' disks, as linux/magic.h and the drivers have them. All
-    // files of one have the rights that it was mounted with, often everybody's. NTFS comes also by way of
-    // FUSE.
+    // File systems of memory sticks and of other systems' disks; the numbers are from linux/magic.h and the
+    // drivers. All files on one have the rights that it was mounted with, which often let everybody write.
+    // NTFS may also come through FUSE.
     constexpr std::int64_t msdos = 0x4d44;
     constexpr std::int64_t exfat = 0x2011bab0;
     constexpr std::int64_t ntfs = 0x5346544e;
@@ -136,8 +139,8 @@ FileDescriptor openTrusted(const QString& nativePath) {
         mustNotBeAStrangers(entry, place.folder());
         place.follow();
     }
-    // Asked before, because opening a device may already set it in motion, and after, because another file
-    // may have come in its place meanwhile.
+    // Checked before opening, because opening a device may already set it in motion, and again afterwards,
+    // because another file may have come in its place meanwhile.
     if (!S_ISREG(entry.st_mode)) {
         refuse();
     }

@@ -18,8 +18,9 @@ namespace {
 constexpr mode_t kUserOnly = S_IRWXU;
 constexpr mode_t kOthers = S_IRWXG | S_IRWXO;
 
-/** The folder that a variable of the environment names; empty when it names none (relative paths do not
- * count). */
+/**
+ * The folder that a variable of the environment names; empty when it names none. Relative paths do not count.
+ */
 QString folderFromEnvironment(const char* variable) {
     const QString path = QFile::decodeName(qgetenv(variable));
     return path.startsWith(u'/') ? path : QString();

@@ -7,24 +7,24 @@
 namespace platform {
 
 // Folders of the user's own, outside the folder that the program works in. Both belong to the user and are
-// closed to everybody else (mode 0700), and are made when they are missing.
+// closed to all other users (mode 0700). They are made when they are missing.
 
-/** A folder, and the same one open: what is done through the open one cannot be led elsewhere. */
+/** A folder's path, and the folder open: another folder cannot take the place of the open one. */
 struct UserFolder {
     QString path;
     FileDescriptor folder;
 };
 
 /**
- * For what outlives the program: `brindlewake` below $XDG_STATE_HOME, or below ~/.local/state.
- * \throws RuntimeError 75 when it cannot be made, or is somebody else's.
+ * The folder for what outlives the program: `brindlewake` below $XDG_STATE_HOME, or below ~/.local/state.
+ * \throws RuntimeError 75 when it cannot be made, or is another user's.
  */
 UserFolder stateFolder();
 
 /**
- * For what is worth nothing after the user has logged out: `brindlewake` below $XDG_RUNTIME_DIR, or below
- * /run/user/<number of the user>; the state folder where the system has no such place.
- * \throws RuntimeError 75 when none can be made, or is somebody else's.
+ * The folder for what is worth nothing after the user has logged out: `brindlewake` below $XDG_RUNTIME_DIR,
+ * or below /run/user/<number of the user>; the state folder where the system has no such place.
+ * \throws RuntimeError 75 when none can be made, or is another user's.
  */
 UserFolder runtimeFolder();
 

@@ -4,7 +4,7 @@
 
 namespace platform {
 
-/** Gives a variable a value for as long as it lives, and then the one that it had before. */
+/** Sets a variable for as long as this object lives, and then puts back the value that it had before. */
 template <class Value>
 class WhileSet {
   public:

@@ -4,7 +4,9 @@
 
 namespace platform {
 
-/** Keeps a flag true for as long as it lives: for what must not begin again while it runs. */
+/**
+ * Keeps a flag true for as long as this object lives, to mark work that must not begin again while it runs.
+ */
 class WhileTrue : public WhileSet<bool> {
   public:
     explicit WhileTrue(bool& flag) : WhileSet(flag, true) {}

@@ -10,7 +10,7 @@ void WindowTurns::giveWhenDue() {
         return;
     }
     QEventLoop loop;
-    // A timer without delay fires when nothing else is left to do, so the turn ends then.
+    // A timer without delay fires when no other event is left, so the turn ends then.
     QTimer end;
     QObject::connect(&end, &QTimer::timeout, &loop, &QEventLoop::quit);
     end.start(0);

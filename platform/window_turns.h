@@ -9,18 +9,20 @@
 namespace platform {
 
 /**
- * Keeps the windows alive during long work on the same thread: now and then their events get a turn. The work
- * goes on in its own frame afterwards. Whatever can happen while a handler waits for a server can happen
- * in a turn too.
+ * Keeps the windows alive during long work on the same thread by handling their events now and then. Whatever
+ * can happen while a handler waits for a server can happen in giveWhenDue() too.
  */
 class WindowTurns {
   public:
     WindowTurns() { sinceTurn_.start(); }
 
-    /** Gives a turn when the last one is kWorkTime past; cheap enough to be called at every step. */
+    /**
+     * Handles the windows' events when kWorkTime has passed since the last turn; cheap enough to be called at
+     * every step.
+     */
     void giveWhenDue();
 
-    /** How long the windows may stay without a turn: too short to be noticed. */
+    /** How long the windows may wait for a turn: too short to be noticed. */
     static constexpr std::chrono::milliseconds kWorkTime{50};
 
   private:
