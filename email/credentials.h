@@ -6,7 +6,7 @@ namespace email {
 
 /** Who the member is, kept from the log-on for every later session. */
 struct Credentials {
-    /** Whether the server has taken the name and the password once in this run. */
+    /** Whether the server has accepted the name and the password once in this run. */
     bool LoggedOn = false;
     QString UserName;
     QString Password;

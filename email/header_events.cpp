@@ -39,7 +39,8 @@ void HeaderEvents::findBoundary(MessageSummary& summary) {
     if (last_.length == text.size()) {
         return;
     }
-    // Forgotten for as long as this may raise, so that the next line searches, and raises, anew.
+    // last_ stays empty while this may raise, so that after an error the next line searches, and raises,
+    // anew.
     LastSearch search = std::exchange(last_, {});
     if (!search.settled) {
         const bool parameterKnown = search.parameterAt != 0;
@@ -52,7 +53,8 @@ void HeaderEvents::findBoundary(MessageSummary& summary) {
             const std::size_t from = std::max(search.parameterAt, search.length + 1);
             const std::size_t opening = inStr(parameterKnown ? from : search.parameterAt, text, "\"");
             if (opening != 0 || !parameterKnown) {
-                // Without an opening quote this looks from the start: a quote of an earlier parameter serves.
+                // Without an opening quote this looks from the start, so it takes a quote of an earlier
+                // parameter.
                 const std::size_t closing = inStr(opening + 1, text, "\"");
                 const auto length = static_cast<std::int64_t>(closing) - static_cast<std::int64_t>(opening);
                 summary.Boundary = platform::mid(text, static_cast<std::int64_t>(opening) + 1, length - 1);

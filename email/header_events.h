@@ -9,7 +9,7 @@
 namespace email {
 
 /**
- * Turns header lines into a summary. One object may serve any number of messages, in any order; what it
+ * Turns header lines into a summary. One object may serve any number of messages, in any order. What it
  * remembers only saves searching the same text again.
  */
 class HeaderEvents {
@@ -26,12 +26,12 @@ class HeaderEvents {
   private:
     void findBoundary(MessageSummary& summary);
 
-    /** What the last search of a ContentType found, worth something while that text only grows at its end. */
+    /** What the last search of a ContentType found; valid while that text only grows at its end. */
     struct LastSearch {
         const MessageSummary* summary = nullptr;
         /** How much of the text was searched. */
         std::size_t length = 0;
-        /** 1-based; 0 while there is none. */
+        /** Where the boundary parameter begins, 1-based; 0 while there is none. */
         std::size_t parameterAt = 0;
         /** Both quotes were found behind the parameter: what is added at the end changes nothing. */
         bool settled = false;

@@ -8,16 +8,16 @@
 
 namespace email {
 
-/** What is known of the mailbox on the server, and the message at hand. */
+/** What is known of the mailbox on the server, and the current message. */
 struct Mailbox {
     MessageTable Messages;
     /** Fills the summaries from header lines. */
     HeaderEvents headerEvents;
-    /** The message that the POP3 events fill; also the open one. */
+    /** The number of the message whose summary the POP3 events fill, and of the open message. */
     std::int16_t CurrentMessage = 0;
 
     std::int16_t MessageCount = 0;
-    /** The count at the end of the last retrieval; what lies above it is new mail. */
+    /** The message count at the end of the last retrieval; messages with higher numbers are new mail. */
     std::int16_t LastMessageCount = 0;
     /** Bytes of the whole mailbox, as the server reports them. */
     std::int32_t MailboxBytes = 0;

@@ -34,15 +34,15 @@ struct Settings {
 
 /** What the reader derives from the settings; never written to the file. */
 struct DerivedValues {
-    /** "@" and the mail domain: makes an address of a bare user name. */
+    /** "@" and the mail domain, which make an address of a bare user name. */
     QString AtDomain;
-    /** What the wave player is told when there is mail: "play" or "close". */
+    /** The command for the wave player when there is new mail: "play" or "close". */
     QString WavCommand = QStringLiteral("close");
     /** The system-wide configuration directory, learnt at start-up. */
     QString WindowsDirectory;
     /**
-     * What start-up titles the windows with; null until all settings are read, and then windows keep the
-     * titles that they are made with.
+     * The title that start-up gives the windows. Null until all settings are read; until then windows keep
+     * the titles that they are made with.
      */
     QString WindowTitle;
 };
@@ -56,7 +56,10 @@ bool isYes(const QString& value);
 /** The path that the system's own call gives, cut at its first NUL; empty when the call fails. */
 QString GetWinDirectory();
 
-/** The same with a call of the caller's choice: it fills the buffer and returns 0 when it fails. */
+/**
+ * The same with the caller's own call in place of the system's. It fills the buffer and returns 0 when it
+ * fails.
+ */
 QString GetWinDirectory(const std::function<std::size_t(char* buffer, std::size_t size)>& call);
 
 } // namespace email

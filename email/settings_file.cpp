@@ -9,7 +9,7 @@ namespace email {
 namespace {
 enum class Reading { AsItStands, YesOrNo };
 
-/** One line of the file: a section's name, or a setting's key with the places that its value has. */
+/** One line of the file: a section's name, or a setting's key and the places where its value is stored. */
 struct Line {
     const char* text;
     QString SettingsFields::*field = nullptr;
@@ -33,7 +33,7 @@ constexpr std::array<Line, 19> kLines = {{
     {"PlayWav", &SettingsFields::PlayWav, &Settings::PlayWav, Reading::YesOrNo},
     {"ShowDatabase", &SettingsFields::ShowDatabase, &Settings::ShowDatabase, Reading::YesOrNo},
     {"SendAttachments", &SettingsFields::SendAttachments, &Settings::SendAttachments, Reading::YesOrNo},
-    // From here on the values stay as they are written; whoever uses one compares it with "yes".
+    // From here on the values are kept as written; the code that uses one compares it with "yes".
     {"SaveDirectory", &SettingsFields::SaveDirectory, &Settings::SaveDirectory},
     {"AllowPrinting", &SettingsFields::AllowPrinting, &Settings::AllowPrinting},
     {"SaveCopy", &SettingsFields::SaveCopy, &Settings::SaveCopy},
@@ -60,7 +60,7 @@ void store(const Line& line, const QString& value, Settings& settings) {
     }
 }
 
-/** What follows from the setting of this line; known before the next line is read, which may fail. */
+/** Derives what follows from this line's setting, at once, because reading the next line may fail. */
 void derive(const Line& line, const Settings& settings, DerivedValues& derived) {
     if (line.value == &Settings::DomainName) {
         derived.AtDomain = u'@' + settings.DomainName;
@@ -71,7 +71,7 @@ void derive(const Line& line, const Settings& settings, DerivedValues& derived) 
 } // namespace
 
 std::string valueOfLine(const std::string& line) {
-    // Without "=" the position is 0, and the last (length - 0) characters are the whole line.
+    // Without "=" inStr() returns 0, and the whole line is the value.
     return line.substr(platform::inStr(1, line, "="));
 }
 

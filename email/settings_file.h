@@ -9,14 +9,14 @@
 
 namespace email {
 
-/** Whoever reads the settings hears at once whether the Setup button is to be shown. */
+/** Called as soon as ShowSetup is read, with whether the Setup button is to be shown. */
 using ShowSetupButton = std::function<void(bool visible)>;
 
 /** Gives the next line of the file without its line end. \throws RuntimeError 62 when there is none. */
 using NextLine = std::function<std::string()>;
 
 /**
- * Takes the 16 settings from the file's 19 lines, by position alone: a key's name is for people. Each value
+ * Takes the 16 settings from the file's 19 lines, by position alone: the keys' names are ignored. Each value
  * is stored as soon as its line is read, so after a failure the earlier settings are the file's and the later
  * ones unchanged. \throws RuntimeError 62 when there are fewer than 19 lines, 13 or 6 when GetMailEvery is no
  * 16-bit number, and whatever nextLine throws.

@@ -4,7 +4,7 @@
 
 namespace email {
 
-/** The institution's name and an ending: what a box of the running program is titled with. */
+/** The institution's name and the given ending: the title of a message box. */
 QString titleEndingIn(const char* ending);
 
 /** The institution's name and " E-Mail": the title of the windows, and of most boxes. */

@@ -5,7 +5,7 @@
 namespace email {
 
 void useTypedHost(const QString& host) {
-    // A second host takes the place of the first one, not of the file's servers.
+    // A second typed host replaces the first one; the servers of the file are remembered only once.
     if (!serversOfFile) {
         serversOfFile = {settings.POPServer, settings.SMTPServer};
     }

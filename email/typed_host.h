@@ -9,8 +9,8 @@
 namespace email {
 
 /**
- * Takes the host of a name that was typed as name, "@", host: it is both servers and the senders' domain
- * until the program ends. The settings file is not to hear of it.
+ * Uses the host of a user name that was typed as name@host for both servers and as the senders' domain, until
+ * the program ends. It must not be written to the settings file.
  */
 void useTypedHost(const QString& host);
 
@@ -20,7 +20,9 @@ struct Servers {
     QString SMTPServer;
 };
 
-/** What the settings file names, once a host typed at the log-on stands in the settings in its place. */
+/**
+ * The servers that the settings file names, while a host typed at the log-on replaces them in the settings.
+ */
 inline std::optional<Servers> serversOfFile;
 
 /** The settings as the file has them, whatever host was typed: for the setup window, which writes them. */
