@@ -12,7 +12,7 @@
 struct EncodedFile {
     /** Empty when there is none. */
     QString path;
-    /** The very file, whatever stands under the path by now. */
+    /** The file itself, open, even when the path leads to another file by now. */
     platform::HeldFile file;
 };
 
@@ -31,7 +31,7 @@ struct ComposedMessage {
  */
 using EncodeAttachment = std::function<EncodedFile(const QString& attachment, std::string_view closingLine)>;
 
-/** The fixed boundary; it begins with two hyphens of its own, so that delimiter lines begin with four. */
+/** The fixed boundary. It begins with two hyphens of its own, so delimiter lines begin with four. */
 inline constexpr std::string_view MimeBoundary = "--*******Brindlewake************";
 
 /** The file's name without drive and directories; only a backslash separates, never a slash. */
@@ -41,7 +41,7 @@ QString attachmentFileName(QString path);
  * Composes the outgoing message: the typed text alone, or, with an attachment, a text part and a base64 part.
  * The text's lines end in CR LF. A text that itself holds the boundary line is sent as it stands.
  *
- * The empty line after the first delimiter is wanted: it makes the text part's Content-Type line the first
+ * The empty line after the first delimiter is intended: it makes the text part's Content-Type line the first
  * line of that part's body. \throws RuntimeError 52 when the attachment's name holds a quote or a line end,
  * and whatever encode throws.
  */

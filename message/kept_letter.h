@@ -6,21 +6,20 @@
 #include <string>
 #include <string_view>
 
-/** What a person has put into a compose window, as it is kept until it is sent or given up. */
+/** What the user has put into a compose window, as it is kept until it is sent or given up. */
 struct KeptLetter {
     QString to;
     QString copies;
     QString subject;
     /** The path of the file to attach, as typed; the file itself is not kept. */
     QString attachment;
-    /** Byte for byte. */
+    /** The text, kept byte for byte. */
     std::string text;
 
     bool operator==(const KeptLetter&) const = default;
 };
 
-/** True when nobody has written anything; the copy to the sender that may stand in Cc by itself does not
- * count. */
+/** True when the user has written nothing. The copy to the sender that Cc may begin with does not count. */
 bool isEmpty(const KeptLetter& letter, const QString& senderAddress);
 
 /** The content of the file that the letter is kept in. */
@@ -30,7 +29,7 @@ std::string keptLetterFile(const KeptLetter& letter);
 std::optional<KeptLetter> keptLetterIn(std::string_view file);
 
 /**
- * The name of the file for what this sender writes in a program that works in this folder. It tells neither:
- * others may see the names in a folder that they cannot read.
+ * The name of the file that keeps this sender's letter, for a program that works in this folder. The name
+ * reveals neither, because others may see the names in a folder that they cannot read.
  */
 QString keptLetterName(const QString& sender, const QString& folder);

@@ -38,7 +38,10 @@ class Parts {
     std::string_view boundary_;
 };
 
-/** A part's type, and where its Content-Type line starts; the type stays where a part has no such line. */
+/**
+ * A part's type, and where its Content-Type line starts. A part without such a line keeps the type of the
+ * part before.
+ */
 struct PartType {
     std::string_view type;
     /** 1-based; 0 when the part has no such line. */

@@ -4,15 +4,16 @@
 
 #include <string_view>
 
-/** Parts of a multipart body, and of one alternative in it, that are looked at. */
+/** Most parts that are looked at, in a multipart body and in each alternative in it. */
 inline constexpr int kMaximumParts = 20;
 
 /**
  * Cuts the body at the message's boundary and returns its text and its attachments, which refer to the body.
  *
  * All searches are case-sensitive, and a boundary counts wherever it stands. A part ends with the "--" of the
- * next boundary line. A part without a Content-Type line is taken for one of the type of the part before.
- * Error 5 ends it at a text part whose type was taken over, a type without a ";" behind it, and an attachment
- * whose name is not in quotes; 7 where memory fails.
+ * next boundary line. A part without a Content-Type line has the type of the part before. Reading ends with
+ * error 5 at a text or message/rfc822 part without a Content-Type line, at a type without a ";" behind it, at
+ * an attachment without a name in quotes, and at an alternative whose boundary is not in quotes. It ends with
+ * error 7 when there is no memory. Whatever was found before stays.
  */
 ReadMessage readMultipart(std::string_view body, std::string_view boundary);

@@ -53,7 +53,7 @@ void StrippedText::strip() {
         std::size_t& searchedUntil = searchedUntil_.at(i);
         const std::size_t found = findKey(key, text_, std::max(front_, searchedUntil));
         if (found == std::string::npos) {
-            // A key that is cut off at the end may be completed by what is added.
+            // A key that is cut off at the end may be completed by text that is added later.
             searchedUntil = text_.size() - std::min(text_.size(), key.size() - 1);
             continue;
         }

@@ -24,7 +24,7 @@ class StrippedText {
   public:
     void set(std::string_view text);
 
-    /** The text becomes this one where it is empty; otherwise it is added after CR LF. */
+    /** Sets the text when there is none yet; otherwise adds this one after CR LF. */
     void setOrAppend(std::string_view text);
 
     /** One pass of the part-header stripper over the whole text. */
@@ -36,7 +36,7 @@ class StrippedText {
 
   private:
     std::string text_;
-    /** What lies before has been removed. */
+    /** Where the text begins; what lies before has been removed. */
     std::size_t front_ = 0;
     /** For each key: no occurrence starts between the front and here. */
     std::array<std::size_t, kPartHeaderKeys.size()> searchedUntil_{};

@@ -21,12 +21,12 @@ struct ReadMessage {
     std::optional<std::string> text;
     /** In the order of the message; the last one is the one that can be saved. */
     std::vector<FoundAttachment> attachments;
-    /** The number of the error after which no more came; 0 for none. What came before it stays. */
+    /** The number of the error that ended the reading; 0 for none. What was found before it stays. */
     int error = 0;
 };
 
 /**
- * A way of reading: makes of a message that has been fetched whole, with its header as it came, what is to be
- * shown. It raises nothing. What it returns may refer to the message.
+ * A function that reads a message, fetched whole with its header as it came, and returns what to show. It
+ * raises nothing. What it returns may refer to the message.
  */
 using MessageReader = ReadMessage (*)(const email::MessageSummary& message);

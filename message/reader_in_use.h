@@ -2,8 +2,8 @@
 
 #include "message/read_message.h"
 
-/** Reads a message in the way that is in use: the house's, unless useReader() has named another. */
+/** Reads a message with the reader in use: the program's own, unless useReader() has set another. */
 ReadMessage readMessage(const email::MessageSummary& message);
 
-/** Lets every message be read in this way from here on. */
+/** Sets the reader for all messages from here on. */
 void useReader(MessageReader reader);

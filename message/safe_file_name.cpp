@@ -50,7 +50,7 @@ QString shortened(const QString& name) {
     const bool hasExtension = dot > 0 && bytes.size() - dot <= kMaximumExtensionBytes;
     const QByteArray extension = hasExtension ? bytes.sliced(dot) : QByteArray();
     qsizetype kept = kMaximumNameBytes - extension.size();
-    // The bytes 10xxxxxx of UTF-8 go on with a character that has begun before.
+    // A byte 10xxxxxx of UTF-8 continues a character, so the name must not be cut before it.
     while ((static_cast<unsigned char>(bytes.at(kept)) & 0xC0U) == 0x80U) {
         --kept;
     }

@@ -19,7 +19,7 @@ QStringView takeWord(QStringView& text, QStringView delimiter) {
 
 void printText(platform::TextPrinter& printer, QStringView text) {
     printer.setFont(QStringLiteral("Arial"), kFontSize);
-    // The font stays the same from here on, and so does the margin.
+    // The margin is measured once, because the font does not change.
     const double margin = printer.textWidth(kRightMargin);
     while (!text.isEmpty()) {
         const QStringView word = takeWord(text, kSpace);
