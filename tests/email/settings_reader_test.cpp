@@ -57,8 +57,8 @@ TEST(SettingsReader, LinesInAnotherOrderLandInTheSettingOfTheirLineNumber) {
 TEST(SettingsReader, AFileWithALineMissingInTheMiddleShiftsTheLaterValues) {
     std::vector<std::string> lines = goodLines();
     lines.erase(lines.begin() + 7); // [Application Options]
-    lines.at(14) = "16";            // what is line 16 now would otherwise be no number
-    lines.at(15) = "16";
+    lines.at(14) = "16";
+    lines.at(15) = "16"; // the LDAP server's line, which is read as GetMailEvery now and must be a number
     lines.emplace_back("one more");
     const Reading reading = readLines(lines);
     EXPECT_EQ(reading.error, 0);

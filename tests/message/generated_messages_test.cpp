@@ -1,4 +1,4 @@
-// Messages of every difficult shape: many made up ones against the plain rules, and the hostile ones by name.
+// Messages of every difficult shape: generated ones, compared with the plain rules, and hostile ones by name.
 
 #include "tests/support/generated_message.h"
 #include "tests/support/opened_message.h"
@@ -160,7 +160,7 @@ const HostileShape kHostileShapes[] = {
     {"BytesOfAnyKind", mixed({plain(kStrangeBytes)}), 0, "\r\n" + kStrangeBytes + "\r\n--", {}},
 };
 
-/** Nothing that takes time in proportion to the message comes near this; anything worse goes far beyond. */
+/** Work in linear time stays far below this limit; anything worse goes far beyond it. */
 constexpr std::chrono::seconds kLinear{20};
 } // namespace
 
@@ -233,7 +233,7 @@ TEST(LargeMessage, OneLineOfFiveMegabytesIsTakenWholeInLinearTime) {
         const OpenedMessage message = openedWithoutDecoding(mixed({plain("first\r\n" + line + "\r\nlast")}));
         EXPECT_LT(std::chrono::steady_clock::now() - start, kLinear) << key;
         EXPECT_EQ(message.error, 0) << key;
-        // The three passes cut at "name=" in the only line that has it, and at nothing else.
+        // Besides the part's own header, the stripper's passes cut only at a key in the long line.
         const bool cuts = key == "name=" || key == "Content-Type";
         EXPECT_TRUE(message.text == (cuts ? "last\r\n--" : "\r\nfirst\r\n" + line + "\r\nlast\r\n--")) << key;
     }
@@ -270,7 +270,7 @@ TEST(LargeMessage, ABoundaryThatNearlyStandsEverywhereIsLookedForInLinearTime) {
 }
 
 TEST(LargeMessage, TwentyLongTextsWithoutALineEndAreStrippedInLinearTime) {
-    // The key without a line feed behind it stays, and would be looked for again with every part.
+    // A key without a line feed behind it is not cut away, so every part's pass could find it again.
     const std::vector<std::string> parts(20,
                                          "Content-Type: text/plain; x\r\nname=" + std::string(250'000, 'n'));
     const std::string raw = mixed(parts);

@@ -186,7 +186,7 @@ TEST_F(MimeParser, OfAnAlternativeOnlyTheFirstTwentyPartsCount) {
     for (int i = 1; i <= 30; ++i) {
         inner.push_back(plain("inner " + std::to_string(i)));
     }
-    // The boundary's first place is its own parameter, which opens the first of the twenty.
+    // The boundary occurs first in its own parameter, where the first of the twenty parts begins.
     EXPECT_EQ(
         parse(bodyOf({"Content-Type: multipart/alternative; boundary=\"X1\"\r\n\r\n" + bodyOf(inner, "X1")})),
         0);

@@ -15,7 +15,7 @@ struct Case {
     QString to;
 };
 
-/** As the window takes it from the message's bytes. */
+/** The name as the window makes it from the message's bytes. */
 QString named(const std::string& bytes) {
     return platform::fromBytes(bytes);
 }

@@ -16,7 +16,7 @@ using support::RecordingPrinter;
 using testing::Each;
 using testing::SizeIs;
 
-/** The document of a text on lines of 20 units: 12 of them can be filled, 8 are the margin. */
+/** The document printed on lines of 20 units: 12 of them can be filled, 8 are the margin. */
 PrintedDocument printed(const QString& text) {
     PrintedDocument document;
     RecordingPrinter printer(document);

@@ -106,7 +106,7 @@ TEST_P(Base64DecoderCase, GivesTheSameBytesForPiecesOfEverySize) {
     }
 }
 
-/** Behind many whole lines the fast way is in use when the special case comes. */
+/** Behind many whole lines the decoder uses its fast way when the special case comes. */
 TEST_P(Base64DecoderCase, GivesTheSameBytesBehindWholeLines) {
     const std::string before = randomBytes(5700, 1);
     netcodelib::Base64Encoder encoder;

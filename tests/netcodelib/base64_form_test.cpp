@@ -181,14 +181,15 @@ TEST(Base64Form, NoOtherCharacterIsTakenForALetterWhereverItStands) {
             text[at] = static_cast<char>(code);
             const bool taken = errorOf(text) == 0;
             const bool letter = alphabet.find(static_cast<char>(code)) != std::string_view::npos;
-            // The last letter may be padding, and nothing else.
+            // Padding may replace the last letter only.
             EXPECT_EQ(taken, letter || (code == '=' && at == 15)) << code << " at " << at;
         }
     }
 }
 
 TEST(Base64Form, AWordThatIsBase64ByChanceIsTaken) {
-    // Nothing in such a text tells that it was not meant so, and nobody may be kept from saving one.
+    // Such a text cannot be told from encoded text, and the user must be able to save an attachment that is
+    // one.
     for (const char* word : {"Test", "true", "deadbeef", "Anna\r\nPaul\r\nMary"}) {
         EXPECT_EQ(errorOf("\r\n"s + word + "\r\n--\r\n"), 0) << word;
     }

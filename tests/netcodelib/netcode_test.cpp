@@ -32,7 +32,7 @@ using support::modeOf;
 using support::randomBytes;
 namespace errors = platform::errors;
 
-/** The letter T: stands for a folder of the test's own. */
+/** Drive T: is a folder of the test's own. */
 class NetCodeTest : public testing::Test {
   protected:
     void SetUp() override {
@@ -191,7 +191,7 @@ TEST_F(NetCodeTest, ATargetInAFolderThatIsMissingIsAnError) {
     EXPECT_EQ(run(Action::Decode, QStringLiteral("in"), target), errors::PathFileAccess);
 }
 
-/** The names that attackers' targets have are tried in the tests of the files; here, that these are used. */
+/** Which targets are refused is tested with PrivateOutput; this tests that NetCode uses it. */
 TEST_F(NetCodeTest, ATargetThatIsALinkIsNotFollowed) {
     folder_.write("in", "Zm9v");
     folder_.write("key", "secret");

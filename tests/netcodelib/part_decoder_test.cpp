@@ -71,7 +71,8 @@ INSTANTIATE_TEST_SUITE_P(RestsOfHeaders, PartDecoderBehind, testing::ValuesIn(kR
                          [](const auto& test) { return test.param.name; });
 
 TEST(PartDecoder, APartThatHasLostEvenItsEmptyLineIsRefused) {
-    // The last group of the text was "name", and everything up to its line end was taken for a header.
+    // When the encoded text ends in "name=", the stripper takes it for a key and removes everything up to the
+    // line end.
     EXPECT_EQ(decoded("--\r\n", 1).error, 20502);
     EXPECT_EQ(decoded("\r\n--\r\n", 1).error, 0);
 }

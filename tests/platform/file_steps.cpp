@@ -49,7 +49,7 @@ int callUnlessItFails(const char* name, Arguments... arguments) {
 
 } // namespace support
 
-// Calls from the program's own code come here instead of to the system's library.
+// The program's own code calls these functions instead of the system library's.
 
 extern "C" ssize_t write(int file, const void* bytes, size_t count) {
     static auto* const systemWrite =

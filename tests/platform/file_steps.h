@@ -7,15 +7,15 @@
 namespace support {
 
 /**
- * Stands between this program and the system for as long as it lives: remembers the calls that write files,
- * by name, and may let one of them go wrong. One stands at a time.
+ * Intercepts the system calls that write files, for as long as it lives: remembers them by name, and may let
+ * one of them go wrong. Only one may exist at a time.
  */
 class FileSteps {
   public:
     enum class Then {
         /** The call does nothing and fails. */
         Fail,
-        /** The process ends before the call, as when the power goes. */
+        /** The process ends before the call, as if the power failed. */
         EndProcess,
         /** Only the first byte is written, and the call succeeds. */
         WriteOneByte
@@ -36,7 +36,7 @@ class FileSteps {
     /** The names of the calls so far. */
     const std::vector<std::string>& calls() const { return calls_; }
 
-    /** Remembers the call and returns what goes wrong with it; a process that is to end has ended then. */
+    /** Remembers the call and returns what goes wrong with it. Does not return when the process is to end. */
     static std::optional<Trouble> next(const char* call);
 
   private:

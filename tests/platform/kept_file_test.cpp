@@ -1,4 +1,4 @@
-// What a file that is kept again and again holds, whatever happens while it is written.
+// What a KeptFile holds, whatever happens while it is written.
 
 #include "platform/kept_file.h"
 #include "platform/runtime_error.h"
@@ -136,7 +136,7 @@ TEST_F(KeptFileTest, WheneverTheProcessEndsTheOldContentIsThereOrTheNew) {
         ASSERT_EQ(status, 0) << "the step never came";
         EXPECT_THAT(*file.read(), AnyOf("old", "new content")) << step;
     }
-    // What an ended process has left is used again.
+    // The file that an ended process has left is used again.
     file.writeNow("new content");
     EXPECT_EQ(folder.entries(), 1U);
 }

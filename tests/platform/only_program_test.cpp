@@ -113,7 +113,7 @@ TEST_F(OnlyProgramTest, WhenTheFirstOneHasEndedTheNextIsTheFirst) {
     for (int round = 0; round < 3; ++round) {
         OnlyProgram first;
         ASSERT_EQ(first.start({}), Start::First);
-        // What the last one has left does not hinder being asked.
+        // The socket that the last one has left does not hinder the next one from being asked.
         EXPECT_EQ(startAnswered(first, true), Start::Shown);
     }
 }

@@ -73,7 +73,7 @@ TEST(PrivateOutput, AFileThatIsBeingWrittenIsNotWrittenIntoByAnother) {
     first.finish();
     EXPECT_EQ(contentOf(first.takeFile()), "first");
     EXPECT_EQ(folder.read("f"), "second");
-    // What took the other's place is locked as well.
+    // The file that took the first one's place is locked as well.
     PrivateOutput third(folder.qtPath("f"), Writing::InPlace);
     third.write("third");
     third.finish();

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 namespace {
-/** How a process ends that crashes, where it may leave as large an image as it likes. */
+/** The wait status of a process that raises its core limit as far as it may, calls `before` and crashes. */
 int statusOfCrash(void (*before)()) {
     const pid_t child = fork();
     if (child == 0) {
@@ -39,7 +39,7 @@ TEST(Program, NeitherAFileNorACollectorGetsAnImage) {
             platform::refuseCoreDumps();
             rlimit limit{};
             getrlimit(RLIMIT_CORE, &limit);
-            // Collectors get what 0 keeps from files; a limit of 1 keeps it from both.
+            // A limit of 0 stops files but not collectors; a limit of 1 stops both.
             std::_Exit(limit.rlim_cur == 1 && limit.rlim_max == 1 ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");

@@ -94,7 +94,7 @@ TEST(RegularInput, AFileThatHasGrownIsAnError) {
     }
 }
 
-/** Such files have no size before they are read, so what they hold cannot be told from growth. */
+/** Files below /proc have size 0, so their content cannot be told from growth. */
 TEST(RegularInput, AFileThatTheSystemMakesUpIsAnError) {
     RegularInput input(QStringLiteral("/proc/self/status"));
     EXPECT_EQ(errorNumberOf([&] { contentOf(input, 1000); }), errors::DeviceInputOutput);

@@ -21,11 +21,11 @@ namespace {
 constexpr std::int64_t kMemoryStick = 0x4d44;
 constexpr std::int64_t kExtendedFileSystem = 0xef53;
 
-/** What the system is to say of every file system; 0 for the truth. */
+/** The type that fstatfs() reports for every file system; 0 for the real one. */
 std::atomic<std::int64_t> saidFileSystem = 0;
 } // namespace
 
-// In place of the system library's own.
+// Replaces the system library's function.
 extern "C" int fstatfs(int file, struct statfs* system) noexcept {
     const auto result = static_cast<int>(::syscall(SYS_fstatfs, file, system));
     if (saidFileSystem != 0) {
@@ -90,7 +90,7 @@ class TrustedFile : public testing::Test {
         ASSERT_EQ(::lchown(path.c_str(), owner, static_cast<gid_t>(-1)), 0);
     }
 
-    /** The error when the reader, who stands in the folder, opens the file in it. */
+    /** The error when the reader, with this folder as the current one, opens the file in it. */
     static int errorIn(const std::string& place) {
         const auto back = std::filesystem::current_path();
         std::filesystem::current_path(place);
@@ -152,7 +152,7 @@ TEST_F(TrustedFile, AtTheEndOfALinkCountsWithItsFolderAndTheFolderOfTheLink) {
         {"itself", {kReader, 0755}, "tolk.ini", kReader, errors::PathFileAccess},
     };
 
-    // The reader has to get out of each of the folders again.
+    // The links lead through the common parent folder, which the reader must be able to pass.
     ASSERT_EQ(::chmod(folder.path().c_str(), 0711), 0);
     for (const auto& each : cases) {
         std::filesystem::create_directory(each.name);

@@ -59,8 +59,8 @@ TEST(WholeFile, WhicheverStepFailsTheOldContentStaysOrTheNewIsWhole) {
         for (const int systemError : {EIO, ENOSPC, EACCES, EDQUOT}) {
             SCOPED_TRACE(testing::Message() << steps[step] << ' ' << step << " error " << systemError);
             const int error = errorOfWriting(folder, {step, Then::Fail, systemError});
-            // Owner and group are kept where that is possible; without them the file is as good. Only the
-            // last step comes when the new file is in its place.
+            // Owner and group are kept where possible; the file is as good without them. Only the last step,
+            // waiting for the folder, comes after the new file has taken its place.
             const bool placed = steps[step] == "fchown" || step + 1 == steps.size();
             EXPECT_EQ(folder.read("f"), placed ? kNew : "old");
             EXPECT_EQ(error == 0, steps[step] == "fchown");
@@ -90,7 +90,7 @@ TEST(WholeFile, WheneverTheProcessEndsTheOldContentIsThereOrTheNew) {
         oldContents += content == "old" ? 1U : 0U;
     }
     EXPECT_EQ(oldContents, steps - 1);
-    // What an ended process has left beside the file does not hinder the next one.
+    // The file that an ended process has left does not hinder the next one.
     EXPECT_EQ(errorNumberOf([&] { writeWholeFile(folder.qtPath("f"), kNew); }), errors::None);
 }
 
@@ -193,7 +193,7 @@ TEST(WholeFile, AnAdministratorLeavesOwnerAndGroupAsTheyAre) {
 TEST(WholeFile, WhatTheOldGroupWasAllowedIsNotAnotherGroups) {
     const TemporaryFolder folder;
     ASSERT_EQ(::chmod(folder.write("f", "old").c_str(), 0664), 0);
-    // The second of the two is the one for the group.
+    // The second call of fchown() is the one for the group.
     EXPECT_EQ(errorOfWriting(folder, {1, Then::Fail, EPERM}), errors::None);
     EXPECT_EQ(modeOf(folder.path("f")), 0644U);
 }

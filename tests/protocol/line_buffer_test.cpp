@@ -38,7 +38,10 @@ const std::vector<Case>& cases() {
 
 class LineBufferCase : public testing::TestWithParam<Case> {
   protected:
-    /** The lines that come of the bytes in pieces of this size, all taken as soon as they are there. */
+    /**
+     * The lines that the buffer gives for the bytes in pieces of this size, each taken as soon as it is
+     * complete.
+     */
     std::vector<std::string> lines(std::size_t pieceBytes, bool content) const {
         LineBuffer buffer;
         std::vector<std::string> lines;

@@ -24,7 +24,7 @@ class ConnectionTest : public support::ConnectionFixture {
         return connection.open({QString::fromLatin1(host), port}, soon());
     }
 
-    /** All that comes until the stream ends. */
+    /** All bytes that come until the stream ends. */
     std::string takeAll() {
         std::string bytes;
         while (connection.waitForBytes(soon()) == Outcome::Done) {
@@ -51,7 +51,7 @@ TEST_F(ConnectionTest, TellsWhyAServerCannotBeReached) {
 }
 
 TEST_F(ConnectionTest, TriesTheNextAddressOfANameWhenTheFirstIsDead) {
-    // Nobody listens at the port on ::1, or there is no such address at all.
+    // No server listens at this port on ::1, or there is no such address at all.
     ScriptedServer server(Script{Send{"hello"}});
     ASSERT_EQ(open(support::kNameWithTwoAddresses, server.port()), Outcome::Done);
     EXPECT_EQ(takeAll(), "hello");

@@ -3,8 +3,8 @@
 namespace support {
 
 /**
- * Names that this program resolves by itself, without any network, because its getaddrinfo() takes the
- * system's place:
+ * Names that the test program resolves by itself, without any network, because its own getaddrinfo() replaces
+ * the system's:
  */
 
 /** Two addresses, as a server with both protocols has them: first ::1, then 127.0.0.1. */
