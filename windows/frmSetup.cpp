@@ -192,10 +192,13 @@ QWidget* frmSetup::programColumn() {
     form = addGroup(groups, QStringLiteral("Attachments"));
     addSwitch(form, QStringLiteral("Send Attachments:"), cboAttachments);
     form->addRow(QStringLiteral("Attachment Directory:"), txtSaveDir);
-    QLabel* hint = makeHint(QStringLiteral("txtSaveDirHint"));
-    hint->setWordWrap(true);
-    addBelow(form, hint);
-    keepHint(txtSaveDir, hint, hintOfAttachmentDirectory);
+    saveDirHint_ = makeHint(QStringLiteral("txtSaveDirHint"));
+    saveDirHint_->setWordWrap(true);
+    QSizePolicy policy = saveDirHint_->sizePolicy();
+    policy.setHorizontalPolicy(QSizePolicy::Expanding);
+    saveDirHint_->setSizePolicy(policy);
+    addBelow(form, saveDirHint_);
+    keepHint(txtSaveDir, saveDirHint_, hintOfAttachmentDirectory);
     addBelow(form, cboDrive);
     addBelow(form, cboDir);
     addBelow(form, new QLabel(QStringLiteral("Double-click a folder to choose it.")));
@@ -228,6 +231,7 @@ void frmSetup::layOut() {
     auto* rows = new QVBoxLayout(this);
     rows->addWidget(scroll, 1);
     rows->addLayout(buttons);
+    keepHintInView(*scroll);
 
     const QMargins margins = rows->contentsMargins() + columns_->contentsMargins();
     widthOfTwoColumns_ = 2 * std::max(left->sizeHint().width(), right->sizeHint().width()) +
@@ -247,6 +251,21 @@ void frmSetup::layOut() {
     txtSchool->setFocus();
     closeOnEscape();
     resizeToText(140, 44);
+    // Where the screen has room, nobody has to scroll.
+    if (widthOfTwoColumns_ <= screen()->availableSize().width() * 9 / 10) {
+        resize(std::max(width(), widthOfTwoColumns_), height());
+    }
+}
+
+// A hint that comes below the edge of a small window would be seen by nobody.
+void frmSetup::keepHintInView(QScrollArea& scroll) {
+    QObject::connect(txtSaveDir, &QLineEdit::textChanged, &scroll, [this, &scroll] {
+        if (txtSaveDir->hasFocus() && saveDirHint_->isVisible()) {
+            // It has its place only when the group is laid out, which otherwise comes later.
+            saveDirHint_->parentWidget()->layout()->activate();
+            scroll.ensureWidgetVisible(saveDirHint_);
+        }
+    });
 }
 
 void frmSetup::resizeEvent(QResizeEvent* event) {

@@ -6,8 +6,10 @@
 
 class QBoxLayout;
 class QComboBox;
+class QLabel;
 class QLineEdit;
 class QPushButton;
+class QScrollArea;
 
 /** The window in which an administrator edits every setting. */
 class frmSetup : public Form {
@@ -53,8 +55,10 @@ class frmSetup : public Form {
     QWidget* serverColumn();
     QWidget* programColumn();
     void layOut();
+    void keepHintInView(QScrollArea& scroll);
 
     QBoxLayout* columns_;
+    QLabel* saveDirHint_;
     /** What the window needs for two columns side by side. */
     int widthOfTwoColumns_ = 0;
 };

@@ -13,6 +13,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QTest>
 
 #include <map>
@@ -162,6 +164,48 @@ TEST_F(SetupLooks, FitsAScreenOf1024By768WithNothingToScrollTo) {
         EXPECT_EQ(control->visibleRegion().boundingRect().size(), control->size())
             << control->objectName().toStdString();
     }
+}
+
+// On the screen of the other tests there is no room; this one runs under a window manager as well.
+TEST_F(SetupLooks, OpensWithNothingToScrollToWhereTheScreenHasRoom) {
+    const frmSetup& window = setupWindow();
+    const QSize screen = window.screen()->availableSize();
+    if (screen.width() < 1200) {
+        EXPECT_LE(window.width(), screen.width());
+        return;
+    }
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&setupWindow()));
+    for (const QWidget* control : inOrder()) {
+        EXPECT_EQ(control->visibleRegion().boundingRect().size(), control->size())
+            << control->objectName().toStdString();
+    }
+}
+
+TEST_F(SetupLooks, AHintBelowTheEdgeOfASmallWindowIsScrolledIntoView) {
+    frmSetup& window = setupWindow();
+    window.resize(660, 350);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    auto* const scroll = window.findChild<QScrollArea*>();
+    ASSERT_NE(scroll, nullptr);
+    window.txtSaveDir->setFocus();
+    QCoreApplication::processEvents();
+    scroll->ensureWidgetVisible(window.txtSaveDir, 0, 0);
+    const auto* hint = window.findChild<QLabel*>(QStringLiteral("txtSaveDirHint"));
+    window.txtSaveDir->setText(QStringLiteral("C:\\docs\\mail"));
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return hint->y() > window.txtSaveDir->y() &&
+               hint->visibleRegion().boundingRect().size() == hint->size();
+    }));
+    EXPECT_FALSE(window.txtSaveDir->visibleRegion().isEmpty());
+}
+
+TEST_F(SetupLooks, TheHintOfTheFolderIsAsWideAsTheField) {
+    frmSetup& window = setupWindow();
+    window.resize(480, 700);
+    window.txtSaveDir->setText(QStringLiteral("C:\\docs\\mail"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("txtSaveDirHint"))->width(),
+              window.txtSaveDir->width());
 }
 
 TEST_F(SetupLooks, FieldsStartOnOneLineInOneColumnAndInTwo) {
