@@ -29,6 +29,7 @@ FindBar::FindBar(TextBox* box, QWidget* parent) : QWidget(parent), box_(box) {
     row->addWidget(cmdNext);
     row->addWidget(cmdPrevious);
     row->addWidget(lblFound);
+    lblFound->hide();
 
     connect(txtFind, &QLineEdit::returnPressed, this, &FindBar::findNext);
     connect(txtFind, &QLineEdit::textEdited, this, &FindBar::forgetResult);
@@ -71,6 +72,7 @@ void FindBar::findPrevious() {
 void FindBar::forgetResult() {
     waitsBackward_.reset();
     lblFound->clear();
+    lblFound->hide();
 }
 
 void FindBar::find(bool backward) {
@@ -84,19 +86,23 @@ void FindBar::find(bool backward) {
     }
     if (box_->isFilling()) {
         waitsBackward_ = backward;
-        lblFound->setText(QStringLiteral("Waiting for the rest of the text..."));
+        tell(QStringLiteral("Waiting for the rest of the text..."));
         return;
     }
     const QTextCursor before = box_->textCursor();
     box_->moveCursor(backward ? QTextCursor::End : QTextCursor::Start);
     if (box_->findText(wanted, backward)) {
-        lblFound->setText(backward ? QStringLiteral("Went on from the end")
-                                   : QStringLiteral("Went on from the start"));
+        tell(backward ? QStringLiteral("Went on from the end") : QStringLiteral("Went on from the start"));
         return;
     }
     box_->setTextCursor(before);
-    lblFound->setText(box_->bytesNotShown() == 0 ? QStringLiteral("Not found")
-                                                 : QStringLiteral("Not found in what is shown"));
+    tell(box_->bytesNotShown() == 0 ? QStringLiteral("Not found")
+                                    : QStringLiteral("Not found in what is shown"));
+}
+
+void FindBar::tell(const QString& result) {
+    lblFound->setText(result);
+    lblFound->show();
 }
 
 } // namespace controls

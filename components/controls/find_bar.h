@@ -40,6 +40,7 @@ class FindBar : public QWidget {
   private:
     void find(bool backward);
     void forgetResult();
+    void tell(const QString& result);
 
     TextBox* box_;
     /** The direction of a search that waits for the rest of the text. */

@@ -231,6 +231,22 @@ TEST_F(MessageWindow, CtrlFFindsWordsAndGoesOnFromTheStart) {
     EXPECT_FALSE(window.barFind->isVisible());
 }
 
+TEST_F(MessageWindow, TheRowForFindingIsAsWideAsTheText) {
+    openOnly(kLetter);
+    frmFrom& window = messageWindow();
+    window.barFind->open();
+    QCoreApplication::processEvents();
+    const auto end = [&window](const QWidget* control) {
+        return control->mapTo(&window, QPoint(control->width(), 0)).x();
+    };
+    EXPECT_EQ(end(window.barFind->cmdPrevious), end(window.tMessage));
+    window.barFind->txtFind->setText(QStringLiteral("no such word"));
+    window.barFind->findNext();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(window.barFind->lblFound->isVisible());
+    EXPECT_EQ(end(window.barFind->lblFound), end(window.tMessage));
+}
+
 TEST_F(MessageWindow, CtrlAndTheWheelZoomTheText) {
     openOnly(kLetter);
     frmFrom& window = messageWindow();
