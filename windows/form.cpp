@@ -1,5 +1,6 @@
 #include "windows/form.h"
 
+#include "components/controls/early_window.h"
 #include "components/controls/resting_palette.h"
 #include "email/shared_settings.h"
 
@@ -114,7 +115,7 @@ void Form::prepare() {
     if (windowHandle() != nullptr) {
         return;
     }
-    winId();
+    controls::makeSystemWindow(*this);
     {
         // Loads the picture of the hourglass.
         const WhileHourglass shown(*this);

@@ -1,5 +1,6 @@
 #include "components/controls/message_box.h"
 
+#include "components/controls/early_window.h"
 #include "components/controls/error_meanings.h"
 #include "platform/nested_wait.h"
 #include "platform/reading_order.h"
@@ -69,7 +70,7 @@ void standAbove(QMessageBox& box, const QWidget* window) {
         return;
     }
     // A window of the system's, which can be told.
-    box.winId();
+    makeSystemWindow(box);
     box.windowHandle()->setTransientParent(window->windowHandle());
     QRect place(QPoint(0, 0), box.sizeHint());
     place.moveCenter(window->frameGeometry().center());

@@ -15,6 +15,7 @@
 #include <QScreen>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
 #include <new>
 
@@ -170,6 +171,13 @@ TEST_F(RealMessageBox, ALongTitleIsNotCutByItsFrame) {
           controls::MessageButtons::Ok},
          Qt::Key_Return);
     EXPECT_LE(seen.width, QApplication::primaryScreen()->availableSize().width());
+}
+
+// On a screen of scale 2 a window manager makes a huge window of a base size of less than nothing.
+TEST_F(Windows, AWindowThatIsPreparedBeforeItIsShownHasABaseSizeOfNothing) {
+    ASSERT_EQ(mainWindow().windowHandle(), nullptr);
+    mainWindow().prepare();
+    EXPECT_EQ(mainWindow().windowHandle()->baseSize(), QSize(0, 0));
 }
 
 TEST_F(RealMessageBox, EscapeMeansNo) {
