@@ -1,5 +1,6 @@
 #include "windows/form.h"
 
+#include "components/controls/button_room.h"
 #include "components/controls/early_window.h"
 #include "components/controls/resting_palette.h"
 #include "email/shared_settings.h"
@@ -10,6 +11,7 @@
 #include <QEvent>
 #include <QFontMetrics>
 #include <QLabel>
+#include <QLayout>
 #include <QPainter>
 #include <QPushButton>
 #include <QScreen>
@@ -155,6 +157,13 @@ void Form::letReturnPressButtons() {
     for (QPushButton* button : findChildren<QPushButton*>()) {
         button->setAutoDefault(true);
     }
+}
+
+void Form::giveCaptionsRoom() {
+    for (QPushButton* button : findChildren<QPushButton*>()) {
+        controls::giveCaptionRoom(*button);
+    }
+    layout()->activate();
 }
 
 // Qt aligns a label by the direction of its own letters: Latin ones would stand at the wrong end of the

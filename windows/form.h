@@ -116,6 +116,8 @@ class Form : public QWidget {
 
     /** Return presses the button that has the keyboard, as Space does. */
     void letReturnPressButtons();
+    /** Captions of buttons keep away from their edges, with letters of any size. */
+    void giveCaptionsRoom();
     /** Labels begin at the right where the window reads from right to left. */
     void startLabelsWhereTheWindowStarts();
 

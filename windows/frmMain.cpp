@@ -1,5 +1,6 @@
 #include "windows/frmMain.h"
 
+#include "components/controls/button_room.h"
 #include "email/credentials.h"
 #include "windows/wiring.h"
 
@@ -98,7 +99,7 @@ void frmMain::layOut() {
     auto* buttons = new QHBoxLayout(Frame1);
     buttons->setContentsMargins(0, 0, 0, 0);
     for (QPushButton* button : mailButtons()) {
-        button->setMinimumWidth(button->sizeHint().width() + 2 * fontMetrics().averageCharWidth());
+        controls::giveCaptionRoom(*button);
         buttons->addWidget(button);
     }
     buttons->addStretch();

@@ -170,6 +170,7 @@ void standInTheMiddle(Form& window, const Form* opener) {
 
 void Form::showEvent(QShowEvent* event) {
     letReturnPressButtons();
+    giveCaptionsRoom();
     startLabelsWhereTheWindowStarts();
     QWidget::showEvent(event);
     // Some other program has only brought it back.

@@ -132,6 +132,15 @@ TEST_P(Looks, NoCaptionIsCutOff) {
     }
 }
 
+TEST_P(Looks, CaptionsOfButtonsKeepAwayFromTheEdges) {
+    for (const QPushButton* button : visible<QPushButton>()) {
+        const QFontMetrics metrics = button->fontMetrics();
+        const int caption = metrics.size(Qt::TextShowMnemonic, button->text()).width();
+        EXPECT_GE(button->width() - caption, 2 * metrics.averageCharWidth())
+            << button->objectName().toStdString();
+    }
+}
+
 TEST_P(Looks, TheWindowCanBecomeSmallEnoughForASmallLaptopAt200Percent) {
     // 1366 x 768 pixels, of which the desktop's own bars take some, seen at twice the size.
     EXPECT_LE(form().minimumSizeHint().width(), 660);
