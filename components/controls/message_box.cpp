@@ -1,5 +1,6 @@
 #include "components/controls/message_box.h"
 
+#include "components/controls/button_room.h"
 #include "components/controls/early_window.h"
 #include "components/controls/error_meanings.h"
 #include "platform/nested_wait.h"
@@ -8,7 +9,9 @@
 #include <QApplication>
 #include <QGridLayout>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScreen>
+#include <QStyle>
 #include <QWindow>
 
 #include <algorithm>
@@ -77,16 +80,43 @@ void standAbove(QMessageBox& box, const QWidget* window) {
     box.move(place.topLeft());
 }
 
-/** Keeps the box as wide as its title, which a window manager shows in bold, between its buttons. */
-void makeRoomForTitle(QMessageBox& dialog) {
+/** What the title takes, which a window manager shows in bold, between its buttons. */
+int widthOfTitle(const QString& title) {
     QFont bold = QApplication::font();
     bold.setBold(true);
     const QFontMetrics metrics(bold);
     constexpr int buttonsOfAFrame = 8; // with their margins and an icon, in lines
-    const int wanted = metrics.horizontalAdvance(dialog.windowTitle()) + buttonsOfAFrame * metrics.height();
+    return metrics.horizontalAdvance(title) + buttonsOfAFrame * metrics.height();
+}
+
+/** What the text takes, with as much room on both sides of it. A long line is broken, a usual path is not. */
+int widthOfText(const QMessageBox& dialog) {
+    constexpr int lettersOfALine = 70;
+    constexpr int roomOnASide = 21; // which Qt leaves in front of it
+    const QFontMetrics metrics = dialog.fontMetrics();
+    const int icon = dialog.icon() == QMessageBox::NoIcon
+                         ? 0
+                         : dialog.style()->pixelMetric(QStyle::PM_MessageBoxIconSize, nullptr, &dialog);
+    const int text = metrics.size(0, dialog.text()).width();
+    return icon + std::min(text, lettersOfALine * metrics.averageCharWidth()) + 2 * roomOnASide;
+}
+
+/** Keeps the box as wide as what is read in it, in letters of any size. */
+void makeRoom(QMessageBox& dialog) {
+    const int wanted = std::max(widthOfTitle(dialog.windowTitle()), widthOfText(dialog));
     const int most = dialog.screen()->availableSize().width() * 9 / 10;
     auto* const grid = qobject_cast<QGridLayout*>(dialog.layout());
     grid->addItem(new QSpacerItem(std::min(wanted, most), 0), grid->rowCount(), 0, 1, grid->columnCount());
+}
+
+/** The looks of the program's windows, whose buttons have no pictures. */
+void matchTheWindows(QMessageBox& dialog) {
+    for (QAbstractButton* button : dialog.buttons()) {
+        button->setIcon(QIcon());
+        if (auto* const push = qobject_cast<QPushButton*>(button)) {
+            giveCaptionRoom(*push);
+        }
+    }
 }
 } // namespace
 
@@ -105,7 +135,8 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     dialog.setText(QApplication::isRightToLeft() ? platform::inItsOwnOrder(box.text) : box.text);
     dialog.setWindowTitle(box.title);
     dialog.setStandardButtons(yesNo ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
-    makeRoomForTitle(dialog);
+    matchTheWindows(dialog);
+    makeRoom(dialog);
     if (yesNo) {
         dialog.setDefaultButton(buttonFor(box.defaultAnswer));
         dialog.setEscapeButton(buttonFor(box.closingAnswer));

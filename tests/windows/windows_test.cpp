@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QFontMetrics>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -121,6 +122,11 @@ struct BoxSeen {
     QMessageBox::StandardButtons buttons;
     QRect place;
     int width = 0;
+    /** The lines that the text takes, and the room between it and both edges. */
+    int lines = 0;
+    int roomAtLeft = 0;
+    int roomAtRight = 0;
+    bool hasPictures = false;
 };
 
 class RealMessageBox : public Windows {
@@ -137,11 +143,29 @@ class RealMessageBox : public Windows {
             [&] {
                 auto* real = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
                 ASSERT_NE(real, nullptr);
-                seen = {real->windowTitle(),     real->text(),          real->icon(),
-                        real->standardButtons(), real->frameGeometry(), real->width()};
+                look(*real);
                 QTest::keyClick(real, key, held);
             });
         return controls::showMessageBox(box);
+    }
+
+    void look(const QMessageBox& real) {
+        seen = {.title = real.windowTitle(),
+                .text = real.text(),
+                .icon = real.icon(),
+                .buttons = real.standardButtons(),
+                .place = real.frameGeometry(),
+                .width = real.width()};
+        const auto* label = real.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+        ASSERT_NE(label, nullptr);
+        const QFontMetrics metrics = label->fontMetrics();
+        const QRect text = metrics.boundingRect(label->geometry(), Qt::TextWordWrap, label->text());
+        seen.lines = text.height() / metrics.lineSpacing();
+        seen.roomAtLeft = text.left();
+        seen.roomAtRight = real.width() - text.right();
+        for (const QAbstractButton* button : real.buttons()) {
+            seen.hasPictures = seen.hasPictures || !button->icon().isNull();
+        }
     }
 
     BoxSeen seen;
@@ -171,6 +195,36 @@ TEST_F(RealMessageBox, ALongTitleIsNotCutByItsFrame) {
           controls::MessageButtons::Ok},
          Qt::Key_Return);
     EXPECT_LE(seen.width, QApplication::primaryScreen()->availableSize().width());
+}
+
+TEST_F(RealMessageBox, AQuestionStandsOnOneLineWithRoomOnBothSidesInLettersOfAnySize) {
+    const QFont usual = QApplication::font();
+    for (const double enlarged : {1.0, 2.0}) {
+        QFont font = usual;
+        font.setPointSizeF(usual.pointSizeF() * enlarged);
+        QApplication::setFont(font);
+        show({QStringLiteral("Attachment has been saved to: C:\\letters\\lake.png"), QStringLiteral("Title"),
+              controls::MessageIcon::None, controls::MessageButtons::Ok},
+             Qt::Key_Return);
+        EXPECT_EQ(seen.lines, 1) << enlarged;
+        EXPECT_NEAR(seen.roomAtLeft, seen.roomAtRight, seen.roomAtLeft / 2) << enlarged;
+        EXPECT_TRUE(loginWindow().screen()->availableGeometry().contains(seen.place)) << enlarged;
+    }
+    QApplication::setFont(usual);
+}
+
+TEST_F(RealMessageBox, ALongTextIsBroken) {
+    show({QStringLiteral("word ").repeated(100), QStringLiteral("Title"), controls::MessageIcon::None,
+          controls::MessageButtons::Ok},
+         Qt::Key_Return);
+    EXPECT_GT(seen.lines, 3);
+}
+
+TEST_F(RealMessageBox, ItsButtonsAreBareLikeThoseOfTheWindows) {
+    show({QStringLiteral("Sure?"), QStringLiteral("Title"), controls::MessageIcon::None,
+          controls::MessageButtons::YesNo},
+         Qt::Key_Escape);
+    EXPECT_FALSE(seen.hasPictures);
 }
 
 // On a screen of scale 2 a window manager makes a huge window of a base size of less than nothing.
