@@ -4,6 +4,7 @@
 #include "components/controls/early_window.h"
 #include "components/controls/resting_palette.h"
 #include "email/shared_settings.h"
+#include "platform/reading_order.h"
 
 #include <QAccessible>
 #include <QAccessibleWidget>
@@ -167,15 +168,24 @@ void Form::giveCaptionsRoom() {
 }
 
 // Qt aligns a label by the direction of its own letters: Latin ones would stand at the wrong end of the
-// window.
-void Form::startLabelsWhereTheWindowStarts() {
-    if (!isRightToLeft()) {
-        return;
-    }
+// window, or away from their fields.
+void Form::mirrorLabels() {
     for (QLabel* label : findChildren<QLabel*>()) {
-        const Qt::Alignment vertical = label->alignment() & Qt::AlignVertical_Mask;
-        if (label->alignment().testFlag(Qt::AlignLeft)) {
-            label->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | vertical);
+        const Qt::Alignment before = label->alignment();
+        const bool mirrored = before.testFlag(Qt::AlignAbsolute);
+        if (!isRightToLeft() || mirrored || (before & (Qt::AlignLeft | Qt::AlignRight)) == 0) {
+            continue;
+        }
+        const auto side = before.testFlag(Qt::AlignLeft) ? Qt::AlignRight : Qt::AlignLeft;
+        label->setAlignment(side | Qt::AlignAbsolute | (before & Qt::AlignVertical_Mask));
+    }
+}
+
+// The dots of "Attach..." would go before it.
+void Form::keepCaptionsInTheirOrder() {
+    for (QPushButton* button : findChildren<QPushButton*>()) {
+        if (isRightToLeft() && button->text().endsWith(u'.')) {
+            button->setText(platform::inItsOwnOrder(button->text()));
         }
     }
 }

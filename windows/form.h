@@ -118,8 +118,10 @@ class Form : public QWidget {
     void letReturnPressButtons();
     /** Captions of buttons keep away from their edges, with letters of any size. */
     void giveCaptionsRoom();
-    /** Labels begin at the right where the window reads from right to left. */
-    void startLabelsWhereTheWindowStarts();
+    /** Where the window reads from right to left, labels stand as in a mirror. */
+    void mirrorLabels();
+    /** And captions read there as they are written. */
+    void keepCaptionsInTheirOrder();
 
     KeptFocus keptFocus_{*this};
     QPointer<Form> opener_;

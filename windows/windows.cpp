@@ -171,7 +171,8 @@ void standInTheMiddle(Form& window, const Form* opener) {
 void Form::showEvent(QShowEvent* event) {
     letReturnPressButtons();
     giveCaptionsRoom();
-    startLabelsWhereTheWindowStarts();
+    mirrorLabels();
+    keepCaptionsInTheirOrder();
     QWidget::showEvent(event);
     // Some other program has only brought it back.
     if (event->spontaneous()) {

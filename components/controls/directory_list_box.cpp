@@ -1,6 +1,7 @@
 #include "components/controls/directory_list_box.h"
 
 #include "components/controls/folder_list.h"
+#include "platform/reading_order.h"
 
 #include <QKeyEvent>
 #include <QStyle>
@@ -11,7 +12,7 @@
 namespace controls {
 
 namespace {
-/** Moves each row to the right by its level. */
+/** Moves each row away from its start by its level. */
 class RowPainter : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -26,6 +27,15 @@ class RowPainter : public QStyledItemDelegate {
         moved.rect.adjust(option.direction == Qt::LeftToRight ? step : 0, 0,
                           option.direction == Qt::LeftToRight ? 0 : -step, 0);
         QStyledItemDelegate::paint(painter, moved, index);
+    }
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        if (option->direction == Qt::RightToLeft) {
+            // Or the backslash of "C:\" would go before it.
+            option->text = platform::inItsOwnOrder(option->text);
+        }
     }
 };
 } // namespace

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QGridLayout>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QScreen>
@@ -109,13 +110,18 @@ void makeRoom(QMessageBox& dialog) {
     grid->addItem(new QSpacerItem(std::min(wanted, most), 0), grid->rowCount(), 0, 1, grid->columnCount());
 }
 
-/** The looks of the program's windows, whose buttons have no pictures. */
+/** The looks of the program's windows: no pictures on buttons, and texts that begin where the window does. */
 void matchTheWindows(QMessageBox& dialog) {
     for (QAbstractButton* button : dialog.buttons()) {
         button->setIcon(QIcon());
         if (auto* const push = qobject_cast<QPushButton*>(button)) {
             giveCaptionRoom(*push);
         }
+    }
+    auto* const text = dialog.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    if (text != nullptr && dialog.isRightToLeft()) {
+        // Qt aligns by the direction of the letters.
+        text->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | Qt::AlignVCenter);
     }
 }
 } // namespace

@@ -1,15 +1,19 @@
 // Where windows read from right to left, addresses and sizes still read as they are written.
 
+#include "components/controls/directory_list_box.h"
 #include "components/controls/message_box.h"
 #include "components/controls/msflexgrid.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
+#include "windows/frmSend.h"
+#include "windows/frmSetup.h"
 
 #include <QApplication>
 #include <QImage>
 #include <QLabel>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTest>
 
 using MSFlexGridLib::MSFlexGrid;
@@ -63,6 +67,72 @@ TEST_F(RightToLeft, TheFootLineStandsAtTheRight) {
         --last;
     }
     EXPECT_GT(last, picture.width() - 10);
+}
+
+TEST_F(RightToLeft, CaptionsStandBesideTheirFields) {
+    writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
+    startUp();
+    frmSetup& window = setupWindow();
+    window.bringUp();
+    for (const QLabel* caption : window.findChildren<QLabel*>()) {
+        if (caption->buddy() != nullptr) {
+            EXPECT_TRUE(caption->alignment().testFlags(Qt::AlignLeft | Qt::AlignAbsolute))
+                << caption->text().toStdString();
+        }
+    }
+}
+
+TEST_F(RightToLeft, TheDotsBehindACaptionStayBehindIt) {
+    writeSettings(support::schoolSettings(QStringLiteral("pop.example.org")));
+    startUp();
+    composeWindow().bringUp();
+    QPushButton* const button = composeWindow().cmdAttach;
+    EXPECT_EQ(button->text(), QStringLiteral("\u2068&Attach...\u2069"));
+    const QImage shown = button->grab().toImage();
+    button->setText(QStringLiteral("\u202A&Attach...\u202C"));
+    EXPECT_EQ(button->grab().toImage(), shown);
+    button->setText(QStringLiteral("&Attach..."));
+    EXPECT_NE(button->grab().toImage(), shown);
+    // Shown a second time, it has no second marks.
+    composeWindow().hide();
+    composeWindow().show();
+    composeWindow().hide();
+    composeWindow().show();
+    EXPECT_EQ(button->text(), QStringLiteral("\u2068&Attach...\u2069"));
+}
+
+namespace {
+/** Where the first folder's name, of a path's form, ends below the line of its letters: its backslash's foot.
+ */
+double footOfTheBackslash(Qt::LayoutDirection direction) {
+    controls::DirectoryListBox list;
+    list.setLayoutDirection(direction);
+    list.resize(300, 100);
+    list.setPath(QStringLiteral("C:\\"));
+    QRect row = list.visualRect(list.model()->index(0, 0));
+    const int picture = list.iconSize().width() + 5; // with the room around it
+    row.adjust(direction == Qt::LeftToRight ? picture : 1, 1, direction == Qt::LeftToRight ? -1 : -picture,
+               -1);
+    const QImage name = list.viewport()->grab(row).toImage();
+    const QColor ground = name.pixelColor(name.width() / 2, name.height() / 2);
+    QRect ink;
+    int foot = 0;
+    for (int y = 0; y < name.height(); ++y) {
+        for (int x = 0; x < name.width(); ++x) {
+            if (name.pixelColor(x, y) != ground) {
+                ink |= QRect(x, y, 1, 1);
+                foot = x;
+            }
+        }
+    }
+    EXPECT_GT(ink.width(), 3);
+    return static_cast<double>(foot - ink.left()) / ink.width();
+}
+} // namespace
+
+TEST_F(RightToLeft, AFoldersBackslashStaysBehindIt) {
+    EXPECT_GT(footOfTheBackslash(Qt::LeftToRight), 0.7);
+    EXPECT_GT(footOfTheBackslash(Qt::RightToLeft), 0.7);
 }
 
 TEST_F(RightToLeft, ABoxShowsEachLineInItsOwnOrderAndIsAskedWithNoMarks) {
