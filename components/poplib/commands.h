@@ -14,7 +14,7 @@ enum class CommandKind { User, Pass, Auth, AuthResponse, Stat, List, Uidl, Top, 
 /** One POP3 command (RFC 1939). */
 struct Command : protocol::CommandText {
     CommandKind kind = CommandKind::Quit;
-    /** The message that the command is about; 0 for the others. */
+    /** The number of the message that the command names; 0 for a command that names none. */
     std::int32_t messageNumber = 0;
     /** TOP and RETR: body lines to report at the most; 0 means all. */
     std::int32_t bodyLineLimit = 0;
@@ -31,10 +31,12 @@ bool canBeSentAsArgument(std::string_view argument) noexcept;
 
 Command userCommand(std::string_view name);
 Command passCommand(std::string_view password);
-/** AUTH with the mechanism's name and, where it has one, its initial response in base64 (RFC 5034 section 4).
+/**
+ * AUTH with the mechanism's name and its initial response in base64, which is empty for a mechanism without
+ * one (RFC 5034 section 4).
  */
 Command authCommand(std::string_view mechanism, std::string_view initialResponse);
-/** What is said to a challenge of AUTH, in base64; "*" gives the log-on up. */
+/** The response to a challenge of AUTH, in base64; "*" cancels the log-on (RFC 5034 section 4). */
 Command authResponseCommand(std::string_view response);
 Command statCommand();
 Command listCommand(std::int32_t messageNumber);

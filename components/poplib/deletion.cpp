@@ -1,4 +1,4 @@
-// The deletions of the POP3 client, and how it knows a message again.
+// How the POP3 client deletes, and how it checks that a number still names the message that was listed.
 
 #include "components/poplib/listed_mailbox.h"
 #include "components/poplib/message_digest.h"
@@ -13,7 +13,7 @@ namespace poplib {
 using platform::RuntimeError;
 namespace errors = platform::errors;
 
-/** Once for all messages that this session has listed: numbers keep their meaning during a session. */
+/** Asks once for all messages that this session has listed: numbers keep their meaning during a session. */
 void ListedMailbox::rememberUniqueIds(Exchange& exchange) {
     if (listed_.empty()) {
         return;
@@ -35,14 +35,14 @@ void ListedMailbox::deleteMessage(Exchange& exchange, std::int32_t messageNumber
 }
 
 /**
- * In doubt nothing is deleted: all messages that are like this one must still be where they were. A unique-id
- * that differs proves that a number names another message; one that agrees proves nothing, since servers
- * count, repeat and reuse them.
+ * When in doubt, raises an error, so that nothing is deleted: all messages identical to this one must still
+ * have their numbers. A unique-id that differs proves that a number names another message. One that agrees
+ * proves nothing, since servers make ids by counting, repeat them and reuse them.
  */
 void ListedMailbox::mustStillBeTheListedMessage(Exchange& exchange, std::int32_t number,
                                                 const Limits& limits) const {
     const MessageIdentity* const listed = identities_.of(number);
-    // Of a message that the server could not give, size and id are all there is.
+    // When the server did not give the message's lines, only size and unique-id identify it.
     if (listed == nullptr || (listed->digest.empty() && !identities_.uniqueIdTells(number))) {
         throw RuntimeError(errors::AnotherMessage);
     }
@@ -53,7 +53,8 @@ void ListedMailbox::mustStillBeTheListedMessage(Exchange& exchange, std::int32_t
     const auto ids = haveIds ? askUniqueIds(exchange, {alike.begin(), alike.end()}) : std::nullopt;
     for (const std::int32_t same : alike) {
         const MessageIdentity& identity = *identities_.of(same);
-        // A server that has no ids any more leaves the rest to compare, where there is a rest.
+        // When the server no longer answers UIDL, size and lines must be enough, so there must be a digest of
+        // lines.
         const bool idStays =
             !ids ? !identity.digest.empty()
                  : identity.uniqueId.empty() || (ids->contains(same) && ids->at(same) == identity.uniqueId);
@@ -63,7 +64,7 @@ void ListedMailbox::mustStillBeTheListedMessage(Exchange& exchange, std::int32_t
     }
 }
 
-/** Whether the number's size, header and first lines are still the same. */
+/** Whether the message under this number still has the same size, header and first lines. */
 bool ListedMailbox::stillNames(Exchange& exchange, std::int32_t number, const MessageIdentity& identity,
                                const Limits& limits) const {
     const auto size = ask(exchange, listCommand(number));
@@ -76,7 +77,7 @@ bool ListedMailbox::stillNames(Exchange& exchange, std::int32_t number, const Me
     const bool given = readResponse(exchange, topCommand(number, listedBodyLines_), add) ||
                        (numbers.second <= limits.wholeMessageBytes &&
                         readResponse(exchange, retrCommand(number, listedBodyLines_), add));
-    // What could not be given then must not be given now.
+    // A message that had no lines when it was listed must have none now.
     return (given ? digest.result() : std::string()) == identity.digest;
 }
 

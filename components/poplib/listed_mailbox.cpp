@@ -31,7 +31,7 @@ std::optional<std::int32_t> ListedMailbox::size(Exchange& exchange, std::int32_t
 
 void ListedMailbox::list(Exchange& exchange, std::int32_t messageNumber, std::int32_t bodyLines,
                          const Limits& limits, const TakeLine& take) {
-    // For its row in the list no very large message is fetched whole.
+    // A very large message is not fetched whole just to fill its row in the list.
     const bool tooLarge =
         numberAndSize_.first == messageNumber && numberAndSize_.second > limits.wholeMessageBytes;
     // TOP is optional (RFC 1939 section 7).
@@ -40,12 +40,11 @@ void ListedMailbox::list(Exchange& exchange, std::int32_t messageNumber, std::in
     }
 }
 
-/** Hands the lines of a TOP or RETR response over, and remembers what the number names; false when refused.
- */
+/** Hands over the lines of a TOP or RETR response and remembers the message; false when it is refused. */
 bool ListedMailbox::listFrom(Exchange& exchange, Command command, const TakeLine& take) {
     const std::int32_t number = command.messageNumber;
     if (number == 1) {
-        // The whole mailbox is listed anew.
+        // A new listing of the whole mailbox begins with message 1.
         identities_ = {};
         allowance_ = {};
     }
@@ -66,8 +65,9 @@ bool ListedMailbox::listFrom(Exchange& exchange, Command command, const TakeLine
 }
 
 /**
- * Hands the lines of an accepted response over, to its end, and returns their digest. When memory fails on
- * the way, the rest is only read, for the sake of the messages behind this one, and the digest is empty.
+ * Hands over the lines of an accepted response up to its end, and returns their digest. When memory runs out
+ * on the way, the remaining lines are read and dropped, so that the next messages can still be listed, and
+ * the digest is empty.
  */
 std::string ListedMailbox::readLines(Exchange& exchange, const TakeLine& take) {
     MessageDigest digest;

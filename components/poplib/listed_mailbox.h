@@ -13,20 +13,20 @@
 
 namespace poplib {
 
-/** How much the component takes. Tests shorten it. */
+/** How much the component accepts from a server. Tests lower these limits. */
 struct Limits {
-    /** Bytes of one response while listing, most of which are only counted. */
+    /** Largest response while listing, in bytes. Most of them are only counted, not kept. */
     std::int64_t listingBytes = Pop3Session::kMaximumListingBytes;
-    /** Bytes of a message that is fetched whole for a listing, where the server does not know TOP. */
+    /** Largest message, in bytes, that a listing fetches whole when the server does not know TOP. */
     std::int32_t wholeMessageBytes = 64 << 20;
 };
 
 /**
- * The mailbox as it was listed, over all sessions of a run: what every number named, to know it again before
- * anything is deleted. Its plans ask for sizes and first lines, delete, and end a session.
+ * The mailbox as it was listed, over all sessions of a run. It remembers which message each number named, and
+ * compares before it deletes one. Its plans ask for sizes and first lines, delete, and end a session.
  *
- * Numbers are given anew in every session, and other programs delete too. Nothing is deleted by a number that
- * may name another message by now; see deleteMessage().
+ * The server numbers the messages anew in every session, and other programs delete too. A message is not
+ * deleted when its number may name another one by now; see deleteMessage().
  *
  * All plans raise whatever the exchange raises.
  */
@@ -35,26 +35,29 @@ class ListedMailbox {
     /** Takes a header or body line of a message. */
     using TakeLine = std::function<void(const Event& line)>;
 
-    /** The size of a message in bytes, nothing when the server refuses to tell. It is remembered for list().
+    /**
+     * The size of a message in bytes; nothing when the server refuses LIST. list() uses it again. Raises what
+     * askSize() raises.
      */
     std::optional<std::int32_t> size(Exchange& exchange, std::int32_t messageNumber);
 
     /**
      * Hands over the header and the first body lines, from TOP or, where the server does not know it, from
-     * RETR, within the allowance of the whole listing. Without memory for one message the rest of its lines
-     * is left out; see lastMessageFitted(). A message that the server does not give, or that is too large to
+     * RETR, within the allowance of the whole listing. When memory runs out for one message, the rest of its
+     * lines is left out; see lastMessageFitted(). A message that the server refuses, or that is too large to
      * be fetched whole, has no lines.
      */
     void list(Exchange& exchange, std::int32_t messageNumber, std::int32_t bodyLines, const Limits& limits,
               const TakeLine& take);
 
-    /** False when memory has failed for the message that was listed last: not all of it was handed over. */
+    /** False when memory ran out for the message listed last: some of its lines were not handed over. */
     bool lastMessageFitted() const noexcept { return lastMessageFitted_; }
 
     /**
-     * Marks the message as deleted, when the number still names what was listed: size, header, first lines
-     * and, where there are some, the unique-id agree, for this message and for all that are like it. \throws
-     * RuntimeError 20312 when that cannot be told for certain, 20332 when the server refuses.
+     * Marks the message as deleted (DELE), provided that the number still names the message that was listed:
+     * size, header, first lines and, where the server has them, unique-ids must agree, for this message and
+     * for all identical ones.
+     * \throws RuntimeError 20312 when that is not certain, 20332 when the server refuses DELE.
      */
     void deleteMessage(Exchange& exchange, std::int32_t messageNumber, const Limits& limits);
 
@@ -62,15 +65,15 @@ class ListedMailbox {
     bool hasDeletions() const noexcept { return !deleted_.empty(); }
 
     /**
-     * Asks for the unique-ids of what this session has listed, and says QUIT.
-     * \throws RuntimeError 20302 when the server refuses QUIT: what it was to remove is still there (RFC 1939
-     * section 6).
+     * Asks for the unique-ids of the messages that this session has listed, and sends QUIT.
+     * \throws RuntimeError 20302 when the server refuses QUIT although messages are marked as deleted: some
+     * or all of them are then still there (RFC 1939 section 6).
      */
     void quit(Exchange& exchange);
 
     /**
-     * The session is over. Numbers move up for the deletions that a QUIT has confirmed; others are still
-     * there.
+     * Forgets what belongs to the session. Numbers move up for deletions that the reply to QUIT has
+     * confirmed; without a confirmation they stay as they are.
      */
     void endSession();
 
@@ -86,17 +89,17 @@ class ListedMailbox {
 
     MessageIdentities identities_;
     ListingAllowance allowance_;
-    /** Of the last listing; a deletion compares as many. */
+    /** Body lines that the last listing asked for; a deletion compares as many. */
     std::int32_t listedBodyLines_ = 0;
     bool lastMessageFitted_ = true;
 
-    // What follows concerns one session.
+    // The members below belong to one session.
 
-    /** The size that LIST told last, and of which message. */
+    /** The message that size() asked about last, and its size in bytes. */
     std::pair<std::int32_t, std::int32_t> numberAndSize_{0, 0};
-    /** Messages that were listed. */
+    /** Numbers of the messages that were listed. */
     std::set<std::int32_t> listed_;
-    /** Messages that the server will remove at the QUIT. */
+    /** Numbers of the messages that the server will remove at the QUIT. */
     std::set<std::int32_t> deleted_;
     bool quitConfirmed_ = false;
 };

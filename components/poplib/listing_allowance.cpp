@@ -7,7 +7,7 @@
 namespace poplib {
 
 namespace {
-/** What keeping a line takes beside its text. */
+/** Bytes that keeping a line costs in addition to its text. */
 constexpr std::size_t kBytesBesideTheText = 4;
 
 bool mayHoldParameters(const HeaderLine& line) {
@@ -15,8 +15,8 @@ bool mayHoldParameters(const HeaderLine& line) {
 }
 
 /**
- * Takes away the parameter that the cut has gone through: half a quoted text would look like a mistake of the
- * sender's.
+ * Removes the parameter that the cut has gone through: half a quoted string would look like the sender's
+ * mistake.
  */
 void removeLastParameter(HeaderLine& line) {
     const std::size_t semicolon = line.value.rfind(';');

@@ -7,26 +7,26 @@
 namespace poplib {
 
 /**
- * How much of the messages' lines a listing hands over, so that no mailbox, whatever is in it, takes more
- * than some megabytes. A list needs the first lines of a header only, and opening a message fetches it anew,
- * so nothing that is cut here is lost.
+ * How many bytes of the messages' lines a listing hands over. The limit keeps any mailbox, whatever it holds,
+ * within some megabytes of memory. A list needs only the first lines of a header, and opening a message
+ * fetches it anew, so nothing that is cut here is lost.
  *
- * Every header has an allowance of its own, of which no line uses up more than a part; what goes beyond it,
- * and all body lines, draw on what all messages share. One message of any size thus leaves enough for the
+ * Every header has an allowance of its own, of which one line may use only a part. The rest of a header, and
+ * all body lines, draw on amounts that all messages share. One message of any size thus leaves enough for the
  * rows of all others.
  */
 class ListingAllowance {
   public:
-    /** Bytes of header lines, over all messages, beyond their own. */
+    /** Bytes of header lines beyond each header's own allowance, shared by all messages. */
     static constexpr std::size_t kSharedHeaderBytes = 3U << 20U;
-    /** Bytes of each header that need nothing of the shared ones. */
+    /** Bytes of each header's own allowance. */
     static constexpr std::size_t kHeaderBytes = 16U << 10U;
-    /** Of these, bytes that one line may use. */
+    /** Bytes of its header's own allowance that one line may use. */
     static constexpr std::size_t kHeaderLineBytes = 4U << 10U;
-    /** Bytes of body lines, over all messages. */
+    /** Bytes of body lines, shared by all messages. */
     static constexpr std::size_t kBodyBytes = 6U << 20U;
 
-    /** The lines that follow are another message's. */
+    /** Begins another message, with a new allowance for its header. */
     void beginMessage() noexcept { ownHeaderBytes_ = kHeaderBytes; }
 
     /** Cuts the line to what is left for it; false when that is nothing. */

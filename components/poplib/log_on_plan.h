@@ -15,16 +15,16 @@ struct MailboxTotals {
     std::int32_t bytes = 0;
 };
 
-/** The server refused the name or the password. The session is in step, and waits for QUIT. */
+/** The server refused the name or the password. The session is still in step, and QUIT can follow. */
 struct LogOnRefused {
-    /** What stands behind -ERR. */
+    /** What stands after "-ERR", without the space between. */
     std::string text;
 };
 
 /**
  * Waits for the greeting, logs on with USER and PASS, and asks for the totals with STAT.
- * \throws RuntimeError 20302 when the totals are refused or are none, 6 when one does not fit, and whatever
- * the exchange raises.
+ * \throws RuntimeError 20302 when the server refuses STAT or its reply holds no totals, 6 when a total does
+ * not fit its type, and whatever the exchange raises.
  */
 std::variant<MailboxTotals, LogOnRefused> logOn(Exchange& exchange, std::string_view user,
                                                 std::string_view password);

@@ -10,8 +10,8 @@
 namespace poplib {
 
 /**
- * A digest of a message's header and first body lines, in the order in which they come. Nobody who writes
- * messages can make two of one digest; that is also why it is no checksum.
+ * A digest of a message's header and first body lines, in the order in which they come. It is a cryptographic
+ * hash, not a checksum: a sender must not be able to make two messages with the same digest.
  */
 class MessageDigest {
   public:
@@ -25,7 +25,9 @@ class MessageDigest {
 
     void digestGathered();
 
-    /** Lines that are not in the hash yet: it takes a few long texts faster than many short ones. */
+    /**
+     * Lines that are not in the hash yet. Hashing a few long texts is faster than hashing many short ones.
+     */
     std::string gathered_;
     QCryptographicHash hash_{QCryptographicHash::Blake2b_256};
     bool inBody_ = false;

@@ -8,24 +8,24 @@
 
 namespace poplib {
 
-/** What is known of a message, to know it again when its number may name another one. */
+/** What identifies a message when its number may name another one. */
 struct MessageIdentity {
-    /** Bytes, as the server told them; nothing when it did not. */
+    /** Bytes, from the reply to LIST; nothing when there was none. */
     std::optional<std::int32_t> size;
-    /** Of the header and the first body lines, see MessageDigest; empty when the server did not give them. */
+    /** MessageDigest of the header and the first body lines; empty when these did not come completely. */
     std::string digest;
-    /** The server's unique-id (RFC 1939 section 7); empty when it offers none. */
+    /** The server's unique-id (RFC 1939 section 7); empty when none is known. */
     std::string uniqueId;
 };
 
-/** What the numbers of the messages named when they were listed, and what they name since. */
+/** Which message each number named when it was listed, kept up to date with the client's own deletions. */
 class MessageIdentities {
   public:
     void remember(std::int32_t number, MessageIdentity identity);
 
     /**
-     * Adds the unique-id to what is remembered; nothing for a number that is not. An id that is just the
-     * number says nothing, and would go wrong with the first deletion; it is as good as none.
+     * Adds the unique-id to a remembered message; does nothing for other numbers. An id that is just the
+     * message number is ignored: it identifies nothing, and would be wrong after the first deletion.
      */
     void setUniqueId(std::int32_t number, std::string_view uniqueId);
 
@@ -33,15 +33,17 @@ class MessageIdentities {
     const MessageIdentity* of(std::int32_t number) const;
 
     /**
-     * The numbers of all messages of the same size and digest, the message itself included. Unique-ids do not
-     * tell them apart: the server may have given a freed id to another message since.
+     * The numbers of all messages of the same size and digest, the message itself included. Unique-ids are
+     * not compared: since the listing the server may have given the id of a deleted message to another one.
      */
     std::vector<std::int32_t> alike(std::int32_t number) const;
 
     /** Whether the unique-id is known, and no other message has the same one. */
     bool uniqueIdTells(std::int32_t number) const;
 
-    /** The message is gone; those behind it have moved up by one. */
+    /**
+     * Forgets the message, which has been deleted; the number of each later message becomes smaller by one.
+     */
     void remove(std::int32_t number);
 
   private:

@@ -29,13 +29,14 @@ void POP::asRequest(const Action& action) {
                     throw;
                 }
             }
-            // What had come by then may have been enough for the request, but the connection is closed.
+            // The request may have succeeded with bytes that came earlier, but giveUp() has closed the
+            // connection.
             if (givenUp_) {
                 throw RuntimeError(errors::GivenUp);
             }
         },
         [this] {
-            // A reply may be half read, so nothing further can be asked. A refused log-on is in step.
+            // A reply may be half read, so the session cannot go on. After a refused log-on it can.
             if (!logOnRefused_ || givenUp_) {
                 closeSession();
             }
@@ -45,14 +46,14 @@ void POP::asRequest(const Action& action) {
 void POP::issueRequest(Request request) {
     switch (request) {
     case Request::ConnectAndLogOn:
-        // A refused log-on keeps the session until its log-off, also when the server has hung up meanwhile.
+        // A refused log-on keeps the session until the log-off, even when the server has hung up meanwhile.
         if (logOnRefused_ || connection_.isOpen()) {
             throw RuntimeError(errors::MailServerBusy);
         }
         asRequest([this] { logOn(); });
         break;
     case Request::LogOffAndDisconnect:
-        // A session that is busy belongs to the request further down the stack, which goes on with it.
+        // A request that runs further down the stack still needs the session.
         if (!requests_.isRunning() && (logOnRefused_ || connection_.isOpen())) {
             asRequest([this] { logOff(); });
         }
@@ -74,7 +75,7 @@ void POP::giveUp() {
 }
 
 void POP::leave() noexcept {
-    // After any error the session is closed, so nothing is left to be done about one.
+    // An error has closed the session already, so there is nothing left to do about it.
     static_cast<void>(platform::errorNumberOf([this] { issueRequest(Request::LogOffAndDisconnect); }));
 }
 
@@ -94,7 +95,7 @@ void POP::logOn() {
     if (!server) {
         throw RuntimeError(errors::HostNotFound);
     }
-    // Whoever runs while this waits may set another name for a log-on of its own.
+    // Other handlers run while this one waits, and may set another name for a log-on of their own.
     const std::string user = loginUser_;
     const std::string password = loginPassword_;
     session_ = Pop3Session(limits_.listingBytes);
@@ -115,8 +116,8 @@ void POP::logOff() {
     if (listed_.hasDeletions()) {
         listed_.quit(*this);
     } else {
-        // A courtesy: the server may have hung up already, and nothing depends on its replies. Without
-        // unique-ids a deletion compares what it knows.
+        // Nothing depends on these replies, and the server may have hung up already. Without the unique-ids a
+        // later deletion compares sizes and lines only.
         waitNoLongerThan(timeouts_.quit);
         static_cast<void>(platform::errorNumberOf([this] { listed_.quit(*this); }));
     }
@@ -130,7 +131,7 @@ void POP::retrieve() {
         raise(event);
     };
     if (bodyLineLimit_ > 0) {
-        // A list has a row for every message, also for one without any events.
+        // A refused message is no error here: the list has a row for it all the same.
         listed_.list(*this, currentMessage_, bodyLineLimit_, limits_, take);
     } else if (!readResponse(*this, retrCommand(currentMessage_), takeWhole)) {
         throw RuntimeError(errors::MessageNotGiven);

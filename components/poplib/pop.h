@@ -27,12 +27,14 @@ enum class Request : std::uint8_t {
 
 using protocol::Direction;
 
-/** How long the component waits. Tests shorten it. */
+/** How long the component waits. Tests shorten these times. */
 struct Timeouts {
-    /** For the name, the connection, each answer, and every Pop3Session::kBytesOfProgress of a long answer.
+    /**
+     * For the name look-up and the connection together, for each response, and for every
+     * Pop3Session::kBytesOfProgress bytes of a long response.
      */
     std::chrono::milliseconds answer{60'000};
-    /** For the whole of a log-off on which nothing depends. */
+    /** For a whole log-off when no message is marked as deleted. */
     std::chrono::milliseconds quit{5'000};
 };
 
@@ -48,29 +50,27 @@ struct Timeouts {
  *     pop.issueRequest(Request::RetrieveCurrentMessage); // TOP or RETR; raises Header and Transfer
  *     pop.issueRequest(Request::LogOffAndDisconnect);    // QUIT
  *
- * A request blocks its caller, while the windows stay alive, and raises its events from the caller's own
- * frame: an error thrown by a listener reaches the caller of the request.
+ * A request blocks its caller, while the windows stay alive, and raises its events on the caller's stack: an
+ * error thrown by a listener reaches the caller of the request.
  *
- * A retrieval with a body line limit lists a message: its over-long lines are cut, its further lines only
- * counted, and of very large headers not everything is raised (ListingAllowance). When memory fails for one
- * message, its remaining events are left out, lastMessageFitted() says so, and the session goes on.
+ * A retrieval with a body line limit lists a message: over-long lines are cut, body lines beyond the limit
+ * are only counted, and of very large headers only a part is raised (ListingAllowance). When memory runs out
+ * for one message, its remaining events are left out, lastMessageFitted() says so, and the session goes on.
  *
- * A deletion is carried out only on a message that was listed before, by its size and its first lines, and
- * that the number still names: the client remembers what every number named, follows its own deletions, and
- * compares size, header, first lines and the unique-id where there is one. Nothing is deleted before the
- * log-off has been confirmed. Where nothing is to be deleted, nothing depends on the log-off, and it raises
- * no error.
+ * A message is deleted only when it was listed before, with its size and first lines, and when its number
+ * still names it. The client remembers which message each number named, follows its own deletions, and
+ * compares size, header, first lines and, where there is one, the unique-id. No deletion counts as done
+ * before the server has confirmed the log-off. A log-off without deletions raises no error.
  *
- * Every request can raise a RuntimeError:
- * 20102 when another request is running, for a log-on while a session is open, and when the server asks to
- * try again later; 20172 when the server refuses the name or the password, or these cannot be sent at all;
- * 26002, 25062, 25052 when the name is unknown, the connection refused, the network unreachable; 20302 for
- * silence, a lost connection and answers that are no POP3; 6 for a number that does not fit; 7 for a message
- * that is too large or has no end; 20312 for the deletion of a number that by now names another message;
- * 20332 for a deletion that the server refuses; 20352 for a request that is given up (giveUp); 20342 when
- * the server refuses a whole message (one that is listed is then without its lines). After any error but a
- * refused log-on the session is closed. A refused log-on stays open until the log-off, and meanwhile a
- * second log-on meets 20102.
+ * Every request can raise a RuntimeError: 20102 when another request is running, for a log-on while a session
+ * is open, and when the server asks to try again later; 20172 when the server refuses the name or the
+ * password, or these cannot be sent at all; 26002, 25062, 25052 when the name is unknown, the connection
+ * refused, the network unreachable; 20302 for a time-out, a lost connection and replies that are not POP3; 6
+ * for a number that does not fit; 7 for a message that is too large or has no end; 20312 for the deletion of
+ * a number that may name another message by now; 20332 for a deletion that the server refuses; 20352 for a
+ * request that is given up (giveUp); 20342 when the server refuses a whole message (one that is listed is
+ * then without its lines). After any error except a refused log-on the session is closed. After a refused
+ * log-on it stays open until the log-off, and until then a second log-on raises 20102.
  */
 class POP : private Exchange {
   public:
@@ -78,8 +78,7 @@ class POP : private Exchange {
 
     /** Raised for every header line; `field` is empty for a folded continuation line. */
     std::function<void(const std::string& field, const std::string& value)> Header;
-    /** Raised for every header line of a whole message, before Header: the line as it came, without its end.
-     */
+    /** Raised for every header line of a whole message, before Header: the line as received, without CRLF. */
     std::function<void(const std::string& line)> RawHeader;
     /** Raised for every body line, with the bytes of this message received so far. */
     std::function<void(std::int32_t bytesTransferred, const std::string& text)> Transfer;
@@ -97,22 +96,24 @@ class POP : private Exchange {
 
     void setTimeouts(Timeouts timeouts) { timeouts_ = timeouts; }
 
-    /** Counts from the next log-on. */
+    /** Limits::listingBytes applies from the next log-on, Limits::wholeMessageBytes at once. */
     void setLimits(Limits limits) { limits_ = limits; }
 
     void issueRequest(Request request);
 
-    /** Logs off, if need be, after a failure that is already told: what goes wrong meanwhile is not told too.
+    /**
+     * Logs off after a failure that has been reported, if a session is open. Errors of the log-off are
+     * dropped.
      */
     void leave() noexcept;
 
     /**
-     * Ends the request that waits for the server, further down the stack of whoever calls, with error 20352:
-     * the connection is closed at once. Does nothing when no request waits.
+     * Ends the request that waits for the server further down the caller's stack: the connection is closed at
+     * once, and the request raises 20352. Does nothing when no request runs.
      */
     void giveUp();
 
-    /** True while a request waits for the server, further down the stack of whoever asks. */
+    /** True while a request runs further down the caller's stack. */
     bool isRunning() const noexcept { return requests_.isRunning(); }
 
     /** Bytes of all messages, as the server reported them at log-on. */
@@ -125,17 +126,17 @@ class POP : private Exchange {
 
     /**
      * Asks the server for the size of the current message, in bytes (LIST n); nothing when the server refuses
-     * to tell. Blocks and raises as a request does.
+     * LIST. Blocks and raises as a request does.
      */
     std::optional<std::int32_t> currentMessageSize();
 
     /** Body lines that a retrieval fetches with the header; 0 means the whole message. */
     void setBodyLineLimit(std::int32_t lines) noexcept { bodyLineLimit_ = lines; }
 
-    /** False when memory has failed for the message that was listed last: not all of it was raised. */
+    /** False when memory ran out for the message listed last: some of its events were not raised. */
     bool lastMessageFitted() const noexcept { return listed_.lastMessageFitted(); }
 
-    /** Round trips to the server since the last log-on: times that commands were sent. */
+    /** Round trips to the server since the last log-on: how often commands were sent. */
     std::uint64_t roundTrips() const noexcept { return roundTrips_; }
 
   private:
@@ -172,10 +173,13 @@ class POP : private Exchange {
 
     transport::Connection connection_;
     Pop3Session session_;
-    /** When the server is given up; moved on by each command and by progress, but not for a log-off. */
+    /**
+     * When the wait for the server ends. Each command and each progress moves it on, but not in a log-off
+     * without deletions.
+     */
     QDeadlineTimer deadline_;
     bool deadlineIsFixed_ = false;
-    /** Pop3Session::progress() at the time when the deadline was set. */
+    /** Pop3Session::progress() when the deadline was last set. */
     std::uint64_t progress_ = 0;
     protocol::RequestGuard requests_;
     bool givenUp_ = false;

@@ -56,7 +56,7 @@ HeaderLine headerLine(std::string_view line) {
 } // namespace
 
 std::string Pop3Session::takeOutput() {
-    // An answer to nothing, whatever it is, must not be taken for the answer to the next command.
+    // A reply that no command had asked for must not be taken for the reply to the next command.
     const bool unasked = commands_.outstanding() == 0 && input_.size() > 0;
     // RFC 1939 section 4: the server speaks first.
     if (state_ == State::Greeting || state_ == State::Over || unasked) {
@@ -137,7 +137,10 @@ Event Pop3Session::accept(std::string_view text) {
     return Accepted{kind, std::string(text)};
 }
 
-/** Length of the line, or of what has come of it; there, a last CR may be half a line end. */
+/**
+ * Bytes of the line, or of the part of it that has come. A CR that ends the part may belong to the line end
+ * and does not count.
+ */
 std::size_t Pop3Session::lineBytes(const std::optional<std::string_view>& line) const noexcept {
     const std::size_t kept = line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
     return kept + input_.droppedBytes();
@@ -153,7 +156,10 @@ bool Pop3Session::isTooLarge(std::size_t lineBytes) const noexcept {
     return responseBytes_ + static_cast<std::int64_t>(lineBytes) > limit;
 }
 
-/** What is to be kept of the next line. Of one that is only counted, its first byte tells what it is. */
+/**
+ * How many bytes to keep of the next line. Of a line that is only counted, the first byte is enough: it tells
+ * whether the line may end the response.
+ */
 std::size_t Pop3Session::wantedLineBytes() const noexcept {
     const Command& command = commands_.first();
     if (!isListing(command)) {
@@ -164,7 +170,7 @@ std::size_t Pop3Session::wantedLineBytes() const noexcept {
 }
 
 std::optional<Pop3Session::Event> Pop3Session::nextResponseLine() {
-    // Lines past the wanted ones make no event; going on until there is one keeps them from piling up.
+    // Lines beyond the wanted ones make no event. The loop reads past them, so that they do not pile up.
     for (;;) {
         const std::optional<std::string_view> line = input_.nextResponseLine(wantedLineBytes());
         if (isTooLarge(lineBytes(line))) {
@@ -185,7 +191,7 @@ std::optional<Pop3Session::Event> Pop3Session::nextResponseLine() {
 }
 
 std::optional<Pop3Session::Event> Pop3Session::responseLine(std::string_view line) {
-    // RFC 1939 section 3: a line that starts with a dot has had one put before it.
+    // The server has put a dot before a line that starts with one (RFC 1939 section 3).
     if (line.starts_with('.')) {
         line.remove_prefix(1);
     }

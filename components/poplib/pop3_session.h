@@ -37,33 +37,36 @@ struct Refused {
     std::string text;
 };
 
-/** The server waits for what belongs to a command: after AUTH, for the response to this challenge (RFC 5034).
- */
+/** The server asks for more of a command: after AUTH, for the response to this challenge (RFC 5034). */
 struct GoOn {
     CommandKind kind = CommandKind::Auth;
     /** What stands after "+", without the space between. */
     std::string text;
 };
 
-/** One header line. A folded continuation has no field, and its text keeps the space it starts with. */
+/**
+ * One line of a header. A folded continuation line has an empty field, and its value keeps the space it
+ * starts with.
+ */
 struct HeaderLine {
     std::string field;
     std::string value;
     /** The line was longer than a listing keeps, and this is its first part. */
     bool cut = false;
-    /** What stands between field and value: a colon, and the one space or tab behind it that is punctuation.
+    /**
+     * The colon between field and value, with the one space or tab behind it that is not part of the value.
      */
     std::string_view separator = {};
 };
 
-/** One line of a message's body, without its line end and without a stuffed dot. */
+/** One line of a message's body, without its CRLF and without a stuffed dot (RFC 1939 section 3). */
 struct BodyLine {
     /** Bytes of the message so far: unstuffed, line ends counted. */
     std::int64_t bytesTransferred = 0;
     std::string text;
 };
 
-/** One line of a UIDL answer. */
+/** One line of a UIDL response. */
 struct ListingLine {
     std::string text;
 };
@@ -74,9 +77,9 @@ struct ResponseEnded {
 };
 
 enum class FailureKind {
-    /** The bytes are no POP3, or an answer came that nothing had asked for. */
+    /** The bytes are not POP3, or a reply came that no command had asked for. */
     OutOfStep,
-    /** The server sends more than any message holds. */
+    /** The response is larger than the limit for it. */
     TooLarge
 };
 
@@ -110,16 +113,17 @@ class Pop3Session {
         Over           ///< QUIT was accepted, or the session has failed.
     };
 
-    /** Longest status line, in bytes. RFC 2449 section 4 has 512; some servers like to talk. */
+    /** Longest status line, in bytes. RFC 2449 section 4 allows 512; some servers send longer ones. */
     static constexpr std::size_t kMaximumReplyBytes = 4096;
     /** What is kept of a line while listing, in bytes; the rest of it is dropped. */
     static constexpr std::size_t kMaximumListingLineBytes = 1U << 20U;
     /**
-     * Largest answer while listing, in bytes. What is not wanted of an answer is only counted, so any size
-     * that a server can tell of is passed over; what goes on beyond it has no end.
+     * Largest response while listing, in bytes. Lines beyond the wanted ones are only counted, so the client
+     * reads past a message of any size that LIST can report (31 bits). A longer response is taken for
+     * endless.
      */
     static constexpr std::int64_t kMaximumListingBytes = std::numeric_limits<std::int32_t>::max();
-    /** Largest message, in bytes. */
+    /** Largest message that is fetched whole, in bytes. */
     static constexpr std::int64_t kMaximumMessageBytes = 256LL << 20;
 
     explicit Pop3Session(std::int64_t maximumListingBytes = kMaximumListingBytes)
@@ -131,11 +135,12 @@ class Pop3Session {
     /** How many commands may be outstanding at once; 1 unless the server has offered pipelining. */
     void setMaximumOutstanding(std::size_t commands) { commands_.setMaximumOutstanding(commands); }
 
-    /** Returns what is to be sent now; nothing before the greeting and while the server speaks out of turn.
+    /**
+     * Returns the bytes to send now; empty before the greeting and after bytes that no command had asked for.
      */
     std::string takeOutput();
 
-    /** The commands in the last output, as they may be shown. */
+    /** The commands in the last output, with secrets hidden. */
     const std::vector<std::string>& shownOutput() const noexcept { return commands_.shownOutput(); }
 
     /** Takes bytes from the server. */
@@ -153,8 +158,8 @@ class Pop3Session {
     std::size_t outstanding() const noexcept { return commands_.outstanding(); }
 
     /**
-     * A number that grows with every complete answer and with every few kilobytes: while it grows, the server
-     * does what it was asked for, even when one answer takes long. A line now and then is no progress.
+     * A number that grows with every complete response and with every kBytesOfProgress bytes. While it grows,
+     * the server is at work, even when one response takes long. A line now and then is no progress.
      */
     std::uint64_t progress() const noexcept { return answers_ + bytes_ / kBytesOfProgress; }
 

@@ -1,4 +1,4 @@
-// How the POP3 client speaks with the server: commands, answers, and how long it waits for them.
+// How the POP3 client speaks with the server: commands, replies and time-outs.
 
 #include "components/poplib/pop.h"
 #include "platform/runtime_error.h"
@@ -18,7 +18,7 @@ Event POP::next() {
 
 /** Sends what the session has to send; false when that is nothing. */
 bool POP::sendQueued() {
-    // What has come unasked must be seen before a command goes out that it could pass for the answer to.
+    // The session must see bytes that came unasked first, or they would pass for the reply to this command.
     if (session_.outstanding() == 0 && session_.state() != Pop3Session::State::Greeting &&
         connection_.hasBytes()) {
         session_.receive(connection_.takeBytes());
@@ -37,7 +37,10 @@ bool POP::sendQueued() {
     return true;
 }
 
-/** The next event. \throws RuntimeError for an answer that is none, or does not come in time. */
+/**
+ * Returns the next event. \throws RuntimeError 20302 for a time-out, a lost connection and replies that are
+ * not POP3, 7 when a response is too large or memory runs out.
+ */
 Event POP::awaitEvent() {
     const auto checked = [](Event event) {
         if (const auto* failed = std::get_if<Failed>(&event)) {
@@ -46,7 +49,7 @@ Event POP::awaitEvent() {
         }
         return event;
     };
-    // Most lines of an answer have come with the ones before: they need neither a deadline nor the socket.
+    // Most lines of a response have come together with earlier ones and need neither deadline nor socket.
     if (session_.isInResponse()) {
         if (auto event = session_.nextEvent()) {
             return checked(*std::move(event));
@@ -63,7 +66,7 @@ Event POP::awaitEvent() {
         if (session_.progress() != progress_) {
             renewDeadline();
         }
-        // A log-off ends on time, however much keeps coming.
+        // A log-off without deletions ends on time, even while bytes keep coming.
         const bool tooLate = deadlineIsFixed_ && deadline_.hasExpired();
         if (tooLate || !connection_.isOpen() ||
             connection_.waitForBytes(deadline_) != transport::Outcome::Done) {
@@ -73,14 +76,17 @@ Event POP::awaitEvent() {
     }
 }
 
-/** Takes what has come. Without memory for it the session is out of step, so nobody may go on with it. */
+/**
+ * Takes the bytes that have come. \throws RuntimeError 7 when memory runs out: the session has lost bytes
+ * then and cannot go on.
+ */
 void POP::receive() {
     if (!platform::fitsInMemory([this] { session_.receive(connection_.takeBytes()); })) {
         throw RuntimeError(errors::OutOfMemory);
     }
 }
 
-/** From here on, all that the server does must be done within this time. */
+/** From now on the server has this time for everything until the session is closed. */
 void POP::waitNoLongerThan(std::chrono::milliseconds time) {
     deadline_.setRemainingTime(time);
     deadlineIsFixed_ = true;
@@ -113,7 +119,7 @@ void POP::closeSession() {
     logOnRefused_ = false;
     deadlineIsFixed_ = false;
     listed_.endSession();
-    // Nothing of an answer that was not read to its end may reach a later request.
+    // The rest of a half-read response must not reach a later request.
     session_ = Pop3Session();
     connection_.close();
 }

@@ -14,23 +14,23 @@ namespace poplib {
 
 using Exchange = protocol::Exchange<Pop3Session>;
 
-// What plans ask a POP3 server. All of these raise whatever the exchange raises.
+// The questions that plans put to a POP3 server. All of these raise whatever the exchange raises.
 
 /** Sends a command and returns the text of its +OK reply, nothing for -ERR. */
 std::optional<std::string> ask(Exchange& exchange, Command command);
 
-/** Hands the lines of a multi-line response over; false when the server refuses the command. */
+/** Sends a command and hands over the lines of its multi-line response; false when the server refuses it. */
 bool readResponse(Exchange& exchange, Command command, const std::function<void(const Event&)>& take);
 
 /**
- * The size of the message in bytes (LIST n); nothing when the server refuses to tell.
+ * The size of the message in bytes (LIST n); nothing when the server refuses LIST.
  * \throws RuntimeError 20302 for a reply about another message, 6 for a number that does not fit.
  */
 std::optional<std::int32_t> askSize(Exchange& exchange, std::int32_t messageNumber);
 
 using UniqueIds = std::map<std::int32_t, std::string>;
 
-/** The unique-ids of these messages, whatever else the server lists; nothing when it has none (UIDL). */
+/** The unique-ids of the wanted messages, as far as the server lists them; nothing when it refuses UIDL. */
 std::optional<UniqueIds> askUniqueIds(Exchange& exchange, const std::set<std::int32_t>& wanted);
 
 } // namespace poplib

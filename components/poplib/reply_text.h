@@ -6,7 +6,7 @@
 
 namespace poplib {
 
-/** The two numbers of a STAT or LIST answer; further words are allowed and ignored. */
+/** The two numbers of a STAT or LIST reply; further words are allowed and ignored. */
 struct TwoNumbers {
     std::int64_t first = 0;
     std::int64_t second = 0;
@@ -14,7 +14,7 @@ struct TwoNumbers {
 
 /**
  * Reads the two numbers that a reply text starts with.
- * \throws RuntimeError 20302 when there are no two unsigned decimal numbers, 6 when one has no end.
+ * \throws RuntimeError 20302 when there are no two unsigned decimal numbers, 6 when one does not fit 32 bits.
  */
 TwoNumbers twoNumbers(std::string_view text);
 
@@ -25,13 +25,13 @@ struct UniqueId {
 };
 
 /**
- * Reads a line of a UIDL answer; nothing for a line that is none. An id may hold anything, since it is only
- * compared, but no more than RFC 1939 section 7 allows for: a longer one is none.
+ * Reads a line of a UIDL response: a number, a space and a unique-id. Returns nothing for any other line. The
+ * id may hold any bytes, since it is only compared, but no more than the 70 of RFC 1939 section 7.
  */
 std::optional<UniqueId> uniqueId(std::string_view line);
 
 /**
- * True when the response code of an -ERR answer (RFC 2449 section 8, RFC 3206) says that a later attempt may
+ * True when the response code of an -ERR reply (RFC 2449 section 8, RFC 3206) says that a later attempt may
  * succeed: [IN-USE], [LOGIN-DELAY], [SYS/TEMP].
  */
 bool mayBeTriedLater(std::string_view text);
