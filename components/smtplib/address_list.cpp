@@ -87,7 +87,7 @@ class AddressListParser {
         return std::move(addresses_);
     }
 
-    /** Where the item begins that is being read, or that could not be read: behind a comma or a colon. */
+    /** Where the item that is being read, or could not be read, begins: behind a comma or a colon. */
     std::size_t itemBegin() const noexcept { return itemBegin_; }
 
   private:
@@ -184,12 +184,12 @@ class AddressListParser {
     std::vector<Address> addresses_;
 };
 
-/** No line end, and no NUL, may come into a header or a command. */
+/** A header or a command must hold no CR, LF or NUL. */
 std::size_t findForbidden(std::string_view text) {
     return text.find_first_of(std::string_view("\r\n\0", 3));
 }
 
-/** The end of the item: its comma, or the next one behind the place where no word can be made out. */
+/** The end of the item: its comma or, where no token can be read, the next comma behind that place. */
 std::size_t endOfItem(std::string_view text, std::size_t begin) {
     AddressTokens tokens(text.substr(begin));
     AddressToken token;

@@ -12,7 +12,7 @@ namespace smtplib {
 struct Address {
     /** The name before the angle brackets, without its quotes, UTF-8; empty when there is none. */
     std::string displayName;
-    /** The name was typed in quotes, so it is meant to the letter. */
+    /** The name was typed in quotes, so the header quotes it even where atoms would do. */
     bool nameWasQuoted = false;
     /** As it goes over the wire: quoted where it must be, and only there. */
     std::string localPart;
@@ -24,7 +24,7 @@ struct Address {
     bool operator==(const Address&) const = default;
 };
 
-/** Longest parts of an address, in bytes (RFC 5321 section 4.5.3.1). A path has angle brackets. */
+/** Longest parts of an address, in bytes (RFC 5321 section 4.5.3.1). A path counts its angle brackets. */
 inline constexpr std::size_t kMaximumLocalPartBytes = 64;
 inline constexpr std::size_t kMaximumDomainBytes = 255;
 inline constexpr std::size_t kMaximumPathBytes = 256;
@@ -35,25 +35,24 @@ inline constexpr std::size_t kMaximumPathBytes = 256;
  * the list may come out empty. The members of a group, as in "Friends: ann@example.org, bob@example.org;",
  * stand for themselves, and the group's name is dropped.
  *
- * An address needs a domain: were the sender's put behind a bare word, the unquoted name in
- * "Miller, Ann <ann@example.org>" would make Miller a recipient. Addresses are ASCII, as this client does
- * not speak the extension for others (RFC 6531). Routes and spaces around the dots, which are obsolete, are
- * refused.
+ * An address needs a domain. If the sender's domain were added to a bare word, the unquoted name in "Miller,
+ * Ann <ann@example.org>" would make Miller a recipient. Addresses are ASCII, as this client does not
+ * implement SMTPUTF8 (RFC 6531). Obsolete syntax, which is routes and spaces around dots, is refused.
  *
- * \throws RuntimeError 20403 when the text holds CR, LF or NUL, 20401 for anything else that is no address or
- * is too long for one.
+ * \throws RuntimeError 20403 when the text holds CR, LF or NUL, 20401 for anything else that is not an
+ * address or is too long for one.
  */
 std::vector<Address> parseAddressList(std::string_view text);
 
 /** What parseAddressList() raises for a text, and for which part of it. */
 struct AddressFault {
     int error = 0;
-    /** Bytes of the text: an item between commas, without the spaces around it. */
+    /** Where the faulty item begins and ends in the text, in bytes, without the spaces around it. */
     std::size_t begin = 0;
     std::size_t end = 0;
 };
 
-/** The first item of a list of addresses that is none; nothing when all are right. */
+/** The first item of a list that is not an address; nothing when all are. */
 std::optional<AddressFault> findAddressFault(std::string_view text);
 
 /**

@@ -104,7 +104,7 @@ AddressToken AddressTokens::quoted() {
 AddressToken AddressTokens::literal() {
     AddressToken token{AddressToken::Kind::Literal, "["};
     ++position_;
-    // Addresses of the network and names of address families; RFC 5322 has more, which no server looks for.
+    // IP addresses and names of address families. RFC 5322 allows more characters, which no server expects.
     for (char character = take(); character != ']'; character = take()) {
         if (!isLetterOrDigit(character) && character != '.' && character != ':' && character != '-') {
             refuse();

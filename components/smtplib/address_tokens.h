@@ -9,7 +9,7 @@ namespace smtplib {
 /** A part of a list of addresses. */
 struct AddressToken {
     enum class Kind {
-        Word,    ///< Letters, digits and what else may stand without quotes; dots, and bytes beyond ASCII.
+        Word,    ///< Characters of an atom (RFC 5322 section 3.2.3), dots, and bytes beyond ASCII.
         Quoted,  ///< The text inside a pair of quotes, without these and without backslashes.
         Literal, ///< A domain literal with its brackets.
         Special, ///< One of , ; : < > @

@@ -11,7 +11,7 @@ class QString;
 
 namespace smtplib {
 
-/** What a reply belongs to: a command, or nothing that was sent. */
+/** What a reply belongs to: the new connection (Greeting), a command, or the message's text. */
 enum class CommandKind { Greeting, Ehlo, Helo, Mail, Rcpt, Data, EndOfMessage, Quit };
 
 /** One SMTP command (RFC 5321). */
@@ -22,7 +22,7 @@ struct Command : protocol::CommandText {
 /** Longest command line, in bytes, line end included (RFC 5321 section 4.5.3.1.4). */
 inline constexpr std::size_t kMaximumCommandBytes = 512;
 
-/** Whom a message is from and for, and what the server may be told about it beforehand. */
+/** The sender and the recipients of a message, and what MAIL may announce about it. */
 struct Envelope {
     /** Mailboxes, without angle brackets, as parseAddressList() makes them. */
     std::string sender;
@@ -34,8 +34,8 @@ struct Envelope {
 };
 
 /**
- * How this computer calls itself: the address of its end of the connection, as a literal (RFC 5321 section
- * 4.1.3). Its name may be one that no server could look up.
+ * The argument of EHLO and HELO: this computer's address on the connection, as a literal (RFC 5321 section
+ * 4.1.3). A host name might be one that the server cannot look up.
  */
 std::string addressLiteral(const QString& localAddress);
 

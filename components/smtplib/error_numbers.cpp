@@ -12,7 +12,7 @@ int numberOf(transport::Outcome outcome) noexcept {
 
 int numberOf(const Refused& refused) noexcept {
     const bool forNow = refused.reply.code < 500;
-    // RFC 1870 section 6: what the server says when a message is larger than it takes.
+    // The reply code for a message that is too large (RFC 1870 section 6).
     const bool tooLarge = refused.reply.code == 552;
     switch (refused.kind) {
     case CommandKind::Greeting:
@@ -45,7 +45,7 @@ int numberOf(FailureKind kind, bool mayHaveBeenSent) noexcept {
     case FailureKind::TimedOut:
         return mayHaveBeenSent ? errors::ConfirmationTimedOut : errors::SendingTimedOut;
     case FailureKind::ConfirmedTooEarly:
-        // The server may pass on what it has.
+        // The server may deliver the part of the message that it has.
         return errors::ConfirmationUnclear;
     case FailureKind::OutOfStep:
         return mayHaveBeenSent ? errors::ConfirmationUnclear : errors::SendingOutOfStep;

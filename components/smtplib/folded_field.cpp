@@ -16,7 +16,10 @@ constexpr std::string_view kSpaces = " \t";
 /** UTF-8 bytes in one encoded word. In base64 they make a word that fits behind any field's name. */
 constexpr std::size_t kBytesOfEncodedWord = 39;
 
-/** Longest unit that is left as it is: with the name before it, it stays below what a line may have. */
+/**
+ * Longest unit that is not encoded, in characters: behind the field's name it still fits on a line (RFC 5322
+ * section 2.1.1).
+ */
 constexpr std::size_t kMaximumUnitCharacters = 900;
 
 /** Longest name in quotes; a longer one would have to be folded inside them. */
@@ -34,7 +37,7 @@ bool continuesCharacter(char byte) {
 
 /** Returns the text as units that each hold one encoded word, never with a part of a character. */
 std::vector<std::string> encodedWords(std::string_view text) {
-    // What is no UTF-8 is read as it would be shown, so that the label in the encoded word is true.
+    // Text that is not UTF-8 is converted as it is for showing, so that the encoded word's charset is true.
     const std::string valid = platform::toBytes(platform::fromBytes(text));
     std::vector<std::string> words;
     for (std::size_t start = 0; start < valid.size();) {
@@ -49,8 +52,9 @@ std::vector<std::string> encodedWords(std::string_view text) {
     return words;
 }
 
-/** Cuts before each run of spaces; spaces at the end stay with the last word, as no line may have only
- * spaces. */
+/**
+ * Cuts before each run of spaces. Spaces at the end stay with the last word, as no line may hold only spaces.
+ */
 std::vector<std::string> wordsWithSpacesBefore(std::string_view text) {
     std::vector<std::string> units;
     while (!text.empty()) {

@@ -8,17 +8,18 @@
 namespace smtplib {
 
 /**
- * One field of a header that is folded while it grows (RFC 5322 section 2.2.3). It is made of units that
- * begin with a space; a fold goes before such a space and nowhere else, so that unfolding brings the value
- * back.
+ * A header field that is folded while it grows (RFC 5322 section 2.2.3). It consists of units that begin with
+ * a space. A fold goes before such a space and nowhere else, so that unfolding restores the value.
  */
 class FoldedField {
   public:
-    /** Lines that hold an encoded word may have so many characters (RFC 2047 section 2); others keep to it
-     * too. */
+    /**
+     * Longest line that holds an encoded word, in characters (RFC 2047 section 2). Other lines keep to it
+     * where their units allow.
+     */
     static constexpr std::size_t kPreferredLineCharacters = 76;
 
-    /** The name has its colon. */
+    /** Begins with the field's name and its colon. */
     explicit FoldedField(std::string_view nameAndColon);
 
     /** Adds a unit, on a new line when it does not fit into this one. */
@@ -35,18 +36,21 @@ class FoldedField {
 
     std::string text_;
     std::size_t lineStart_ = 0;
-    /** Nothing stands on this line but the name: a fold here would leave it alone. */
+    /** The line holds only the field's name, which must not stand alone on a line. */
     bool onlyName_ = true;
 };
 
 /**
- * Returns the units of unstructured text, such as a subject, in UTF-8. Text outside printable ASCII, and a
- * word that no line could hold, makes the whole of it encoded words. Encoded words that are in the text
- * already, because it was taken from another message, stay what they are.
+ * Returns the units of unstructured text, such as a subject, in UTF-8. Text that holds anything but printable
+ * ASCII and tabs, or a word too long for a line, becomes encoded words as a whole. Encoded words that the
+ * text holds already, as a subject from another message may, stay as they are.
  */
 std::vector<std::string> unitsOfText(std::string_view text);
 
-/** The same for the name before an address: atoms, a quoted text, or encoded words; none for no name. */
+/**
+ * The same for the name before an address: atoms, a quoted string, or encoded words; no units for an empty
+ * name.
+ */
 std::vector<std::string> unitsOfName(std::string_view name, bool quoted);
 
 } // namespace smtplib

@@ -21,7 +21,7 @@ struct Message {
     std::string subject;
     /** Further header lines, each with CR LF behind it; empty for none. */
     std::string additionalHeaders;
-    /** With its angle brackets. A message that is tried again keeps its own. */
+    /** With its angle brackets. A message that is sent again after a failure keeps its Message-ID. */
     std::string messageId;
     std::string body;
     /** The drive path of a file whose content follows the body; empty for none. */
@@ -32,18 +32,18 @@ struct Message {
     platform::HeldFile heldDataFile;
 };
 
-/** What of a message goes over the wire before its body. */
+/** The envelope and the header of a message. */
 struct PreparedMessage {
     std::string sender;
-    /** Of recipients and copies together, each one once. */
+    /** Of recipients and copies together, each mailbox once. */
     std::vector<std::string> mailboxes;
     /** With the empty line behind it. */
     std::string header;
 };
 
 /**
- * Checks all fields and makes the header of them. An empty Message-ID is left out.
- * \throws RuntimeError 20403 when a field holds CR, LF or NUL, 20401 for an address that is none, 20402 when
+ * Checks all fields and makes the header from them. An empty Message-ID is left out.
+ * \throws RuntimeError 20403 when a field holds CR, LF or NUL, 20401 for a malformed address, 20402 when
  * there is no recipient, 20404 for a wrong header line or Message-ID.
  */
 PreparedMessage prepareMessage(const Message& message, const QDateTime& now);

@@ -24,23 +24,22 @@ struct HeaderFields {
 };
 
 /**
- * Returns the header's lines, each with CR LF: From, To and Cc where there is somebody to name, Subject,
- * Date, Message-ID, and the additional lines as they are. Lines are folded at spaces (RFC 5322 sections 2.1.1
- * and 2.2.3); what is not ASCII goes out as encoded words (RFC 2047).
+ * Returns the header's lines, each with CR LF: From; To, Cc and Message-ID where they are not empty; Subject;
+ * Date; and the additional lines as they are. Lines are folded at spaces (RFC 5322 sections 2.1.1 and 2.2.3);
+ * what is not ASCII goes out as encoded words (RFC 2047).
  *
  * \throws RuntimeError 20403 when the subject holds CR, LF or NUL, 20404 when the Message-ID or an additional
- * line is none.
+ * line is malformed.
  */
 std::string messageHeader(const HeaderFields& fields);
 
-/** A date as header lines have it (RFC 5322 section 3.3): English names, numeric zone, whatever the locale.
- */
+/** A date for the header (RFC 5322 section 3.3): English names, numeric zone, whatever the locale. */
 std::string dateText(const QDateTime& date);
 
 /**
  * Checks lines that are to become part of a header: every one has a name, a colon and a CR LF, or continues
  * the one before; all are printable ASCII and no longer than a line may be.
- * \throws RuntimeError 20404 when one is not so, or names a field that the client writes itself.
+ * \throws RuntimeError 20404 when one breaks this rule, or names a field that the client writes itself.
  */
 void checkAdditionalLines(std::string_view lines);
 

@@ -6,7 +6,7 @@ namespace smtplib {
 
 namespace {
 bool hasEightBit(std::string_view text) {
-    // To the end in any case: without a way out, many bytes are looked at together.
+    // No early return: without one, the compiled loop checks many bytes at once.
     unsigned all = 0;
     for (const char byte : text) {
         all |= static_cast<unsigned char>(byte);
@@ -32,7 +32,8 @@ MessageTotals MessageSource::measure() {
         totals.bytes += file_->size();
     }
     if (file_) {
-        // The server will be told the size, and half of a file that somebody still writes is worth nothing.
+        // Raises an error when another program is still writing the file: MAIL announces its size, and a part
+        // of it is of no use.
         file_->rewind();
     }
     return totals;
@@ -40,7 +41,7 @@ MessageTotals MessageSource::measure() {
 
 bool MessageSource::next(std::string& piece) {
     piece.clear();
-    // A piece of the file may be less than a line, and make no text yet.
+    // A piece of the file may be less than a line and give no text yet.
     while (piece.empty() && part_ != Part::End) {
         if (part_ == Part::Header) {
             piece = header_;
@@ -61,7 +62,8 @@ void MessageSource::readFile(std::string& piece) {
     buffer_.resize(kPieceBytes);
     const std::string_view bytes = file_ ? file_->read(buffer_) : std::string_view();
     if (fileSizeIsKnown() && file_->bytesRead() < file_->size()) {
-        // An encoder's lines are ready as they are; only the last one is looked at, which must have its end.
+        // An encoder's lines are ready as they are. Only the last piece is checked, for the end of its last
+        // line.
         piece.append(bytes);
         return;
     }

@@ -11,7 +11,7 @@
 
 namespace smtplib {
 
-/** What a message amounts to on the wire. */
+/** What MAIL announces of a message: its bytes on the wire, and whether it needs 8BITMIME. */
 struct MessageTotals {
     /** Line ends counted, doubled dots not. */
     std::int64_t bytes = 0;
@@ -20,9 +20,9 @@ struct MessageTotals {
 };
 
 /**
- * Header, body and data file as one stream of text for the wire. It is read twice, first for its size and
- * then to be sent, but for a file that an encoder has just written; and no more than a piece of the file is
- * in memory.
+ * Header, body and data file as one stream of text for the wire. It is read twice, once to be measured and
+ * once to be sent; a file that an encoder has just written is read only once (fileIsEncoded()). No more than
+ * a piece of the file is in memory.
  *
  *     MessageSource source(header, body, platform::RegularInput(path));
  *     const MessageTotals totals = source.measure();
@@ -39,21 +39,21 @@ class MessageSource {
 
     /**
      * Says that the file holds nothing but short lines of ASCII that end in CR LF, as an encoder writes them:
-     * what it amounts to is then its size.
+     * its bytes on the wire are then its size on the disk.
      */
     void fileIsEncoded() { fileIsEncoded_ = true; }
 
-    /** True when measuring reads a file, which may take its time. */
+    /** True when measure() reads a file, which may take long. */
     bool readsFileToMeasure() const { return file_.has_value() && !fileSizeIsKnown(); }
 
     /**
-     * Reads everything once, but for a file whose size tells enough, and begins again.
+     * Reads everything once, except a file whose size on the disk is enough, and goes back to the start.
      * \throws RuntimeError 57 when the disk fails or the file changes meanwhile.
      */
     MessageTotals measure();
 
     /**
-     * Puts the next piece of the text in place of what the string holds; false when the text has ended.
+     * Replaces the string with the next piece of the text; false at the end of the text.
      * \throws RuntimeError 57 when the disk fails, or when the file has changed since it was opened.
      */
     bool next(std::string& piece);
@@ -63,7 +63,7 @@ class MessageSource {
 
     void readFile(std::string& piece);
 
-    /** Not where the body's last line is open: it takes the file's first line. */
+    /** False when the body's last line has no line end: the file's first line then continues it. */
     bool fileSizeIsKnown() const { return file_ && fileIsEncoded_ && body_.ends_with("\r\n"); }
 
     std::string_view header_;

@@ -16,7 +16,7 @@ void mustNotBeRefused(const Event& event) {
     }
 }
 
-/** Whether the server does not know the command, and is there for another one. */
+/** Whether the server has refused the command for good (5xx), so that another one may be tried. */
 bool isUnknown(const Event& event) {
     const auto* const refused = std::get_if<Refused>(&event);
     return refused != nullptr && refused->reply.kind() == kRefusedForGood;

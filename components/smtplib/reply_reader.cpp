@@ -49,7 +49,7 @@ Extensions extensionsOf(const Reply& reply) {
 std::optional<Reply> ReplyReader::next() {
     while (!broken_) {
         const std::optional<std::string_view> line = input_.nextReplyLine();
-        // A last CR of what has come may be half a line end.
+        // A CR at the end of an incomplete line may belong to the line end and does not count.
         const std::size_t bytes =
             line ? line->size() : input_.size() - (input_.endsInCarriageReturn() ? 1 : 0);
         if (bytes > kMaximumLineBytes) {

@@ -11,37 +11,42 @@
 
 namespace smtplib {
 
-/** One answer of the server (RFC 5321 section 4.2). */
+/** One reply of the server (RFC 5321 section 4.2). */
 struct Reply {
     int code = 0;
     /** What stands behind the code in each line; may be empty, and may hold any byte but LF. */
     std::vector<std::string> lines;
 
-    /** The first digit decides what an answer means when its code is not known. */
+    /** The first digit: it tells what a reply means whose code is not known (RFC 5321 section 4.2.1). */
     int kind() const noexcept { return code / 100; }
 
     /** True when the server ends the session, whatever was asked (RFC 5321 section 3.8). */
     bool endsService() const noexcept { return code == 421; }
 };
 
-/** What a server can do, as its answer to EHLO tells. */
+/** The extensions that a server has announced in its reply to EHLO. */
 struct Extensions {
-    /** SIZE: the size of a message may be told beforehand (RFC 1870). */
+    /** SIZE: MAIL may announce the size of a message (RFC 1870). */
     bool size = false;
     /** Bytes of the largest message that the server takes; 0 when it names no limit. */
     std::int64_t sizeLimit = 0;
-    /** 8BITMIME: bytes beyond ASCII may be announced (RFC 6152). */
+    /** 8BITMIME: MAIL may announce bytes beyond ASCII (RFC 6152). */
     bool eightBit = false;
 };
 
-/** Keywords count in any case; a limit that is no number counts for nothing. */
+/**
+ * Reads the extensions from a reply to EHLO. Keywords may be in any case; a limit that is not a number is
+ * ignored.
+ */
 Extensions extensionsOf(const Reply& reply);
 
 /** Makes replies of the server's bytes. A line may end in LF alone. */
 class ReplyReader {
   public:
-    /** Longest line, in bytes, without its end. RFC 5321 section 4.5.3.1.5 has 512; some servers like to
-     * talk. */
+    /**
+     * Longest line, in bytes, without its end. RFC 5321 section 4.5.3.1.5 allows 512; some servers send
+     * longer ones.
+     */
     static constexpr std::size_t kMaximumLineBytes = 4096;
     /** Most lines of one reply. */
     static constexpr std::size_t kMaximumLines = 256;

@@ -22,7 +22,7 @@ void SMTP::setBlocking(bool blocking) {
 
 template <class Action>
 void SMTP::asRequest(const Action& action) {
-    // What the server expects next may be anything.
+    // After an error the dialogue may have stopped anywhere, so the session cannot go on.
     requests_.run(action, [this] { closeSession(); });
 }
 
@@ -38,7 +38,7 @@ void SMTP::issueRequest(Request request) {
         asRequest([this] { transmit(); });
         break;
     case Request::CloseConnection:
-        // A session that is busy belongs to the request further down the stack, which goes on with it.
+        // A request that runs further down the stack still needs the session.
         if (!requests_.isRunning() && connection_.isOpen()) {
             asRequest([this] { close(); });
         }
@@ -106,7 +106,10 @@ MessageTotals SMTP::measured(MessageSource& source) const {
     return totals;
 }
 
-/** Sends the text and the final dot; stops, without the dot, when the server speaks before its turn. */
+/**
+ * Sends the text and the final dot; stops without the dot when the server sends a reply before the end of the
+ * text.
+ */
 void SMTP::sendText(MessageSource& source, std::int64_t totalBytes) {
     std::int64_t doneBytes = 0;
     const auto progress = [&] {
@@ -135,7 +138,7 @@ void SMTP::sendText(MessageSource& source, std::int64_t totalBytes) {
 
 void SMTP::close() {
     if (session_.canQuit()) {
-        // What the server says to it is of no importance: what it has confirmed is sent.
+        // The reply does not matter: a message that the server has confirmed is sent.
         session_.submit(quitCommand());
         awaitEvent();
     }
@@ -219,7 +222,10 @@ std::chrono::milliseconds SMTP::timeout() const {
     return session_.state() == SmtpSession::State::Text ? timeouts_.dataBlock : timeouts_.quit;
 }
 
-/** Closes, with a QUIT that nobody waits for where the server would understand one. */
+/**
+ * Closes the connection. Where the server can take a command, sends QUIT first and does not wait for the
+ * reply.
+ */
 void SMTP::closeSession() {
     if (connection_.isOpen() && session_.canQuit()) {
         session_.submit(quitCommand());
@@ -227,7 +233,7 @@ void SMTP::closeSession() {
         connection_.close();
         return;
     }
-    // Half a message may still be on its way; it must not leave after its failure has been told.
+    // A part of a message may still be unsent. It must not leave after the failure has been reported.
     connection_.abort();
 }
 

@@ -23,10 +23,12 @@ enum class Request : std::uint8_t { CloseConnection = 2, TransmitMessage = 3, Op
 
 using protocol::Direction;
 
-/** How long the component waits (RFC 5321 section 4.5.3.2, but for the first and the last). Tests shorten it.
+/**
+ * How long the component waits: all but the first and the last from RFC 5321 section 4.5.3.2. Tests shorten
+ * these times.
  */
 struct Timeouts {
-    /** For the name and the connection. */
+    /** For the name look-up and the connection together. */
     std::chrono::milliseconds connection = std::chrono::minutes(1);
     std::chrono::milliseconds greeting = std::chrono::minutes(5);
     std::chrono::milliseconds hello = std::chrono::minutes(5);
@@ -52,8 +54,8 @@ struct Timeouts {
  *     smtp.issueRequest(Request::TransmitMessage);  // MAIL, RCPT, DATA; raises Progress
  *     smtp.issueRequest(Request::CloseConnection);  // QUIT
  *
- * A request blocks its caller, while the windows stay alive, and raises its events from the caller's own
- * frame: an error thrown by a listener reaches the caller of the request.
+ * A request blocks its caller, while the windows stay alive, and raises its events on the caller's stack: an
+ * error thrown by a listener reaches the caller of the request.
  *
  * Every request can raise a RuntimeError. 20102 when another request is running, and for opening while a
  * session is open; 26002, 25062, 25052 when the name is unknown, the connection refused, the network
@@ -69,9 +71,9 @@ class SMTP : private Exchange {
   public:
     static constexpr std::uint16_t kDefaultPort = 25;
 
-    /** Raised for every command and every line of an answer, as it came; never with text of the message. */
+    /** Raised for every command and every line of a reply, as it came; never with text of the message. */
     std::function<void(Direction direction, const std::string& message)> PITrail;
-    /** Raised while a message is transmitted, with the bytes that have left and those that there are. */
+    /** Raised while a message is transmitted, with the bytes sent so far and all bytes of the message. */
     std::function<void(std::int64_t bytesDone, std::int64_t bytesTotal)> Progress;
 
     explicit SMTP(Timeouts timeouts = {}) : timeouts_(timeouts) {}
@@ -105,9 +107,8 @@ class SMTP : private Exchange {
     void setBody(std::string body) { message_.body = std::move(body); }
 
     /**
-     * The drive path of a file whose content follows the body directly; empty for none. When the file is
-     * given as well, open, it is this one that is sent, whatever stands under the path by then; the next
-     * transmission uses it up.
+     * The drive path of a file whose content follows the body directly; empty for none. An open file given
+     * with it is sent instead, whatever is under the path by then; the next transmission uses it up.
      */
     void setDataFile(const QString& path, platform::HeldFile file = {}) {
         message_.dataFile = path;
@@ -121,8 +122,9 @@ class SMTP : private Exchange {
     void setDataFileEncoded(bool encoded) { message_.dataFileEncoded = encoded; }
 
     /**
-     * The Message-ID. When it is empty, the transmission makes one and leaves it here, so that the same
-     * message tried again has the same one and its readers can tell. A confirmed message empties it.
+     * The Message-ID. When it is empty, the transmission makes one and keeps it, so that a message sent again
+     * after a failure has the same one and its readers recognise the duplicate. A confirmed transmission
+     * empties it.
      */
     void setMessageId(std::string id) { message_.messageId = std::move(id); }
 
@@ -153,7 +155,7 @@ class SMTP : private Exchange {
     Message message_;
     transport::Connection connection_;
     SmtpSession session_;
-    /** Of the server that the session is with. */
+    /** What the server of this session has announced. */
     Extensions extensions_;
     protocol::RequestGuard requests_;
 };

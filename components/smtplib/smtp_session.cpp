@@ -39,7 +39,7 @@ std::string SmtpSession::takeOutput() {
     const bool hadWaiting = commands_.hasWaiting();
     output += commands_.takeOutput();
     if (hadWaiting && state_ == State::Text) {
-        // Nothing but the final dot ends the text.
+        // The command that was waiting is the final dot, as nothing else ends the text.
         state_ = State::Commands;
         mayHaveBeenSent_ = true;
     }
@@ -118,14 +118,17 @@ Event SmtpSession::answer(Reply reply) {
     return Accepted{kind, std::move(reply)};
 }
 
-/** While text goes out, a server may refuse all the same (RFC 5321 section 3.3 asks it to wait). */
+/**
+ * A reply to no outstanding command. RFC 5321 section 3.3 has the server wait for the final dot, but some
+ * refuse while the text is being sent.
+ */
 Event SmtpSession::unasked(Reply reply) {
     const bool duringText = state_ == State::Text;
     if (duringText && reply.kind() == kSuccess) {
         return fail(FailureKind::ConfirmedTooEarly, std::move(reply));
     }
     if (reply.endsService() || (duringText && reply.kind() != kIntermediate)) {
-        // The server still takes what it is sent for text: no command can follow.
+        // The server would still read a command as text, so none can follow.
         state_ = State::Over;
         return refuse(duringText ? CommandKind::EndOfMessage : awaited().value_or(CommandKind::Mail),
                       std::move(reply));

@@ -38,11 +38,13 @@ struct Refused {
 };
 
 enum class FailureKind {
-    /** The bytes are no SMTP, or a reply came that nothing had asked for or that cannot stand there. */
+    /**
+     * The bytes are not SMTP, or a reply came that no command had asked for or that does not fit its command.
+     */
     OutOfStep,
     /** The server confirmed a message that it had not been given whole. */
     ConfirmedTooEarly,
-    /** These two are found by whoever waits for the server, not by the session. */
+    /** SMTP finds these two while it waits for the server; the session never does. */
     Lost,
     TimedOut
 };
@@ -50,7 +52,7 @@ enum class FailureKind {
 /** The session cannot go on; no event follows and the connection is of no more use. */
 struct Failed {
     FailureKind kind = FailureKind::OutOfStep;
-    /** The reply that cannot stand there; nothing when the bytes are none. */
+    /** The reply that does not fit; nothing when the bytes are not a reply. */
     std::optional<Reply> reply;
 };
 
@@ -84,10 +86,13 @@ class SmtpSession {
     /** Adds text whose lines end in CR LF, as WireText makes it. Only in state Text. */
     void addText(std::string_view text) { stuffer_.add(text, text_); }
 
-    /** Returns what is to be sent now; nothing while the server speaks out of turn. */
+    /**
+     * Returns the bytes to send now; empty before the greeting and while a reply is there that nothing asked
+     * for.
+     */
     std::string takeOutput();
 
-    /** The commands in the last output, as they may be shown: the message's text is not among them. */
+    /** The commands in the last output, without the message's text. */
     const std::vector<std::string>& shownOutput() const noexcept { return commands_.shownOutput(); }
 
     /** Takes bytes from the server. */
@@ -101,14 +106,16 @@ class SmtpSession {
     /** The command that is to be answered next, or Greeting; nothing when there is none. */
     std::optional<CommandKind> awaited() const;
 
-    /** True when the server will understand a command here, and its answer will not be taken for another's.
-     */
+    /** True when the server can take a command now and its reply cannot be mistaken for another one. */
     bool canQuit() const noexcept;
 
-    /** True when the server has sent bytes that no event has been made of. */
+    /** True when the server has sent bytes that have not become an event. */
     bool hasUnusedBytes() const noexcept { return reader_.hasBytes(); }
 
-    /** True from the moment on when the final dot was given out until the server has answered it properly. */
+    /**
+     * True from the time when takeOutput() has returned the final dot until the server has accepted or
+     * refused the message.
+     */
     bool mayHaveBeenSent() const noexcept { return mayHaveBeenSent_; }
 
   private:
@@ -129,7 +136,7 @@ class SmtpSession {
 
 using Event = SmtpSession::Event;
 
-/** The reply that has made the event; nullptr when it was none. */
+/** The reply that made the event; nullptr when no reply did. */
 const Reply* replyOf(const Event& event) noexcept;
 
 } // namespace smtplib

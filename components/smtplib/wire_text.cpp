@@ -10,8 +10,8 @@ bool continuesCharacter(char byte) noexcept {
 }
 
 /**
- * How far the text goes on without CR, LF and NUL. It looks no further than one line is long, so that text
- * full of one of them costs no more than other text.
+ * The number of bytes before the first CR, LF or NUL. It searches no further than the longest line, so that
+ * text full of one of these costs no more than other text.
  */
 std::size_t bytesOfRun(std::string_view text) {
     text = text.substr(0, kMaximumTextLineBytes);
@@ -21,7 +21,7 @@ std::size_t bytesOfRun(std::string_view text) {
     return text.size();
 }
 
-/** How many bytes of a line, of which more than the maximum are known, stay before the break. */
+/** How many bytes of a line that is too long stay before the break. */
 std::size_t bytesBeforeBreak(std::string_view line) {
     const std::size_t space = line.substr(0, kMaximumTextLineBytes).find_last_of(" \t");
     if (space != std::string_view::npos) {
@@ -32,7 +32,7 @@ std::size_t bytesBeforeBreak(std::string_view line) {
     while (continuesCharacter(line[end]) && kMaximumTextLineBytes - end < longestCharacter) {
         --end;
     }
-    // What has no start of a character there is no UTF-8.
+    // Where no character starts within these bytes, the text is not UTF-8.
     return continuesCharacter(line[end]) ? kMaximumTextLineBytes : end;
 }
 } // namespace
@@ -132,7 +132,7 @@ void DotStuffer::add(std::string_view piece, std::string& output) {
     }
     const char last = piece.back();
     while (!piece.empty()) {
-        // Dots are rarer than line ends, and there are none in an encoded file.
+        // Searches for dots, not line ends: dots are rarer, and an encoded file has none.
         const std::size_t dot = std::min(piece.find('.'), piece.size());
         const bool atStart = dot == 0 ? atLineStart_ : piece[dot - 1] == '\n';
         output.append(piece.substr(0, dot));

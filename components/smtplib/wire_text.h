@@ -10,14 +10,14 @@ namespace smtplib {
 inline constexpr std::size_t kMaximumTextLineBytes = 998;
 
 /**
- * How much of the text, up to its last line end, can go out as it is: whole lines that end in CR LF, none too
- * long, no other CR or LF and no NUL. All of it or nothing: where one line is not ready, 0.
+ * The length of the text up to its last line end, in bytes, when that part can go out unchanged: its lines
+ * end in CR LF, none is too long, and there is no other CR or LF and no NUL. Otherwise 0.
  */
 std::size_t bytesOfReadyLines(std::string_view text);
 
 /**
- * Makes lines of any text that comes in pieces, as SMTP must have them, and changes nothing else. What is in
- * memory is one line at most.
+ * Turns text that comes in pieces into the lines that SMTP requires, and changes nothing else. It keeps one
+ * line in memory at most.
  *
  * - A bare CR or LF becomes CR LF (RFC 5321 section 2.3.8); the last line gets an end when it has none.
  * - A line that is too long is broken behind its last space that fits; where there is none, as late as it
@@ -27,7 +27,7 @@ std::size_t bytesOfReadyLines(std::string_view text);
  */
 class WireText {
   public:
-    /** Appends to the output what is certain after this piece. */
+    /** Takes a piece and appends to the output all that the next piece cannot change. */
     void add(std::string_view piece, std::string& output);
 
     /** Appends the rest. The text ends here, and another may begin. */
@@ -38,7 +38,7 @@ class WireText {
     void addToLine(std::string_view run, std::string& output);
     void endLine(std::string& output);
 
-    /** The line so far, as long as nobody can tell where it is to be broken. */
+    /** The unfinished line: where it has to be broken depends on what follows. */
     std::string line_;
     /** The text so far ends in a CR whose LF may still come. */
     bool carriageReturn_ = false;
