@@ -10,7 +10,7 @@ constexpr int kLastSuccess = 0x00FF;
 } // namespace
 
 bool cupsRefused() {
-    // Qt's own plugin has loaded the library if there is one, and asks it on the same thread.
+    // Qt's printing plugin has loaded the library if it is installed, and calls it on this same thread.
     QLibrary library(QStringLiteral("cups"), 2);
     const auto lastError = reinterpret_cast<int (*)()>(library.resolve("cupsLastError"));
     if (lastError == nullptr) {

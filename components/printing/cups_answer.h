@@ -3,8 +3,8 @@
 namespace printing {
 
 /**
- * True when the printing system refused, or never got, what this thread asked of it last. Qt hands a document
- * over without a word about the answer. False where no CUPS is in use.
+ * True when CUPS refused or never received this thread's last request. Qt hands a document over to CUPS and
+ * does not report the reply. False where CUPS is not installed.
  */
 bool cupsRefused();
 

@@ -6,10 +6,13 @@
 
 #include <memory>
 
-/** What the program looks up in this library. \throws RuntimeError 482 when there is no default printer. */
+/**
+ * The function that platform::makeDefaultPrinter() looks up in this library; the caller owns the printer.
+ * \throws RuntimeError 482 when there is no default printer.
+ */
 extern "C" __attribute__((visibility("default"))) platform::TextPrinter* brindlewakeMakeDefaultPrinter() {
     const QPrinterInfo info = QPrinterInfo::defaultPrinter();
-    // Without one, Qt would write a file where nobody looks for it.
+    // Without a default printer, Qt would write a file that the user would never find.
     if (info.isNull()) {
         throw platform::RuntimeError(platform::errors::PrinterError);
     }

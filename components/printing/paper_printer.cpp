@@ -15,7 +15,7 @@
 namespace printing {
 
 namespace {
-/** How far apart tab stops are. */
+/** The distance between tab stops is the width of this text. */
 constexpr QStringView kTabColumns = u"00000000";
 
 bool isSpace(QStringView text) {
@@ -132,7 +132,10 @@ void PaperPrinter::draw(const QString& text) {
     x_ += metrics_.horizontalAdvance(text);
 }
 
-/** How much of the text can stand on the rest of the line; on an empty line at least one character. */
+/**
+ * How much of the text fits on the rest of the line, in UTF-16 units; on an empty line at least one
+ * character.
+ */
 qsizetype PaperPrinter::fittingLength(const QString& piece) const {
     const double space = printableWidth() - x_;
     if (metrics_.horizontalAdvance(piece) <= space) {

@@ -13,8 +13,8 @@ namespace printing {
 
 /**
  * Text on the pages of a printer, in the printer's own units. Lines break where the text breaks them and, so
- * that nothing is lost, at the right edge; spaces may hang over it. Pages are begun when something is to
- * stand on them. Tabs lead to the next stop; other control characters are shown instead of obeyed.
+ * that nothing is lost, at the right edge; spaces may hang over it. A page is begun only when text is to be
+ * printed on it. Tabs lead to the next stop; other control characters are shown instead of obeyed.
  */
 class PaperPrinter : public platform::TextPrinter {
   public:

@@ -7,7 +7,10 @@
 namespace printing {
 
 namespace {
-/** Longer than a word; short enough to be measured again and again where a text without spaces is broken. */
+/**
+ * In UTF-16 units: longer than a word, and short enough to be measured repeatedly where a text without spaces
+ * has to be broken.
+ */
 constexpr qsizetype kPieceLength = 64;
 
 bool isPlain(QChar character) {
@@ -19,7 +22,7 @@ qsizetype pieceEnd(QStringView text) {
     if (text.size() <= kPieceLength) {
         return text.size();
     }
-    // What may follow the cut decides whether a character ends there.
+    // Whether a character ends at the cut depends on what follows it.
     const QStringView around = text.first(std::min(text.size(), kPieceLength + 8));
     QTextBoundaryFinder boundary(QTextBoundaryFinder::Grapheme, around.data(), around.size());
     boundary.setPosition(kPieceLength);

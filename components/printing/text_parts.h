@@ -9,7 +9,7 @@ struct TextPart {
     enum class Kind { Text, Tab, LineBreak };
 
     Kind kind = Kind::Text;
-    /** The text of a piece of text, which is short and cuts no character in two. */
+    /** The characters of the part. A part of kind Text is short and splits no character. */
     QStringView text;
 };
 
