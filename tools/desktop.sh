@@ -1,5 +1,5 @@
-# Functions for using the program as a person does, on a display that nobody sees: tools/tour and the test of the
-# whole round. To be sourced; needs "set -euo pipefail" and these variables:
+# Functions for using the program as a person does, on a display without a screen. tools/tour and the tests in
+# tests/round and tests/platforms source this file. It needs "set -euo pipefail" and these variables:
 #
 #     pictures   the folder for pictures and logs; it is there already
 #     home       the program's home folder, with runtime/ in it
@@ -24,7 +24,7 @@ fail() {
     exit 1
 }
 
-# until_true <what is waited for> <command>...: tries the command until it succeeds.
+# until_true <what is waited for> <command>...: tries the command until it succeeds; fails after the timeout.
 until_true() {
     local -r what=$1 deadline=$((SECONDS + timeout))
     shift
@@ -55,19 +55,19 @@ has_focus() {
     [[ $(xdotool getwindowfocus getwindowname 2>/dev/null) == "$1" ]]
 }
 
-# wait_for_window <title> [<how many with it>]: until it is there and has the keyboard.
+# wait_for_window <title> [<how many with it>]: waits until it is there and has the keyboard.
 wait_for_window() {
     until_true "the window \"$1\"" has_windows "$1" "${2:-1}"
     until_true "the keyboard for \"$1\"" has_focus "$1"
     wait_until_still
 }
 
-# wait_for_window_gone <title> [<how many may stay>]
+# wait_for_window_gone <title> [<how many stay>]
 wait_for_window_gone() {
     until_true "the end of the window \"$1\"" has_windows "$1" "${2:-0}"
 }
 
-# Until two looks at the screen, a little apart, show the same but for a blinking text cursor.
+# Succeeds when two pictures of the screen, 0.15 s apart, are the same but for a blinking text cursor.
 is_still() {
     local -r before=$pictures/before.miff after=$pictures/after.miff
     local different_pixels
@@ -91,7 +91,7 @@ write() {
     xdotool type --clearmodifiers --delay 30 "$1"
 }
 
-# picture <name> <what the step has shown>
+# picture <name> <what the step has shown>: takes a picture of the screen and prints where it is.
 picture() {
     wait_until_still
     step_number=$((step_number + 1))
@@ -130,11 +130,11 @@ EOF
     HOME=$home fbsetroot -solid '#5f7688' 2>>"$pictures/window-manager.log"
 }
 
-# Becomes the program, in its folder; for a shell of its own.
+# Replaces the shell with the program, in the program's folder. To be called in a subshell.
 become_program() {
     local -r program=$(realpath "$build/brindlewake")
     cd "$folder"
-    # Nothing of the user's own desktop: neither settings nor files nor services.
+    # The program must use nothing of the user's own desktop: no settings, no files, no services.
     export HOME=$home XDG_RUNTIME_DIR=$home/runtime QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
     unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_STATE_HOME WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
     exec "$program"
@@ -145,24 +145,24 @@ start_program() {
     program_pid=$!
 }
 
-# start_program_again: a second start beside the first, which ends by itself.
+# start_program_again: starts the program beside the one that runs; the second start has to end by itself.
 start_program_again() {
     (become_program) >"$pictures/second-start.log" 2>&1 || fail "the second start ended with status $?"
 }
 
-# click_row <row> <title of the main window> <times>: where a person would, on the subject.
+# click_row <row> <title of the main window> <times>: clicks the subject in a row of the list.
 click_row() {
     local -r id=$(windows_titled "$2") first_row=87 row_height=21
     xdotool mousemove --window "$id" 560 $((first_row + row_height * ($1 - 1))) click --repeat "$3" --delay 60 1
 }
 
-# press_exit: Alt+X in the main window, and the program's own end.
+# press_exit: presses Alt+X in the main window and waits until the program has ended.
 press_exit() {
     press alt+x
     expect_end
 }
 
-# Waits until the program has ended by itself, and well.
+# Waits until the program has ended by itself, with status 0.
 expect_end() {
     local -r ending=$program_pid
     program_pid=
@@ -170,15 +170,15 @@ expect_end() {
     wait "$ending" || fail "the program ended with status $?"
 }
 
-# Ends what was started here; to be called at the end, however that comes.
+# Ends the program, the window manager and the display. To be called from a trap on EXIT.
 end_desktop() {
     end_process "$program_pid" TERM
-    # A window manager that has just lost a window may not hear a polite signal.
+    # A window manager that has just lost a window may ignore SIGTERM.
     end_process "$manager_pid" KILL
     end_process "$display_pid" TERM
 }
 
-# end_process <number, or nothing> <signal>
+# end_process <process id, or nothing> <signal>: sends the signal and waits for the end.
 end_process() {
     [[ -n $1 ]] || return 0
     kill -s "$2" "$1" 2>/dev/null || true
