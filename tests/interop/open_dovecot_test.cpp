@@ -32,7 +32,7 @@ std::string encoded(const std::string& content) {
     return text;
 }
 
-/** A letter with a file, as mail programs write it; dots and answers of the protocol among the text. */
+/** A letter with a file, as mail programs write it, with dots and POP3 replies among the text. */
 std::string bodyWithFile(const std::string& content) {
     return "This is a message in several parts.\r\n--=_cut\r\n"
            "Content-Type: text/plain; charset=\"utf-8\"\r\nContent-Transfer-Encoding: 8bit\r\n\r\n"

@@ -47,7 +47,7 @@ struct Fetched {
     }
 };
 
-/** Base64 as attachments have it, made without the program's own codec. */
+/** Base64 in lines, as attachments have it, made without the program's own encoder. */
 std::string base64Lines(const std::string& bytes) {
     const QByteArray text = QByteArray::fromStdString(bytes).toBase64();
     std::string lines;
@@ -241,7 +241,7 @@ TEST_F(SendThroughExim, AnUnknownRecipientStopsTheMessageForAllAndACorrectedOneL
 }
 
 TEST_F(SendThroughExim, AMessageAboveTheServersLimitIsNotEvenOffered) {
-    // Its base64 text is a third larger, and above the limit.
+    // The file is below the limit, but its base64 text is a third larger and above it.
     folder.write("D/HUGE.BIN", "");
     std::filesystem::resize_file(folder.path("D/HUGE.BIN"), EximServer::kSizeLimit * 4 / 5);
     write(bob, QStringLiteral("Huge"), QString());

@@ -1,4 +1,4 @@
-// What is asked of a POP3 server, and in which order, played from dialogues without a network.
+// What the plans ask of a POP3 server, and in which order, played from dialogues without a network.
 
 #include "components/poplib/listed_mailbox.h"
 #include "components/poplib/log_on_plan.h"
@@ -43,7 +43,7 @@ class Dialogue : public support::RecordedExchange<Pop3Session> {
         }
     }
 
-    /** The lines that the client is to send, all of them and no other. */
+    /** Checks that the client has sent its lines of the dialogue, all of them and no other. */
     void expectToBeSaid() {
         collectOutput();
         EXPECT_THAT(sent(), ElementsAreArray(clientLines_));

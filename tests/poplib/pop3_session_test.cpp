@@ -258,7 +258,7 @@ TEST(Pop3Session, OnlyCountsWhatLiesBehindTheWantedLines) {
     }
 }
 
-/** Feeds lines of a kilobyte until the session says something else than a line; returns the bytes fed. */
+/** Feeds lines of a kilobyte until the session makes another event than a line; returns the bytes fed. */
 std::int64_t bytesUntilItFails(Pop3Session& session, std::int64_t atMost) {
     const std::string line = std::string(1022, 'x') + "\r\n";
     session.receive("+OK\r\n\r\n");

@@ -33,7 +33,7 @@ std::string nameWithPieces(const testing::TestParamInfo<NameAndPieces>& test) {
     return support::testNameOf(name, pieceBytes);
 }
 
-/** Feeds the bytes and adds what comes of them to the events. */
+/** Feeds the bytes in pieces and appends the events that they make. */
 void feed(Pop3Session& session, std::string_view bytes, std::size_t pieceBytes,
           std::vector<std::string>& events) {
     support::forEachPiece(bytes, pieceBytes, [&](std::string_view piece) {
@@ -73,7 +73,7 @@ INSTANTIATE_TEST_SUITE_P(Dialogues, Pop3TranscriptInPieces,
 
 class PipelinedPop3Transcript : public testing::TestWithParam<std::string> {};
 
-/** The dialogue with as many commands outstanding as the session allows, all answers in one piece. */
+/** Plays the dialogue with up to eight commands outstanding, and the replies in pieces of seven bytes. */
 std::vector<std::string> eventsOfPipelinedSession(const Transcript& transcript, std::string& output) {
     Pop3Session session;
     session.setMaximumOutstanding(8);
@@ -94,7 +94,7 @@ std::vector<std::string> eventsOfPipelinedSession(const Transcript& transcript, 
     return events;
 }
 
-/** Dialogues in which the server's greeting lets the client speak. */
+/** Dialogues in which the client sends commands, as the greeting allows it. */
 std::vector<std::string> namesWithCommands() {
     std::vector<std::string> names = support::transcriptNames(kFolder);
     std::erase_if(names, [](const std::string& name) {
@@ -114,7 +114,10 @@ TEST_P(PipelinedPop3Transcript, GivesTheSameEventsAndCommands) {
     EXPECT_EQ(output, expected);
 }
 
-/** A deletion asks more than a dialogue without a listing before it can answer; it has tests of its own. */
+/**
+ * Dialogues without DELE: before a deletion the component asks for more than they answer. Deletions have
+ * tests of their own.
+ */
 std::vector<std::string> namesWithoutDeletion() {
     std::vector<std::string> names = support::transcriptNames(kFolder);
     std::erase_if(names, [](const std::string& name) { return name.starts_with("deletion"); });
@@ -162,7 +165,7 @@ class Pop3TranscriptPlayed : public support::PopTest, public testing::WithParamI
     }
 };
 
-/** Those of its events that the POP3 component raises: header and body lines. */
+/** The events of the dialogue that the POP3 component raises: header and body lines. */
 std::vector<std::string> contentOf(const Transcript& transcript) {
     std::vector<std::string> content;
     std::copy_if(

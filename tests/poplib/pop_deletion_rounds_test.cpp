@@ -1,5 +1,5 @@
-// Many rounds of listing and deleting while a second client deletes and adds, on servers with unique-ids of
-// every worth. Whatever is deleted must be what was listed under the number.
+// Many rounds of listing and deleting while a second client deletes and adds, on servers with good, bad and
+// no unique-ids. A deleted message must be the one that was listed under its number.
 
 #include "tests/poplib/pop_fixture.h"
 #include "tests/support/pop3_script.h"
@@ -56,7 +56,7 @@ class Mailbox {
         forget(number);
     }
 
-    /** The client has removed it. */
+    /** Removes the message from the list, as the client has deleted it. */
     void forget(std::size_t number) {
         const auto index = static_cast<std::ptrdiff_t>(number) - 1;
         texts_.erase(texts_.begin() + index);

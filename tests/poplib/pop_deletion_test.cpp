@@ -1,4 +1,4 @@
-// No wrong message is ever deleted, whatever others do to the mailbox meanwhile.
+// No wrong message is ever deleted, whatever other programs do to the mailbox meanwhile.
 
 #include "tests/poplib/pop_fixture.h"
 
@@ -123,7 +123,7 @@ TEST_P(PopDeletion, IsNoSuccessUntilTheServerHasSaidSo) {
     }
     mailbox.answer("QUIT", "-ERR some deleted messages not removed\r\n");
     EXPECT_EQ(deleteInASession(1), errors::MailServerTrouble);
-    // Nothing is gone, so the numbers have not moved either.
+    // No message was deleted, so the numbers have not moved either.
     mailbox.answerProperly("QUIT");
     EXPECT_EQ(deleteInASession(2), 0);
     EXPECT_THAT(mailbox.messages(), ElementsAre(message("a"), message("c"), message("d")));

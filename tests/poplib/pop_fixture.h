@@ -63,7 +63,7 @@ class PopTest : public testing::Test {
         return request(poplib::Request::DeleteCurrentMessage);
     }
 
-    /** The size that the server tells, 0 when it refuses, or the negative number of the error. */
+    /** The size from the server's reply, 0 when it refuses, or the negative number of the error. */
     std::int32_t sizeOf(std::int16_t number) {
         pop.setCurrentMessage(number);
         std::int32_t size = 0;
@@ -71,8 +71,7 @@ class PopTest : public testing::Test {
         return error == 0 ? size : -error;
     }
 
-    /** Log-on, size and first lines of every message, log-off, as the login window does it; the first error.
-     */
+    /** Logs on, lists all messages and logs off, as the login window does; returns the first error, or 0. */
     int listing() {
         if (const int error = logOn(); error != 0) {
             return error;
@@ -89,9 +88,9 @@ class PopTest : public testing::Test {
     }
 
     POPLib::POP pop;
-    /** Header and body events, in the words of dialogues. */
+    /** Header and body events, as dialogues write them. */
     std::vector<std::string> content;
-    /** "> " and a command, "< " and an answer. */
+    /** Each command behind "> ", each reply behind "< ". */
     std::vector<std::string> trail;
 };
 

@@ -64,7 +64,7 @@ TEST_P(LossAfterByte, IsTroubleAndNoEventIsMadeUp) {
     ScriptedServer server{Pop3Mailbox(kMessages)};
     pop.setMailServer(server.address());
     ASSERT_EQ(listing(), 0);
-    // The server counts an byte after it has sent it, so the client may be ahead of the count.
+    // The server counts a byte after it has sent it, so the client may be ahead of the count.
     ASSERT_TRUE(server.waitForEndOf(1));
     const std::size_t total = server.bytesSent();
     const std::vector<std::string> whole = std::exchange(content, {});
@@ -73,7 +73,7 @@ TEST_P(LossAfterByte, IsTroubleAndNoEventIsMadeUp) {
     for (std::size_t bytes = 0; bytes < total; ++bytes) {
         SCOPED_TRACE(bytes);
         server.cutAfter(bytes, GetParam());
-        // Nothing depends on the unique-ids and QUIT.
+        // The listing does not depend on the replies to UIDL and QUIT.
         const bool everythingCame = bytes + quit.size() >= total;
         ASSERT_EQ(listing(), everythingCame ? 0 : errors::MailServerTrouble);
         ASSERT_LE(content.size(), whole.size());

@@ -1,5 +1,5 @@
-// What a server does at the end of a session: of no importance once everything has come, unless something is
-// to be deleted.
+// What a server does at the end of a session: it does not matter once everything has come, unless messages
+// are marked as deleted.
 
 #include "tests/poplib/pop_fixture.h"
 #include "tests/support/pop3_script.h"
@@ -92,7 +92,7 @@ TEST_P(BadQuit, IsNoErrorWhenNothingIsToBeDeletedAndTheWindowsLiveOn) {
     EXPECT_TRUE(beat);
     EXPECT_TRUE(server.waitForEndOf(1)) << "the session is closed";
 
-    // What was listed can be deleted without unique-ids.
+    // Listed messages can be deleted without unique-ids.
     mailbox.answerProperly(GetParam().command);
     ASSERT_EQ(logOn(), 0);
     EXPECT_EQ(remove(2), 0);

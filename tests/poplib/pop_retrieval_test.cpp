@@ -1,4 +1,4 @@
-// What retrieval raises, and what it does with servers that answer too much, too little or twice.
+// What a retrieval raises, and what it does with servers that send too much, too little or two replies.
 
 #include "tests/poplib/pop_fixture.h"
 

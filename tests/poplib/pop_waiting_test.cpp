@@ -47,7 +47,7 @@ TEST_F(PopWaiting, LogsOnAfterAnAttemptThatFailed) {
 struct Silence {
     const char* name;
     std::vector<std::pair<std::string, support::Conversation>> actions;
-    /** Where the server is silent; the last one is the log-off. */
+    /** Requests that succeed before the one in which the server is silent. */
     int requestsBefore;
 };
 

@@ -7,7 +7,7 @@
 
 namespace support {
 
-/** The client's lines as commands; a RETR after a TOP for the same message has that one's limit. */
+/** The client's lines as commands; a RETR after a TOP for the same message has the limit of that TOP. */
 std::vector<poplib::Command> commandsOf(const Transcript& transcript);
 
 } // namespace support

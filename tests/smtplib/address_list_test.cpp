@@ -172,7 +172,7 @@ INSTANTIATE_TEST_SUITE_P(Lists, AddressListRefused, testing::ValuesIn(kBad), nam
 struct Faulty {
     const char* name;
     std::string typed;
-    /** What is to be marked of it. */
+    /** The part that is to be marked as faulty. */
     std::string marked;
     int error = errors::BadAddress;
 };
@@ -233,7 +233,7 @@ TEST(AddressList, AFaultIsTheErrorOfItsListAndNeverEmpty) {
 }
 
 TEST(AddressList, APathMayHaveItsLongestLengthAndNoMore) {
-    // 256 bytes with both brackets, 3 of them for the brackets and the sign, 2 for the local part.
+    // A path has 256 bytes: 3 for the brackets and the "@", 2 for the local part, 251 for the domain.
     const std::string label = std::string(61, 'x') + '.';
     const std::string domain = label + label + label + label + "abc";
     ASSERT_EQ(domain.size(), 251U);

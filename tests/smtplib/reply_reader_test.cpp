@@ -13,7 +13,7 @@ using smtplib::extensionsOf;
 using smtplib::ReplyReader;
 using testing::ElementsAreArray;
 
-/** "CODE line|line" for each reply, and "broken" where the bytes are. */
+/** "CODE line|line" for each reply, then "broken" when the bytes are broken. */
 std::vector<std::string> replies(std::string_view bytes, std::size_t pieceBytes) {
     ReplyReader reader;
     std::vector<std::string> described;

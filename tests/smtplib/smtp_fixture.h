@@ -54,7 +54,7 @@ class SmtpTest : public testing::Test {
 
     int close() { return request(smtplib::Request::CloseConnection); }
 
-    /** Opens, transmits and closes, as the compose window does it; the first error. */
+    /** Opens, transmits and closes, as the compose window does; returns the first error, or 0. */
     int send() {
         if (const int error = open(); error != 0) {
             return error;
@@ -71,7 +71,7 @@ class SmtpTest : public testing::Test {
     }
 
     SMTPLib::SMTP smtp;
-    /** "> " and a command, "< " and a line of an answer. */
+    /** Each command behind "> ", each line of a reply behind "< ". */
     std::vector<std::string> trail;
     std::vector<std::pair<std::int64_t, std::int64_t>> progress;
 };

@@ -1,4 +1,5 @@
-// Connections that end where they should not. What counts is whether the person may send the message again.
+// Connections that end where they should not. The error must tell whether the user may safely send the
+// message again.
 
 #include "tests/smtplib/smtp_fixture.h"
 #include "tests/support/sanitizer.h"
@@ -69,7 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, SmtpLossAtCommand,
 
 class SmtpLossAfterByte : public SmtpLoss, public testing::WithParamInterface<Ending> {
   protected:
-    /** Cuts everything after so many bytes, sends, and checks that the number tells no lie. */
+    /** Cuts the connection after so many bytes, sends, and checks that the error number is right. */
     void checkCutAfter(ScriptedServer& server, std::size_t bytes, std::size_t invitationEnd,
                        std::size_t confirmationEnd) {
         SCOPED_TRACE(bytes);
@@ -83,13 +84,14 @@ class SmtpLossAfterByte : public SmtpLoss, public testing::WithParamInterface<En
             ASSERT_EQ(error, errors::SendingLost);
             ASSERT_FALSE(dotHeard);
         } else if (bytes >= confirmationEnd) {
-            // A reset may take the confirmation along, just as it may leave it.
+            // A reset may or may not discard the confirmation that is on its way.
             ASSERT_THAT(error, testing::AnyOf(0, errors::ConfirmationLost));
             ASSERT_TRUE(error == 0 || GetParam() == Ending::Reset);
         } else if (dotHeard) {
             ASSERT_EQ(error, errors::ConfirmationLost);
         } else {
-            // The server has gone with its invitation; the dot may have left all the same, unheard.
+            // The server was gone after its 354 reply. The dot may have left all the same, without reaching
+            // it.
             ASSERT_THAT(error, testing::AnyOf(errors::SendingLost, errors::ConfirmationLost));
         }
     }
@@ -113,7 +115,7 @@ TEST_P(SmtpLossAfterByte, NeverHidesThatTheMessageMayHaveBeenSent) {
 INSTANTIATE_TEST_SUITE_P(Bytes, SmtpLossAfterByte, testing::Values(Ending::Close, Ending::Reset),
                          [](const auto& test) { return nameOf(test.param); });
 
-/** A message that no socket swallows at once. */
+/** A message that is larger than any socket's buffer. */
 class SmtpLossOfALargeMessage : public SmtpLoss {
   protected:
     SmtpLossOfALargeMessage() {
@@ -122,7 +124,7 @@ class SmtpLossOfALargeMessage : public SmtpLoss {
         smtp.setBody(body);
     }
 
-    /** Answers DATA and does this once some lines have come. */
+    /** Accepts DATA, and runs the action once some lines have come. */
     void afterSomeLines(const support::Conversation& action) {
         mailbox.on("DATA", [action](Peer& peer) {
             peer.send("354 go on\r\n");
@@ -170,7 +172,7 @@ TEST_F(SmtpLossOfALargeMessage, AServerThatStopsReadingIsGivenUp) {
     smtp.setTimeouts(timeouts);
     mailbox.on("DATA", [](Peer& peer) {
         peer.send("354 go on\r\n");
-        peer.trickle("2", std::chrono::milliseconds(0)); // half of an answer counts as none
+        peer.trickle("2", std::chrono::milliseconds(0)); // half a reply counts as none
         peer.readLine();
         peer.holdSilent();
     });

@@ -1,4 +1,4 @@
-// What goes over the wire when all goes well, and every answer that a server may give instead.
+// What goes over the wire when all goes well, and every reply that a server may send instead.
 
 #include "tests/smtplib/smtp_fixture.h"
 #include "tests/support/temporary_folder.h"

@@ -34,7 +34,7 @@ int numberOfFailure(const smtplib::Event* event, const SmtpSession& session) {
     return failed == nullptr ? 0 : smtplib::numberOf(failed->kind, session.mayHaveBeenSent());
 }
 
-/** Sends the message that the dialogues are about. */
+/** Sends the message that all dialogues have in common. */
 void sendMessage(Dialogue& dialogue, bool eightBit) {
     SmtpSession& session = dialogue.session();
     const smtplib::Extensions extensions = smtplib::openSession(dialogue, "[127.0.0.1]");
