@@ -20,7 +20,7 @@ struct Result {
     bool operator==(const Result&) const = default;
 };
 
-/** The pieces have the sizes that the input decides, one character each once it is used up. */
+/** Decodes in pieces whose sizes the input decides; of one character each once the input is used up. */
 template <class Decoder = netcodelib::Base64Decoder>
 Result decoded(std::string_view text, fuzz::Input decisions) {
     Decoder decoder;

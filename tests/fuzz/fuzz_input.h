@@ -9,7 +9,7 @@
 
 namespace fuzz {
 
-/** Ends the run and so reports a finding. */
+/** Ends the run unless the condition holds, which libFuzzer reports as a finding. */
 inline void require(bool holds, const char* what) {
     if (!holds) {
         std::fprintf(stderr, "violated: %s\n", what);

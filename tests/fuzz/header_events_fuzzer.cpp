@@ -1,7 +1,7 @@
-// HeaderEvents, which remembers what it has searched, against the same rules written down without a memory.
+// Compares HeaderEvents, which remembers what it has searched, with the same rules in functions that do not.
 //
-// Input: header lines, each a byte that says what happens before it, its field up to a colon, and its value
-// up to a line feed.
+// Input: header lines. Each is a byte that says what happens before it, a field up to a colon, and a value up
+// to a line feed.
 
 #include "email/header_events.h"
 #include "platform/runtime_error.h"

@@ -1,4 +1,4 @@
-// Reading a kept letter takes any bytes; a letter that was read, kept and read again, is the same.
+// Reading a kept letter copes with any bytes. A letter that was read, kept and read again is the same.
 
 #include "message/kept_letter.h"
 #include "tests/fuzz/fuzz_input.h"

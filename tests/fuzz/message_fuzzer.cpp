@@ -1,5 +1,5 @@
-// A whole message, from the server's bytes to the saved attachment, against the same rules written down
-// without a memory; and however the network and the disk cut the bytes, the outcome is the same.
+// Compares the handling of a whole message, from the server's bytes to the saved attachment, with the same
+// rules in a parser that remembers nothing. However network and disk cut the bytes, the outcome is the same.
 //
 // Input: a raw message.
 

@@ -44,7 +44,7 @@ poplib::Command command(std::size_t choice) {
     }
 }
 
-/** What holds for every event, whatever the server says. */
+/** Checks what holds for every event, whatever the server sends. */
 struct Requirements {
     void operator()(const poplib::HeaderLine& header) const {
         fuzz::require(header.field.find(':') == std::string::npos, "no colon in a field's name");

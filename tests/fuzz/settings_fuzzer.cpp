@@ -1,5 +1,5 @@
-// Reading settings never does anything but take values or raise its documented errors; what it has read,
-// written and read again, is the same.
+// Reading settings either takes the values or raises a documented error. Settings that were read, written and
+// read again are the same.
 
 #include "email/settings_file.h"
 #include "platform/runtime_error.h"
@@ -38,7 +38,7 @@ bool isYesOrNo(const QString& value) {
     return value == QLatin1String("yes") || value == QLatin1String("no");
 }
 
-/** The same texts; an emptied value is written as the current setting, which is the same one here. */
+/** True for the same texts. An empty value is written as the current setting, which is the same one here. */
 bool same(const email::SettingsFields& left, const email::SettingsFields& right) {
     using Fields = email::SettingsFields;
     for (QString Fields::*const field :

@@ -1,7 +1,7 @@
 // However the network cuts the server's bytes, the session makes the same events and sends the same bytes.
 //
 // Input: number of pieces, one byte for the size of each, a byte for the message, and then what the server
-// says, in turns that a zero byte ends. Between two turns the client sends what it has to.
+// sends, in turns that a zero byte ends. Between two turns the client sends its output.
 
 #include "components/smtplib/plans.h"
 #include "platform/runtime_error.h"
@@ -18,7 +18,7 @@ namespace {
 
 using smtplib::SmtpSession;
 
-/** What holds for every event, whatever the server says. */
+/** Checks what holds for every event, whatever the server sends. */
 void requireSense(const smtplib::Event& event) {
     if (const smtplib::Reply* const reply = smtplib::replyOf(event)) {
         fuzz::require(reply->kind() >= 2 && reply->kind() <= 5, "a reply has a code");
@@ -41,7 +41,7 @@ struct Run {
     bool operator==(const Run&) const = default;
 };
 
-/** A server that says one turn after the other, whatever the client says. */
+/** A server that sends one turn after the other, whatever the client sends. */
 class Dialogue : public smtplib::Exchange {
   public:
     Dialogue(std::string_view bytes, const std::vector<std::size_t>& sizes) : bytes_(bytes), sizes_(sizes) {}

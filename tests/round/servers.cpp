@@ -3,9 +3,9 @@
 //     round_servers <message to deliver>...
 //
 // Writes the two servers' names, then answers each line of its standard input with one line: "await N" waits
-// until N messages have been sent and says how many have arrived, "subjects" says those of all messages in
-// the mailbox. Ends with its standard input. Exits with 77, and says why, when there are no such servers on
-// this computer.
+// until N messages have been sent and says how many have arrived, "subjects" lists the subjects of all
+// messages in the mailbox. Ends with its standard input. Exits with 77, and says why, when there are no such
+// servers on this computer.
 
 #include "tests/support/dovecot_server.h"
 #include "tests/support/exim_server.h"
