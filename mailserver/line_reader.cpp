@@ -35,4 +35,10 @@ LineReader::Result LineReader::next(std::string& line, std::size_t maximumBytes)
     return Result::Incomplete;
 }
 
+std::string LineReader::takeRest() {
+    std::string rest = bytes_.substr(start_);
+    *this = {};
+    return rest;
+}
+
 } // namespace mailserver

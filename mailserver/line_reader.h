@@ -23,6 +23,9 @@ class LineReader {
     /** Takes the next line without its end; what a line has beyond `maximumBytes` is dropped. */
     Result next(std::string& line, std::size_t maximumBytes);
 
+    /** What has come behind the last line, which is not to be read as lines. */
+    std::string takeRest();
+
   private:
     std::string bytes_;
     /** Where the next line starts. */

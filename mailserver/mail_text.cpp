@@ -4,6 +4,19 @@
 
 namespace mailserver {
 
+namespace {
+
+/** Takes the first line, with its line end, off the text; a lone LF ends one too. */
+std::string_view takeLine(std::string_view& text) {
+    const std::size_t lineFeed = text.find('\n');
+    const std::string_view line =
+        text.substr(0, lineFeed == std::string_view::npos ? lineFeed : lineFeed + 1);
+    text.remove_prefix(line.size());
+    return line;
+}
+
+} // namespace
+
 std::string withCrLf(std::string_view text) {
     std::string result;
     result.reserve(text.size() + text.size() / 32 + 2);
@@ -21,30 +34,28 @@ std::string withCrLf(std::string_view text) {
 
 std::string dotStuffed(std::string_view message) {
     std::string result;
-    result.reserve(message.size() + message.size() / 64 + 3);
+    result.reserve(message.size() + message.size() / 64 + 5);
     while (!message.empty()) {
-        const std::size_t end = message.find("\r\n");
-        const std::size_t length = end == std::string_view::npos ? message.size() : end + 2;
-        if (message.front() == '.') {
+        const std::string_view line = takeLine(message);
+        if (line.starts_with('.')) {
             result += '.';
         }
-        result += message.substr(0, length);
-        message.remove_prefix(length);
+        result += line;
+    }
+    if (!result.empty() && !result.ends_with("\r\n")) {
+        result += "\r\n";
     }
     return result += ".\r\n";
 }
 
 std::string_view topOf(std::string_view message, std::size_t bodyLines) {
-    const std::size_t headerEnd = message.starts_with("\r\n") ? 0 : message.find("\r\n\r\n");
-    if (headerEnd == std::string_view::npos) {
-        return message;
+    std::string_view rest = message;
+    while (!rest.empty() && takeLine(rest) != "\r\n") {
     }
-    std::size_t end = headerEnd + (headerEnd == 0 ? 2 : 4);
-    for (; bodyLines > 0 && end < message.size(); --bodyLines) {
-        const std::size_t lineEnd = message.find("\r\n", end);
-        end = lineEnd == std::string_view::npos ? message.size() : lineEnd + 2;
+    for (; bodyLines > 0 && !rest.empty(); --bodyLines) {
+        takeLine(rest);
     }
-    return message.substr(0, end);
+    return message.substr(0, message.size() - rest.size());
 }
 
 std::pair<std::string, std::string_view> splitCommand(std::string_view line) {

@@ -11,8 +11,8 @@ namespace mailserver {
 std::string withCrLf(std::string_view text);
 
 /**
- * The message as an answer of many lines: a line that starts with a dot gets one more, and the last line is a
- * dot alone (RFC 1939 section 3).
+ * The message as an answer of many lines: a line that starts with a dot gets one more, behind a lone LF too,
+ * and the last line is a dot alone (RFC 1939 section 3).
  */
 std::string dotStuffed(std::string_view message);
 

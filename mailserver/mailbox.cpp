@@ -39,14 +39,18 @@ void Mailbox::load(const std::filesystem::path& folder) {
 
 bool Mailbox::append(std::string_view text) {
     std::string lines = withCrLf(text);
-    if (lines.size() > kMaximumMessageBytes || lines.size() > kMaximumBytes - bytes_) {
+    if (lines.size() > kMaximumMessageBytes || bytes_ + lines.size() > kMaximumBytes) {
         return false;
     }
-    bytes_ += lines.size();
+    store(std::move(lines));
+    return true;
+}
+
+void Mailbox::store(std::string text) {
+    bytes_ += text.size();
     ++lastNumber_;
     messages_.push_back(
-        std::make_shared<const Message>(Message{"demo-" + std::to_string(lastNumber_), std::move(lines)}));
-    return true;
+        std::make_shared<const Message>(Message{"message-" + std::to_string(lastNumber_), std::move(text)}));
 }
 
 void Mailbox::remove(const std::string& uniqueId) {

@@ -13,16 +13,13 @@ namespace mailserver {
 struct Message {
     /** Its name for its whole life (RFC 1939 section 7, UIDL); never given to another message. */
     std::string uniqueId;
-    /** Header and body, every line ending in CR LF. */
+    /** Header and body; every line ends in CR LF unless it was stored otherwise. */
     std::string text;
 };
 
 using MessagePointer = std::shared_ptr<const Message>;
 
-/**
- * The one mailbox of the demo server, kept in memory: what is deleted is gone until the server is started
- * again, and no file is ever changed.
- */
+/** The one mailbox of a server, kept in memory: no file is ever changed. */
 class Mailbox {
   public:
     /** Largest message, in bytes. */
@@ -38,6 +35,9 @@ class Mailbox {
 
     /** Adds a message at the end. False when it, or the mailbox with it, would be too large. */
     bool append(std::string_view text);
+
+    /** Adds a message as it is, of whatever size, as a careless server would have stored it. */
+    void store(std::string text);
 
     /** Removes a message; one that is gone already is no error. */
     void remove(const std::string& uniqueId);

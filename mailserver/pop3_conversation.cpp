@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 namespace mailserver {
 
@@ -28,7 +29,7 @@ std::optional<std::size_t> numberOf(std::string_view text) {
 } // namespace
 
 std::string Pop3Conversation::greeting() const {
-    return "+OK Brindlewake demo mailbox\r\n";
+    return "+OK ready\r\n";
 }
 
 std::string Pop3Conversation::receive(std::string_view bytes) {
@@ -59,8 +60,8 @@ std::string Pop3Conversation::answer(std::string_view line) {
 
 std::string Pop3Conversation::answerBeforeLogOn(const std::string& command, std::string_view argument) {
     if (command == "USER") {
-        userNamed_ = !argument.empty();
-        return userNamed_ ? "+OK the password, please\r\n" : "-ERR a user name is needed\r\n";
+        user_ = argument;
+        return user_.empty() ? "-ERR a user name is needed\r\n" : "+OK the password, please\r\n";
     }
     if (command == "PASS") {
         return logOn(argument);
@@ -97,12 +98,12 @@ std::string Pop3Conversation::answerAfterLogOn(const std::string& command, std::
 }
 
 std::string Pop3Conversation::logOn(std::string_view password) {
-    if (!userNamed_) {
+    const std::string user = std::exchange(user_, {});
+    if (user.empty()) {
         return "-ERR the user name comes first\r\n";
     }
-    userNamed_ = false;
-    if (password != kPassword) {
-        return "-ERR [AUTH] wrong password; it is \"demo\" here\r\n";
+    if (!admits_(user, password)) {
+        return "-ERR [AUTH] wrong name or password\r\n";
     }
     for (const MessagePointer& message : mailbox_.messages()) {
         entries_.push_back({message});

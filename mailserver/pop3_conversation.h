@@ -5,24 +5,35 @@
 #include "mailserver/mailbox.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace mailserver {
 
+/** Whether the server lets this user in with this password. */
+using Admission = std::function<bool(std::string_view user, std::string_view password)>;
+
 /**
- * The server's side of one POP3 session (RFC 1939). Any user name is good, the password is kPassword. A
- * session sees the mailbox as it was at log-on; deletions take effect with QUIT.
+ * The server's side of one POP3 session (RFC 1939), with TOP, UIDL, CAPA and PIPELINING. A session sees the
+ * mailbox as it was at log-on; deletions take effect with QUIT.
  */
 class Pop3Conversation : public Conversation {
   public:
+    /** What lets any user in, unless there is another rule. */
     static constexpr std::string_view kPassword = "demo";
     /** Longest command line, in bytes without its end (RFC 2449 section 4). */
     static constexpr std::size_t kMaximumCommandBytes = 253;
 
-    explicit Pop3Conversation(Mailbox& mailbox) : mailbox_(mailbox) {}
+    Pop3Conversation(Mailbox& mailbox, Admission admits) : mailbox_(mailbox), admits_(std::move(admits)) {}
+
+    explicit Pop3Conversation(Mailbox& mailbox)
+        : Pop3Conversation(mailbox, [](std::string_view /*user*/, std::string_view password) {
+              return password == kPassword;
+          }) {}
 
     std::string greeting() const override;
     std::string receive(std::string_view bytes) override;
@@ -55,9 +66,10 @@ class Pop3Conversation : public Conversation {
     std::optional<std::size_t> indexOf(std::string_view number) const;
 
     Mailbox& mailbox_;
+    Admission admits_;
     LineReader input_;
     State state_ = State::Authorization;
-    bool userNamed_ = false;
+    std::string user_;
     std::vector<Entry> entries_;
 };
 

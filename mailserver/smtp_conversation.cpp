@@ -2,11 +2,11 @@
 
 #include "mailserver/mail_text.h"
 
-#include <QDateTime>
-
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <optional>
+#include <utility>
 
 namespace mailserver {
 
@@ -40,41 +40,48 @@ std::optional<std::string_view> pathOf(std::string_view argument, std::string_vi
                : std::nullopt;
 }
 
-/** True when the sender's parameters announce more bytes than are taken (RFC 1870 section 6.1). */
-bool announcesTooMuch(std::string_view argument) {
+/** The bytes that the sender's parameters announce (RFC 1870 section 6.1), 0 when they announce none. */
+std::size_t announcedBytesOf(std::string_view argument) {
     const std::string parameters = upperCase(argument);
     const std::size_t start = parameters.find(" SIZE=");
     if (start == std::string::npos) {
-        return false;
+        return 0;
     }
-    std::size_t size = 0;
+    std::size_t bytes = 0;
     const auto [end, error] =
-        std::from_chars(parameters.data() + start + 6, parameters.data() + parameters.size(), size);
-    return error == std::errc::result_out_of_range || size > Mailbox::kMaximumMessageBytes;
+        std::from_chars(parameters.data() + start + 6, parameters.data() + parameters.size(), bytes);
+    return error == std::errc::result_out_of_range ? std::numeric_limits<std::size_t>::max() : bytes;
 }
 
 } // namespace
 
 std::string SmtpConversation::greeting() const {
-    return "220 demo.example.org Brindlewake demo mailbox ESMTP\r\n";
+    return "220 " + service_.hostName + " ESMTP ready\r\n";
 }
 
 std::string SmtpConversation::receive(std::string_view bytes) {
-    input_.append(bytes);
     std::string answers;
     std::string line;
+    std::string behindData;
     while (!isOver()) {
-        const bool inData = state_ == State::Data;
-        const LineReader::Result result =
-            input_.next(line, inData ? kMaximumTextLineBytes : kMaximumCommandBytes);
+        if (isInText()) {
+            bytes = text_.take(bytes);
+            if (!text_.isComplete()) {
+                break;
+            }
+            answers += endText();
+            continue;
+        }
+        input_.append(bytes);
+        bytes = {};
+        const LineReader::Result result = input_.next(line, kMaximumCommandBytes);
         if (result == LineReader::Result::Incomplete) {
             break;
         }
-        const bool truncated = result == LineReader::Result::Truncated;
-        if (inData) {
-            answers += textLine(line, truncated);
-        } else {
-            answers += truncated ? "500 5.5.2 the line is too long\r\n" : answer(line);
+        answers += result == LineReader::Result::Line ? answer(line) : "500 5.5.2 the line is too long\r\n";
+        if (isInText()) {
+            behindData = input_.takeRest();
+            bytes = behindData;
         }
     }
     return answers;
@@ -92,7 +99,7 @@ std::string SmtpConversation::answer(std::string_view line) {
         return recipient(argument);
     }
     if (command == "DATA") {
-        return startData();
+        return startText();
     }
     if (command == "RSET") {
         forgetMessage();
@@ -117,9 +124,9 @@ std::string SmtpConversation::hello(const std::string& command, std::string_view
     state_ = State::Sender;
     forgetMessage();
     if (!extended_) {
-        return "250 demo.example.org\r\n";
+        return "250 " + service_.hostName + "\r\n";
     }
-    return "250-demo.example.org\r\n250-SIZE " + std::to_string(Mailbox::kMaximumMessageBytes) +
+    return "250-" + service_.hostName + "\r\n250-SIZE " + std::to_string(Mailbox::kMaximumMessageBytes) +
            "\r\n250-8BITMIME\r\n250-ENHANCEDSTATUSCODES\r\n250 PIPELINING\r\n";
 }
 
@@ -130,9 +137,11 @@ std::string SmtpConversation::sender(std::string_view argument) {
     if (!pathOf(argument, "FROM:")) {
         return "501 5.1.7 that is no sender\r\n";
     }
-    if (announcesTooMuch(argument)) {
+    const std::size_t bytes = announcedBytesOf(argument);
+    if (bytes > Mailbox::kMaximumMessageBytes) {
         return std::string(kTooLarge);
     }
+    announcedBytes_ = bytes;
     state_ = State::Recipients;
     return "250 2.1.0 sender taken\r\n";
 }
@@ -146,64 +155,44 @@ std::string SmtpConversation::recipient(std::string_view argument) {
     if (!path || at == std::string_view::npos || at == 0 || at + 1 == path->size()) {
         return "501 5.1.3 that is no recipient\r\n";
     }
-    if (recipients_ == kMaximumRecipients) {
+    if (recipients_.size() == kMaximumRecipients) {
         return "452 4.5.3 too many recipients\r\n";
     }
-    ++recipients_;
-    isLocal_ = isLocal_ || upperCase(path->substr(at + 1)) == upperCase(kLocalDomain);
+    recipients_.emplace_back(*path);
     return "250 2.1.5 recipient taken\r\n";
 }
 
-std::string SmtpConversation::startData() {
+std::string SmtpConversation::startText() {
     if (state_ != State::Recipients) {
         return std::string(kOutOfOrder);
     }
-    if (recipients_ == 0) {
+    if (recipients_.empty()) {
         return "554 5.5.1 no recipient\r\n";
     }
-    state_ = State::Data;
+    state_ = State::Text;
+    text_ = IncomingText(Mailbox::kMaximumMessageBytes);
+    text_.expect(announcedBytes_);
     return "354 the message, then a dot on a line of its own\r\n";
 }
 
-std::string SmtpConversation::textLine(std::string_view line, bool truncated) {
-    if (line == "." && !truncated) {
-        return endData();
-    }
-    if (line.starts_with('.')) {
-        line.remove_prefix(1);
-    }
-    tooLarge_ = tooLarge_ || truncated || text_.size() + line.size() + 2 > Mailbox::kMaximumMessageBytes;
-    if (tooLarge_) {
-        text_.clear();
-    } else {
-        text_.append(line).append("\r\n");
-    }
-    return {};
-}
-
-std::string SmtpConversation::endData() {
-    const bool tooLarge = tooLarge_;
-    const bool stored = tooLarge || !isLocal_ || mailbox_.append(receivedLine() + text_);
+std::string SmtpConversation::endText() {
+    const bool tooLarge = text_.isTooLarge();
+    const bool taken =
+        tooLarge || service_.take({clientName_, extended_, std::move(recipients_), text_.takeLines()});
     forgetMessage();
     if (tooLarge) {
         return std::string(kTooLarge);
     }
-    return stored ? "250 2.0.0 message taken\r\n" : "452 4.3.1 the mailbox is full\r\n";
+    return taken ? "250 2.0.0 message taken\r\n" : "452 4.3.1 the mailbox is full\r\n";
 }
 
 void SmtpConversation::forgetMessage() {
     if (state_ != State::Hello) {
         state_ = State::Sender;
     }
-    recipients_ = 0;
-    isLocal_ = false;
-    tooLarge_ = false;
-    text_.clear();
-}
-
-std::string SmtpConversation::receivedLine() const {
-    return "Received: from " + clientName_ + " by demo.example.org with " + (extended_ ? "ESMTP" : "SMTP") +
-           "; " + QDateTime::currentDateTimeUtc().toString(Qt::RFC2822Date).toStdString() + "\r\n";
+    announcedBytes_ = 0;
+    recipients_.clear();
+    text_ = IncomingText();
 }
 
 } // namespace mailserver

@@ -20,6 +20,11 @@ TEST(MailText, LinesThatStartWithADotGetOneMore) {
     EXPECT_EQ(dotStuffed(""), ".\r\n");
 }
 
+TEST(MailText, AMessageThatIsStoredOddlyStillEndsWithADotAlone) {
+    EXPECT_EQ(dotStuffed("a\n.\nb"), "a\n..\nb\r\n.\r\n");
+    EXPECT_EQ(topOf("A: 1\n\r\none\ntwo", 1), "A: 1\n\r\none\n");
+}
+
 TEST(MailText, TheTopIsTheHeaderAndSomeLinesOfTheBody) {
     const std::string message = "A: 1\r\nB: 2\r\n\r\none\r\ntwo\r\n";
     EXPECT_EQ(topOf(message, 0), "A: 1\r\nB: 2\r\n\r\n");

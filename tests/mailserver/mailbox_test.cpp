@@ -47,11 +47,17 @@ TEST_F(MailboxFolderTest, AMissingFolderIsAnError) {
 TEST(Mailbox, ANameIsNeverGivenTwice) {
     Mailbox mailbox;
     EXPECT_TRUE(mailbox.append("Subject: one\n\n"));
-    mailbox.remove("demo-1");
-    mailbox.remove("demo-1");
+    mailbox.remove("message-1");
+    mailbox.remove("message-1");
     EXPECT_TRUE(mailbox.append("Subject: two\n\n"));
     ASSERT_EQ(mailbox.messages().size(), 1U);
-    EXPECT_EQ(mailbox.messages().front()->uniqueId, "demo-2");
+    EXPECT_EQ(mailbox.messages().front()->uniqueId, "message-2");
+}
+
+TEST(Mailbox, AStoredMessageStaysAsItIs) {
+    Mailbox mailbox;
+    mailbox.store("Subject: one\n\nno end");
+    EXPECT_EQ(mailbox.messages().at(0)->text, "Subject: one\n\nno end");
 }
 
 TEST(Mailbox, AMessageThatIsTooLargeIsNotTaken) {
@@ -67,7 +73,7 @@ TEST(Mailbox, AFullMailboxTakesMailAgainAfterADeletion) {
         ASSERT_TRUE(mailbox.append(large));
     }
     EXPECT_FALSE(mailbox.append(large));
-    mailbox.remove("demo-1");
+    mailbox.remove("message-1");
     EXPECT_TRUE(mailbox.append(large));
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -41,6 +42,15 @@ TEST_F(Pop3ConversationTest, PasswordNeedsAUserNameBefore) {
     EXPECT_EQ(send("PASS demo").substr(0, 4), "-ERR");
 }
 
+TEST_F(Pop3ConversationTest, WhoIsLetInCanBeGiven) {
+    Pop3Conversation guarded(mailbox, [](std::string_view user, std::string_view password) {
+        return user == "bob" && password == "a b";
+    });
+    EXPECT_EQ(guarded.receive("USER ann\r\nPASS a b\r\n"),
+              "+OK the password, please\r\n-ERR [AUTH] wrong name or password\r\n");
+    EXPECT_EQ(guarded.receive("USER bob\r\nPASS a b\r\n"), "+OK the password, please\r\n+OK welcome\r\n");
+}
+
 TEST_F(Pop3ConversationTest, CommandsAreKnownInAnyCase) {
     EXPECT_EQ(send("user anybody").substr(0, 3), "+OK");
     EXPECT_EQ(send("Pass demo").substr(0, 3), "+OK");
@@ -50,8 +60,8 @@ TEST_F(Pop3ConversationTest, ListAndUidlAnswerForOneAndForAll) {
     logOn();
     EXPECT_EQ(send("LIST"), "+OK the list follows\r\n1 34\r\n2 24\r\n.\r\n");
     EXPECT_EQ(send("LIST 2"), "+OK 2 24\r\n");
-    EXPECT_EQ(send("UIDL"), "+OK the list follows\r\n1 demo-1\r\n2 demo-2\r\n.\r\n");
-    EXPECT_EQ(send("UIDL 1"), "+OK 1 demo-1\r\n");
+    EXPECT_EQ(send("UIDL"), "+OK the list follows\r\n1 message-1\r\n2 message-2\r\n.\r\n");
+    EXPECT_EQ(send("UIDL 1"), "+OK 1 message-1\r\n");
 }
 
 TEST_F(Pop3ConversationTest, NumbersThatNameNoMessageAreRefused) {
@@ -84,7 +94,7 @@ TEST_F(Pop3ConversationTest, DeletionTakesEffectWithQuit) {
     EXPECT_EQ(send("QUIT").substr(0, 3), "+OK");
     EXPECT_TRUE(conversation.isOver());
     ASSERT_EQ(mailbox.messages().size(), 1U);
-    EXPECT_EQ(mailbox.messages().front()->uniqueId, "demo-2");
+    EXPECT_EQ(mailbox.messages().front()->uniqueId, "message-2");
 }
 
 TEST_F(Pop3ConversationTest, RsetTakesDeletionsBack) {
@@ -106,7 +116,7 @@ TEST_F(Pop3ConversationTest, AConnectionThatEndsWithoutQuitDeletesNothing) {
 TEST_F(Pop3ConversationTest, ASessionSeesTheMailboxAsItWasAtLogOn) {
     logOn();
     EXPECT_TRUE(mailbox.append("Subject: three\n\n"));
-    mailbox.remove("demo-1");
+    mailbox.remove("message-1");
     EXPECT_EQ(send("STAT"), "+OK 2 58\r\n");
     EXPECT_EQ(send("RETR 1").substr(0, 3), "+OK");
 }

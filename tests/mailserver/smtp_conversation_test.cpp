@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -46,6 +48,25 @@ TEST_F(SmtpConversationTest, AMessageIsDeliveredWithATraceLineAndWithoutStuffedD
     const std::string& text = mailbox.messages().front()->text;
     EXPECT_THAT(text, StartsWith("Received: from client by demo.example.org with ESMTP; "));
     EXPECT_THAT(text, EndsWith("\r\nSubject: hello\r\n\r\n.dot\r\nx\r\n"));
+}
+
+TEST_F(SmtpConversationTest, WhatBecomesOfAMessageCanBeGiven) {
+    std::vector<mailserver::IncomingMessage> taken;
+    SmtpConversation other({"mail.example.org", [&taken](mailserver::IncomingMessage message) {
+                                taken.push_back(std::move(message));
+                                return taken.size() == 1;
+                            }});
+    EXPECT_EQ(other.greeting(), "220 mail.example.org ESMTP ready\r\n");
+    EXPECT_THAT(other.receive("EHLO client\r\n"), StartsWith("250-mail.example.org\r\n"));
+    const std::string message = "MAIL FROM:<>\r\nRCPT TO:<a@example.com>\r\nRCPT TO:<b@example.org>\r\n"
+                                "DATA\r\n..dot\r\n.\r\n";
+    EXPECT_THAT(other.receive(message), EndsWith("250 2.0.0 message taken\r\n"));
+    EXPECT_THAT(other.receive(message), EndsWith("452 4.3.1 the mailbox is full\r\n"));
+    ASSERT_EQ(taken.size(), 2U);
+    EXPECT_EQ(taken[0].clientName, "client");
+    EXPECT_TRUE(taken[0].extended);
+    EXPECT_THAT(taken[0].recipients, testing::ElementsAre("a@example.com", "b@example.org"));
+    EXPECT_EQ(taken[1].lines, "..dot\r\n");
 }
 
 TEST_F(SmtpConversationTest, MailForOtherDomainsIsAcceptedAndDropped) {
