@@ -69,7 +69,8 @@ TEST_P(LossAfterByte, IsTroubleAndNoEventIsMadeUp) {
     const std::size_t total = server.bytesSent();
     const std::vector<std::string> whole = std::exchange(content, {});
     ASSERT_THAT(whole, SizeIs(7));
-    const std::string_view quit = "+OK\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK bye\r\n";
+    const std::string_view quit =
+        "+OK the list follows\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK good-bye\r\n";
     for (std::size_t bytes = 0; bytes < total; ++bytes) {
         SCOPED_TRACE(bytes);
         server.cutAfter(bytes, GetParam());

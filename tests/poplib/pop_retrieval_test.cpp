@@ -41,8 +41,8 @@ TEST_F(PopRetrieval, ShowsTheDialogueButNeverThePassword) {
     ScriptedServer server{Pop3Mailbox()};
     ASSERT_EQ(logOn(server), 0);
     EXPECT_EQ(logOff(), 0);
-    EXPECT_THAT(trail, ElementsAre("< +OK ready", "> USER bob", "< +OK ", "> PASS ****", "< +OK logged on",
-                                   "> STAT", "< +OK 0 0", "> QUIT", "< +OK bye"));
+    EXPECT_THAT(trail, ElementsAre("< +OK ready", "> USER bob", "< +OK the password, please", "> PASS ****",
+                                   "< +OK welcome", "> STAT", "< +OK 0 0", "> QUIT", "< +OK good-bye"));
 }
 
 TEST_F(PopRetrieval, NeverShowsARefusedPasswordEither) {

@@ -232,7 +232,8 @@ class EveryCut : public LoginFailure, public testing::WithParamInterface<Ending>
 
 TEST_P(EveryCut, AfterAnyByteOfTheServersIsTroubleUntilEveryMessageHasCome) {
     // What follows the last message. Nothing depends on it.
-    const std::string_view quit = "+OK\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK bye\r\n";
+    const std::string_view quit =
+        "+OK the list follows\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK good-bye\r\n";
     std::size_t whole = 0;
     {
         ScriptedServer server{Pop3Mailbox(twoMessages)};

@@ -101,8 +101,8 @@ TEST_P(SmtpLossAfterByte, NeverHidesThatTheMessageMayHaveBeenSent) {
     ScriptedServer server(mailbox);
     ASSERT_EQ(send(server), 0);
     ASSERT_TRUE(server.waitForEndOf(1));
-    const std::size_t quit = std::string_view("221 bye\r\n").size();
-    const std::size_t confirmation = std::string_view("250 taken\r\n").size();
+    const std::size_t quit = std::string_view("221 2.0.0 good-bye\r\n").size();
+    const std::size_t confirmation = std::string_view("250 2.0.0 message taken\r\n").size();
     const std::size_t confirmationEnd = server.bytesSent() - quit;
     for (std::size_t bytes = 0; bytes <= server.bytesSent() && bytes <= confirmationEnd + quit; ++bytes) {
         ASSERT_NO_FATAL_FAILURE(

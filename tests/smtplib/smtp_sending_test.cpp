@@ -44,12 +44,15 @@ TEST_F(SmtpSending, OneMessageTakesTheseCommandsAndComesWhole) {
                                       "Cc: carl@example\\.org\r\nSubject: Hello\r\n"
                                       "Date: [A-Z][a-z]+, [0-9]+ [A-Z][a-z]+ [0-9]+ [0-9:]+ [-+][0-9]+\r\n"
                                       "Message-ID: <[0-9.a-f]+@example\\.org>\r\n\r\ntext\r\n"));
-    EXPECT_THAT(trail, ElementsAre("< 220 mail.example.org ready", "> EHLO [127.0.0.1]",
-                                   "< 250-mail.example.org", "< 250-SIZE 100000000", "< 250 8BITMIME",
+    EXPECT_THAT(trail, ElementsAre("< 220 mail.example.org ESMTP ready", "> EHLO [127.0.0.1]",
+                                   "< 250-mail.example.org", "< 250-SIZE 52428800", "< 250-8BITMIME",
+                                   "< 250-ENHANCEDSTATUSCODES", "< 250 PIPELINING",
                                    "> MAIL FROM:<bob@example.org> SIZE=" + std::to_string(message.size()),
-                                   "< 250 ok", "> RCPT TO:<ann@example.org>", "< 250 ok",
-                                   "> RCPT TO:<carl@example.org>", "< 250 ok", "> DATA", "< 354 go on", "> .",
-                                   "< 250 taken", "> QUIT", "< 221 bye"));
+                                   "< 250 2.1.0 sender taken", "> RCPT TO:<ann@example.org>",
+                                   "< 250 2.1.5 recipient taken", "> RCPT TO:<carl@example.org>",
+                                   "< 250 2.1.5 recipient taken", "> DATA",
+                                   "< 354 the message, then a dot on a line of its own", "> .",
+                                   "< 250 2.0.0 message taken", "> QUIT", "< 221 2.0.0 good-bye"));
     EXPECT_EQ(progress.front().first, 0);
     EXPECT_EQ(progress.back(), std::pair(std::int64_t(message.size()), std::int64_t(message.size())));
 }

@@ -10,37 +10,27 @@
 // The mailbox is a handle: copies share one state, so the test can go on using its own while the server runs
 // (deliver new mail between two sessions, look at what is left after a deletion, take an answer back).
 
+#include "tests/support/scripted_answers.h"
 #include "tests/support/scripted_server.h"
 
 #include <cstddef>
-#include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace support {
 
-/** Answers USER, PASS, STAT, LIST, TOP, RETR, DELE, NOOP, RSET and QUIT from a list of messages (RFC 1939).
+/**
+ * Answers as the demo server does (mailserver::Pop3Conversation), from a list of messages. A command with an
+ * answer of its own is a keyword ("TOP"), with its first argument ("TOP 2"), or the whole line ("TOP 2 25");
+ * the most exact one counts. Keywords are in capitals. Whatever is answered to USER and PASS, the log-on
+ * counts.
  */
-class Pop3Mailbox {
+class Pop3Mailbox : public WithScriptedAnswers<Pop3Mailbox> {
   public:
     /** The messages as they are stored: lines end in CR LF, no dot is stuffed. */
     explicit Pop3Mailbox(std::vector<std::string> messages = {});
-
-    /**
-     * Sends these bytes, as they are, instead of the proper answer. The command is a keyword ("TOP"), with
-     * its first argument ("TOP 2"), or the whole line ("TOP 2 25"); the most exact one counts. The greeting
-     * is "GREETING". Keywords are in capitals.
-     */
-    Pop3Mailbox& answer(const std::string& command, std::string bytes);
-
-    /** The same, with anything that a peer can be made to do. */
-    Pop3Mailbox& on(const std::string& command, Conversation action);
-
-    /** The proper answer to this command from now on. */
-    Pop3Mailbox& answerProperly(const std::string& command);
 
     /** Only these are let in; without it, everybody is. */
     Pop3Mailbox& allowOnly(std::string user, std::string password);
@@ -62,11 +52,7 @@ class Pop3Mailbox {
     std::shared_ptr<State> state_;
 };
 
-/** A message's lines with a dot before each leading dot, and the closing dot behind them (RFC 1939 section
- * 3). */
+/** A message as RETR brings it, from its first line to the closing dot. */
 std::string stuffed(std::string_view message);
-
-/** The header, the empty line, and the first lines of the body. */
-std::string firstLines(std::string_view message, std::size_t bodyLines);
 
 } // namespace support

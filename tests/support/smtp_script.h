@@ -9,32 +9,23 @@
 //
 // The mailbox is a handle: copies share one state.
 
+#include "tests/support/scripted_answers.h"
 #include "tests/support/scripted_server.h"
 
-#include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
 namespace support {
 
-/** Answers EHLO, HELO, MAIL, RCPT, DATA and QUIT, and knows SIZE and 8BITMIME. */
-class SmtpMailbox {
+/**
+ * Answers as the demo server does (mailserver::SmtpConversation). A command with an answer of its own is a
+ * keyword in capitals, or "." for the end of a message. Whatever is answered to EHLO, HELO, MAIL and RCPT,
+ * the next command finds them accepted.
+ */
+class SmtpMailbox : public WithScriptedAnswers<SmtpMailbox> {
   public:
-    SmtpMailbox() : state_(std::make_shared<State>()) {}
-
-    /**
-     * Sends these bytes instead of the proper answer. The command is a keyword in capitals, "GREETING", or
-     * "." for the end of a message.
-     */
-    SmtpMailbox& answer(const std::string& command, std::string bytes);
-
-    /** The same, with anything that a peer can be made to do. */
-    SmtpMailbox& on(const std::string& command, Conversation action);
-
-    /** The proper answer to this command from now on. */
-    SmtpMailbox& answerProperly(const std::string& command);
+    SmtpMailbox();
 
     /** The messages that were confirmed: lines with CR LF, as they came, dots still doubled. */
     std::vector<std::string> messages() const;
@@ -43,16 +34,7 @@ class SmtpMailbox {
     void operator()(Peer& peer) const;
 
   private:
-    struct State {
-        mutable std::mutex mutex;
-        std::map<std::string, Conversation> actions;
-        std::vector<std::string> messages;
-    };
-
-    /** True when it did something of its own. */
-    bool act(const std::string& command, Peer& peer) const;
-    void takeMessage(Peer& peer) const;
-
+    struct State;
     std::shared_ptr<State> state_;
 };
 
