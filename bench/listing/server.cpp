@@ -1,9 +1,13 @@
-#include "bench/listing/delayed_listener.h"
+#include "bench/delayed_listener.h"
 #include "bench/listing/sample_mailbox.h"
+#include "mailserver/pop3_conversation.h"
 
 #include <charconv>
+#include <chrono>
+#include <cstdint>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <stdexcept>
 #include <string_view>
 
@@ -20,7 +24,10 @@ int numberOf(std::string_view text) {
 void serve(std::string_view messages, std::string_view delay) {
     mailserver::Mailbox mailbox;
     bench::fillWithSamples(mailbox, numberOf(messages));
-    bench::DelayedListener listener(mailbox, std::chrono::milliseconds(numberOf(delay)));
+    bench::DelayedListener listener(
+        [&mailbox] { return std::make_unique<mailserver::Pop3Conversation>(mailbox); },
+        std::chrono::milliseconds(numberOf(delay)),
+        [](std::uint64_t roundTrips) { std::cout << roundTrips << std::endl; });
     std::cout << listener.port() << std::endl;
     listener.serve();
 }

@@ -1,10 +1,8 @@
-#include "bench/listing/delayed_listener.h"
+#include "bench/delayed_listener.h"
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <ctime>
-#include <iostream>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -16,7 +14,7 @@
 namespace bench {
 
 namespace {
-constexpr std::size_t kReadBytes = 16U << 10U;
+constexpr std::size_t kReadBytes = 256U << 10U;
 
 int mustSucceed(int result, const char* what) {
     if (result < 0) {
@@ -43,16 +41,13 @@ bool sendAll(int socket, std::string_view bytes) {
 }
 } // namespace
 
-Descriptor::~Descriptor() {
-    if (number_ >= 0) {
-        close(number_);
-    }
-}
-
-DelayedListener::DelayedListener(mailserver::Mailbox& mailbox, std::chrono::milliseconds delay)
-    : mailbox_(mailbox),
+DelayedListener::DelayedListener(MakeConversation makeConversation, std::chrono::milliseconds delay,
+                                 Ended ended)
+    : makeConversation_(std::move(makeConversation)),
       delay_(delay),
-      listening_(mustSucceed(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket")) {
+      ended_(std::move(ended)),
+      listening_(mustSucceed(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket")),
+      buffer_(kReadBytes, '\0') {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -85,13 +80,7 @@ void DelayedListener::serve() {
             }
             sendDue(session);
         }
-        sessions_.remove_if([](const Session& session) {
-            const bool ended = session.lost || (session.conversation.isOver() && session.answers.empty());
-            if (ended) {
-                std::cout << session.roundTrips << std::endl;
-            }
-            return ended;
-        });
+        removeEnded();
         if (watched[1].revents != 0) {
             accept();
         }
@@ -112,21 +101,20 @@ std::chrono::nanoseconds DelayedListener::untilNextAnswer() const {
 
 void DelayedListener::accept() {
     const int socket = mustSucceed(accept4(listening_.number(), nullptr, nullptr, SOCK_CLOEXEC), "accept");
-    Session& session = sessions_.emplace_back(socket, mailbox_);
+    Session& session = sessions_.emplace_back(socket, makeConversation_());
     const int on = 1;
     mustSucceed(setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on), "TCP_NODELAY");
-    session.answers.push_back({Clock::now() + delay_, session.conversation.greeting()});
+    session.answers.push_back({Clock::now() + delay_, session.conversation->greeting()});
     sendDue(session);
 }
 
-void DelayedListener::receive(Session& session) const {
-    std::array<char, kReadBytes> bytes{};
-    const ssize_t count = recv(session.connection.number(), bytes.data(), bytes.size(), 0);
+void DelayedListener::receive(Session& session) {
+    const ssize_t count = recv(session.connection.number(), buffer_.data(), buffer_.size(), 0);
     if (count <= 0) {
         session.lost = true;
         return;
     }
-    std::string answer = session.conversation.receive({bytes.data(), static_cast<std::size_t>(count)});
+    std::string answer = session.conversation->receive({buffer_.data(), static_cast<std::size_t>(count)});
     if (!answer.empty()) {
         ++session.roundTrips;
         session.answers.push_back({Clock::now() + delay_, std::move(answer)});
@@ -137,6 +125,19 @@ void DelayedListener::sendDue(Session& session) {
     while (!session.answers.empty() && session.answers.front().due <= Clock::now()) {
         session.lost = session.lost || !sendAll(session.connection.number(), session.answers.front().bytes);
         session.answers.pop_front();
+    }
+}
+
+void DelayedListener::removeEnded() {
+    for (auto session = sessions_.begin(); session != sessions_.end();) {
+        if (!session->lost && (!session->conversation->isOver() || !session->answers.empty())) {
+            ++session;
+            continue;
+        }
+        const std::uint64_t roundTrips = session->roundTrips;
+        // The connection ends first: what is done about the end keeps no client waiting.
+        session = sessions_.erase(session);
+        ended_(roundTrips);
     }
 }
 
