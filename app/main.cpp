@@ -10,18 +10,20 @@
 #include <cstdlib>
 
 int main(int argumentCount, char** arguments) {
-    // A limit on the size of files is to be an error like a full disk, not the end of the program.
+    // A write beyond the limit on file sizes must fail with an error, as on a full disk, instead of ending
+    // the program.
     std::signal(SIGXFSZ, SIG_IGN);
     platform::refuseCoreDumps();
-    // Or each letter of the password makes a line in the log: that its field has no text to be read.
+    // Otherwise Qt logs a warning for each letter of the password, since its field gives screen readers no
+    // text.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.accessibility.atspi.warning=false"));
     SecondStart start;
     const Application application(argumentCount, arguments);
     Application::setApplicationName(QStringLiteral("Brindlewake"));
-    // Windows are hidden and shown in turn; only the main window and Update end the program.
+    // At times no window is visible. Only the main window and Update end the program.
     Application::setQuitOnLastWindowClosed(false);
     if (const auto status = start.statusToEndWith()) {
-        // As the program always ends: at once.
+        // Without destructors, as platform::endProgram() does.
         std::_Exit(*status);
     }
     const LoadedWindows windows;

@@ -12,17 +12,17 @@
 using platform::OnlyProgram;
 
 namespace {
-/** The variable's value as the desktop has set it; empty when there is none. */
+/** Returns the environment variable's value; empty when it is not set. */
 std::string variable(const char* name) {
     return qgetenv(name).toStdString();
 }
 
-/** Names the screen that the program's windows are on, so that another one can be told from it. */
+/** Returns a name for the display that the program's windows are on. Another display has another name. */
 std::string currentScreen() {
     std::string name = QGuiApplication::platformName().toStdString();
     if (name == "xcb") {
         const std::string display = variable("DISPLAY");
-        // ":0.0" is a part of ":0", which its windows can be seen on.
+        // ":0.0" names a screen of the display ":0", so both can show the same windows.
         return name + ' ' + display.substr(0, display.find('.', display.rfind(':')));
     }
     return name + ' ' + variable("WAYLAND_DISPLAY");
@@ -67,7 +67,7 @@ void SecondStart::answerLaterStarts() {
                     return false;
                 }
                 if (!request.token.empty()) {
-                    // Where windows may not come to the front by themselves, this allows it.
+                    // Some desktops let a window come to the front only with this token.
                     qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(request.token));
                 }
                 bringUpWindowInUse();

@@ -7,21 +7,21 @@
 class QSocketNotifier;
 
 /**
- * One program of a user works in a folder at a time. A second start there shows the window of the first, or
- * says why it cannot, and ends.
+ * Lets only one of a user's programs work in a folder at a time. A second program that is started there has
+ * the first one show its window, or says why it cannot, and ends.
  */
 class SecondStart {
   public:
-    /** To be made before the QApplication, which takes what the desktop has left in the environment. */
+    /** Make it before the QApplication, which removes the desktop's activation token from the environment. */
     SecondStart();
     ~SecondStart();
     SecondStart(const SecondStart&) = delete;
     SecondStart& operator=(const SecondStart&) = delete;
 
     /**
-     * Finds out whether this is a second start, before anything in the folder is read or written.
-     * Returns the status that the process ends with then; nothing when this is the first one, which from now
-     * on answers the later ones.
+     * Finds out whether this is a second start. Call it before anything in the folder is read or written.
+     * Returns the status to end the process with when it is. Returns nothing when this is the first program,
+     * which from now on answers later starts.
      */
     std::optional<int> statusToEndWith();
 

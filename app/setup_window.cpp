@@ -52,9 +52,9 @@ QString textIn(const QLineEdit& field) {
     return field.text();
 }
 
-/** Shows the text as the combo box's own, be it one of its items or not. */
+/** Shows the text in the combo box, whether or not it is one of the items. */
 void showText(QComboBox& box, const QString& text) {
-    // The item that the text is, so that the list drops down on it and the arrow keys go on from there.
+    // The matching item becomes the current one, so that the list opens at it and the arrow keys start there.
     box.setCurrentIndex(box.findText(text, Qt::MatchExactly | Qt::MatchCaseSensitive));
     box.setEditText(text);
 }
@@ -79,7 +79,7 @@ void showFields(const frmSetup& window, const Fields& fields) {
     }
 }
 
-/** Puts drive and folders where attachments go now, or to C: when there is no such folder. */
+/** Opens both lists at the folder where attachments are saved, or at C:\ when that cannot be opened. */
 void startLists(const frmSetup& window) {
     for (const QString& path : {email::settings.SaveDirectory, QStringLiteral("C:\\")}) {
         if (platform::errorNumberOf([&] { window.cboDir->setPath(path); }) == 0) {
@@ -91,7 +91,7 @@ void startLists(const frmSetup& window) {
 } // namespace
 
 void frmSetup::Form_Load() {
-    // Before the fields, since a change of folder writes the one of the attachment directory.
+    // This comes before the fields, since cboDir_Change() writes into the field of the attachment directory.
     startLists(*this);
     showFields(*this, email::fieldsOf(email::settingsOfFile()));
     cboAddressIn_Click();

@@ -20,7 +20,7 @@
 
 namespace {
 void prepareColumns(MSFlexGridLib::MSFlexGrid& grid) {
-    // They add up to 1, so the columns fill the grid as wide as it is now; they keep their widths afterwards.
+    // The fractions add up to 1, so the columns fill the grid. They keep these widths when it is resized.
     constexpr std::array<double, 5> fractions = {0.05, 0.11, 0.365, 0.33, 0.145};
     constexpr std::array<int, 5> alignments = {1, 1, 1, 1, 0};
     const double width = grid.usableWidth();
@@ -50,7 +50,7 @@ void readSettingsFile() {
 
 void applySettings(frmMain& main) {
     const QString title = email::programTitle();
-    // The message and the compose window give themselves the same title, when they are first needed.
+    // The message window and the compose window take this title when they are made.
     email::derived.WindowTitle = title;
     aboutWindow().setWindowTitle(title);
     loginWindow().setWindowTitle(title);

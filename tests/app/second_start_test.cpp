@@ -1,4 +1,4 @@
-// Two programs of one user: the built program itself, started as often as a test wants.
+// A second start by the same user. The tests start the built program as separate processes.
 
 #include "tests/support/places.h"
 #include "tests/support/temporary_folder.h"
@@ -30,7 +30,7 @@ class SecondStart : public support::WindowTest {
         filesystem::permissions(folder.path("runtime"), filesystem::perms::owner_all);
     }
 
-    /** Starts the program in the folder and waits until it has begun. */
+    /** Starts the program in the folder and waits until the process runs. */
     std::unique_ptr<QProcess> start(const char* where, const char* platform = "offscreen") {
         auto process = std::make_unique<QProcess>();
         process->setWorkingDirectory(folder.qtPath(where));
@@ -45,7 +45,7 @@ class SecondStart : public support::WindowTest {
         return process;
     }
 
-    /** Starts the program and waits until it is the one that works in the folder. */
+    /** Starts the program and waits until it listens for later starts. */
     std::unique_ptr<QProcess> startFirst(const char* where) {
         const auto before = sockets();
         auto process = start(where);
@@ -53,7 +53,7 @@ class SecondStart : public support::WindowTest {
         return process;
     }
 
-    /** Where programs listen, and since when. */
+    /** The sockets at which programs listen, each with the time of its last change. */
     std::map<filesystem::path, filesystem::file_time_type> sockets() const {
         const filesystem::path place = folder.path("runtime/brindlewake");
         std::map<filesystem::path, filesystem::file_time_type> found;
@@ -124,7 +124,8 @@ class WindowInUse : public support::WindowTest {
         startUp();
     }
 
-    /** The window that comes to the front when nobody of the program's has the keyboard. */
+    /** Returns the window that bringUpWindowInUse() brings to the front when none of the program's is active.
+     */
     static QWidget* broughtUp() {
         QWidget other;
         other.show();

@@ -36,7 +36,7 @@ class SetupLists : public WindowTest {
         list.setCurrentIndex(list.findData(drive));
     }
 
-    /** Opens the folder of the row of that text. */
+    /** Opens the folder in the row with this text. */
     static void pick(const QString& name) {
         controls::DirectoryListBox& list = *setupWindow().cboDir;
         const QModelIndexList rows =

@@ -89,7 +89,7 @@ TEST_F(SetupLooks, CaptionsAreAsPeopleKnowThemAndEachNamesItsField) {
     }
     EXPECT_EQ(found, captions);
     for (const auto& [control, caption] : captions) {
-        // The group that the field belongs to comes after it.
+        // The second relation is the title of the field's group.
         EXPECT_EQ(captionsOf(control).value(0), caption);
     }
 }
@@ -109,7 +109,7 @@ TEST_F(SetupLooks, MinsStandsBehindTheInterval) {
 }
 
 TEST_F(SetupLooks, TheListsWithoutCaptionsHaveNamesForScreenReaders) {
-    // The combo box's name is its text.
+    // Screen readers take a combo box's text for its name.
     EXPECT_EQ(accessibleText(setupWindow().cboDrive, QAccessible::Description),
               QStringLiteral("Drive of the attachment directory"));
     EXPECT_EQ(accessibleText(setupWindow().cboDir, QAccessible::Name),
@@ -149,7 +149,7 @@ TEST_F(SetupLooks, WhereTwoColumnsDoNotFitOneStandsBelowTheOther) {
     window.resize(480, 700);
     QCoreApplication::processEvents();
     EXPECT_GT(place(window.cboSetup).y(), place(window.txtSearchBase).y());
-    // Whatever does not fit is below and never to the right.
+    // The window scrolls down only, so no control may lie beyond its right edge.
     for (const QWidget* control : inOrder()) {
         EXPECT_LE(place(control).x() + control->width(), window.width())
             << control->objectName().toStdString();
@@ -166,7 +166,7 @@ TEST_F(SetupLooks, FitsAScreenOf1024By768WithNothingToScrollTo) {
     }
 }
 
-// On the screen of the other tests there is no room; this one runs under a window manager as well.
+// The offscreen platform's screen has no room for it. This test also runs under a window manager.
 TEST_F(SetupLooks, OpensWithNothingToScrollToWhereTheScreenHasRoom) {
     const frmSetup& window = setupWindow();
     const QSize screen = window.screen()->availableSize();
@@ -261,7 +261,7 @@ TEST_F(SetupLooks, AFolderWithoutABackslashAtItsEndTellsWhereFilesWillGo) {
     EXPECT_EQ(hintFor(""), QString());
 }
 
-// For whoever wants to look: the window as it opens, and as it is on a small screen.
+// Pictures for a person to look at: the window as it opens, and as it is on a small screen.
 TEST_F(SetupLooks, PicturesAreTaken) {
     const QString folderName = QString::fromStdString(support::buildFolder() + "/pictures");
     ASSERT_TRUE(QDir().mkpath(folderName));

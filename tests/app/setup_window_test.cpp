@@ -24,7 +24,7 @@ class SetupWindow : public WindowTest {
         loginWindow().cmdSetup->click();
     }
 
-    /** The file after Update, which must have been written. */
+    /** Clicks Update, which must end the program, and returns what the file holds then. */
     std::string updated() {
         setupWindow().cmdUpdate->click();
         EXPECT_EQ(programEnds, 1);
@@ -336,6 +336,6 @@ TEST_F(SetupWindow, AFileThatCannotBeWrittenToItsEndLeavesTheOldOneAndTheFieldsA
     EXPECT_TRUE(setupWindow().isVisible());
     EXPECT_TRUE(setupWindow().isEnabled());
     EXPECT_EQ(setupWindow().txtSchool->text(), QStringLiteral("Other School"));
-    // With room again, the same press of the button does it.
+    // Once the disk has room again, Update succeeds with the same fields.
     EXPECT_THAT(updated(), HasSubstr("\r\nInstitution=Other School\r\n"));
 }

@@ -21,7 +21,7 @@ using testing::ElementsAre;
 namespace {
 class StartUp : public WindowTest {
   protected:
-    /** The 19 lines, each ended as given, with one of them (counted from 1) replaced. */
+    /** The 19 lines of the settings file, one of them (counted from 1; 0 for none) replaced. */
     static std::string settingsText(std::size_t replacedLine = 0, const std::string& replacement = {}) {
         std::string text;
         std::size_t line = 0;
