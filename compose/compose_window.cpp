@@ -16,7 +16,10 @@
 #include <QPushButton>
 
 namespace {
-/** Where a person looks for a file to attach: where the last one was, or else at home. */
+/**
+ * Returns the folder in which the dialog for attachments opens: that of the last attached file, or else C:\;
+ * empty when neither can be opened.
+ */
 QString folderToAttachFrom() {
     for (const QString& folder : {attachFolder(), QStringLiteral("C:\\")}) {
         bool isThere = false;
@@ -38,7 +41,7 @@ void frmMain::cmdCmpose_Click() {
     const bool goesOn = compose.goOnWithKeptLetter();
     compose.openFrom(*this, *compose.tTo);
     if (!goesOn && email::isYes(email::settings.SaveCopy)) {
-        // The copy that is kept is one sent to the sender's own mailbox.
+        // A copy is saved by sending it to the sender's own mailbox.
         const QString sender = email::credentials.UserName + email::derived.AtDomain;
         const QString copies = compose.tCc->text();
         compose.tCc->setText(copies.isEmpty() ? sender : copies + QStringLiteral(", ") + sender);

@@ -20,9 +20,9 @@
 #include <utility>
 
 namespace {
-/** From the first change that is not kept yet; a person who types on does not put it off. */
+/** The delay counts from the first change that is not kept yet. Further typing does not put it off. */
 constexpr int kDelayMs = 2000;
-/** A letter so long that keeping it takes time is kept less often: this many times longer than that takes. */
+/** The delay is at least this many times what keeping took last, so that a long letter is kept less often. */
 constexpr int kTimesLonger = 20;
 constexpr int kLongestDelayMs = 10'000;
 
@@ -30,7 +30,10 @@ QString senderAddress() {
     return email::credentials.UserName + email::derived.AtDomain;
 }
 
-/** The file for what this person writes here; empty when this computer has no place for it. */
+/**
+ * Returns the path of the file for this sender's letter in the current folder; empty when there is no folder
+ * for the program's state.
+ */
 QString pathOfKeptLetter() {
     QString path;
     static_cast<void>(platform::errorNumberOf([&] {
@@ -48,7 +51,7 @@ KeptLetter letterIn(const frmSend& window) {
             .text = window.tMessage->bytes()};
 }
 
-/** Never 0, which stands for nothing. */
+/** Returns a digest of what the file holds; never 0, which stands for no file. */
 std::size_t digestOf(const std::string& file) {
     return std::hash<std::string>()(file) | 1U;
 }
@@ -118,8 +121,7 @@ void frmSend::tmrKeepLetter_Timer() {
     }
 }
 
-/** What the file is to hold; empty when it holds that already. A letter in which nothing is left is removed.
- */
+/** Returns what to write into the file; empty when it holds that already. Removes an empty letter's file. */
 std::string frmSend::letterToKeep() {
     const KeptLetter letter = letterIn(*this);
     std::string file = isEmpty(letter, senderAddress()) ? std::string() : keptLetterFile(letter);
@@ -135,7 +137,7 @@ std::string frmSend::letterToKeep() {
 
 void frmSend::letterKept(int error) {
     if (error != 0) {
-        // The next try is to write it, be it changed by then or not.
+        // The next try writes the letter even when it has not changed by then.
         keptDigest_ = 0;
         letter_Change();
     }
@@ -149,7 +151,7 @@ void frmSend::keepLetterNow() {
     if (!keptLetter.hasPath()) {
         return;
     }
-    // What the file is to hold may still be on its way there.
+    // The writer may still be writing an earlier state of the letter.
     keptLetter.waitForWriter();
     if (const std::string file = letterToKeep(); !file.empty()) {
         keptLetter.writeNow(file);

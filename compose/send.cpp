@@ -35,7 +35,7 @@ EncodedFile encodeAttachment(NetCodeLib::NetCode& codec, const QString& attachme
     codec.setTargetFile(QLatin1String(kEncodedFile));
     codec.setOverwrite(true);
     codec.setClosingText(std::string(closingLine));
-    // A large file takes its time.
+    // The windows stay responsive while a large file is encoded.
     platform::runInBackground([&codec] { codec.setAction(netcodelib::Action::Encode); });
     return {codec.targetFile(), codec.takeEncodedFile()};
 }
@@ -49,7 +49,10 @@ std::string sendersAddress() {
     return platform::toBytes(email::credentials.UserName + email::derived.AtDomain);
 }
 
-/** Raises what the SMTP client would raise for these fields, but before a server is asked. */
+/**
+ * Checks the fields before the client connects to a server.
+ * \throws RuntimeError what the SMTP client would raise for them.
+ */
 void mustBeSendable(const frmSend& window) {
     smtplib::Message message;
     message.sender = sendersAddress();
@@ -59,7 +62,7 @@ void mustBeSendable(const frmSend& window) {
     smtplib::prepareMessage(message, QDateTime::currentDateTime());
 }
 
-/** Puts the keyboard into the field, with the part of its text marked that these bytes are. */
+/** Gives the field the keyboard focus and selects the bytes from begin to end of its UTF-8 text. */
 void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
     const std::string text = platform::toBytes(field->text());
     const auto unitsBefore = [&text](std::size_t bytes) {
@@ -69,8 +72,7 @@ void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
     field->setSelection(unitsBefore(begin), unitsBefore(end) - unitsBefore(begin));
 }
 
-/** Marks the first address that cannot be sent to, or the subject, where one of them is what the error means.
- */
+/** Selects the first address, or the subject, that the error is about; nothing for any other error. */
 void markWhatIsWrong(const frmSend& window, int error) {
     for (QLineEdit* field : {window.tTo, window.tCc}) {
         const auto fault = smtplib::findAddressFault(platform::toBytes(field->text()));
@@ -88,7 +90,7 @@ void markWhatIsWrong(const frmSend& window, int error) {
 } // namespace
 
 void frmSend::cmdSndit_Click() {
-    // The windows live on while a file is encoded, and Send may be pressed again meanwhile.
+    // The user may press Send again: the windows stay responsive while a file is encoded.
     if (sending_) {
         return;
     }
@@ -108,10 +110,11 @@ void frmSend::cmdSndit_Click() {
 }
 
 void frmSend::send() {
-    // Composed before anything is checked, so that the encoded file is written even when the send is refused.
+    // The message is composed before the fields are checked, so that the encoded file is written even when
+    // they are refused.
     ComposedMessage message =
         Compose(tMessage->bytes(), txtAttachment->text(), [this](const QString& file, std::string_view line) {
-            // Neither closed nor cancelled while a file is encoded.
+            // The user can neither close the window nor cancel while a file is encoded.
             const WhileDisabled resting(*this);
             const WhileHourglass waiting(*this);
             lblSending->setText(QStringLiteral("Encoding the attachment..."));
@@ -135,7 +138,7 @@ void frmSend::transmit(ComposedMessage message) {
     lblSending->setText(QStringLiteral("Sending Mail... "));
     const WhileDisabled noSending(*cmdSndit);
     const WhileDisabled noCancelling(*cmdCancel);
-    // After a failure too there is no attaching any more.
+    // This lasts: after a failure, too, Attach stays disabled.
     cmdAttach->setEnabled(false);
     mustBeSendable(*this);
     SMTP1.setBlocking(true);
@@ -153,7 +156,7 @@ void frmSend::transmit(ComposedMessage message) {
         const WhileHourglass waiting(*this);
         SMTP1.issueRequest(Request::TransmitMessage);
     }
-    // The server has confirmed it: from now on, to go on with the letter would be to send it twice.
+    // The server has accepted the message. A letter kept beyond this point could be sent twice.
     removeKeptLetter();
     SMTP1.issueRequest(Request::CloseConnection);
 

@@ -1,4 +1,4 @@
-// No letter is lost: what is in the compose window is kept until it is sent or given up.
+// No letter is lost: what is in the compose window is kept until the user sends or cancels it.
 
 #include "email/credentials.h"
 #include "email/mailbox.h"
@@ -39,7 +39,7 @@ class KeepLetter : public WindowTest {
         start();
     }
 
-    /** Starts the program, as after an end of any kind, and has a person log in. */
+    /** Starts the program anew, as after it ended or crashed, and logs in. */
     void start(const QString& user = QStringLiteral("ann")) {
         forgetEverything();
         writeSettings(school);
@@ -62,7 +62,7 @@ class KeepLetter : public WindowTest {
         window.tMessage->insertPlainText(text);
     }
 
-    /** Lets the time pass after which a letter is kept, and waits until it is. */
+    /** Runs the timer's handler, as after the delay, and waits until the letter is written. */
     static void passTime() {
         composeWindow().tmrKeepLetter_Timer();
         ASSERT_TRUE(QTest::qWaitFor([] { return !composeWindow().keptLetter.isWriting(); }));

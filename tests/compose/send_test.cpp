@@ -62,10 +62,11 @@ class Send : public WindowTest {
         EXPECT_FALSE(mainWindow().isEnabled());
     }
 
-    /** The server keeps the client waiting at DATA until the test releases it, and refuses then. */
+    /** The server withholds its reply to DATA until the test releases it, and then refuses with 451. */
     void refuseDataWhenReleased() { mailbox.on("DATA", support::holdAndSay("451 not now\r\n")); }
 
-    /** The server keeps the client waiting for its greeting; the file to attach is encoded by then. */
+    /** The server withholds its reply to EHLO until the test releases it. The attachment is encoded by then.
+     */
     void greetWhenReleased() { mailbox.on("EHLO", support::holdAndSay("250 ready\r\n")); }
 
     bool waitsAtGreeting() { return !server.keywords().empty(); }
@@ -206,7 +207,7 @@ TEST_F(Send, ARefusedRecipientLeavesEverythingForAnotherTryButTheAttachButton) {
 }
 
 TEST_F(Send, AnotherTryKeepsTheMessageId) {
-    // The first attempt's message is taken and then refused, so that both can be looked at.
+    // The server receives the first attempt's whole message before it refuses it.
     mailbox.answer(".", "451 try again\r\n");
     write(bob, QStringLiteral("s"), QStringLiteral("x"));
     press();
@@ -338,7 +339,7 @@ TEST_F(Send, AfterItWasClosedWhileItSentControlIsGivenBackOnce) {
     const WhenItHolds close([this] { return waitsAtData(); },
                             [&] {
                                 composeWindow().close();
-                                // As after opening a message meanwhile.
+                                // Opening a message disables the main window, too.
                                 mainWindow().setEnabled(false);
                                 server.release();
                             });
