@@ -5,7 +5,7 @@ class POP;
 }
 
 /**
- * Logs on to the member's mailbox: with the mail server, the name and the password of this run, whichever
- * they are by now. \throws RuntimeError what poplib::Request::ConnectAndLogOn raises.
+ * Logs on to the member's mailbox, with the mail server, the name and the password that are set at this
+ * moment. \throws RuntimeError what poplib::Request::ConnectAndLogOn raises.
  */
 void logOn(poplib::POP& pop);

@@ -15,15 +15,15 @@ namespace {
 constexpr int kNumberCharacters = 15;
 constexpr int kFromCharacters = 50;
 constexpr int kSubjectCharacters = 48;
-/** Bytes of a date that are looked at: a cell is laid out at each repaint, and nothing cuts a date to a
- * width. */
+/** Bytes of a date that are shown. Nothing else limits its length, and each repaint lays the cell out again.
+ */
 constexpr std::size_t kDateBytes = 300;
-/** Bytes of a sender and a subject that are looked at: 80 for each character of the cell. */
+/** Bytes of a sender or a subject that are decoded: 80 for each character that the cell shows. */
 constexpr std::size_t kNameBytes = 4'000;
 
-/** The trimmed text of a header's value, which a stranger may have made of megabytes. */
+/** Returns the trimmed text of a header field. It is limited, since a sender can make one of megabytes. */
 QString shownText(std::string_view value, std::size_t mostBytes) {
-    // These are shown as spaces, and so they are trimmed.
+    // All of these are shown as spaces.
     constexpr std::string_view spaces = " \t\r\n";
     const std::size_t start = std::min(value.find_first_not_of(spaces), value.size());
     value.remove_prefix(start);
@@ -34,7 +34,7 @@ QString shownText(std::string_view value, std::size_t mostBytes) {
 
 void UpdateListControls() {
     frmMain& main = mainWindow();
-    // Rows may have been written with painting switched off.
+    // The caller may have switched redrawing off to write rows.
     main.MailGrid->setRedraw(true);
     if (email::mailbox.MessageCount != 0) {
         main.MailGrid->setHighLight(1);
@@ -96,13 +96,13 @@ void writeRow(std::int16_t number, const email::MessageSummary& summary) {
 
 void frmMain::MailGrid_Click() {
     const QString number = MailGrid->TextMatrix(MailGrid->Row(), 0);
-    // A row without a number is waiting for its message.
+    // A row without a number stands for a message that is not fetched yet.
     if (!number.trimmed().isEmpty()) {
         SelectedMessage = platform::toInteger16(number);
     }
 }
 
-// Read opens the compose window, as Compose does; a message is opened by double-clicking its row.
+// Read opens the compose window, as Compose Mail does. A double click on a message's row opens the message.
 void frmMain::cmdRead_Click() {
     cmdCmpose_Click();
 }

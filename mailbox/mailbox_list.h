@@ -13,10 +13,10 @@ void UpdateListControls();
 /** Empties the list: counters, rows, summary line and controls. */
 void ResetMailList();
 
-/** The summary line of the mailbox: the count and the bytes as the server reports them. */
+/** The summary line of the mailbox: the count of messages and their total size in bytes. */
 QString totalsText();
 
-/** Sets the summary line to the empty text and then to the totals. */
+/** Clears the summary line, then writes the totals into it. */
 void showTotals();
 
 /** Writes the titles into row 0 of the grid. */

@@ -19,8 +19,10 @@ using email::mailbox;
 using poplib::Request;
 
 namespace {
-/** Found out before the server is asked: a message whose row could not be taken out must not be deleted
- * there. */
+/**
+ * Checks that the message can be taken out of the list afterwards. If not, the server must not delete it.
+ * \throws RuntimeError 9 for a number outside the table.
+ */
 void mustBeInTheTable(std::int16_t number) {
     if (mailbox.MessageCount != 1) {
         mailbox.Messages.at(number);
@@ -31,11 +33,11 @@ void deleteAtTheServer(POPLib::POP& pop, std::int16_t number) {
     logOn(pop);
     pop.setCurrentMessage(number);
     pop.issueRequest(Request::DeleteCurrentMessage);
-    // The message is gone only when the server has confirmed this.
+    // The server removes the message only at QUIT (RFC 1939, section 6).
     pop.issueRequest(Request::LogOffAndDisconnect);
 }
 
-/** The "Num" column runs from 1 on again, as the server's numbers do. */
+/** Numbers the rows from 1 on, since the server does so in the next session. */
 void renumber(MSFlexGridLib::MSFlexGrid& grid) {
     for (std::int16_t row = 1; row <= mailbox.MessageCount; ++row) {
         const QString number = QString::number(row);
@@ -45,7 +47,7 @@ void renumber(MSFlexGridLib::MSFlexGrid& grid) {
     }
 }
 
-/** The table of messages is not compacted: the records behind the deleted one keep their places. */
+/** Takes the row out of the grid. The records behind the deleted one keep their places in the table. */
 void takeOutOfTheList(std::int16_t number) {
     if (mailbox.MessageCount == 1) {
         ResetMailList();
@@ -64,7 +66,7 @@ void takeOutOfTheList(std::int16_t number) {
 
 void frmMain::cmdDelete_Click() {
     const int row = MailGrid->Row();
-    // A row without a number is waiting for its message.
+    // A row without a number stands for a message that is not fetched yet.
     if (row < 0 || MailGrid->TextMatrix(row, 0).trimmed().isEmpty()) {
         controls::showMessage(QStringLiteral("Please select a message from the list first."),
                               email::programTitle());

@@ -207,7 +207,7 @@ TEST_F(MailboxList, ARowOfMegabytesHoldsNoMoreThanOneOfWords) {
     EXPECT_EQ(texts[1].toStdString(), megabytes.substr(0, 300) + " [...]");
     EXPECT_EQ(texts[2].toStdString(), megabytes.substr(0, 50));
     EXPECT_EQ(texts[3].toStdString(), megabytes.substr(0, 48));
-    // One letter with marks without end is one letter, for as long as anybody would believe it.
+    // A letter with a million combining marks counts as one character; only its first bytes are shown.
     std::string marks = "a";
     while (marks.size() < 1'000'000) {
         marks += "\xcc\x81";
@@ -295,7 +295,7 @@ TEST_F(MailboxList, AListThatIsFirstShownWhileNothingIsRedrawnIsSpaceNotBlack) {
 }
 
 namespace {
-/** Rests the mouse pointer on a cell; the tip that comes then. */
+/** Rests the mouse pointer on a cell and returns the tool tip that appears. */
 QString tipAt(int row, int column) {
     auto* const view = mainWindow().MailGrid->viewport();
     const QPoint place =

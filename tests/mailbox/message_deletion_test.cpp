@@ -22,7 +22,7 @@ using testing::SizeIs;
 namespace {
 const QString kQuestion = QStringLiteral("Are you sure you want to delete this message?");
 
-/** Of a size of its own: 40 bytes and the number. */
+/** A message whose size tells it from the others: 40 bytes plus its number. */
 std::string message(int number) {
     const std::string name(1, static_cast<char>('a' + number - 1));
     const std::string head = "From: " + name + "@example.org\r\nSubject: " + name + "\r\n\r\n";
@@ -161,7 +161,7 @@ TEST_F(MessageDeletion, TheTableOfMessagesIsNotCompacted) {
     deleteRow(1);
     EXPECT_EQ(email::mailbox.Messages.at(1).Subject, "a");
     EXPECT_EQ(email::mailbox.Messages.at(2).Subject, "b");
-    // Row 1 is message b now, yet the size that is subtracted is the one in record 1.
+    // Row 1 is message b now, but the size that is subtracted is still that of record 1.
     deleteRow(1);
     EXPECT_EQ(totals(), QStringLiteral("2 messages 88 bytes total"));
     EXPECT_THAT(mailbox.messages(), ElementsAre(message(3), message(4)));
