@@ -25,7 +25,7 @@ void enableButtonsAndList(bool enabled) {
     main.MailGrid->setEnabled(enabled);
 }
 
-/** Two odd texts stand where the header has no Subject or Date of its own. */
+/** Empties the record. A message without Subject or Date keeps the two placeholders. */
 void resetForOpening(email::MessageSummary& message) {
     message.From.clear();
     message.HeaderText.clear();
@@ -37,7 +37,7 @@ void resetForOpening(email::MessageSummary& message) {
     message.Date = "':";
 }
 
-/** Puts the record back as it was, unless the message has come. */
+/** Restores the record on destruction, unless messageHasCome() was called. */
 class KeptRecord {
   public:
     explicit KeptRecord(email::MessageSummary& message) : message_(message), before_(std::move(message)) {
@@ -62,8 +62,8 @@ class KeptRecord {
 };
 
 /**
- * Room for all lines at once, or a long body would be copied again and again while it grows. The size is only
- * what the server claims, so there is an end to what is set aside for it.
+ * Reserves room for the whole body, which would otherwise be copied again and again while it grows. The size
+ * is only what the server claims, so the room is limited.
  */
 void reserveBody(email::MessageSummary& message) {
     constexpr std::int32_t most = 64 << 20; // bytes

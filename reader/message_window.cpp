@@ -14,10 +14,10 @@
 #include <QPushButton>
 
 namespace {
-/** Bytes of a subject that is answered or forwarded; one that is longer goes out cut, with a mark. */
+/** Bytes of the subject that a reply or a forwarded message takes over. A longer one is cut and marked. */
 constexpr std::size_t kSubjectBytes = 10'000;
 
-/** A text for a field of the compose window: a line end in it would begin a new header line. */
+/** Returns the text for a one-line field. A line end in it would begin a new header field. */
 QString onOneLine(QString text) {
     for (QChar& letter : text) {
         const bool endsLine = letter == u'\r' || letter == u'\n' || letter == u'\0';
@@ -30,7 +30,10 @@ email::MessageSummary& messageIn(const frmFrom& window) {
     return email::mailbox.Messages.at(window.OpenMessage);
 }
 
-/** The sender's address; none when the field cannot hold it, since an address that is cut is another one. */
+/**
+ * Returns the sender's address. When it is too long for the field, shows a box and returns an empty text: a
+ * cut address would be a different one.
+ */
 QString addressToAnswer(const email::MessageSummary& message) {
     constexpr auto most = static_cast<std::size_t>(controls::LineBox::kMostCharacters);
     if (message.From.size() <= most) {

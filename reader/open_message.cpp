@@ -30,10 +30,10 @@ using email::opening;
 namespace errors = platform::errors;
 
 namespace {
-/** From this size on, a body is read while the window lives on. */
+/** Bytes from which on a body is read on a thread of its own, so that the windows stay responsive. */
 constexpr std::size_t kLongBody = 1U << 20U;
 
-/** Bytes of a header's value that a field shows, and a title, which the system's window manager shows. */
+/** Bytes of a header field that a text field shows, and that a window's title shows. */
 constexpr std::size_t kFieldBytes = 10'000;
 constexpr std::size_t kTitleBytes = 300;
 
@@ -41,8 +41,9 @@ QString oneLine(std::string_view value, std::size_t mostBytes = kFieldBytes) {
     return platform::withControlsVisible(platform::startFromBytes(value, mostBytes));
 }
 
-/** The message window, as if just loaded: what an opening that failed has left in it belongs to another
- * message.
+/**
+ * Returns the message window, emptied: an earlier opening that failed may have left parts of another message
+ * in it.
  */
 frmFrom& emptyMessageWindow() {
     frmFrom& window = messageWindow();
@@ -52,15 +53,15 @@ frmFrom& emptyMessageWindow() {
     return window;
 }
 
-/** What reading has made of a message, with its attachments kept in the attachment's file. */
+/** A message that has been read. Its last attachment is in the attachment's file. */
 struct KeptMessage {
     ReadMessage read;
-    /** The file name of the attachment that was kept last, or failed to be. */
+    /** The file name of the attachment that was written last, even if writing it failed. */
     std::optional<std::string> attachment;
     int error = 0;
 };
 
-/** Reads the message, and keeps each attachment in the place of the one before. */
+/** Reads the message and writes each attachment to the attachment's file, over the one before. */
 KeptMessage readAndKeep(const email::MessageSummary& message) {
     KeptMessage kept{readMessage(message), {}, 0};
     kept.error = platform::errorNumberOf([&kept] {
@@ -75,7 +76,10 @@ KeptMessage readAndKeep(const email::MessageSummary& message) {
     return kept;
 }
 
-/** Reads the message into the window. Whatever was found before an error stays there. */
+/**
+ * Reads the message into the window, which keeps what was found before an error.
+ * \throws RuntimeError the error that stopped the reading or the writing of an attachment.
+ */
 void showMessage(email::MessageSummary& message, frmFrom& window) {
     KeptMessage kept;
     const auto read = [&] { kept = readAndKeep(message); };
@@ -107,10 +111,13 @@ void restartCheckTimer() {
     }
 }
 
-/** The hourglass goes when the message has come; after a failure it stays for whoever tells of it. */
+/**
+ * Fetches the message and shows it in the message window. The hourglass ends when the message has been
+ * fetched. After a failure it stays until the caller has reported it.
+ */
 void openMessage(int number, std::optional<WhileHourglass>& waiting) {
     frmMain& main = mainWindow();
-    // A check in the middle of its work has the number of the message that it is at.
+    // A running check uses CurrentMessage for the message that it is fetching.
     if (loginWindow().POP1.isRunning()) {
         throw platform::RuntimeError(errors::MailServerBusy);
     }
@@ -131,13 +138,13 @@ void openMessage(int number, std::optional<WhileHourglass>& waiting) {
     window.txtFrom->setText(oneLine(message.From));
     window.txtSubject->setText(oneLine(message.Subject));
     for (QLineEdit* field : {window.txtFrom, window.txtSubject}) {
-        // A long value is read from its start.
+        // The field shows the start of a long value.
         field->setCursorPosition(0);
     }
     showMessage(message, window);
 }
 
-/** After a failure everything can be used again; but not while another session works with it. */
+/** Reports the failure and enables the window's controls again, unless another session is using them. */
 void openingFailed(int error) {
     controls::showMessage(QStringLiteral("There is an error in the message header. Error# ") +
                               QString::number(error),
@@ -147,12 +154,12 @@ void openingFailed(int error) {
     if (pop.isRunning()) {
         return;
     }
-    // A log-on that was refused stays open until now.
+    // A session that failed stays open until its failure has been reported.
     pop.leave();
     main.setEnabled(true);
     main.enableMailButtons(true);
     main.MailGrid->setEnabled(true);
-    // A disabled list loses the keyboard.
+    // The list lost the keyboard focus when it was disabled.
     main.MailGrid->setFocus();
     main.barProgress->setProgress(0);
     showTotals();
@@ -161,7 +168,7 @@ void openingFailed(int error) {
 } // namespace
 
 void frmMain::MailGrid_DblClick() {
-    // The window lives on while a message is fetched, and the list may be clicked again meanwhile.
+    // The user may double-click again: the window stays responsive while a message is fetched.
     if (opening_ || MailGrid->Row() < 0) {
         return;
     }

@@ -5,7 +5,7 @@
 #include "platform/window_turns.h"
 
 void printMessageText(const QString& text) {
-    // During a turn of the windows somebody may change the text that was handed in.
+    // The windows handle events between pieces, and a handler may change the caller's text.
     const QString printed = text; // NOLINT(performance-unnecessary-copy-initialization)
     platform::WindowTurns turns;
     const auto printer = platform::makeDefaultPrinter();

@@ -17,12 +17,12 @@ using netcodelib::Action;
 using netcodelib::NetCode;
 
 namespace {
-/** Fails early when the disk or the folder cannot be used, and leaves a file that is there alone. */
+/** Fails before decoding when the disk or the folder cannot be used. An existing file stays as it is. */
 void tryToWrite(const QString& path) {
     const platform::PrivateOutput trial(platform::nativePath(path), platform::Writing::BesideTarget);
 }
 
-/** All of it may wait for a disk that is slow, or has been pulled out. */
+/** Runs in the background, since each step may wait for a slow or missing disk. */
 void writeDecoded(NetCode& codec, const QString& target) {
     if (email::isOwnFile(target)) {
         throw platform::RuntimeError(platform::errors::OwnFile);

@@ -1,4 +1,4 @@
-// What strangers can put into a message: the windows show it whole, on the lines it belongs to, and go on.
+// Hostile messages: the windows show them whole, each value on its own line, and stay responsive.
 
 #include "email/mailbox.h"
 #include "email/opening.h"
@@ -21,12 +21,13 @@ using testing::IsEmpty;
 namespace {
 constexpr std::size_t kLargeBytes = support::kSanitized ? 2'000'000 : 8'000'000;
 
-/** Milliseconds after which a person takes a window for stuck; the sanitizers slow everything down. */
+/** Milliseconds after which a window seems frozen to a person; longer under the sanitizers, which are slow.
+ */
 constexpr qint64 kStuck = support::kSanitized ? 1'000 : 250;
 
 class HostileMessages : public ReaderTest {
   protected:
-    /** Opens what only the whole message brings: the listing saw a harmless one. */
+    /** Lists a harmless message, then has the server give this one in its place when it is opened. */
     void openFetched(const std::string& message) {
         logInWith({"Subject: harmless\r\n\r\ntext\r\n"});
         mailbox.answer("RETR", "+OK\r\n" + support::stuffed(message));
@@ -256,7 +257,7 @@ TEST_F(HostileMessages, ASavedProgramIsNeitherExecutableNorRun) {
 
 TEST_F(HostileMessages, ALargeAttachmentIsSavedByteForByteWhileTheWindowsLive) {
     const std::string content = support::randomBytes(kLargeBytes, 7);
-    // Base64 text of this length holds any short word: a boundary has to have a character that it has not.
+    // The boundary holds "_", which base64 never uses, so that the content cannot hold the boundary.
     logInWith({"Content-Type: multipart/mixed; boundary=\"=_cut\"\r\n\r\n--=_cut\r\n" +
                attachmentPart("large.bin", support::base64Text(content)) + "--=_cut--\r\n"});
     support::Heartbeat heartbeat;

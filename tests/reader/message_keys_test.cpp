@@ -33,7 +33,7 @@ class MessageKeys : public ReaderTest {
     static QString told() { return window().barFind->lblFound->text(); }
 };
 
-/** More than appears at once. */
+/** A text so long that it appears in the box piece by piece. */
 std::string longText(const std::string& lastLine) {
     std::string text;
     for (int line = 0; line < 60'000; ++line) {

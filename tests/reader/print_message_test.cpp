@@ -20,7 +20,7 @@ using support::PrintedDocument;
 using support::RecordingPrinter;
 using testing::ElementsAre;
 
-/** The printer's place is taken by one that remembers. */
+/** Replaces the default printer with one that records what it prints. */
 class Printing : public testing::Test {
   protected:
     void SetUp() override {
@@ -58,7 +58,7 @@ TEST_F(Printing, WithoutAPrinterIsAPrinterError) {
     EXPECT_FALSE(platform::NestedWait::anyRuns());
 }
 
-/** Takes its time with the first text that it prints, until the condition holds. */
+/** Handles events while it prints its first text, until the condition holds. */
 class SlowPrinter : public RecordingPrinter {
   public:
     SlowPrinter(PrintedDocument& document, const bool& condition)

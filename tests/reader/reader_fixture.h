@@ -22,7 +22,7 @@
 
 namespace support {
 
-/** A message in parts: each one with its own header lines, between boundary lines. */
+/** A multipart message. Each part brings its own header lines and stands between boundary lines. */
 inline std::string multipart(const std::vector<std::string>& parts, std::string_view header = {}) {
     std::string message = "From: Ann <ann@example.org>\r\nSubject: Parts\r\nDate: today\r\n" +
                           std::string(header) +

@@ -71,9 +71,9 @@ struct OwnFileCase {
     const char* label;
     const char* saveDirectory;
     const char* name;
-    /** Within the current folder. */
+    /** The path of one of the program's own files, from the current folder. */
     const char* ownFile;
-    /** The two names differ in this only. */
+    /** Whether the attachment's name differs from it in upper and lower case. */
     bool otherCase = false;
 };
 
@@ -102,7 +102,7 @@ const OwnFileCase kOwnFiles[] = {{"Settings", "S:\\", "tolk.ini", "tolk.ini"},
 
 struct TextCase {
     const char* label;
-    /** What follows the part's type and name. */
+    /** The header fields behind the part's Content-Type. */
     std::string restOfHeader;
     std::string text;
     std::string saved;
@@ -238,7 +238,7 @@ TEST_F(SaveAttachment, AFileOfTheSameNameInAnotherFolderIsNotTheProgramsOwn) {
 }
 
 TEST_P(SaveAttachmentOf, IsSavedByteForByteOrNotAtAll) {
-    // Base64 text of this length holds any short word: a boundary has to have a character that it has not.
+    // The boundary holds "_", which base64 never uses, so that the content cannot hold the boundary.
     openOnly("Content-Type: multipart/mixed; boundary=\"=_cut\"\r\n\r\n--=_cut\r\n"
              "Content-Type: application/octet-stream; name=\"a.bin\"\r\n" +
              GetParam().restOfHeader + "\r\n" + GetParam().text + "\r\n--=_cut--\r\n");
@@ -301,7 +301,7 @@ TEST_F(SaveAttachment, ADeviceIsNoPlaceForAFile) {
     email::settings.SaveDirectory = QStringLiteral("Z:\\dev\\");
     email::opening.CurrentAttachment = "full";
     save();
-    // A device is no file, so nothing is written into it at all.
+    // Nothing is written, since a device is not a regular file.
     expectRefused(75);
 }
 
