@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-/** The box that tells of an error. */
+/** The message box that reports an error. */
 struct FailureBox {
     /** "%1" stands for the error's number. Without a text there is no box. */
     const char* text;
@@ -12,7 +12,7 @@ struct FailureBox {
     const char* titleEnding;
 };
 
-/** What a person is told of one error of a session with the mail server, and what then happens. */
+/** How one error of a session with the mail server is reported, and what happens next. */
 template <class Then>
 struct Failure {
     int error;
@@ -20,15 +20,15 @@ struct Failure {
     Then then;
 };
 
-/** Stands in the last row of a table, for the errors that have no row. */
+/** The number in the last row of a table, which applies to all errors that have no row of their own. */
 constexpr int kAnyOtherError = 0;
 
-/** The row of that error, or else the last one. */
+/** Returns the row of this error, or the last row when it has none. */
 template <class Then, std::size_t rows>
 const Failure<Then>& failureOf(const std::array<Failure<Then>, rows>& table, int error) {
     return *std::find_if(table.begin(), table.end() - 1,
                          [error](const Failure<Then>& row) { return row.error == error; });
 }
 
-/** Shows the box and waits until it is answered. */
+/** Shows the box, if it has a text, and waits until the user answers it. */
 void tell(const FailureBox& box, int error);

@@ -35,7 +35,7 @@ namespace {
 enum class Then { TryAgain, TypePasswordAgain, EndProgram };
 
 constexpr std::array<Failure<Then>, 8> kFailures = {{
-    // Whoever gives up knows it.
+    // No box: the user has given up the log-on.
     {errors::GivenUp, {"", ""}, Then::TypePasswordAgain},
     {errors::MailServerBusy,
      {"Cannot Re-Enter Mail Server, Please Try Again %1", " Mail Error"},
@@ -52,7 +52,7 @@ constexpr std::array<Failure<Then>, 8> kFailures = {{
     {kAnyOtherError, {"Error %1 Please start program again ", " E-Mail"}, Then::EndProgram},
 }};
 
-/** A name typed as name, "@", host brings its own servers and domain; they hold until the program ends. */
+/** A user name typed as name@host also sets the servers and the domain, until the program ends. */
 void takeUserName(const QString& typed) {
     const qsizetype at = typed.indexOf(u'@');
     if (at < 0) {
@@ -69,7 +69,7 @@ void prepareList(const POPLib::POP& pop) {
     for (int row = 1; row < main.MailGrid->Rows(); ++row) {
         main.MailGrid->setRowNew(row, false);
     }
-    // An empty list still shows one space row.
+    // An empty list keeps one blank row below the titles.
     main.MailGrid->setRows(mailbox.MessageCount == 0 ? 2 : mailbox.MessageCount + 1);
     mailbox.LastMessageCount = pop.messageCount();
     main.barProgress->setMin(0);
@@ -78,7 +78,7 @@ void prepareList(const POPLib::POP& pop) {
     }
 }
 
-/** The main window while its list is filled; after a failure, until that has been told. */
+/** The state of the main window while its list is filled; after a failure, until it has been reported. */
 struct FillingTheList {
     std::optional<WhileHourglass> waiting;
     std::optional<MSFlexGridLib::WhileNotRedrawing> still;
@@ -89,10 +89,10 @@ void showMainWindowBusy(FillingTheList& filling) {
     main.enableMailButtons(false);
     filling.still.emplace(*main.MailGrid);
     filling.waiting.emplace(main);
-    // Or the keyboard would go to the only button that is left, which is Exit.
+    // Otherwise Qt would give the keyboard focus to Exit, the only button that is still enabled.
     main.setFocus();
     welcomeOnMainWindow();
-    // Somebody who had closed the login window finds it behind the main window.
+    // When the user had closed the login window, the main window is visible already, behind it.
     main.bringUp();
 }
 
@@ -143,7 +143,8 @@ void getAllMail(frmLogin& login, FillingTheList& filling) {
     mainWindow().startAtTheList();
     mainWindow().MailGrid->showRow(mailbox.MessageCount);
     startCheckTimer();
-    // Later sessions have it from elsewhere; until here another try might have needed it.
+    // Later sessions take the password from email::credentials. Until here the user might have had to try
+    // again.
     login.tpwd->forget();
 }
 } // namespace
@@ -163,12 +164,12 @@ void frmLogin::cmdLogin_Click() {
     takeUserName(tUser->text());
     const WhileHourglass waiting(*this);
     if (focusWidget() == cmdLogin) {
-        // A disabled button hands the keyboard on, and the next one would open the setup window.
+        // A disabled button passes the keyboard focus on, here to the button that opens the setup window.
         tpwd->setFocus();
     }
     cmdLogin->setEnabled(false);
     mainWindow().tmrCheckMail->setEnabled(false);
-    // A copy of its own: the field forgets what it holds.
+    // A deep copy, since PasswordBox::forget() overwrites the field's letters in place.
     credentials.Password = QString(tpwd->text().constData(), tpwd->text().size());
     FillingTheList filling;
     const int error = platform::errorNumberOf([&] {
@@ -191,7 +192,8 @@ void frmLogin::logInFailed(int error) {
         mayTryAgain();
         break;
     case Then::TypePasswordAgain:
-        // While the box is open, so is the session: a check started under it meets a busy mail server.
+        // The session stays open while the box is open, so a check that starts meanwhile gets the error of a
+        // busy mail server.
         tell(failure.box, error);
         POP1.leave();
         mayTryAgain();
@@ -207,7 +209,7 @@ void frmLogin::logInFailed(int error) {
 
 void frmLogin::mayTryAgain() {
     cmdLogin->setEnabled(true);
-    // It may have been closed meanwhile.
+    // The user may have closed the window while we waited.
     if (!isVisible()) {
         bringUp();
     }

@@ -23,19 +23,19 @@
 namespace {
 constexpr int kKeyF9 = 120;
 constexpr int kShiftAndControl = 3;
-/** What the window has room for above its fields. */
+/** The room for the logo above the fields, in the units that windows are laid out in. */
 constexpr QSize kLogoRoom(360, 120);
 } // namespace
 
 void frmLogin::Form_Load() {
-    // It may have been closed, and be made again.
+    // The window is made anew when the user has closed it, so it takes the settings here.
     takeProgramTitle();
     cmdSetup->setVisible(email::isYes(email::settings.ShowSetup));
     MMControl1.setDeviceType(QStringLiteral("WaveAudio"));
     MMControl1.setFileName(QLatin1String(email::kNewMailSoundFileName));
     openWavePlayer(MMControl1);
     const int error = platform::errorNumberOf([this] {
-        // As sharp as the best of the screens, since the window may be moved there.
+        // As sharp as the screen with the most dots needs, since the window may be moved there.
         picLogo->setPixmap(controls::LoadPicture(QLatin1String(email::kLogoFileName), kLogoRoom,
                                                  qGuiApp->devicePixelRatio()));
     });
@@ -46,8 +46,8 @@ void frmLogin::Form_Load() {
 
 void frmLogin::Form_Unload() {}
 
-// From the first log-on on the window is only hidden: its parts talk to the mail server for the whole run.
-// While somebody waits in it for the server, to close it is to wait no longer.
+// After the first log-on, closing only hides the window: its POP3 client serves the whole run. While a log-on
+// waits for the server, closing the window gives the log-on up.
 void frmLogin::closeEvent(QCloseEvent* event) {
     if (loggingOn_ && POP1.isRunning()) {
         event->ignore();
@@ -68,20 +68,20 @@ void frmLogin::cmdSetup_Click() {
 }
 
 void frmLogin::Form_KeyDown(int KeyCode, int Shift) {
-    // The way into the setup window where its button is hidden.
+    // Ctrl+Shift+F9 opens the setup window when its button is hidden.
     if (KeyCode == kKeyF9 && Shift == kShiftAndControl) {
         cmdSetup_Click();
     }
 }
 
-// Whoever types a name will want a connection and then the list: what they need is there before somebody
-// waits.
+// After the user name come a connection and the list. What both need is loaded while the user types, so that
+// the log-on is not delayed by it.
 void frmLogin::tUser_Change() {
     transport::loadNetwork();
     mainWindow().prepare();
 }
 
-// While another log-on waits, further down the stack, nothing ends.
+// Another log-on may still be waiting further down the call stack. It keeps the display.
 void frmLogin::endWaiting() {
     if (loggingOn_) {
         return;
@@ -96,7 +96,7 @@ void frmLogin::tmrWaiting_Timer() {
     barWaiting->show();
 }
 
-// The request that waits ends with an error, and whoever made it goes on from there.
+// The waiting request ends with error 20352, which its caller handles.
 void frmLogin::giveUp() {
     if (loggingOn_) {
         POP1.giveUp();

@@ -37,7 +37,8 @@ void playSoundAgain(MCI::MMControl& player) {
     player.setCommand(email::derived.WavCommand);
 }
 
-/** The buttons rest while messages are fetched; Get New Mail does not. */
+/** Enables or disables the mail buttons, except Get New Mail, which can be used while messages are fetched.
+ */
 void enableButtons(bool enabled) {
     const frmMain& main = mainWindow();
     for (QPushButton* button : {main.cmdCmpose, main.cmdDelete, main.cmdRead}) {
@@ -47,21 +48,21 @@ void enableButtons(bool enabled) {
 
 /** The list before a check and what the check has added to it. */
 struct ListedMail {
-    /** Bytes of the whole mailbox, as the server told them last. */
+    /** Bytes of the whole mailbox before the check. */
     std::int32_t bytesBefore = mailbox.MailboxBytes;
     std::int16_t rowsBefore = std::max(mailbox.MessageCount, mailbox.LastMessageCount);
     /** The last row by now. */
     std::int16_t rows = rowsBefore;
 };
 
-/** Brings the newest row into view, and lets screen readers tell how many have come. */
+/** Brings the newest row into view and gives screen readers the number of new messages. */
 void showThatMailHasCome(const ListedMail& listed) {
     mainWindow().MailGrid->showRow(listed.rows);
     mainWindow().lStats->setAccessibleDescription(QString::number(listed.rows - listed.rowsBefore) +
                                                   QStringLiteral(" new messages"));
 }
 
-/** The hourglass over both windows, from the first request on. */
+/** Shows the hourglass over both windows, for as long as this lives. */
 struct Hourglasses {
     WhileHourglass overLogin{loginWindow()};
     WhileHourglass overList{mainWindow()};
@@ -78,7 +79,7 @@ void fetchNewMail(frmLogin& login, ListedMail& listed, std::optional<Hourglasses
     for (mailbox.CurrentMessage = first; mailbox.CurrentMessage <= mailbox.MessageCount;
          ++mailbox.CurrentMessage) {
         fetchSummary(login.POP1);
-        // One that an earlier check has fetched before it failed may have been opened since.
+        // A check that failed may have fetched this message already, and the user may have opened it since.
         if (mailbox.CurrentMessage > listed.rowsBefore) {
             mainWindow().MailGrid->setRowNew(mailbox.CurrentMessage, true);
         }
@@ -101,7 +102,7 @@ void checkAtTheServer(frmLogin& login, ListedMail& listed, std::optional<Hourgla
         fetchNewMail(login, listed, waiting);
         return;
     }
-    // Fewer messages than before are no news either: only what lies above the last count is new.
+    // Only messages above the last count are new, so fewer messages than before are not new mail either.
     mainWindow().cmdCmpose->setEnabled(true);
     login.POP1.issueRequest(Request::LogOffAndDisconnect);
     mailbox.NewMailFound = false;
@@ -109,8 +110,8 @@ void checkAtTheServer(frmLogin& login, ListedMail& listed, std::optional<Hourgla
 }
 
 /**
- * After a failure that the program survives, the list can be used again; but not when another session is in
- * the middle of its work, which then sees to that itself.
+ * Lets the list be used again after a failure that does not end the program. Does nothing while another
+ * session is running, which does the same at its end.
  */
 void letTheListBeUsed(const POPLib::POP& pop) {
     if (!pop.isRunning()) {
@@ -120,9 +121,9 @@ void letTheListBeUsed(const POPLib::POP& pop) {
 }
 
 /**
- * Keeps the rows that the check has fetched; what was not fetched is not in the list. The server's total
- * counts those messages too, so the sizes of the new rows are added to the total before the check. The last
- * count belongs to the last check that succeeded: the next one fetches from there again.
+ * Keeps the rows that the check has fetched and drops the others. The server's total also counts messages
+ * that were not fetched, so the new total is the one before the check plus the sizes of the new rows.
+ * LastMessageCount stays that of the last successful check: the next check fetches from there again.
  */
 void keepWhatWasFetched(const ListedMail& listed) {
     std::int64_t bytes = listed.bytesBefore;
@@ -141,7 +142,7 @@ void keepWhatWasFetched(const ListedMail& listed) {
     showTotals();
 }
 
-/** Boxes of failed checks that wait for an answer. */
+/** The number of message boxes of failed checks that the user has not answered yet. */
 int openBoxes = 0;
 
 void tellOfFailedCheck(const FailureBox& box, int error) {
@@ -203,7 +204,7 @@ void checkForNewMail() {
         controls::showMessage(missing, email::titleEndingIn(" Mail"));
         return;
     }
-    // The same number once more would be no change, and nothing would be told.
+    // Screen readers announce a change only. Without this, the same number as last time would not be one.
     mainWindow().lStats->setAccessibleDescription(QString());
     frmLogin& login = loginWindow();
     std::optional<Hourglasses> waiting(std::in_place);
@@ -234,8 +235,9 @@ void frmMain::mnuLogin_Click() {
 }
 
 void frmMain::tmrCheckMail_Timer() {
-    // One check under the box of another is told that the server is busy; there is no use in telling it each
-    // time until somebody comes back to the computer.
+    // A check that runs while the box of a failed one is open fails too, since the server is busy, and opens
+    // a second box. One more box at each interval, until the user comes back to the computer, would be no
+    // use.
     constexpr int enough = 2;
     if (openBoxes < enough) {
         checkForNewMail();

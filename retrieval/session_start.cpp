@@ -19,7 +19,8 @@ void welcomeOnMainWindow() {
     frmMain& main = mainWindow();
     main.setWindowTitle(QStringLiteral("Welcome ") + email::credentials.UserName + QStringLiteral(" To ") +
                         email::programTitle());
-    // A check finds the window there, perhaps behind the one that somebody is writing in.
+    // During a check the window is visible already. It must not come in front of the compose window that the
+    // user is writing in.
     if (!main.isVisible()) {
         main.bringUp();
     }

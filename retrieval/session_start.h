@@ -4,8 +4,11 @@ namespace poplib {
 class POP;
 }
 
-/** Logs on to the mail server and takes its totals. \throws RuntimeError whatever the log-on raises. */
+/**
+ * Logs on to the mail server and stores the mailbox's size and number of messages in email::mailbox.
+ * \throws RuntimeError whatever the log-on raises.
+ */
 void logOnAndCount(poplib::POP& pop);
 
-/** Shows the main window with the title that welcomes the member. */
+/** Gives the main window the title that welcomes the member, and shows it when it is hidden. */
 void welcomeOnMainWindow();

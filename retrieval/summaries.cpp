@@ -23,7 +23,7 @@ void fetchSummary(POPLib::POP& pop) {
     const bool fitted = pop.lastMessageFitted() &&
                         platform::fitsInMemory([&] { writeRow(email::mailbox.CurrentMessage, summary); });
     if (!fitted) {
-        // One message for which memory fails must not end the listing of all.
+        // Running out of memory for one message must not end the listing of the others.
         email::emptyForListing(summary);
         writeRow(email::mailbox.CurrentMessage, summary);
     }

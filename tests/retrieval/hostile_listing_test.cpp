@@ -1,4 +1,4 @@
-// No mail in the mailbox keeps the list from coming, and none fills the computer's memory.
+// No message can keep the list from being shown, or fill the computer's memory.
 
 #include "email/mailbox.h"
 #include "tests/support/heap.h"
@@ -32,7 +32,7 @@ class HostileListing : public WindowTest {
         return "From: " + name + "@example.org\r\nSubject: About " + name + "\r\nDate: today\r\n\r\n" + body;
     }
 
-    /** Starts the program with this server, as far as the press of Get Mail. */
+    /** Starts the program with this server and fills the login window in; the test presses Get Mail. */
     void startWith(const ScriptedServer& server) {
         writeSettings(support::schoolSettings(server.address()));
         startUp();
@@ -44,7 +44,7 @@ class HostileListing : public WindowTest {
         return mainWindow().MailGrid->TextMatrix(row, column).trimmed();
     }
 
-    /** The rows before and behind the one in question are as always. */
+    /** Checks the rows before and after the hostile message's row. */
     void expectListedAround(int rows) {
         EXPECT_THAT(boxTexts(), IsEmpty());
         EXPECT_EQ(programEnds, 0);
@@ -94,7 +94,7 @@ TEST_P(ListingOfALongLine, ShowsItsRowAndAllOthers) {
     EXPECT_EQ(cell(2, 3), QLatin1String(GetParam().subject));
     EXPECT_LE(email::mailbox.Messages.at(2).HeaderText.size(), kMegabyte + 1000);
 
-    // What is cut in the list is cut alike when the message is to be known again.
+    // The deletion compares the header with the listed one, so both must be cut in the same place.
     mainWindow().MailGrid->setCurrentCell(1, 0);
     mainWindow().cmdDelete->click();
     EXPECT_EQ(boxes.size(), 1U);
@@ -169,7 +169,7 @@ TEST_F(HostileListing, OneRowForWhichMemoryFailsKeepsItsPlaceholders) {
         EXPECT_EQ(cell(2, 4), QStringLiteral("(%1 bytes)").arg(mailbox.messages()[1].size()));
         EXPECT_EQ(email::mailbox.Messages.at(2).HeaderText, "");
 
-        // It is not known what it is, so it stays.
+        // The client cannot tell which message this is, so it deletes none.
         mainWindow().MailGrid->setCurrentCell(1, 0);
         mainWindow().cmdDelete->click();
         EXPECT_THAT(boxTexts(),
@@ -179,7 +179,7 @@ TEST_F(HostileListing, OneRowForWhichMemoryFailsKeepsItsPlaceholders) {
 }
 
 namespace {
-/** Sends what is to fill the memory, a piece at a time, and calls `look` behind each. */
+/** Sends data that could fill the memory, a piece at a time, and calls `look` after each piece. */
 using Flood = std::function<void(Peer& peer, const std::function<void()>& look)>;
 
 void floodWithBodies(Peer& peer, const std::function<void()>& look) {
@@ -237,7 +237,7 @@ TEST_P(ListingOfAFlood, StaysSixtyFourMegabytesAboveTheStart) {
     mailbox.answer("TOP 7", "+OK\r\n" + support::stuffed(message("last")));
     ScriptedServer server{mailbox};
     startWith(server);
-    // All the time that the flood needs, however slow the machine.
+    // Long time-outs, so that none ends the flood on a slow machine.
     loginWindow().POP1.setTimeouts({std::chrono::seconds(60), std::chrono::seconds(60)});
     const std::size_t start = support::allocatedBytes();
     peak = start;

@@ -1,4 +1,4 @@
-// What a person sees and can do while the log-on waits, and where the keyboard is afterwards.
+// What the user sees and can do while the log-on waits, and where the keyboard focus is afterwards.
 
 #include "email/mailbox.h"
 #include "platform/runtime_error.h"
@@ -28,7 +28,7 @@ class LoginWaiting : public WindowTest {
   protected:
     static bool showsThatItWaits() { return loginWindow().lblWaiting->isVisible(); }
 
-    /** Starts with a server that says nothing at this command, in the first session only. */
+    /** Has the server send no reply to this command, in any session. */
     void holdAt(const std::string& command) {
         mailbox.on(command, [](support::Peer& peer) { peer.holdSilent(); });
     }

@@ -65,7 +65,7 @@ class NewMailCheck : public WindowTest {
         EXPECT_EQ(boxes[0].title, title);
     }
 
-    /** Lets memory fail when the command is sent. */
+    /** Simulates running out of memory when the client sends the command. */
     static void runOutOfMemoryAt(const std::string& command) {
         loginWindow().POP1.PITrail = [command](poplib::Direction, const std::string& text) {
             if (text == command) {
@@ -74,7 +74,7 @@ class NewMailCheck : public WindowTest {
         };
     }
 
-    /** The rows, the counters, the line at the foot and the numbers of the rows tell of one list. */
+    /** Checks that rows, counters, summary line and row numbers all agree. */
     static void expectList(int messages, std::int32_t bytes) {
         EXPECT_EQ(mainWindow().MailGrid->Rows(), messages + 1);
         EXPECT_EQ(email::mailbox.MessageCount, messages);
@@ -222,7 +222,7 @@ TEST_F(NewMailCheck, AFailedCheckLeavesTheLastCountAndTheNextOneFetchesFromThere
     mainWindow().tmrCheckMail_Timer();
     EXPECT_EQ(email::mailbox.LastMessageCount, 1);
     const std::int32_t bytesAfter = email::mailbox.MailboxBytes;
-    // Told once more, the second message is still one row and is counted once.
+    // The next check lists the second message again, which must stay one row and be counted once.
     mainWindow().tmrCheckMail_Timer();
     expectList(2, bytesAfter);
     loginWindow().POP1.PITrail = nullptr;
@@ -359,7 +359,7 @@ TEST_F(NewMailCheck, ARefusedConnectionEndsTheProgram) {
 
 TEST_F(NewMailCheck, AnUnreachableNetworkEndsTheProgram) {
     logInWith(1);
-    // The broadcast address of the computer's own network takes no connection.
+    // The loopback network's broadcast address is unreachable for a connection.
     email::settings.POPServer = QStringLiteral("127.255.255.255");
     mainWindow().tmrCheckMail_Timer();
     expectBox(QStringLiteral("Network is unreachable."), QStringLiteral("Example School E-mail"));

@@ -1,4 +1,4 @@
-// What a server does at the end of a session is of no importance once everything has come.
+// How a server ends a session does not matter once all messages have been received.
 
 #include "email/mailbox.h"
 #include "tests/support/pop3_script.h"
