@@ -3,9 +3,9 @@
 #include <QApplication>
 
 /**
- * The application object. What a handler raises is trapped where the handler is connected; this traps what Qt
- * itself raises on its way, which is want of memory: a clipboard with a gigabyte in it, a picture of text. It
- * is reported as error 7, and the program goes on.
+ * The application object. connectHandler() traps the errors of handlers. This traps what Qt itself raises
+ * while it handles an event: std::bad_alloc, as for a clipboard that holds a gigabyte or a picture of a long
+ * text. It is reported as error 7, and the program goes on.
  */
 class Application : public QApplication {
   public:

@@ -19,7 +19,7 @@
 #include <QShortcut>
 
 namespace {
-/** Qt tells screen readers of every window that is no dialog of its own as of something to be passed over. */
+/** Makes a window known to screen readers as a window: Qt gives a plain QWidget a role that they skip. */
 QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) {
     auto* const window = dynamic_cast<Form*>(object);
     return window == nullptr ? nullptr : new QAccessibleWidget(window, QAccessible::Window);
@@ -34,7 +34,7 @@ WhileDisabled::WhileDisabled(Form& window) {
 }
 
 WhileDisabled::WhileDisabled(QWidget& control) {
-    // The control's own state, whatever its window's is.
+    // The control's own state counts, not that of its window.
     if (control.isEnabledTo(control.parentWidget())) {
         enabledBefore_ = &control;
         control.setEnabled(false);
@@ -85,7 +85,7 @@ void Form::setHourglass(bool on) {
     }
     setCursor(Qt::WaitCursor);
     for (QWidget* part : findChildren<QWidget*>()) {
-        // A field for text has a pointer of its own, which would hide the window's.
+        // A text field has a pointer of its own, which would be shown in place of the window's.
         if (part->testAttribute(Qt::WA_SetCursor) && part->window() == this) {
             ownPointers_.emplace_back(part, part->cursor());
             part->setCursor(Qt::WaitCursor);
@@ -95,7 +95,7 @@ void Form::setHourglass(bool on) {
 
 void Form::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange) {
-        // Asks for itself once more, until nothing is left to be changed.
+        // This causes another PaletteChange, unless the palette is the same as before.
         setPalette(controls::legibleWhileResting(QApplication::palette()));
     }
     QWidget::changeEvent(event);
@@ -120,10 +120,10 @@ void Form::prepare() {
     }
     controls::makeSystemWindow(*this);
     {
-        // Loads the picture of the hourglass.
+        // This loads the hourglass pointer.
         const WhileHourglass shown(*this);
     }
-    // Fonts, styles and the layout are worked out by painting, and then known.
+    // Painting loads fonts and styles and computes the layout.
     grab();
 }
 
@@ -167,8 +167,8 @@ void Form::giveCaptionsRoom() {
     layout()->activate();
 }
 
-// Qt aligns a label by the direction of its own letters: Latin ones would stand at the wrong end of the
-// window, or away from their fields.
+// Qt aligns a label by the direction of its text, so a Latin caption would stand at the wrong end of the
+// window, or away from its field.
 void Form::mirrorLabels() {
     for (QLabel* label : findChildren<QLabel*>()) {
         const Qt::Alignment before = label->alignment();
@@ -181,7 +181,7 @@ void Form::mirrorLabels() {
     }
 }
 
-// The dots of "Attach..." would go before it.
+// Otherwise Qt would show the dots of "Attach..." in front of the word.
 void Form::keepCaptionsInTheirOrder() {
     for (QPushButton* button : findChildren<QPushButton*>()) {
         if (isRightToLeft() && button->text().endsWith(u'.')) {

@@ -14,8 +14,8 @@
 class Form;
 
 /**
- * Lets nobody use a control, or a window nor close it, for as long as this lives; the keyboard is then where
- * it was before. What somebody else has disabled stays so.
+ * Disables a control or a window for as long as this lives; a disabled window cannot be closed either. The
+ * keyboard focus is afterwards where it was before. What was disabled already stays disabled.
  */
 class WhileDisabled {
   public:
@@ -26,11 +26,11 @@ class WhileDisabled {
     WhileDisabled& operator=(const WhileDisabled&) = delete;
 
   private:
-    /** Null when it was disabled already. */
+    /** Null when the control or window was disabled already. */
     QPointer<QWidget> enabledBefore_;
 };
 
-/** Shows the hourglass over a window, for as long as this lives. Where somebody else shows it, it stays. */
+/** Shows the hourglass over a window for as long as this lives. If it was shown already, it stays. */
 class WhileHourglass {
   public:
     explicit WhileHourglass(Form& window);
@@ -39,7 +39,7 @@ class WhileHourglass {
     WhileHourglass& operator=(const WhileHourglass&) = delete;
 
   private:
-    /** Null when it was shown already. */
+    /** Null when the hourglass was shown already. */
     QPointer<Form> normalBefore_;
 };
 
@@ -49,50 +49,50 @@ class WhileHourglass {
  */
 class Form : public QWidget {
   public:
-    /** Fills the window; runs once, before anybody else gets hold of it. */
+    /** Fills the window. Runs once, before the window's accessor returns it for the first time. */
     virtual void Form_Load() = 0;
 
-    /** Says good-bye; the window is hidden and forgotten right after it. */
+    /** Runs when the window is unloaded, right before it is hidden and forgotten; see unload(). */
     virtual void Form_Unload() = 0;
 
-    /** Does what takes time before the window can be shown for the first time, while nobody waits for it. */
+    /** Does in advance the slow part of showing the window for the first time. */
     void prepare();
 
     /** Shows the window, and brings it to the front when it is already there. */
     void bringUp();
 
-    /** Lets the window that this one is opened from rest until giveControlBack(). */
+    /** Disables the window that this one is opened from until giveControlBack(). */
     void takeControlFrom(Form& opener);
 
     /**
-     * Lets that window be used again, and brings it to the front. Only once: who was given control may have
-     * given it to another window since.
+     * Enables that window again and brings it to the front. A second call does nothing, since by then the
+     * opener may be disabled by another window.
      */
     void giveControlBack();
 
-    /** The window that control was taken from last, for as long as there is that window; or null. */
+    /** The window that control was taken from last; null when there was none or it no longer exists. */
     const Form* opener() const { return opener_; }
 
   protected:
     Form(const QString& objectName, const QString& caption);
 
-    /** Takes the title that start-up has found in the settings; without one the window keeps its own. */
+    /** Takes the title that start-up has made from the settings. Before start-up the window keeps its own. */
     void takeProgramTitle();
 
     // windows/windows.cpp
     /** A disabled window cannot be closed; any other one is unloaded. */
     void closeEvent(QCloseEvent* event) override;
     /**
-     * Puts the window above the one that it was opened from: where it was last in this run, or else in the
-     * middle of that one, on the same screen.
+     * Puts the window in front of the one that it was opened from: where it was last in this run, or else in
+     * the middle of that window, on the same screen.
      */
     void showEvent(QShowEvent* event) override;
-    /** Remembers size and place, for the next window of this name. */
+    /** Stores size and place for the next window with the same object name. */
     void hideEvent(QHideEvent* event) override;
 
     void changeEvent(QEvent* event) override;
 
-    /** A window that rests says so by a dimmed frame. */
+    /** Draws a dimmed frame around a disabled window. */
     void paintEvent(QPaintEvent* event) override;
 
     /** Escape closes the window, as its frame does. */
@@ -101,32 +101,33 @@ class Form : public QWidget {
     /** The Tab key walks through the controls in this order. */
     static void setTabSequence(std::initializer_list<QWidget*> controls);
 
-    /** Size in letters and lines of the window's font, kept within the screen. */
+    /** Resizes the window to so many average letters and lines of its font, but within the screen. */
     void resizeToText(int letters, int lines);
 
   private:
     friend class WhileDisabled;
     friend class WhileHourglass;
 
-    /** The hourglass over this window and all that is in it, or the normal pointers. */
+    /** Shows the hourglass, or the normal pointers, over this window and all its controls. */
     void setHourglass(bool on);
 
-    /** Disables the window; once it is enabled again, the keyboard is where it is now. */
+    /** Disables the window. Once it is enabled again, the control that has the keyboard focus now gets it
+     * back. */
     void rest();
 
-    /** Return presses the button that has the keyboard, as Space does. */
+    /** Lets Return press the button that has the keyboard focus, as Space does. */
     void letReturnPressButtons();
-    /** Captions of buttons keep away from their edges, with letters of any size. */
+    /** Leaves room around the captions of buttons, with letters of any size. */
     void giveCaptionsRoom();
-    /** Where the window reads from right to left, labels stand as in a mirror. */
+    /** Aligns labels to the other side in a window that reads from right to left. */
     void mirrorLabels();
-    /** And captions read there as they are written. */
+    /** Keeps the dots at the end of a button's caption in a window that reads from right to left. */
     void keepCaptionsInTheirOrder();
 
     KeptFocus keptFocus_{*this};
     QPointer<Form> opener_;
     std::optional<WhileDisabled> openerRests_;
     bool hourglass_ = false;
-    /** Parts with pointers of their own, and what these are without the hourglass. */
+    /** Controls with mouse pointers of their own, each with the pointer to restore after the hourglass. */
     std::vector<std::pair<QPointer<QWidget>, QCursor>> ownPointers_;
 };

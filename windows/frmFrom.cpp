@@ -11,7 +11,7 @@
 #include <limits>
 
 namespace {
-/** A field to read and to copy from. */
+/** Makes a field that the user can read and copy from, but not change. */
 QLineEdit* readOnlyField(const char* name, QLabel* label, QWidget* parent) {
     auto* field = named<QLineEdit>(name, parent);
     field->setReadOnly(true);
@@ -98,7 +98,7 @@ void frmFrom::layOut() {
     rows->addWidget(tMessage, 1);
     rows->addWidget(barFind);
 
-    // The Tab key takes the controls in the order in which they are worked with: what one reads comes first.
+    // Tab goes to the message first, since that is what the user reads first.
     setTabSequence({tMessage, cmdReply, cmdFwrd, CmdPrint, cmdDone, txtFrom, txtSubject, txtAttachments,
                     cmdSave, barFind->txtFind, barFind->cmdNext, barFind->cmdPrevious});
     resizeToText(116, 38);

@@ -40,7 +40,7 @@ class frmFrom : public Form {
     QPushButton* CmdPrint;
     QPushButton* cmdDone;
 
-    /** The number of the message in the window. A check for new mail may be at another one meanwhile. */
+    /** The number of the message in the window. A check for new mail may change CurrentMessage meanwhile. */
     std::int16_t OpenMessage = 0;
 
   private:

@@ -12,10 +12,10 @@
 #include <chrono>
 
 namespace {
-/** A quick log-on shows nothing that would only flicker. */
+/** The delay keeps the line and the bar from flickering during a quick log-on. */
 constexpr std::chrono::milliseconds kBeforeWaitingIsShown{300};
 
-/** Shown only at times; the window keeps its room, so that nothing moves. */
+/** Hides the control but keeps its room in the layout, so that nothing moves when it is shown. */
 void showOnlyAtTimes(QWidget* control) {
     QSizePolicy policy = control->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
@@ -23,7 +23,7 @@ void showOnlyAtTimes(QWidget* control) {
     control->hide();
 }
 
-/** The key codes and the mask that the window's key handler is written in. */
+/** Returns the key code that Form_KeyDown() takes: 112 for F1 to 123 for F12, 0 for any other key. */
 int keyCodeOf(int key) {
     constexpr int keyCodeF1 = 112;
     const bool functionKey = key >= Qt::Key_F1 && key <= Qt::Key_F12;
@@ -62,7 +62,7 @@ frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlew
     barWaiting = named<QProgressBar>("barWaiting", this);
     barWaiting->setAccessibleName(QStringLiteral("Waiting for the mail server"));
     barWaiting->setTextVisible(false);
-    // Without an end: how long a server is silent is not known.
+    // The bar moves without an end, since nobody knows how long the server takes.
     barWaiting->setRange(0, 0);
     showOnlyAtTimes(lblWaiting);
     showOnlyAtTimes(barWaiting);
@@ -71,8 +71,7 @@ frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlew
     tmrWaiting->setPeriod(static_cast<int>(kBeforeWaitingIsShown.count()));
     connectHandler(tmrWaiting, &QTimer::timeout, this, &frmLogin::tmrWaiting_Timer);
 
-    // The component raises these from inside its requests; an error in them travels on to who made the
-    // request.
+    // The POP3 client calls these during its requests. What they throw reaches the caller of the request.
     POP1.RawHeader = [this](const std::string& line) { POP1_RawHeader(line); };
     POP1.Header = [this](const std::string& field, const std::string& value) { POP1_Header(field, value); };
     POP1.Transfer = [this](std::int32_t bytes, const std::string& text) { POP1_Transfer(bytes, text); };

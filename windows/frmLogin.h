@@ -11,7 +11,8 @@ class QLineEdit;
 class QProgressBar;
 class QPushButton;
 
-/** The log-on window. Hidden after it, it stays for its POP3 client and its wave player. */
+/** The log-on window. After the log-on it is only hidden, since its POP3 client and wave player stay in use.
+ */
 class frmLogin : public Form {
   public:
     frmLogin();
@@ -65,6 +66,6 @@ class frmLogin : public Form {
     // retrieval/login.cpp
     void mayTryAgain();
 
-    /** From Get Mail on until the log-on has failed or the messages are listed. */
+    /** True from Get Mail on until the log-on has failed or the messages are listed. */
     bool loggingOn_ = false;
 };

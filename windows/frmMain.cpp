@@ -62,12 +62,12 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
 }
 
 void frmMain::showEvent(QShowEvent* event) {
-    // Made when it is first seen: a menu bar loads every kind of picture that there is, for its own arrow.
+    // The menu bar is made only when the window is shown, since it loads all image plug-ins for its arrow.
     if (layout()->menuBar() == nullptr) {
         auto* menuBar = named<QMenuBar>("menuBar", this);
         QMenu* const help = menuBar->addMenu(QStringLiteral("&Help"));
         help->addActions({mnuHelp, mnuLogin});
-        // The way to the login window, once that one was closed, for whom Get New Mail does not lead there.
+        // Log In... is shown to a user who has closed the login window and has no Get New Mail to reopen it.
         QObject::connect(help, &QMenu::aboutToShow, mnuLogin, [this] {
             mnuLogin->setVisible(!cmdGetMail->isVisibleTo(this) && !email::credentials.LoggedOn);
         });
@@ -119,11 +119,12 @@ void frmMain::layOut() {
     layout()->activate();
     openAsWideAsTheDatesNeed();
     layout()->invalidate();
-    // Start-up divides the grid's width among its columns, before the window is first seen.
+    // The grid must have its width now: start-up divides it among the columns before the window is shown.
     layout()->activate();
 }
 
-// As wide as it takes to read whole dates, or as the screen sensibly allows.
+// Makes the window wide enough to show whole dates, or 95 % of the screen's width where they do not fit on
+// it.
 void frmMain::openAsWideAsTheDatesNeed() {
     constexpr double partOfTheDates = 0.11;
     constexpr int frameOfTheWindow = 16;

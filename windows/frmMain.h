@@ -62,10 +62,10 @@ class frmMain : public Form {
 
     void enableMailButtons(bool enabled);
 
-    /** Gives the keyboard to the list, or to Compose Mail when the list is empty. */
+    /** Gives the keyboard focus to the list, or to Compose Mail when the list is disabled. */
     void startAtTheList();
 
-    /** The same, but only when no control has the keyboard, as after the loss of the last message. */
+    /** The same, but only when no control has the keyboard focus, as after the last message is deleted. */
     void startAtTheListIfNowhere();
 
     /** The number of the message whose row was clicked last; 0 until a row is clicked. */

@@ -58,7 +58,7 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
     }
     connectHandler(tMessage, &QPlainTextEdit::textChanged, this, &frmSend::letter_Change);
 
-    // The component raises these from inside its requests.
+    // The SMTP client calls these during its requests.
     SMTP1.PITrail = [this](smtplib::Direction direction, const std::string& message) {
         SMTP1_PITrail(direction, message);
     };

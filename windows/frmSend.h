@@ -31,17 +31,18 @@ class frmSend : public Form {
     void cmdSendto_Click();
     void cmdCCto_Click();
     /**
-     * Shows the window when somebody's message is in it, sent at this moment or to be tried again; true then,
-     * and nothing may be filled in. True also while a kept letter is offered.
+     * Shows the window and returns true when it is open or is sending a message. Returns true also while the
+     * user is asked whether to go on with a kept letter. The caller must not fill the window in then.
      */
     bool showIfInUse();
-    /** Shows the window in front of the one that it is opened from, which rests until it is closed. */
+    /** Shows the window, with the focus in the field. The opener is disabled until this window is closed. */
     void openFrom(Form& opener, QWidget& field);
 
     // compose/keep_letter.cpp
     /**
-     * Offers to go on with the letter that was being written when the program ended, if there is one. True
-     * when it is in the window now, and nothing more may be filled in. A letter that is given up is removed.
+     * Offers to go on with the letter that was being written when the program ended, if there is one. Returns
+     * true when the letter is in the window now; the caller must not fill in more. If the user answers No,
+     * the letter is removed.
      */
     bool goOnWithKeptLetter();
     void letter_Change();
@@ -72,17 +73,17 @@ class frmSend : public Form {
     MSComDlg::CommonDialog dlgAttach;
     NetCodeLib::NetCode ctrNetcode;
     SMTPLib::SMTP SMTP1;
-    /** Where the letter in the window is kept until it is sent or given up. */
+    /** Keeps the letter in the window until the user sends or cancels it. */
     platform::KeptFile keptLetter;
 
   protected:
     // compose/compose_window.cpp
-    /** Closed while it sends, the window only hides: should the message not go out, it comes back with it. */
+    /** Only hides a window that is sending, so that it can come back with the message if that fails. */
     void closeEvent(QCloseEvent* event) override;
 
   private:
     void layOut();
-    /** Shows or hides both buttons; without them the fields reach as far as the one of the subject. */
+    /** Shows or hides both Find Address buttons. Without them the fields are as wide as the subject field. */
     void showFindAddress(bool shown);
 
     // compose/send.cpp
@@ -96,9 +97,9 @@ class frmSend : public Form {
     void removeKeptLetter();
 
     QGridLayout* fields_;
-    /** Of what the file holds, so that the same is not written again; 0 for nothing. */
+    /** The digest of what the file holds, so that the same is not written again; 0 for no file. */
     std::size_t keptDigest_ = 0;
-    /** Milliseconds that it took to keep it the last time. */
+    /** Milliseconds that it took to write the letter the last time. */
     int keepingMs_ = 0;
     platform::BeforeTheEnd keepBeforeTheEnd_{[this] { keepLetterNow(); }};
     bool sending_ = false;

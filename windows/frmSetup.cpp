@@ -19,7 +19,7 @@
 #include <utility>
 
 namespace {
-/** A combo box whose value is its text, which may also be typed: settings files hold what people write. */
+/** A combo box whose text can also be typed, since a settings file may hold any text. */
 class SettingCombo : public QComboBox {
   public:
     SettingCombo() {
@@ -29,7 +29,7 @@ class SettingCombo : public QComboBox {
     }
 
   protected:
-    // Turning the wheel scrolls the page; it must not change the settings that pass under the pointer.
+    // Without the focus, turning the wheel scrolls the page. It must not change settings under the pointer.
     void wheelEvent(QWheelEvent* event) override {
         if (hasFocus()) {
             QComboBox::wheelEvent(event);
@@ -42,7 +42,7 @@ class SettingCombo : public QComboBox {
 QComboBox* combo(const char* name, const QStringList& items) {
     QComboBox* box = named<SettingCombo>(name);
     box->addItems(items);
-    // Otherwise walking through the fields would make "yes" of a "Yes" that the file holds.
+    // Otherwise moving through the fields would change a "Yes" from the file to "yes".
     box->completer()->setCaseSensitivity(Qt::CaseSensitive);
     return box;
 }
@@ -57,7 +57,7 @@ QComboBox* minutesCombo(const char* name) {
         items.append(QString::number(minute));
     }
     QComboBox* box = combo(name, items);
-    // What is no number would keep the program from starting again.
+    // The program would not start again with a text that is not a number.
     box->setValidator(new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]{0,4}")), box));
     return box;
 }
@@ -70,7 +70,7 @@ QFormLayout* addGroup(QVBoxLayout* column, const QString& title) {
     return form;
 }
 
-/** Adds a field that has something at its side. */
+/** Adds a field with another widget beside it. */
 void addRow(QFormLayout* form, const QString& caption, QWidget* field, QWidget* beside) {
     auto* row = new QHBoxLayout;
     row->addWidget(field);
@@ -82,7 +82,7 @@ void addRow(QFormLayout* form, const QString& caption, QWidget* field, QWidget* 
 
 void addSwitch(QFormLayout* form, const QString& caption, QComboBox* box) {
     QLabel* hint = makeHint(box->objectName() + QStringLiteral("Hint"));
-    // Its place is kept, so that nothing moves when it comes, and it makes no column wider.
+    // The hint keeps its room when hidden, so that nothing moves when it appears, and widens no column.
     QSizePolicy policy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     policy.setRetainSizeWhenHidden(true);
     hint->setSizePolicy(policy);
@@ -90,12 +90,12 @@ void addSwitch(QFormLayout* form, const QString& caption, QComboBox* box) {
     keepHint(box->lineEdit(), hint, hintOfSwitch);
 }
 
-/** Adds what belongs to the field above. */
+/** Adds a widget that belongs to the field above it. */
 void addBelow(QFormLayout* form, QWidget* widget) {
     form->setWidget(form->rowCount(), QFormLayout::FieldRole, widget);
 }
 
-/** Lets all fields of the page start on one line, whichever group they are in. */
+/** Aligns the fields of all groups of the page below one another. */
 void alignFields(const QWidget& page) {
     int width = 0;
     QList<QLabel*> captions = page.findChildren<QLabel*>();
@@ -136,7 +136,7 @@ void frmSetup::makeControls() {
     cboAttachments = yesNoCombo("cboAttachments");
     txtSaveDir = named<QLineEdit>("txtSaveDir");
     cboDrive = named<controls::DriveListBox>("cboDrive");
-    // A combo box without a caption is called by its text; what it is for is its description.
+    // Screen readers take a combo box's text for its name, so its purpose is also its description.
     cboDrive->setAccessibleName(QStringLiteral("Drive of the attachment directory"));
     cboDrive->setAccessibleDescription(cboDrive->accessibleName());
     connectHandler(cboDrive, &QComboBox::currentIndexChanged, this, &frmSetup::cboDrive_Change);
@@ -222,7 +222,7 @@ void frmSetup::layOut() {
     buttons->addWidget(cmdUpdate);
     buttons->addWidget(cmdExit);
 
-    // All of it fits a large screen; on a small one, or enlarged, it scrolls.
+    // The page scrolls on a small screen or with large letters.
     auto* scroll = new QScrollArea;
     scroll->setWidget(page);
     scroll->setWidgetResizable(true);
@@ -238,7 +238,7 @@ void frmSetup::layOut() {
                          columns_->spacing() + margins.left() + margins.right() +
                          scroll->verticalScrollBar()->sizeHint().width();
     for (const QLabel* caption : findChildren<QLabel*>()) {
-        // The field inside a combo box is what has the focus, so it is what a screen reader names.
+        // The text field inside a combo box has the focus, so screen readers tell that field's name.
         if (const auto* box = qobject_cast<QComboBox*>(caption->buddy());
             box != nullptr && box->isEditable()) {
             box->lineEdit()->setAccessibleName(caption->text().trimmed());
@@ -251,17 +251,17 @@ void frmSetup::layOut() {
     txtSchool->setFocus();
     closeOnEscape();
     resizeToText(140, 44);
-    // Where the screen has room, nobody has to scroll.
+    // Where the screen has room, the user need not scroll.
     if (widthOfTwoColumns_ <= screen()->availableSize().width() * 9 / 10) {
         resize(std::max(width(), widthOfTwoColumns_), height());
     }
 }
 
-// A hint that comes below the edge of a small window would be seen by nobody.
+// Scrolls to a hint that appears below the edge of a small window, where the user would not see it.
 void frmSetup::keepHintInView(QScrollArea& scroll) {
     QObject::connect(txtSaveDir, &QLineEdit::textChanged, &scroll, [this, &scroll] {
         if (txtSaveDir->hasFocus() && saveDirHint_->isVisible()) {
-            // It has its place only when the group is laid out, which otherwise comes later.
+            // The hint has its place only after the group's layout is activated, which Qt would do later.
             saveDirHint_->parentWidget()->layout()->activate();
             scroll.ensureWidgetVisible(saveDirHint_);
         }

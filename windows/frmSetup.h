@@ -47,7 +47,7 @@ class frmSetup : public Form {
     QPushButton* cmdExit;
 
   protected:
-    /** Two columns where they fit, otherwise one. */
+    /** Shows two columns where they fit, otherwise one. */
     void resizeEvent(QResizeEvent* event) override;
 
   private:
@@ -59,6 +59,6 @@ class frmSetup : public Form {
 
     QBoxLayout* columns_;
     QLabel* saveDirHint_;
-    /** What the window needs for two columns side by side. */
+    /** The window's width from which on two columns fit side by side. */
     int widthOfTwoColumns_ = 0;
 };

@@ -20,7 +20,7 @@ void KeptFocus::focusChanged(const QWidget* before, QWidget* now) {
     if (now == nullptr || now == &window_ || now->window() != &window_) {
         return;
     }
-    // Nobody leaves a disabled control; it was taken from there.
+    // Qt, not the user, moves the focus away from a disabled control.
     const bool handedOn = before != nullptr && before == place_ && !before->isEnabled();
     if (!handedOn) {
         setPlace(now);

@@ -5,16 +5,15 @@
 #include <QWidget>
 
 /**
- * Keeps a person's place in a window. When the control with the keyboard is disabled, Qt hands the keyboard
- * to the next control that is enabled, which may be Exit, or to none. Here the window itself holds it
- * meanwhile, and the control gets it back as soon as it can be used again, unless the person has gone
- * elsewhere.
+ * Keeps the user's place in a window. When the control with the keyboard focus is disabled, Qt passes the
+ * focus to the next enabled control, which may be Exit, or to none. This gives the focus to the window itself
+ * meanwhile, and back to the control as soon as it is enabled, unless the user has moved to another control.
  */
 class KeptFocus : public QObject {
   public:
     explicit KeptFocus(QWidget& window);
 
-    /** Remembers the control that has the keyboard now; for a window that may never have been active. */
+    /** Remembers the window's focus widget, also in a window that has not been active yet. */
     void remember();
 
   protected:

@@ -14,7 +14,7 @@ QString hintOfSwitch(const QString& text) {
 }
 
 QString hintOfAttachmentDirectory(const QString& path) {
-    // A letter alone stands for its folder.
+    // A drive letter alone stands for the drive's folder.
     static const QRegularExpression end(QStringLiteral("^[A-Za-z]:$|[\\\\/]$"));
     if (path.isEmpty() || end.match(path).hasMatch()) {
         return {};

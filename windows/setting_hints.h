@@ -5,16 +5,19 @@
 class QLabel;
 class QLineEdit;
 
-// The setup window takes whatever is typed, as the settings file does. A hint tells what it will do.
+// The setup window accepts any text, as the settings file does. A hint tells the user what the text will do.
 
-/** What a switch does with a text that is neither "yes" nor "no"; empty for these two. */
+/** Returns what a switch does with a text that is neither "yes" nor "no"; empty for these two. */
 QString hintOfSwitch(const QString& text);
 
-/** What becomes of attachments in a folder whose path has no separator at its end; empty where it has one. */
+/**
+ * Returns under which name an attachment is saved when the path has no separator at its end. Empty when it
+ * has one, is empty or is a drive alone.
+ */
 QString hintOfAttachmentDirectory(const QString& path);
 
-/** A label for hints of that name, hidden until there is one. */
+/** Returns a label of that object name, hidden until there is a hint to show. */
 QLabel* makeHint(const QString& name);
 
-/** Shows the hint of what is typed in the label, and gives it to the field for screen readers. */
+/** Shows the hint for the field's text in the label, and makes it the field's accessible description. */
 void keepHint(QLineEdit* field, QLabel* hint, QString (*hintOf)(const QString& text));

@@ -27,12 +27,12 @@ struct LoadedWindows::Windows {
     template <class... Window>
     using Slots = std::tuple<std::unique_ptr<Window>...>;
 
-    /** All that the program has, from the one that lies over the others down; those that are loaded. */
+    /** The program's windows from the topmost one down; empty for those that are not loaded. */
     Slots<frmSend, frmFrom, frmSetup, frmMain, frmLogin, frmAbout> fromTheTop;
-    /** Size and place of each window when it was hidden last, by its name. */
+    /** Size and place of each window when it was hidden last, by its object name. */
     std::map<QString, QByteArray> places;
     QString attachFolder;
-    /** Unloaded, but perhaps still in use by a handler further down the stack. */
+    /** Unloaded windows that a handler further down the call stack may still use. */
     std::vector<std::unique_ptr<Form>> retired;
 };
 
@@ -49,13 +49,14 @@ Window& loaded() {
     std::unique_ptr<Window>& window = slotOf<Window>();
     if (!window) {
         window = std::make_unique<Window>();
-        // Already reachable while it loads, because loading one window may ask for another and come back.
+        // Form_Load runs once the accessor can find the window, since loading it may load a window that asks
+        // for this one.
         window->Form_Load();
     }
     return *window;
 }
 
-/** The windows that can be seen, from the one that lies over the others down. */
+/** Returns the visible windows from the topmost one down. */
 std::vector<Form*> visibleFromTheTop() {
     std::vector<Form*> visible;
     const auto addIfVisible = [&visible](Form* window) {
@@ -79,7 +80,7 @@ void destroyRetiredLater() {
         Qt::QueuedConnection);
 }
 
-/** Hides the window and forgets it; false for the main window, which takes the program with it. */
+/** Hides the window and forgets it. Returns false for the main window, whose unloading ends the program. */
 bool retire(const Form& window) {
     const auto retireIfSame = [&window]<class Window>(std::unique_ptr<Window>& slot) {
         if (std::is_same_v<Window, frmMain> || slot.get() != &window) {
@@ -133,7 +134,7 @@ QString& attachFolder() {
     return current->attachFolder;
 }
 
-// Here and not with the rest of the class, so that a window's looks need to know of no other window.
+// This is here and not in form.cpp, so that the code for a window's looks depends on no other window.
 void Form::closeEvent(QCloseEvent* event) {
     event->ignore();
     if (isEnabled()) {
@@ -142,7 +143,7 @@ void Form::closeEvent(QCloseEvent* event) {
 }
 
 namespace {
-/** The window that this one is opened from; nothing for the first one. */
+/** Returns the window that this one is opened from; null when it has none, as the login window. */
 const Form* openerOf(const Form& window) {
     if (window.opener() != nullptr) {
         return window.opener();
@@ -154,7 +155,8 @@ const Form* openerOf(const Form& window) {
     return is(slotOf<frmSetup>()) || is(slotOf<frmMain>()) ? slotOf<frmLogin>().get() : nullptr;
 }
 
-/** Moves the window to the middle of its opener, or of its screen, and not over the edge of that screen. */
+/** Moves the window to the middle of its opener, or of the screen when null, but not over the screen's edge.
+ */
 void standInTheMiddle(Form& window, const Form* opener) {
     const QRect screen = (opener != nullptr ? opener : &window)->screen()->availableGeometry();
     const QSize frame = opener != nullptr ? opener->frameGeometry().size() - opener->size() : QSize(0, 0);
@@ -174,18 +176,18 @@ void Form::showEvent(QShowEvent* event) {
     mirrorLabels();
     keepCaptionsInTheirOrder();
     QWidget::showEvent(event);
-    // Some other program has only brought it back.
+    // The window system has only restored the window, as from its minimised state.
     if (event->spontaneous()) {
         return;
     }
     const Form* opener = openerOf(*this);
     if (opener != nullptr && opener->windowHandle() == nullptr) {
-        // Never shown until now, it stands nowhere.
+        // The opener has never been shown, so it has no place on the screen.
         opener = nullptr;
     }
-    // Not made a child of it: the opener is often disabled meanwhile, and a child would be disabled with it.
-    // Without a window manager nobody would heed it, and the offscreen platform keeps such a window from
-    // becoming the active one.
+    // A transient parent and not a parent: the opener is often disabled, and a child would be disabled with
+    // it. The offscreen platform has no window manager to heed it, and does not make such a window the active
+    // one.
     static const bool managed = QGuiApplication::platformName() != QLatin1String("offscreen");
     windowHandle()->setTransientParent(
         managed && opener != nullptr && opener->isVisible() ? opener->windowHandle() : nullptr);
@@ -211,7 +213,7 @@ void unload(Form& window) {
 }
 
 namespace {
-/** The visible window that lies over the others; one that may be used, where there is such a one. */
+/** Returns the topmost visible window that is enabled, or else the topmost visible one; null without any. */
 Form* topmostWindow() {
     const std::vector<Form*> visible = visibleFromTheTop();
     const auto usable =
@@ -223,14 +225,15 @@ Form* topmostWindow() {
 }
 
 /**
- * Window managers let nobody to the front who asks with a time before the last key press anywhere. Qt asks
- * with the time of the last event that it has got, which a change of a property brings.
+ * A window manager ignores an activation request whose time is before the user's last key press in any
+ * program. Qt's request has the time of the last event that it received. Changing a property, here by setting
+ * the title, makes the window system send such an event.
  */
 void activateWithPresentTime(QWidget& window) {
     constexpr std::chrono::milliseconds untilTheEventHasCome{100};
     window.windowHandle()->setTitle(window.windowHandle()->title());
     QTimer::singleShot(untilTheEventHasCome, &window, [&window] {
-        // Where it has come to the front already, a person may have gone on to another one.
+        // When one of the windows is active already, the user may be working in it.
         if (QApplication::activeWindow() == nullptr && window.isVisible()) {
             window.activateWindow();
         }
@@ -240,7 +243,7 @@ void activateWithPresentTime(QWidget& window) {
 
 void bringUpWindowInUse() {
     QWidget* front = QApplication::activeWindow();
-    // A window that was minimised may still count as the active one: the keyboard is taken from it later.
+    // A minimised window may still count as the active one, since it loses the focus later.
     const bool noneInSight = front == nullptr || front->isMinimized();
     if (Form* const window = topmostWindow(); window != nullptr && noneInSight) {
         window->bringUp();

@@ -24,26 +24,24 @@ frmSetup& setupWindow();
 
 /**
  * Runs the window's Form_Unload, hides the window and forgets it: its accessor makes a new one. The old one
- * is destroyed only when no handler can be using it any more. When no window is left to be seen, the main
- * window is shown, so that the program can always be ended by a person.
+ * is destroyed only when no handler can be using it any more. When no window is visible then, the main window
+ * is shown, so that the user can always end the program.
  */
 void unload(Form& window);
 
-/** Shows the main window when no other window is to be seen. */
+/** Shows the main window when no window is visible. */
 void keepAWindowVisible();
 
 /**
- * Brings the window to the front that a person is working in: the one that has the keyboard, or else the one
- * that lies over the others; with it the box or dialog that waits for an answer.
+ * Brings the window to the front that the user is working in: the active one, or else the topmost one. Its
+ * message box or dialog, if one is open, comes to the front instead.
  */
 void bringUpWindowInUse();
 
-/** Drive path of the folder from which a file was attached the last time in this run; empty before the first.
- */
+/** Drive path, with "\" at its end, of the folder of the file attached last in this run; empty before. */
 QString& attachFolder();
 
-/** Owns the windows. One stands for as long as the accessors are used; a test may have one after the other.
- */
+/** Owns the windows. It must exist while the accessors are used. Tests may make several, one at a time. */
 class LoadedWindows {
   public:
     LoadedWindows();

@@ -6,12 +6,12 @@
 #include <utility>
 
 /**
- * Runs a handler. An error that it does not trap ends in the generic report, a message box with the number
- * and what it means, after which the program goes on: no exception ever passes through Qt.
+ * Runs a handler. An error that the handler does not trap is shown in a message box, with its number and what
+ * it means. The program then goes on. No exception passes through Qt.
  */
 void runHandler(const std::function<void()>& handler);
 
-/** Connects a signal to a handler of the window; whatever the signal carries, a handler takes nothing. */
+/** Connects a signal to a handler of the window, without the signal's arguments. */
 template <class Sender, class Signal, class Window>
 void connectHandler(Sender* sender, Signal signal, Window* window, void (Window::*handler)()) {
     QObject::connect(sender, signal, window,

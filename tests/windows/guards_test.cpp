@@ -1,4 +1,4 @@
-// Whoever disables something, shows the hourglass or stops the list puts back what was before.
+// The guards that disable a window, show the hourglass or stop redrawing restore the state from before.
 
 #include "components/controls/while_not_redrawing.h"
 #include "tests/support/window_test.h"

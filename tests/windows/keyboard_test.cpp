@@ -1,4 +1,4 @@
-// Where the keyboard is, and what its keys do, for a person who works without a mouse.
+// Which control has the keyboard focus, and what keys do, for a person who works without a mouse.
 
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
@@ -31,7 +31,7 @@ std::string message(int number) {
     return "From: ann@example.org\r\nSubject: " + std::to_string(number) + "\r\n\r\ntext\r\n";
 }
 
-/** A name of the control that has the keyboard, "nothing" when none has. */
+/** The name of the control that has the keyboard focus, "nothing" when none has. */
 QString focus() {
     const QWidget* const control = QApplication::focusWidget();
     return control == nullptr ? QStringLiteral("nothing") : control->objectName();

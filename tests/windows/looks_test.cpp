@@ -1,4 +1,4 @@
-// What every window owes to people with other eyes, hands and screens.
+// What every window offers for accessibility: screen readers, the keyboard, colours, small screens.
 
 #include "tests/support/places.h"
 #include "tests/support/window_test.h"
@@ -55,7 +55,7 @@ class Looks : public WindowTest, public testing::WithParamInterface<WindowCase> 
     static QList<Control*> visible() {
         QList<Control*> controls;
         for (Control* control : form().findChildren<Control*>()) {
-            // A combo box or a table brings controls of its own along, which are not ours to name.
+            // A combo box or a table has inner controls of Qt's, which the program does not name.
             const bool inner = qobject_cast<QComboBox*>(control->parentWidget()) != nullptr ||
                                control->objectName().startsWith(QStringLiteral("qt_"));
             if (control->isVisibleTo(&form()) && !inner) {
@@ -142,7 +142,7 @@ TEST_P(Looks, CaptionsOfButtonsKeepAwayFromTheEdges) {
 }
 
 TEST_P(Looks, TheWindowCanBecomeSmallEnoughForASmallLaptopAt200Percent) {
-    // 1366 x 768 pixels, of which the desktop's own bars take some, seen at twice the size.
+    // At scale 2, a screen of 1366 x 768 pixels leaves this much beside the desktop's own bars.
     EXPECT_LE(form().minimumSizeHint().width(), 660);
     EXPECT_LE(form().minimumSizeHint().height(), 350);
 }
@@ -166,7 +166,7 @@ TEST_P(Looks, TabReachesEveryControlAndComesBack) {
         QTest::keyClick(form().focusWidget(), Qt::Key_Tab);
     } while (form().focusWidget() != first && reached.size() <= wanted.size());
     for (const QWidget* control : wanted) {
-        // A proxied control takes the keys on behalf of its owner.
+        // A focus proxy takes the keys on behalf of its owner.
         EXPECT_TRUE(reached.contains(const_cast<QWidget*>(control)) ||
                     reached.contains(control->parentWidget()) ||
                     control->objectName().startsWith(QStringLiteral("qt_")))
@@ -184,10 +184,10 @@ TEST_P(Looks, NothingHasAColourOfItsOwnThatADarkThemeWouldContradict) {
     const QImage picture = form().grab().toImage();
     const QColor text = form().palette().color(QPalette::WindowText);
     QApplication::setPalette(before);
-    // The window's own ground, taken near a corner, has become dark, and its texts light.
+    // The window's background, measured near a corner, is dark, and its texts are light.
     EXPECT_LT(picture.pixelColor(3, picture.height() - 3).lightness(), 90);
     EXPECT_GT(text.lightness(), 160);
-    // For whoever wants to look: one picture of each window.
+    // A picture of each window, for a person to look at.
     const QString folderName = QString::fromStdString(support::buildFolder() + "/pictures");
     ASSERT_TRUE(QDir().mkpath(folderName));
     EXPECT_TRUE(
@@ -218,7 +218,7 @@ QString nameOf(QAccessible::Role role) {
     }
 }
 
-/** One line for each thing that a screen reader meets, further to the right inside another. */
+/** Writes a line for each object that a screen reader finds, indented by its depth in the tree. */
 void writeTree(QAccessibleInterface& thing, int depth, QStringList& lines) {
     if (thing.state().invisible) {
         return;
@@ -248,7 +248,7 @@ TEST_P(Looks, WhatAPersonWorksWithHasANameInTheAccessibilityTree) {
             thing.startsWith(QStringLiteral("progress"));
         EXPECT_FALSE(workedWith && thing.endsWith(QStringLiteral("\"\""))) << lines.join(u'\n').toStdString();
     }
-    // For whoever wants to read: one tree of each window.
+    // The accessibility tree of each window, for a person to read.
     const QString folderName = QString::fromStdString(support::buildFolder() + "/accessibility");
     ASSERT_TRUE(QDir().mkpath(folderName));
     QFile file(folderName + u'/' + QLatin1String(GetParam().name) + QStringLiteral(".txt"));

@@ -1,4 +1,4 @@
-// Where the windows stand, and as what: beside the one that they were opened from, under one icon.
+// Where each window opens, which window it belongs to, and its icon.
 
 #include "components/controls/message_box.h"
 #include "tests/support/window_test.h"

@@ -1,4 +1,4 @@
-// A window that rests can still be read, and says that it rests.
+// A disabled window can still be read, and its frame shows that it is disabled.
 
 #include "components/controls/resting_palette.h"
 #include "tests/support/window_test.h"
@@ -45,7 +45,7 @@ double contrastIn(const QImage& picture) {
     return strongest;
 }
 
-/** What is seen of a part, without the frame around it. */
+/** A picture of the control without the frame around it. */
 QImage inside(QWidget& part) {
     constexpr int frame = 4;
     const QImage picture = part.grab().toImage();

@@ -26,7 +26,7 @@ class RightToLeft : public support::WindowTest {
   protected:
     RightToLeft() { QApplication::setLayoutDirection(Qt::RightToLeft); }
 
-    /** How a list shows the text in its only cell. */
+    /** A picture of a list whose only cell holds the text. */
     static QImage shownAs(const QString& text) {
         MSFlexGrid grid(1);
         grid.setRows(2);
@@ -42,7 +42,7 @@ class RightToLeft : public support::WindowTest {
 TEST_F(RightToLeft, TheListShowsSizesAndAddressesInTheirOwnOrder) {
     for (const QString& text :
          {QStringLiteral("(1234 bytes)"), QStringLiteral("Ann Smith <ann@example.org>")}) {
-        // With a mark that sets the direction, which is what a person expects to see without one.
+        // The text within direction marks has the right order. Without marks it must look the same.
         const QString marked = u'\u202A' + text + u'\u202C';
         EXPECT_EQ(shownAs(text), shownAs(marked)) << text.toStdString();
     }
@@ -93,7 +93,7 @@ TEST_F(RightToLeft, TheDotsBehindACaptionStayBehindIt) {
     EXPECT_EQ(button->grab().toImage(), shown);
     button->setText(QStringLiteral("&Attach..."));
     EXPECT_NE(button->grab().toImage(), shown);
-    // Shown a second time, it has no second marks.
+    // Showing the window again must not add the marks again.
     composeWindow().hide();
     composeWindow().show();
     composeWindow().hide();
@@ -102,7 +102,9 @@ TEST_F(RightToLeft, TheDotsBehindACaptionStayBehindIt) {
 }
 
 namespace {
-/** Where the first folder's name, of a path's form, ends below the line of its letters: its backslash's foot.
+/**
+ * Returns where the foot of the backslash in "C:\" is: from 0 at the left end of the name to 1 at its right
+ * end. The foot is the lowest part of the name, since it reaches below the letters.
  */
 double footOfTheBackslash(Qt::LayoutDirection direction) {
     controls::DirectoryListBox list;

@@ -93,7 +93,7 @@ TEST_F(Windows, MemoryThatCannotBeHadIsError7) {
 }
 
 namespace {
-/** As Qt itself does, when the clipboard holds more than there is memory. */
+/** Throws out of an event, as Qt does when the clipboard holds more than fits in memory. */
 class TooLarge : public QObject {
   public:
     bool event(QEvent* /*event*/) override { throw std::bad_alloc(); }
@@ -114,7 +114,7 @@ TEST_F(Windows, WantOfMemoryInsideQtIsReportedOnceAndLater) {
 }
 
 namespace {
-/** Answers the real box that is about to open, by its button, and remembers how it looked. */
+/** What was seen of a real message box. */
 struct BoxSeen {
     QString title;
     QString text;
@@ -122,7 +122,7 @@ struct BoxSeen {
     QMessageBox::StandardButtons buttons;
     QRect place;
     int width = 0;
-    /** The lines that the text takes, and the room between it and both edges. */
+    /** The number of lines that the text takes, and the pixels between it and the two edges. */
     int lines = 0;
     int roomAtLeft = 0;
     int roomAtRight = 0;
@@ -227,7 +227,7 @@ TEST_F(RealMessageBox, ItsButtonsAreBareLikeThoseOfTheWindows) {
     EXPECT_FALSE(seen.hasPictures);
 }
 
-// On a screen of scale 2 a window manager makes a huge window of a base size of less than nothing.
+// At scale 2, a negative base size makes a window manager open a huge window.
 TEST_F(Windows, AWindowThatIsPreparedBeforeItIsShownHasABaseSizeOfNothing) {
     ASSERT_EQ(mainWindow().windowHandle(), nullptr);
     mainWindow().prepare();
