@@ -5,7 +5,7 @@
 namespace controls {
 
 void giveCaptionRoom(QPushButton& button) {
-    // The style's own margin is a few units, which large letters make look like none.
+    // The style's own margin is a few units, which looks like none beside large letters.
     button.setMinimumWidth(button.sizeHint().width() + 2 * button.fontMetrics().averageCharWidth());
 }
 

@@ -4,7 +4,7 @@ class QPushButton;
 
 namespace controls {
 
-/** Keeps the caption of a button away from its edges, however large the letters are. */
+/** Widens the button's minimum so that its caption keeps away from the edges, with letters of any size. */
 void giveCaptionRoom(QPushButton& button);
 
 } // namespace controls

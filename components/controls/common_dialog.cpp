@@ -17,7 +17,7 @@ std::function<QString(const QString&)>& openDialogStandIn() {
     return standIn;
 }
 
-/** The system's own path; empty where a letter stands for nothing. */
+/** Returns the system's own path; empty when the drive path names nothing. */
 QString folderToOpen(const QString& drivePath) {
     QString folder;
     const int error = platform::errorNumberOf([&] { folder = platform::nativePath(drivePath); });

@@ -8,22 +8,22 @@ class QWidget;
 
 namespace MSComDlg {
 
-/** The dialog in which a person chooses a file. */
+/** The dialog in which the user chooses a file. */
 class CommonDialog {
   public:
-    /** Descriptions and patterns in turn, with "|" between them. */
+    /** The filter is a list of descriptions and patterns in turn, separated by "|". */
     void setFilter(const QString& filter) { filter_ = filter; }
 
-    /** The drive path of the folder in which the dialog opens; where there is none, Qt chooses one. */
+    /** The drive path of the folder in which the dialog opens. If it names none, Qt chooses the folder. */
     void setInitDir(const QString& folder) { initDir_ = folder; }
 
     /**
-     * Opens the dialog and waits, with the windows alive, until it is closed.
+     * Opens the dialog and waits until it is closed. The windows handle events meanwhile.
      * \throws RuntimeError 75 for a chosen file that no drive path can name; see isNameable().
      */
     void ShowOpen(QWidget* parent);
 
-    /** The drive path of the file chosen last; empty when the dialog was left without one. */
+    /** The drive path of the file chosen last; empty when the user chose none. */
     const QString& FileName() const noexcept { return fileName_; }
 
     /** False when a backslash in its path keeps the file chosen last from having a drive path. */
@@ -36,11 +36,13 @@ class CommonDialog {
     bool nameable_ = true;
 };
 
-/** The filter as Qt's file dialog wants it. "*.*" means every file, with a dot in its name or without. */
+/** Returns the filter in the form of Qt's file dialog. "*.*" means every file, also without a dot. */
 QString qtFilter(const QString& filter);
 
-/** Puts a function in the place of the real dialog, for tests; it gets the system's own path of the folder in
- * which the dialog opens, and gives the one of a file. */
+/**
+ * Replaces the real dialog by a function, for tests. It takes the system's own path of the folder in which
+ * the dialog opens, and returns that of a file.
+ */
 void replaceOpenDialog(std::function<QString(const QString& folder)> standIn);
 
 } // namespace MSComDlg

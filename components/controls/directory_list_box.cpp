@@ -12,14 +12,14 @@
 namespace controls {
 
 namespace {
-/** Moves each row away from its start by its level. */
+/** Indents each row by its level. */
 class RowPainter : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override {
-        // A path may be deeper than the list is wide.
+        // Otherwise a deep path would indent rows beyond the list's edge.
         constexpr int deepestLevel = 8;
         const int level = std::min(index.data(FolderList::LevelRole).toInt(), deepestLevel);
         const int step = level * option.fontMetrics.averageCharWidth() * 2;
@@ -33,7 +33,7 @@ class RowPainter : public QStyledItemDelegate {
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
         QStyledItemDelegate::initStyleOption(option, index);
         if (option->direction == Qt::RightToLeft) {
-            // Or the backslash of "C:\" would go before it.
+            // Otherwise Qt would show the backslash of "C:\" in front of it.
             option->text = platform::inItsOwnOrder(option->text);
         }
     }

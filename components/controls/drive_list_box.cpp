@@ -40,7 +40,7 @@ void DriveListBox::readDrives() {
     const QSignalBlocker quiet(this);
     clear();
     for (const platform::Drive& drive : platform::drives()) {
-        // The name of a volume is whatever its owner wrote.
+        // A volume's name may hold control characters.
         addItem(platform::withControlsVisible(drive.name), QString(drive.letter + u':'));
     }
     setDrive(chosen);

@@ -6,8 +6,8 @@
 namespace controls {
 
 /**
- * A combo box of the drives, as "C: [home]". It looks for drives again whenever it is dropped down. A choice,
- * by mouse or key, is told by currentIndexChanged().
+ * A combo box of the drives, such as "C: [home]". It reads the drives again whenever its list is opened. It
+ * emits currentIndexChanged() when the user chooses a drive, by mouse or key.
  */
 class DriveListBox : public QComboBox {
   public:
@@ -16,13 +16,13 @@ class DriveListBox : public QComboBox {
     /** The chosen drive as "C:"; empty when none is chosen. */
     QString drive() const;
 
-    /** Chooses the drive that the path begins with, none when there is no such drive. Nothing is told. */
+    /** Chooses the drive that the path begins with; none when there is no such drive. Emits no signal. */
     void setDrive(const QString& path);
 
     void showPopup() override;
 
   protected:
-    /** Turning the wheel scrolls the window; it chooses only where a person is at work. */
+    /** Turning the wheel chooses a drive only when the box has the focus. Otherwise it scrolls the window. */
     void wheelEvent(QWheelEvent* event) override;
 
   private:

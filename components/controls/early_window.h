@@ -4,7 +4,8 @@ class QWidget;
 
 namespace controls {
 
-/** Makes the system's own window before the widget is shown, so that it can be told of others or filled. */
+/** Makes the widget's system window before it is shown, so that it can get a transient parent or a picture.
+ */
 void makeSystemWindow(QWidget& widget);
 
 } // namespace controls

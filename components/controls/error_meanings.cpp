@@ -7,7 +7,7 @@ namespace controls {
 namespace errors = platform::errors;
 
 namespace {
-/** What the numbers of sending mean; empty for any other number. */
+/** Returns what an error of sending means; empty for any other number. */
 std::string meaningOfSendingError(int errorNumber) {
     switch (errorNumber) {
     case errors::BadAddress:

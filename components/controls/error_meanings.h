@@ -4,7 +4,7 @@
 
 namespace controls {
 
-/** Returns what the error of this number means and, where one can, what to do. */
+/** Returns what the error of this number means and, if possible, what the user can do. */
 std::string meaningOf(int errorNumber);
 
 } // namespace controls

@@ -45,7 +45,7 @@ FindBar::FindBar(TextBox* box, QWidget* parent) : QWidget(parent), box_(box) {
 
 void FindBar::open() {
     const QString chosen = box_->chosenText();
-    // A choice over several lines is no word to look for.
+    // A selection over several lines is not a text that the user wants to find.
     if (!chosen.isEmpty() && !chosen.contains(u'\n')) {
         txtFind->setText(chosen);
     }

@@ -13,23 +13,23 @@ namespace controls {
 class TextBox;
 
 /**
- * A row below a text box that finds text in it. It is hidden until it is opened. Letters count in either
- * case. Where the text has still to appear, finding waits for it and says so.
+ * A row below a text box that finds text in it, hidden until it is opened. Finding ignores case. While the
+ * box is still being filled, a search without a result waits for the rest of the text and says so.
  */
 class FindBar : public QWidget {
   public:
     /** The box must outlive the bar. */
     FindBar(TextBox* box, QWidget* parent);
 
-    /** Shows the bar, with what is chosen in the box as the text to find, and puts the focus into it. */
+    /** Shows the bar with the focus in it. The text selected in the box becomes the text to find. */
     void open();
 
     void close();
 
-    /** Finds the next place behind the last one; from the end of the text it goes on at its start. */
+    /** Finds the next place after the last one. At the end of the text it goes on from the start. */
     void findNext();
 
-    /** The same the other way round. */
+    /** The same backwards. */
     void findPrevious();
 
     QLineEdit* txtFind;

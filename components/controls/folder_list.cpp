@@ -34,7 +34,7 @@ bool mayBeListed(const QString& name, const std::string& bytes) {
 }
 
 void sortForPeople(QStringList& names) {
-    // The language of no country in particular puts capital letters first.
+    // The C locale would put all capital letters first.
     const QLocale language;
     QCollator order(language.language() == QLocale::C ? QLocale(QLocale::English) : language);
     order.setNumericMode(true);
@@ -86,7 +86,7 @@ QStringList foldersIn(const Place& place) {
          entry.increment(error)) {
         const std::string bytes = entry->path().filename().string();
         QString name = QFile::decodeName(QByteArray::fromStdString(bytes));
-        // What a link leads to may be gone; then it is no folder.
+        // A link whose target is gone is not a folder.
         std::error_code ignored;
         if (mayBeListed(name, bytes) && entry->is_directory(ignored)) {
             names.append(std::move(name));
@@ -124,10 +124,10 @@ QVariant FolderList::data(const QModelIndex& index, int role) const {
     const bool isOpened = index.row() <= openRow();
     switch (role) {
     case Qt::DisplayRole:
-        // A folder's name is whatever its maker wrote.
+        // A folder's name may hold control characters.
         return platform::withControlsVisible(nameOfRow(index.row()));
     case Qt::ToolTipRole:
-        // As rich text always, since it could else pass for such.
+        // Escaped rich text, since Qt would take a plain name that looks like markup for rich text.
         return QString(QStringLiteral("<p style='white-space:pre'>") +
                        platform::withControlsVisible(nameOfRow(index.row())).toHtmlEscaped() +
                        QStringLiteral("</p>"));

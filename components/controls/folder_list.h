@@ -6,7 +6,7 @@
 
 namespace controls {
 
-/** A folder, as the way to it from its drive. */
+/** A folder: its drive, and the names of the folders that lead from the drive's root to it. */
 struct Place {
     /** "C:" */
     QString drive;
@@ -14,8 +14,9 @@ struct Place {
 };
 
 /**
- * The place that a drive path means; "." and ".." are followed. A path without a letter is one on the drive
- * that leads furthest towards it. \throws RuntimeError 75 for an empty path and for one on no drive.
+ * Returns the place that a drive path means, with "." and ".." resolved. A path without a drive letter is on
+ * the drive whose folder is the closest to it. \throws RuntimeError 75 for an empty path and for one on no
+ * drive.
  */
 Place placeOf(const QString& path);
 
@@ -23,16 +24,16 @@ Place placeOf(const QString& path);
 QString pathOf(const Place& place);
 
 /**
- * The names of the folders inside that may be listed, in the order of the person's language.
+ * Returns the names of the folders inside that may be listed, in the order of the user's language.
  * \throws RuntimeError 68 when the drive is not ready, 75 when there is no such folder or it may not be read,
  * 57 when the disk fails.
  */
 QStringList foldersIn(const Place& place);
 
-/** The rows of a directory list: the drive's root, the folders down to the open one, the folders inside. */
+/** The rows of a directory list: the drive's root, the folders down to the open one, and those inside it. */
 class FolderList : public QAbstractListModel {
   public:
-    /** How far a row stands to the right; the root stands at 0. */
+    /** The role of a row's level; the root has level 0. */
     static constexpr int LevelRole = Qt::UserRole;
 
     using QAbstractListModel::QAbstractListModel;
@@ -46,7 +47,7 @@ class FolderList : public QAbstractListModel {
 
     int openRow() const { return static_cast<int>(place_.names.size()); }
 
-    /** The folder of a row that is there. */
+    /** Returns the folder of a row, which must exist. */
     Place placeOfRow(int row) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;

@@ -4,7 +4,7 @@
 
 namespace controls {
 
-/** The titles above a list. Between the last column and the edge of the list it looks like an empty title. */
+/** The titles above a list. The room beside the last column is painted like an empty title. */
 class FullWidthHeader : public QHeaderView {
   public:
     explicit FullWidthHeader(QWidget* parent = nullptr);

@@ -20,7 +20,7 @@ bool CellPainter::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QS
 
 void CellPainter::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
     QStyledItemDelegate::initStyleOption(option, index);
-    // Spaces that pad a cell to its width are not worth three dots where the column is narrower.
+    // In a narrow column, the spaces that pad a text would otherwise make it end in three dots.
     while (option->text.endsWith(u' ')) {
         option->text.chop(1);
     }
@@ -28,25 +28,26 @@ void CellPainter::initStyleOption(QStyleOptionViewItem* option, const QModelInde
         option->font.setBold(true);
         option->fontMetrics = QFontMetrics(option->font);
     }
-    // The chosen row is seen as well where another window has the keyboard.
+    // The chosen row is as easy to see when another window is active.
     option->state |= QStyle::State_Active;
     if (option->direction == Qt::RightToLeft) {
         option->text = platform::inItsOwnOrder(option->text);
     }
-    // A row is one line high: what hangs from its top and what is centred stand on one line.
+    // A row is one line high. Without this, texts aligned to the top and centred texts would differ in
+    // height.
     option->displayAlignment = (option->displayAlignment & Qt::AlignHorizontal_Mask) | Qt::AlignVCenter;
 }
 
 QVariant Cell::data(int role) const {
     if (role == Qt::AccessibleTextRole) {
-        // Nobody wants to hear of spaces that only pad the text.
+        // A screen reader should not read the spaces that only pad the text.
         return text().trimmed();
     }
     if (role != Qt::ToolTipRole) {
         return QTableWidgetItem::data(role);
     }
-    // Spaces that only pad the text are no news. Marked as rich text, or the signs that escape it would be
-    // seen.
+    // Without the spaces that only pad the text. The tag marks it as rich text, or the escapes would be
+    // shown.
     return QStringLiteral("<p>") + text().trimmed().toHtmlEscaped() + QStringLiteral("</p>");
 }
 

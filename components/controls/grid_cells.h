@@ -5,7 +5,7 @@
 
 namespace MSFlexGridLib {
 
-/** Kept in the first cell of a row: whether the row is new. */
+/** The role, in the first cell of a row, that tells whether the row is new. */
 inline constexpr int kNewRole = Qt::UserRole;
 
 /** How a grid shows its cells. */
@@ -13,7 +13,7 @@ class CellPainter : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    /** A text that is seen as a whole needs no tip. */
+    /** Shows a tool tip only for a text that the column cuts off. */
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;
 
@@ -21,7 +21,7 @@ class CellPainter : public QStyledItemDelegate {
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
 };
 
-/** One cell. A column may be too narrow for its text, so that the tip has all of it. */
+/** One cell. Its tool tip has the whole text, since a column may be too narrow for it. */
 class Cell : public QTableWidgetItem {
   public:
     QVariant data(int role) const override;

@@ -20,15 +20,15 @@ class Length : public QValidator {
 } // namespace
 
 LineBox::LineBox(QWidget* parent) : QLineEdit(parent) {
-    // A change that is not valid is taken back as a whole. The maximum is above what is valid, so that it
-    // cuts only what will be taken back: until then each pasted letter is remembered, and each that fits
-    // costs a copy of all of them. What the program itself adds to a full field has room in between.
+    // The validator takes an invalid change back as a whole. The maximum length bounds the work until then:
+    // Qt remembers each pasted letter, and each that fits costs a copy of the whole text. It is above what is
+    // valid, so it cuts only what is taken back, and leaves room for what the program adds to a full field.
     setMaxLength(kMostCharacters + kMostCharacters / 10);
     setValidator(new Length(this));
     connect(this, &QLineEdit::inputRejected, this, &LineBox::tellLater);
 }
 
-/** Later, since who drops a text waits for this program meanwhile. */
+/** Shows the box later: during a drop, the program that the text comes from waits until this one returns. */
 void LineBox::tellLater() {
     if (std::exchange(telling_, true)) {
         return;

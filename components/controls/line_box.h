@@ -5,13 +5,13 @@
 namespace controls {
 
 /**
- * A field of one line that nothing can make too long to work with: whatever would be typed, pasted or dropped
- * beyond kMostCharacters is refused as a whole and a box says so. It is never cut, since an address that is
- * cut would be another one.
+ * A one-line field of limited length. It refuses as a whole what the user types, pastes or drops beyond
+ * kMostCharacters, and a box says so. It cuts nothing, since a cut address would be a different one.
  */
 class LineBox : public QLineEdit {
   public:
-    /** A thousand addresses. Each key takes some thirtieth of a second by then, a second at a million. */
+    /** About a thousand addresses. At this length each key takes about 1/30 s; at a million characters, 1 s.
+     */
     static constexpr int kMostCharacters = 30'000;
 
     explicit LineBox(QWidget* parent = nullptr);

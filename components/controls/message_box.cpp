@@ -42,7 +42,7 @@ QMessageBox::StandardButton buttonFor(MessageAnswer answer) {
     return answer == MessageAnswer::Yes ? QMessageBox::Yes : QMessageBox::No;
 }
 
-/** Puts the box below the place that is to be left free, or above it where the screen ends. */
+/** Puts the box below the place to leave free, or above it where the screen has no room below. */
 void placeBeside(const QRect& leftFree, const QWidget& opener, QMessageBox& box) {
     constexpr int gap = 8;
     const QRect screen = opener.screen()->availableGeometry();
@@ -50,14 +50,14 @@ void placeBeside(const QRect& leftFree, const QWidget& opener, QMessageBox& box)
     box.ensurePolished();
     const QSize size = box.sizeHint() + frame;
     const int left = opener.frameGeometry().center().x() - size.width() / 2;
-    // Not every window manager counts the title bar to the place that is asked for.
+    // Some window managers put the title bar above the requested place, so there is room for it.
     const int titleBar = opener.geometry().top() - opener.frameGeometry().top();
     const int below = leftFree.bottom() + gap + titleBar;
     const int top = below + size.height() <= screen.bottom() ? below : leftFree.top() - gap - size.height();
     box.move(qBound(screen.left(), left, screen.right() - size.width()), qMax(screen.top(), top));
 }
 
-/** A window of the program on the screen; one that may be used, where there is such a one. */
+/** Returns a visible window of the program, an enabled one if there is one; null without any. */
 QWidget* windowThatIsSeen() {
     QWidget* seen = nullptr;
     for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -68,12 +68,12 @@ QWidget* windowThatIsSeen() {
     return seen;
 }
 
-/** Puts a box that is nobody's child above the window, in its middle. */
+/** Puts a box without a parent in front of the window, in its middle. */
 void standAbove(QMessageBox& box, const QWidget* window) {
     if (window == nullptr) {
         return;
     }
-    // A window of the system's, which can be told.
+    // Only a system window can have a transient parent.
     makeSystemWindow(box);
     box.windowHandle()->setTransientParent(window->windowHandle());
     QRect place(QPoint(0, 0), box.sizeHint());
@@ -81,7 +81,7 @@ void standAbove(QMessageBox& box, const QWidget* window) {
     box.move(place.topLeft());
 }
 
-/** What the title takes, which a window manager shows in bold, between its buttons. */
+/** Returns the width that the title needs: window managers show it in bold, between an icon and buttons. */
 int widthOfTitle(const QString& title) {
     QFont bold = QApplication::font();
     bold.setBold(true);
@@ -90,10 +90,13 @@ int widthOfTitle(const QString& title) {
     return metrics.horizontalAdvance(title) + buttonsOfAFrame * metrics.height();
 }
 
-/** What the text takes, with as much room on both sides of it. A long line is broken, a usual path is not. */
+/**
+ * Returns the width that the text needs, with equal room on both sides. Longer lines than this are broken; it
+ * has room for a path of usual length.
+ */
 int widthOfText(const QMessageBox& dialog) {
     constexpr int lettersOfALine = 70;
-    constexpr int roomOnASide = 21; // which Qt leaves in front of it
+    constexpr int roomOnASide = 21; // what Qt leaves in front of the text
     const QFontMetrics metrics = dialog.fontMetrics();
     const int icon = dialog.icon() == QMessageBox::NoIcon
                          ? 0
@@ -102,7 +105,7 @@ int widthOfText(const QMessageBox& dialog) {
     return icon + std::min(text, lettersOfALine * metrics.averageCharWidth()) + 2 * roomOnASide;
 }
 
-/** Keeps the box as wide as what is read in it, in letters of any size. */
+/** Makes the box wide enough for its title and text, in letters of any size. */
 void makeRoom(QMessageBox& dialog) {
     const int wanted = std::max(widthOfTitle(dialog.windowTitle()), widthOfText(dialog));
     const int most = dialog.screen()->availableSize().width() * 9 / 10;
@@ -110,7 +113,8 @@ void makeRoom(QMessageBox& dialog) {
     grid->addItem(new QSpacerItem(std::min(wanted, most), 0), grid->rowCount(), 0, 1, grid->columnCount());
 }
 
-/** The looks of the program's windows: no pictures on buttons, and texts that begin where the window does. */
+/** Makes the box look like the program's windows: no icons on buttons, and text on the side where one reads.
+ */
 void matchTheWindows(QMessageBox& dialog) {
     for (QAbstractButton* button : dialog.buttons()) {
         button->setIcon(QIcon());
@@ -120,7 +124,7 @@ void matchTheWindows(QMessageBox& dialog) {
     }
     auto* const text = dialog.findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
     if (text != nullptr && dialog.isRightToLeft()) {
-        // Qt aligns by the direction of the letters.
+        // Qt would align the text by the direction of its letters.
         text->setAlignment(Qt::AlignRight | Qt::AlignAbsolute | Qt::AlignVCenter);
     }
 }

@@ -11,7 +11,7 @@ enum class MessageIcon { None, Exclamation, Question };
 enum class MessageButtons { Ok, YesNo };
 enum class MessageAnswer { Ok, Yes, No };
 
-/** Everything a person sees of one message box. */
+/** Everything that defines one message box. */
 struct MessageBox {
     QString text;
     QString title;
@@ -19,22 +19,22 @@ struct MessageBox {
     MessageButtons buttons = MessageButtons::Ok;
     /** What Return answers in a Yes/No box. */
     MessageAnswer defaultAnswer = MessageAnswer::Yes;
-    /** What Escape, or closing the box, answers in a Yes/No box: the answer after which nothing is lost. */
+    /** What Escape, or closing the box, answers in a Yes/No box: the answer that loses nothing. */
     MessageAnswer closingAnswer = MessageAnswer::No;
-    /** What the question is about, as a place on the screen that the box does not cover; may be empty. */
+    /** The place on the screen of what the question is about, which the box must not cover; may be empty. */
     QRect leftFree = {};
 };
 
-/** Shows the box and waits, with the windows alive, until it is answered. */
+/** Shows the box and waits until the user answers it. The windows handle events meanwhile. */
 MessageAnswer showMessageBox(const MessageBox& box);
 
 /** Shows a box with an OK button and no icon. */
 void showMessage(const QString& text, const QString& title);
 
-/** The generic report of an error that nobody has a text of their own for: its number and what it means. */
+/** Reports an error that no handler has a text of its own for: its number and what it means. */
 void reportError(int errorNumber);
 
-/** Puts a function in the place of the real box, for tests. An empty function brings the real one back. */
+/** Replaces the real box by a function, for tests. An empty function restores the real one. */
 void replaceMessageBox(std::function<MessageAnswer(const MessageBox&)> standIn);
 
 } // namespace controls

@@ -7,9 +7,9 @@
 namespace MCI {
 
 /**
- * Plays a wave file at the commands "Open", "play" and "close". Nothing is opened before the first "play":
- * the sound system is loaded then, so that start-up does not pay for it. Without a sound device, or without
- * the file, "play" does nothing.
+ * Plays a wave file at the commands "Open", "play" and "close". The sound system is loaded at the first
+ * "play", so that it does not delay start-up. Without a sound device, or without the file, "play" does
+ * nothing.
  */
 class MMControl {
   public:
@@ -21,7 +21,7 @@ class MMControl {
 
     void setAutoEnable(bool on) { autoEnable_ = on; }
 
-    /** The one device type that there is is "WaveAudio". */
+    /** The only device type is "WaveAudio". */
     void setDeviceType(const QString& type) { deviceType_ = type; }
 
     void setFileName(const QString& fileName) { fileName_ = fileName; }
@@ -38,7 +38,7 @@ class MMControl {
     QString fileName_;
 };
 
-/** Puts a function in the place of the sound system, for tests; it is given the file to be played. */
+/** Replaces the sound system by a function, for tests. It takes the file to play. */
 void replaceWavePlayer(std::function<void(const QString& fileName)> standIn);
 
 } // namespace MCI

@@ -27,7 +27,7 @@ MSFlexGrid::MSFlexGrid(int columns, QWidget* parent)
     setItemDelegate(new CellPainter(this));
     setHorizontalHeader(new controls::FullWidthHeader(this));
     verticalHeader()->setDefaultSectionSize(fontMetrics().height() + fontMetrics().height() / 2);
-    // Tab leaves the grid; the arrow keys walk through it.
+    // Tab leaves the grid. The arrow keys move within it.
     setTabKeyNavigation(false);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     verticalHeader()->hide();
@@ -62,15 +62,15 @@ void MSFlexGrid::setTextMatrix(int row, int column, const QString& text) {
         written->setText(text);
         return;
     }
-    // Filled before the grid knows it: the grid is told of every change of what it has.
+    // The cell is filled before it is in the grid, which is notified of every change of its cells.
     auto* const cell = new Cell;
     cell->setTextAlignment(alignments_.at(column));
     cell->setText(text);
     setItem(row - 1, column, cell);
 }
 
-// Each row that is written would ask for a new picture, which is the old one while nothing is redrawn. Screen
-// readers are told in any case.
+// While redrawing is off, the changes need no repaint, since it would show the old picture. Screen readers
+// are notified in any case.
 void MSFlexGrid::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                              const QList<int>& roles) {
     if (redraws_ || QAccessible::isActive()) {
@@ -78,8 +78,8 @@ void MSFlexGrid::dataChanged(const QModelIndex& topLeft, const QModelIndex& bott
     }
 }
 
-// Painting goes on, with an older picture: a widget whose painting is switched off shows nothing, or what lay
-// before it on the screen, as soon as it is shown, covered or made larger.
+// Painting goes on, but with a picture of the cells. Without updates, a widget that is shown, uncovered or
+// made larger would show nothing, or what was on the screen before it.
 void MSFlexGrid::setRedraw(bool on) {
     if (on == redraws_) {
         return;
@@ -89,10 +89,10 @@ void MSFlexGrid::setRedraw(bool on) {
     viewport()->update();
 }
 
-// While the grid rests, for the time of an opening, its texts are read as before: it does not turn grey.
+// The grid does not turn grey while it is disabled, as during an opening, so that its texts stay readable.
 void MSFlexGrid::changeEvent(QEvent* event) {
     if (event->type() == QEvent::PaletteChange) {
-        // Asked for again by what this changes itself, until nothing is left to be changed.
+        // This causes another PaletteChange, unless the palette is the same as before.
         setPalette(controls::sameWhileResting(palette()));
     }
     QTableWidget::changeEvent(event);
@@ -112,7 +112,7 @@ void MSFlexGrid::paintEvent(QPaintEvent* event) {
     }
 }
 
-// Columns keep their widths when the grid grows: the rows go on to its edge.
+// Columns keep their widths when the grid grows, so the rows are painted on beside them, up to its edge.
 void MSFlexGrid::paintBesideColumns() {
     const int last = columnCount() - 1;
     QRect beside = viewport()->rect();
@@ -140,7 +140,7 @@ void MSFlexGrid::paintBesideColumns() {
     }
 }
 
-// Qt paints the cells anew, but not what lies beside them.
+// Qt repaints the cells of a changed selection, but not the room beside the columns.
 void MSFlexGrid::selectionChanged(const QItemSelection& chosen, const QItemSelection& before) {
     QTableWidget::selectionChanged(chosen, before);
     viewport()->update();
@@ -150,13 +150,13 @@ void MSFlexGrid::paintFocus() {
     if (!hasFocus()) {
         return;
     }
-    // Not the style's own mark, which would tint all rows.
+    // The style's own focus frame would tint all rows.
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::Active, QPalette::Highlight));
     painter.drawRect(viewport()->rect().adjusted(0, 0, -1, -1));
 }
 
-// What is on the screen is moved along, and so would be the frame of the keyboard.
+// Qt scrolls by moving the picture on the screen, which would move the focus frame along.
 void MSFlexGrid::scrollContentsBy(int right, int down) {
     QTableWidget::scrollContentsBy(right, down);
     if (hasFocus()) {

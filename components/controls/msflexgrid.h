@@ -13,7 +13,7 @@ class MSFlexGrid : public QTableWidget {
   public:
     explicit MSFlexGrid(int columns, QWidget* parent = nullptr);
 
-    /** Rows, the title row included. New ones are empty. */
+    /** The number of rows, the title row included. New rows are empty. */
     int Rows() const { return rowCount() + 1; }
 
     void setRows(int rows);
@@ -22,13 +22,13 @@ class MSFlexGrid : public QTableWidget {
     QString TextMatrix(int row, int column) const;
     void setTextMatrix(int row, int column, const QString& text);
 
-    /** The row that a person has chosen, which is marked; -1 when none is. */
+    /** The row that the user has chosen, which is highlighted; -1 when none is. */
     int Row() const;
 
-    /** Nothing is chosen any more. */
+    /** Leaves no row chosen. */
     void chooseNone();
 
-    /** A new row is seen in bold letters. */
+    /** A new row is shown in bold. */
     void setRowNew(int row, bool isNew);
     bool isRowNew(int row) const;
 
@@ -41,18 +41,18 @@ class MSFlexGrid : public QTableWidget {
     /** Empties every cell, the titles included. */
     void Clear();
 
-    /** Takes one data row out. \throws RuntimeError 9 when there is none of that number. */
+    /** Removes one data row. \throws RuntimeError 9 when there is no such row. */
     void RemoveItem(int row);
 
-    /** Off while many cells are written: the cells stay on the screen as they were, until it is on again. */
+    /** Switch it off to write many cells: until it is on again, the screen shows the cells as they were. */
     void setRedraw(bool on);
 
     bool redraws() const noexcept { return redraws_; }
 
-    /** Whether the chosen row is marked: 1 always, 0 never. */
+    /** Whether the chosen row is highlighted: 1 always, 0 never. */
     void setHighLight(int mode);
 
-    /** Width to share among columns, in the grid's own units: room for the scroll bar is kept. */
+    /** The width to divide among the columns, in layout units: the grid's, less room for the scroll bar. */
     int usableWidth() const;
 
     void setColWidth(int column, int width) { setColumnWidth(column, width); }
@@ -61,10 +61,13 @@ class MSFlexGrid : public QTableWidget {
     void setColAlignment(int column, int code);
 
   protected:
-    /** Home and End go to the first and the last row; only a key that names a row chooses one from none. */
+    /**
+     * Home and End go to the first and the last row. When no row is chosen, these, the up and down arrows and
+     * the page keys choose one; any other key chooses none.
+     */
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers held) override;
 
-    /** One whole row is chosen, whatever keys are held: what is current is marked. */
+    /** The current row is always the chosen one, as a whole, whatever modifier keys are held. */
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index,
                                                          const QEvent* event = nullptr) const override;
 
@@ -82,7 +85,7 @@ class MSFlexGrid : public QTableWidget {
 
     QList<Qt::Alignment> alignments_;
     bool redraws_ = true;
-    /** What is shown of the cells while nothing is redrawn. */
+    /** The picture of the cells that is shown while redrawing is off. */
     QPixmap frozen_;
 };
 

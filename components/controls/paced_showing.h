@@ -8,15 +8,16 @@
 namespace controls {
 
 /**
- * Shows what changes far more often than anybody can see: the first change at once, those that follow
- * together, about 60 times a second while an event loop runs. The last one is shown in any case.
+ * Shows a value that changes far more often than a person can see. It shows the first change at once, and
+ * those that follow together, about 60 times a second while an event loop runs. The last change is always
+ * shown.
  */
 class PacedShowing : public QObject {
   public:
-    /** The function shows whatever is true when it is called. It must not throw. */
+    /** The function shows the value as it is at the time of the call. It must not throw. */
     explicit PacedShowing(std::function<void()> show);
 
-    /** There is something new to show. Costs next to nothing while the last showing is fresh. */
+    /** Call it when the value has changed. It costs next to nothing shortly after the last showing. */
     void changed() {
         if (timer_.isActive()) {
             waits_ = true;
@@ -25,7 +26,7 @@ class PacedShowing : public QObject {
         }
     }
 
-    /** For a change that everybody is to see at once, such as the last one. */
+    /** Shows the value at once, for a change that must not wait, such as the last one. */
     void showNow();
 
   protected:
@@ -33,9 +34,9 @@ class PacedShowing : public QObject {
 
   private:
     std::function<void()> show_;
-    /** Runs while the last showing is fresh. */
+    /** Runs for some 16 ms after each showing. */
     QBasicTimer timer_;
-    /** Something has changed since the last showing. */
+    /** True when the value has changed since the last showing. */
     bool waits_ = false;
 };
 

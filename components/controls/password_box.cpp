@@ -18,7 +18,7 @@ class PasswordBoxForReaders : public QAccessibleWidget {
     }
 };
 
-/** Qt asks this for every object that a screen reader comes upon. */
+/** Qt calls this for every object that a screen reader asks for. */
 QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) {
     auto* const box = dynamic_cast<PasswordBox*>(object);
     return box == nullptr ? nullptr : new PasswordBoxForReaders(box);
@@ -36,10 +36,10 @@ PasswordBox::PasswordBox(QWidget* parent) : QLineEdit(parent) {
 }
 
 void PasswordBox::forget() {
-    // Shared with the field: the letters are overwritten where they lie, since a change would copy them
-    // first.
+    // The letters are shared with the field and overwritten in place, since QString would copy them before a
+    // change.
     const QString held = text();
-    // A text without room of its own is a constant of the program's, which was not typed.
+    // A text without a capacity is a constant of the program's, which may be read-only and was not typed.
     if (held.capacity() > 0) {
         for (const QChar& letter : held) {
             static_cast<volatile char16_t&>(const_cast<QChar&>(letter).unicode()) = u'*';

@@ -12,7 +12,7 @@ class PasswordBox : public QLineEdit {
   public:
     explicit PasswordBox(QWidget* parent = nullptr);
 
-    /** Empties the field and overwrites its letters, also for whoever shares them, having called text(). */
+    /** Empties the field and overwrites its letters, also in each QString that shares them through text(). */
     void forget();
 };
 

@@ -11,7 +11,7 @@ namespace controls {
 namespace {
 constexpr auto kLongestLine = static_cast<qsizetype>(kLongestShownLine);
 
-/** Where a line that is too long is broken. */
+/** Returns where to break a line that is too long: after a space, or else between two characters. */
 qsizetype breakIn(QStringView line) {
     const qsizetype space = line.lastIndexOf(u' ', kLongestLine - 1);
     if (space >= 0) {

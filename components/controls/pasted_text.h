@@ -6,14 +6,15 @@
 
 namespace controls {
 
-/** What is pasted or dropped at a time; more would let the window stand still, and is better attached. */
+/** The limits of what is pasted or dropped at a time. More would freeze the window, and is better attached.
+ */
 inline constexpr qsizetype kMostPastedCharacters = 4'000'000;
 inline constexpr qsizetype kMostPastedLines = 60'000;
 
 /**
- * A text from elsewhere as a text box can hold it; nothing when it is too much. A line of more than
- * kLongestShownLine characters is broken for showing (kShownBreak), behind a space where there is one: whole
- * it would take minutes to lay out.
+ * Returns a pasted or dropped text as a text box can hold it; nothing when it is too long. A line of more
+ * than kLongestShownLine characters is broken for showing (kShownBreak), after a space where there is one,
+ * since Qt would take minutes to lay it out in one piece.
  */
 std::optional<QString> pastableText(const QString& text);
 

@@ -10,7 +10,7 @@
 namespace controls {
 
 namespace {
-/** Makes the size fit into the room, and no side of it nothing; a size that fits stays. */
+/** Returns the size, scaled down to the room if it does not fit, with no side smaller than 1. */
 QSize fitted(QSize size, QSize room) {
     const bool fits = size.width() <= room.width() && size.height() <= room.height();
     return fits ? size : size.scaled(room, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
@@ -28,7 +28,7 @@ QPixmap LoadPicture(const QString& fileName, QSize room, qreal dotsPerUnit) {
     const QSize size = reader.size();
     const QSize shown = room.isValid() && size.isValid() ? fitted(size, room) : size;
     if (shown != size) {
-        // The reader of JPEG never has the whole of a large picture in memory then.
+        // With a scaled size, the JPEG reader never holds the whole of a large picture in memory.
         reader.setScaledSize(fitted(size, shown * dotsPerUnit));
     }
     QPixmap picture = QPixmap::fromImageReader(&reader);

@@ -7,8 +7,8 @@
 namespace MSComctlLib {
 
 /**
- * A progress bar without a text, to be seen while there is progress. Values outside its range are taken as
- * the nearer end.
+ * A progress bar without a text, visible while its value is above the minimum. A value outside its range
+ * counts as the nearer end of the range.
  */
 class ProgressBar : public QProgressBar {
   public:
@@ -22,7 +22,7 @@ class ProgressBar : public QProgressBar {
 
     void setMin(int minimum) { setMinimum(minimum); }
 
-    /** A maximum that is not above the minimum is passed over: such a bar would show endless motion. */
+    /** Ignores a maximum that is not above the minimum: Qt would show such a bar as endless motion. */
     void setMax(int maximum) {
         if (maximum > minimum()) {
             setMaximum(maximum);

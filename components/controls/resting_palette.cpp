@@ -7,7 +7,7 @@
 namespace controls {
 
 namespace {
-/** More than the least that can be read well, 4.5, because a screen smooths letters towards their ground. */
+/** Above 4.5, the least that can be read well, because smoothing brings letters closer to the background. */
 constexpr double kEnough = 5.5;
 
 double relativeLuminance(const QColor& colour) {
@@ -18,7 +18,7 @@ double relativeLuminance(const QColor& colour) {
            0.0722 * linear(colour.blueF());
 }
 
-/** Between the two, this share of the way from the first one. */
+/** Returns the colour at this share (0 to 1) of the way from the first colour to the second. */
 QColor between(const QColor& from, const QColor& to, double share) {
     const auto part = [share](int first, int second) {
         return static_cast<int>(std::lround(first + (second - first) * share));
@@ -34,7 +34,7 @@ double leastContrast(const QColor& text, std::initializer_list<QColor> grounds) 
     return least;
 }
 
-/** The first legible colour on the way from the dim one to the strong one, and further to black or white. */
+/** Returns the first legible colour from the dim one to the strong one; if none is, black or white. */
 QColor legible(const QColor& dim, const QColor& strong, std::initializer_list<QColor> grounds) {
     constexpr int steps = 20;
     for (int step = 0; step <= steps; ++step) {
@@ -72,7 +72,7 @@ QPalette legibleWhileResting(QPalette palette) {
 }
 
 QPalette sameWhileResting(QPalette palette) {
-    // The marked row too, whose colours many themes leave at less.
+    // Many themes give a highlighted row too little contrast, so its background is made legible, too.
     palette.setColor(QPalette::Highlight,
                      legible(palette.color(QPalette::Active, QPalette::Highlight), Qt::black,
                              {palette.color(QPalette::Active, QPalette::HighlightedText)}));

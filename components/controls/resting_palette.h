@@ -11,12 +11,12 @@ double contrast(const QColor& one, const QColor& other);
 QColor halfway(const QColor& one, const QColor& other);
 
 /**
- * The palette with another set of colours for what is disabled: dimmed texts that can still be read, with a
- * contrast of at least 4.5 on every ground that they stand on. The texts of buttons stay as they are.
+ * Returns the palette with other colours for disabled controls: dimmed texts that can still be read, with a
+ * contrast of at least 4.5 on every background. The texts of buttons stay as they are.
  */
 QPalette legibleWhileResting(QPalette palette);
 
-/** The palette with the colours of what is enabled also for what is disabled. */
+/** Returns the palette with the colours of enabled controls also for disabled ones. */
 QPalette sameWhileResting(QPalette palette);
 
 } // namespace controls

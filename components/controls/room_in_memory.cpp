@@ -6,7 +6,7 @@ namespace controls {
 
 void mustHaveRoomFor(std::size_t bytes) {
     const auto room = std::make_unique_for_overwrite<char[]>(bytes);
-    // Or the compiler leaves out what nobody looks at.
+    // Otherwise the compiler may leave out an allocation that is not used.
     static_cast<volatile char&>(room[0]) = 0;
 }
 

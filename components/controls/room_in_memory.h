@@ -5,9 +5,9 @@
 namespace controls {
 
 /**
- * Asks for that much memory before a document is changed: one that runs out of it in the middle of a change
- * is of no more use, and what is in it is lost. \throws std::bad_alloc, which every trap takes for error 7,
- * where it cannot be had.
+ * Makes sure that so much memory is free before a document is changed: a document that runs out of memory
+ * during a change is unusable, and its text is lost. \throws std::bad_alloc when it is not free, which
+ * platform::errorNumberOf() reports as error 7.
  */
 void mustHaveRoomFor(std::size_t bytes);
 

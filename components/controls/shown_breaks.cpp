@@ -17,7 +17,7 @@ qsizetype letters(const QTextBlock& block) {
     return block.length() - 1; // without the separator
 }
 
-/** The block's text and as many letters of its line as wanted behind it. */
+/** Returns the block's text, followed by up to `wanted` letters of the same line from the next blocks. */
 QString withLettersBehind(const QTextBlock& block, qsizetype wanted) {
     QString text = block.text();
     const qsizetype most = text.size() + wanted;
@@ -27,7 +27,7 @@ QString withLettersBehind(const QTextBlock& block, qsizetype wanted) {
     return text.replace(QChar::Nbsp, u' ');
 }
 
-/** Chooses letters from this place of the block on; breaks among them do not count. */
+/** Returns a cursor that selects `count` letters, starting in this block. Breaks for showing do not count. */
 QTextCursor choose(QTextBlock block, qsizetype first, qsizetype count) {
     QTextCursor chosen(block);
     chosen.setPosition(block.position() + static_cast<int>(first));
@@ -42,7 +42,7 @@ QTextCursor choose(QTextBlock block, qsizetype first, qsizetype count) {
 } // namespace
 
 bool continuesLine(const QTextBlock& block) {
-    // What is called the format of a block is that of the separator in front of it.
+    // QTextBlock::charFormat() is the format of the separator in front of the block.
     return block.isValid() && block.position() > 0 && block.charFormat().boolProperty(kContinuesLine);
 }
 
@@ -86,7 +86,7 @@ QTextCursor findShown(QTextDocument& document, const QString& wanted, int from, 
         } else if (const auto last = std::min<qsizetype>(from - block.position(), own) - 1; last >= 0) {
             found = line.lastIndexOf(text, last, Qt::CaseInsensitive);
         }
-        // What begins behind the block is the next one's.
+        // A place that begins in the next block is found there.
         if (found >= 0 && found < own) {
             return choose(block, found, text.size());
         }

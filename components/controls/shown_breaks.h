@@ -10,32 +10,32 @@ class QTextDocument;
 
 namespace controls {
 
-// A line that is too long is shown on several blocks of a document. The breaks between them are for showing
-// only: nothing that is copied, found or sent has a line end there. A break is marked on the separator that
-// makes it, so that the mark goes with it and comes back when the deletion is taken back.
+// A line that is too long is shown in several blocks of a document. The breaks between them are for showing
+// only: text that is copied, found or sent has no line end there. The mark of a break is on the block
+// separator itself, so it is deleted with the separator and comes back with Undo.
 
-/** Whether the block shows more of the line that the block before it shows. */
+/** Returns whether the block continues the line of the block before it. */
 bool continuesLine(const QTextBlock& block);
 
-/** Inserts a text in place of what the cursor chooses; "\n" ends a line, kShownBreak is a break for showing.
- */
+/** Replaces the cursor's selection by a text. "\n" ends a line, kShownBreak is a break for showing. */
 void insertShown(QTextCursor& cursor, QStringView text);
 
-/** The text between two positions of the document, as a clipboard has it: "\n" ends a line. */
+/** Returns the text between two positions of the document, without breaks for showing; "\n" ends a line. */
 QString textBetween(const QTextDocument& document, int start, int end);
 
 /**
- * The first place behind `from` where the text is, the last one before it when searching backward, chosen;
- * null when there is none. Letters count in either case; a place may reach over breaks made for showing.
+ * Returns a cursor that selects the first place after `from` where the text is, or the last one before it
+ * when searching backward; null when there is none. Case is ignored. A place may extend over breaks for
+ * showing.
  */
 QTextCursor findShown(QTextDocument& document, const QString& wanted, int from, bool backward);
 
-/** Where the cursor has to be for the key to delete a letter, and not only a break made for showing. */
+/** Returns the cursor moved past breaks for showing, so that a key that deletes deletes a letter. */
 QTextCursor besideWhatIsDeleted(QTextCursor cursor, const QKeyEvent& key);
 
 /**
- * Makes the break in front of the cursor's block, which a person has just made, the end of a line. Made
- * beside a break for showing it takes its place, so that no empty line stands between them.
+ * Makes the break in front of the cursor's block, which the user has just typed, the end of a line. If it is
+ * next to a break for showing, it replaces that, so that there is no empty line between them.
  */
 void makeLineEnd(QTextCursor cursor);
 

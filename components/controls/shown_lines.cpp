@@ -17,7 +17,7 @@ std::string_view ShownLines::next() {
 }
 
 std::size_t ShownLines::lineLength() {
-    // Each kind is looked for again only when it has been passed, so no byte is looked at twice for one kind.
+    // CR and LF are searched for again only after the last one found, so each byte is read once for each.
     if (carriageReturn_ < position_) {
         carriageReturn_ = text_.find('\r', position_);
     }

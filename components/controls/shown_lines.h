@@ -7,16 +7,17 @@
 
 namespace controls {
 
-/** Bytes of one line that are shown together: one line of many megabytes would take minutes to lay out. */
+/** Most bytes of a line that are shown in one piece: Qt would take minutes to lay out many megabytes. */
 inline constexpr std::size_t kLongestShownLine = 10'000;
 
-/** In a text for a box: a break for showing, where no line ends. holdable() leaves none from elsewhere. */
+/** A break for showing in a text for a box: no line ends there. holdable() replaces those of a text itself.
+ */
 inline constexpr QChar kShownBreak = u'\uFDD0';
 
 /**
- * Cuts a text into the lines that a text box shows, one after the other. CR LF, CR and LF end a line; one
- * that is too long is cut between two characters. A text has one line more than line ends. The time is in
- * proportion to the text, whatever its line ends are.
+ * Splits a text into the lines that a text box shows. CRLF, CR and LF end a line. A line that is too long is
+ * cut between two characters. A text has one line more than line ends. The time is proportional to the length
+ * of the text, whatever its line ends are.
  */
 class ShownLines {
   public:
@@ -26,7 +27,7 @@ class ShownLines {
     /** True until the last line has been taken. */
     bool hasNext() const noexcept { return hasNext_; }
 
-    /** The next line, its line end included. */
+    /** Returns the next line, with its line end. */
     std::string_view next();
 
   private:
@@ -34,19 +35,20 @@ class ShownLines {
 
     std::string_view text_;
     std::size_t position_ = 0;
-    /** The first of each kind at or behind the position. */
+    /** The positions of the next CR and the next LF, at or after position_. */
     std::size_t carriageReturn_;
     std::size_t lineFeed_;
     bool hasNext_ = true;
 };
 
-/** The CR LF, CR or LF at the end of a line; empty where there is none. */
+/** Returns the CRLF, CR or LF at the end of a line; empty when there is none. */
 std::string_view lineEnd(std::string_view line) noexcept;
 
-/** A line as a text box can hold it, without its line end. */
+/** Returns a line as a text box can hold it, without its line end. */
 QString shownLine(std::string_view line);
 
-/** The text with a sign in the place of each character that a text box would take for the end of a line. */
+/** Returns the text with a visible sign in place of each character that a text box would take for a line end.
+ */
 QString holdable(QString text);
 
 } // namespace controls

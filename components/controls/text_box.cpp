@@ -20,7 +20,7 @@ namespace controls {
 namespace {
 constexpr QChar kLineSeparator(0x2028);
 
-/** Letters of one width, as authors line up their mail; the size is left to the window. */
+/** A fixed-width font, since authors line up their mail in columns. Its size is the window's. */
 QFont fontOfMail() {
     QFont font;
     font.setFamilies(QFontDatabase::systemFont(QFontDatabase::FixedFont).families());
@@ -28,7 +28,7 @@ QFont fontOfMail() {
     return font;
 }
 
-/** The family of the program's other texts. */
+/** The font family of the program's other texts. */
 QFont fontOfNotes() {
     QFont font;
     font.setFamilies(QFont().families());
@@ -65,7 +65,7 @@ void TextBox::setBytes(std::string text) {
     std::size_t end = 0;
     ShownLines lines(text);
     const auto fits = [&] { return starts.size() < kMostShownLines && end < kMostShownBytes; };
-    // The empty line behind the last line end costs nothing, so only what has bytes is left out.
+    // The empty line after the last line end has no bytes, so it is always shown.
     while (lines.hasNext() && (fits() || end == text.size())) {
         starts.push_back(end);
         end += lines.next().size();
@@ -91,7 +91,7 @@ void TextBox::setBytes(std::string text) {
     }
 }
 
-/** Runs from a timer too, so nothing may leave it. */
+/** Also called by a timer, so it must not throw. */
 void TextBox::fillFurther() {
     if (platform::errorNumberOf([this] { fill(); }) != 0) {
         showNoMore();
@@ -102,7 +102,7 @@ void TextBox::fillFurther() {
 }
 
 void TextBox::fill() {
-    // The document doubles what it has when that is full.
+    // The document doubles its memory when that is full.
     constexpr std::size_t memoryPerShownByte = 4;
     mustHaveRoomFor(memoryPerShownByte * std::min(kMostShownBytes, shownEnd_) + kPieceBytes);
     QString piece;
@@ -125,12 +125,12 @@ void TextBox::fill() {
     }
 }
 
-/** What has not appeared so far counts as too much to be shown. */
+/** Stops filling: what has not appeared yet counts as too much to be shown. */
 void TextBox::showNoMore() {
     if (isFilling()) {
         shownEnd_ = lineStarts_[filledLines_];
     }
-    // An empty box has one line, too.
+    // An empty box has one line.
     filledLines_ = std::max<std::size_t>(filledLines_, 1);
     lineStarts_.resize(filledLines_);
     tellWhatIsNotShown();
@@ -193,7 +193,8 @@ std::string TextBox::bytes() const {
     }
     const auto lines = static_cast<std::size_t>(document()->blockCount());
     const std::size_t bottom = untouchedAtBottom_;
-    // A line that was changed stands behind those at the top, so this is where the first of them starts.
+    // The changed lines follow the untouched ones at the top, so the original is kept up to the first of
+    // them.
     std::string text = original_.substr(0, lineStarts_.at(untouchedAtTop_));
     QTextBlock block = document()->findBlockByNumber(static_cast<int>(untouchedAtTop_));
     for (std::size_t number = untouchedAtTop_; number < lines - bottom; ++number, block = block.next()) {
@@ -206,7 +207,7 @@ std::string TextBox::bytes() const {
         return text += std::string_view(original_).substr(lineStarts_[lineStarts_.size() - bottom]);
     }
     if (bytesNotShown() > 0) {
-        // The last line in the box is not the last one of the text.
+        // More text follows the last line in the box, so that line keeps its line end.
         text += lineEnd(line(lineStarts_.size() - 1));
     }
     return text += std::string_view(original_).substr(shownEnd_);

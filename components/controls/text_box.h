@@ -13,60 +13,60 @@ class QLabel;
 namespace controls {
 
 /**
- * A text box for mail, which is bytes. What was put in comes out again byte for byte, wherever a person has
- * not changed it, although a text box keeps neither line ends nor every character.
+ * A text box for mail, which is bytes. bytes() returns each line that the user has not changed byte for byte
+ * as it was set, although Qt's text box keeps neither line ends nor every character.
  *
- * A long text appears piece by piece, so that the window never stands still; until it is complete it can be
- * read but not written into. A line that is longer than kLongestShownLine is shown on several, and stays one
- * in all that is copied, found or taken out. Of a text that is longer than a person reads, only the start is
- * shown, and a line below it says how much is not; what is not shown stays part of the text.
+ * A long text appears piece by piece, so that the window stays responsive. Until it is complete, the user can
+ * read but not edit it. A line that is longer than kLongestShownLine is shown on several lines, and stays one
+ * line in everything that is copied, found or taken out. Of a very long text only the start is shown, and a
+ * note below it says how much is not. The rest stays part of the text.
  *
- * Only plain text can be pasted or dropped into it, and only so much that the window lives on.
+ * Only plain text can be pasted or dropped, and only so much that the window stays responsive.
  */
 class TextBox : public QPlainTextEdit {
   public:
-    /** Bytes that are put into the box at a time, give or take a line. */
+    /** Bytes that are put into the box at a time; up to one line more. */
     static constexpr std::size_t kPieceBytes = 32'768;
-    /** Bytes and lines that are shown at the most, give or take a line: 100 MB of memory at the worst. */
+    /** Most bytes and lines that are shown, up to one line more. They take at most 100 MB of memory. */
     static constexpr std::size_t kMostShownBytes = 16U << 20U;
     static constexpr std::size_t kMostShownLines = 250'000;
 
     explicit TextBox(QWidget* parent = nullptr);
 
-    /** Shows the text in place of any other. */
+    /** Replaces the text in the box. */
     void setBytes(std::string text);
 
     /**
-     * What the box holds: lines that were put in as they came, lines that were typed in UTF-8. A typed line
-     * ends in CR LF.
+     * Returns what the box holds: lines set by setBytes() as they were, and typed or changed lines in UTF-8,
+     * ended by CRLF.
      */
     std::string bytes() const;
 
     /**
-     * What the box shows, or will show when it is filled, with the line ends that bytes() has, and behind it
-     * what is too much to be shown.
+     * Returns the whole text as the box shows it, with the line ends of bytes(). It includes what has not
+     * appeared yet and what is too much to be shown.
      */
     QString shownText() const;
 
-    /** True while a part of the text has still to appear. */
+    /** True while a part of the text has not appeared yet. */
     bool isFilling() const { return filledLines_ < lineStarts_.size(); }
 
-    /** Bytes at the end of the text that are not shown, however long one waits. */
+    /** Bytes at the end of the text that are too much and will not be shown. */
     std::size_t bytesNotShown() const { return original_.size() - shownEnd_; }
 
-    /** What is chosen, as a clipboard has it: "\n" ends a line. */
+    /** The selected text, without breaks for showing; "\n" ends a line. */
     QString chosenText() const;
 
     /**
-     * Chooses the next place where the text is, behind what is chosen or before it; false when what has
-     * appeared so far has none. Letters count in either case.
+     * Selects the next place where the text is, after the selection or before it. Returns false when there is
+     * none in what has appeared so far. Case is ignored.
      */
     bool findText(const QString& wanted, bool backward);
 
-    /** Takes back what made the text larger or smaller. */
+    /** Undoes zoomIn() and zoomOut(). */
     void showAtNormalSize();
 
-    /** Runs when all that is shown of a text has appeared. It must not throw. */
+    /** Called when all that is shown of a text has appeared. It must not throw. */
     std::function<void()> Filled;
 
   protected:
@@ -95,11 +95,11 @@ class TextBox : public QPlainTextEdit {
     std::string original_;
     /** Where the shown lines of the original start. Never empty: an empty text is one empty line. */
     std::vector<std::size_t> lineStarts_{0};
-    /** Where what is shown of the original ends. */
+    /** Where the shown part of the original ends. */
     std::size_t shownEnd_ = 0;
     /** Lines of the original that are in the box. */
     std::size_t filledLines_ = 1;
-    /** Lines at the top and at the bottom of the box that are as they were put in. */
+    /** Numbers of lines at the top and at the bottom of the box that are as they were set. */
     std::size_t untouchedAtTop_ = 1;
     std::size_t untouchedAtBottom_ = 1;
     bool untouched_ = true;
@@ -107,7 +107,7 @@ class TextBox : public QPlainTextEdit {
     bool telling_ = false;
     Qt::TextInteractionFlags whenFilled_;
     QTimer filler_;
-    /** Says how much is not shown; hidden while that is nothing. */
+    /** Says how much is not shown; hidden when all is shown. */
     QLabel* lblNotShown_;
 };
 

@@ -18,7 +18,7 @@
 
 namespace controls {
 
-// Qt's own would have a line end in the place of each break.
+// Qt's own version would copy a line end for each break for showing.
 QMimeData* TextBox::createMimeDataFromSelection() const {
     auto plain = std::make_unique<QMimeData>();
     plain->setText(chosenText());
@@ -44,8 +44,8 @@ bool TextBox::canInsertFromMimeData(const QMimeData* source) const {
     return error == 0 && can;
 }
 
-// A clipboard may be empty, and one that offers a text may have none to give, since its owner has ended: Qt's
-// own way of pasting crashes on either.
+// A clipboard may be empty, or offer a text and then give none because the program that owns it has ended.
+// Qt's own paste crashes on either.
 void TextBox::insertFromMimeData(const QMimeData* source) {
     const int error = platform::errorNumberOf([&] {
         if (textInteractionFlags().testFlag(Qt::TextEditable) && canInsertFromMimeData(source)) {
@@ -66,7 +66,7 @@ void TextBox::takeIn(const QString& text) {
                       .arg(kMostPastedLines));
         return;
     }
-    // A line costs a kilobyte, since it can be taken back.
+    // A line takes a kilobyte, since the document stores it for Undo, too.
     constexpr std::size_t memoryPerCharacter = 8;
     constexpr std::size_t memoryPerLine = 1'024;
     mustHaveRoomFor(memoryPerCharacter *
@@ -78,7 +78,7 @@ void TextBox::takeIn(const QString& text) {
     ensureCursorVisible();
 }
 
-/** Later, since who drops a text waits for this program meanwhile. */
+/** Shows the box later: during a drop, the program that the text comes from waits until this one returns. */
 void TextBox::tellLater(const QString& text) {
     if (std::exchange(telling_, true)) {
         return;

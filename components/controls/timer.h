@@ -5,14 +5,14 @@
 namespace controls {
 
 /**
- * A timer with an interval and a switch. It runs while it is enabled and its interval is above 0, so that a
- * negative interval is as good as none.
+ * A timer with an interval and a switch. It runs while it is enabled and its interval is above 0. A negative
+ * interval stops it, as 0 does.
  */
 class Timer : public QTimer {
   public:
     explicit Timer(QObject* parent) : QTimer(parent) {}
 
-    /** Milliseconds. */
+    /** Sets the interval, in milliseconds. */
     void setPeriod(int milliseconds) {
         period_ = milliseconds;
         apply();

@@ -15,12 +15,12 @@ struct ca_context;
 using AlsaErrorHandler = void (*)(const char* file, int line, const char* function, int error,
                                   const char* format, ...);
 
-// ALSA calls it with a text and what belongs into it, as printf() is called.
+// ALSA calls it with a format and its arguments, as printf() is called.
 // NOLINTNEXTLINE(cert-dcl50-cpp)
 void sayNothing(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
                 const char* /*format*/, ...) {}
 
-/** The sound library, loaded at the first sound. It knows which sound system the machine has. */
+/** The sound library, loaded at the first sound. It chooses the sound system of the computer. */
 class SoundLibrary {
   public:
     SoundLibrary() : library_(QStringLiteral("canberra"), 0) {
@@ -41,7 +41,7 @@ class SoundLibrary {
   private:
     using Play = int (*)(ca_context*, std::uint32_t, ...);
 
-    /** ALSA, on which the sound library stands, would write about a missing device on the standard error. */
+    /** Keeps ALSA, which the sound library uses, from reporting a missing device on the standard error. */
     void silenceAlsa() {
         const auto setErrorHandler =
             reinterpret_cast<int (*)(AlsaErrorHandler)>(alsa_.resolve("snd_lib_error_set_handler"));
@@ -62,7 +62,7 @@ void playWave(const QString& fileName) {
     if (!file.isFile()) {
         return;
     }
-    // Reaching the sound system may take a while, and a window must not wait for a chime.
+    // Another thread, since the sound system may take a while to answer and would block the windows.
     QThreadPool::globalInstance()->start([path = QFile::encodeName(file.absoluteFilePath())] {
         static const SoundLibrary library;
         library.play(path);

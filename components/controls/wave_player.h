@@ -5,8 +5,8 @@
 namespace controls {
 
 /**
- * Starts to play a wave file and returns at once. A missing file, a missing sound library and a machine
- * without a sound device all mean silence.
+ * Starts to play a wave file and returns at once. Plays nothing when the file or the sound library is
+ * missing, or the computer has no sound device.
  */
 void playWave(const QString& fileName);
 

@@ -6,8 +6,7 @@
 
 namespace MSFlexGridLib {
 
-/** Keeps the cells on the screen as they are, for as long as this lives. What somebody else has stopped stays
- * so. */
+/** Stops the redrawing of the cells for as long as this lives. If it was stopped already, it stays so. */
 class WhileNotRedrawing {
   public:
     explicit WhileNotRedrawing(MSFlexGrid& grid) : redrewBefore_(grid.redraws() ? &grid : nullptr) {
@@ -24,7 +23,7 @@ class WhileNotRedrawing {
     WhileNotRedrawing& operator=(const WhileNotRedrawing&) = delete;
 
   private:
-    /** Null when it was not redrawn already. */
+    /** Null when redrawing was off already. */
     QPointer<MSFlexGrid> redrewBefore_;
 };
 

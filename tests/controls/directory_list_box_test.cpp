@@ -30,7 +30,7 @@ using testing::ElementsAre;
 namespace errors = platform::errors;
 namespace filesystem = std::filesystem;
 
-/** A directory list over a drive D: of the test's own. */
+/** A directory list of drive D:, which is a temporary folder. */
 class DirectoryListBoxTest : public testing::Test {
   protected:
     DirectoryListBoxTest() {
@@ -193,7 +193,7 @@ TEST_F(DirectoryListBoxTest, AFolderThatMayNotBeReadIsErrorSeventyFive) {
     setPath("D:");
     EXPECT_THAT(rows(), ElementsAre("D:\\", "closed"));
     int error = 0;
-    // Only the reading: the list itself belongs to the thread of the windows.
+    // Tests foldersIn() alone, since the list itself may only be used in the thread of the windows.
     ASSERT_TRUE(support::withoutPrivileges([&] {
         error = errorNumberOf([] {
             controls::foldersIn({QStringLiteral("D:"), {QStringLiteral("closed")}});
@@ -228,7 +228,7 @@ TEST_F(DirectoryListBoxTest, FoldersThatNoSettingsLineCanNameAreNotListed) {
     make("good");
     setPath("D:");
     EXPECT_THAT(rows(), ElementsAre("D:\\", "good"));
-    // The temporary folder cannot name it either.
+    // The temporary folder cannot remove a folder of this name itself.
     filesystem::remove(drive_.path("no text \xFF"));
 }
 

@@ -13,7 +13,7 @@ class FullWidthHeader : public testing::TestWithParam<Qt::LayoutDirection> {
   protected:
     FullWidthHeader() { support::application(); }
 
-    /** The titles of a list whose two columns leave the last 100 pixels of its width free. */
+    /** A picture of the titles of a list whose two columns leave the last 100 pixels of its width free. */
     static QImage titles(Qt::LayoutDirection direction) {
         MSFlexGrid grid(2);
         grid.setLayoutDirection(direction);

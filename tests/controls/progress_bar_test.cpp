@@ -14,7 +14,7 @@ using controls::PacedShowing;
 using MSComctlLib::ProgressBar;
 using testing::ElementsAre;
 
-/** What has been shown of a number that changes. */
+/** Records which values of a changing number have been shown. */
 class PacedShowingTest : public testing::Test {
   protected:
     PacedShowingTest() { support::application(); }
@@ -54,7 +54,7 @@ TEST_F(PacedShowingTest, NothingIsShownTwice) {
     changeTo(1);
     changeTo(2);
     showing_.showNow();
-    // The time of a showing has passed when another one, begun after it, has come to its second.
+    // showing_ is due for another showing before `other`, which was started later, shows its second change.
     int others = 0;
     PacedShowing other([&others] { ++others; });
     other.changed();

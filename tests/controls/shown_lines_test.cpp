@@ -41,7 +41,7 @@ TEST(ShownLines, ALineThatIsTooLongIsCutBetweenTwoCharacters) {
 }
 
 TEST(ShownLines, NothingIsLostBetweenTheLines) {
-    // Every text of eight letters of these; among them all mixtures of line ends.
+    // All texts of eight of these characters, and so all mixtures of line ends.
     const std::string letters = "a\r\n";
     for (int number = 0; number < 6'561; ++number) {
         std::string text;

@@ -21,7 +21,7 @@ class TextBoxTest : public testing::Test {
         ASSERT_TRUE(QTest::qWaitFor([this] { return !box.isFilling(); }, 30'000));
     }
 
-    /** Types in front of the numbered line of the box. */
+    /** Types at the start of the box's line of this number, counted from 0. */
     void typeAt(int line, const QString& text) {
         QTextCursor cursor(box.document()->findBlockByNumber(line));
         box.setTextCursor(cursor);

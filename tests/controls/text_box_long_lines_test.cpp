@@ -1,4 +1,4 @@
-// A line that is shown on several is one line in all that is copied, found, edited and taken out.
+// A line that is shown on several lines stays one line when it is copied, found, edited and taken out.
 
 #include "components/controls/shown_lines.h"
 #include "tests/controls/text_box_fixture.h"
@@ -42,7 +42,7 @@ class TextBoxLongLines : public support::TextBoxTest {
     }
 
     void expectBytes(const std::string& wanted) {
-        // Compared as a whole: of lines of this length GoogleTest would print both.
+        // Not EXPECT_EQ, since GoogleTest would print both texts with their very long lines.
         const std::string held = box.bytes();
         EXPECT_TRUE(held == wanted) << held.size() << " bytes instead of " << wanted.size();
     }
@@ -152,7 +152,7 @@ TEST_F(TextBoxLongLines, OfAMultipleOfTheLimitHaveNoEmptyLineBehindThem) {
             EXPECT_EQ(box.document()->blockCount(), pieces + (end.empty() ? 0 : 1));
             EXPECT_TRUE(box.toPlainText().remove(u'\n') == QString::fromStdString(pieces == 1 ? a : a + b));
             pressAt(0, Qt::Key_X);
-            // The piece that was changed ends as mail's lines do.
+            // Only the changed piece gets CRLF as its line end.
             expectBytes("x" + (pieces == 1 ? a + (end.empty() ? "" : "\r\n") : a + b + end));
         }
     }
@@ -189,7 +189,7 @@ TEST_F(TextBoxLongLines, AreSearchedAcrossTheirBreaks) {
     EXPECT_EQ(found("ab", true), endOf(1) - 1);
     EXPECT_EQ(found("ab", true), 0);
     EXPECT_EQ(found("ab", true), -1);
-    // A line end is no break for showing.
+    // A text across a real line end is not found.
     EXPECT_EQ(found("xa", false), -1);
     box.moveCursor(QTextCursor::Start);
     const QString longWord = QString(1, u'a') + QString::fromStdString(b) + u'c';

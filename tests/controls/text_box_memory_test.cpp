@@ -1,4 +1,4 @@
-// How much memory a text takes for being shown; each test has a process of its own.
+// How much memory it takes to show a text. Each test runs in a process of its own.
 
 #include "components/controls/text_box.h"
 #include "tests/support/application.h"
@@ -37,7 +37,7 @@ class TextBoxMemory : public testing::Test {
         if (support::kSanitized) {
             GTEST_SKIP() << "a sanitizer's memory is not the program's";
         }
-        // What any text box costs is not what is looked at here.
+        // What a box takes for any text is allocated before the measurement.
         box.resize(600, 400);
         box.show();
         show("text\n");
@@ -49,9 +49,10 @@ class TextBoxMemory : public testing::Test {
         QCoreApplication::processEvents();
     }
 
-    /** Bytes by which showing the text lifts the peak of the process, its own copy of the text included. */
+    /** Bytes by which showing the text raises the process's peak memory, the box's copy of the text included.
+     */
     std::size_t peakOf(const std::string& text) {
-        std::ofstream("/proc/self/clear_refs") << "5"; // the peak starts anew
+        std::ofstream("/proc/self/clear_refs") << "5"; // resets the peak, VmHWM
         const std::size_t before = memory("VmHWM");
         show(text);
         return memory("VmHWM") - before;
@@ -104,7 +105,7 @@ TEST_F(TextBoxMemory, WhereItRunsOutTheRestIsToldAndNothingIsLost) {
     EXPECT_TRUE(box.bytes() == text);
     EXPECT_FALSE(box.isReadOnly());
     QTest::keyClicks(&box, QStringLiteral("X"));
-    // A line that is changed ends as mail's lines do.
+    // The changed line ends in CRLF.
     const std::size_t lineEnd = text.find('\n');
     EXPECT_TRUE(box.bytes() == "X" + text.substr(0, lineEnd) + '\r' + text.substr(lineEnd));
 }

@@ -1,4 +1,4 @@
-// What a clipboard can hold, or seem to hold: it ends in the box as plain text or not at all.
+// Whatever a clipboard holds or claims to hold is pasted as plain text or not at all.
 
 #include "components/controls/pasted_text.h"
 #include "components/controls/text_box.h"
@@ -46,14 +46,14 @@ class TextBoxPaste : public support::WindowTest {
     }
 
     void drop(const QMimeData& data) {
-        // Qt drops only where it has come in before.
+        // Qt accepts a drop only after a drag has entered the widget.
         QDragEnterEvent entering(box.viewport()->rect().center(), Qt::CopyAction, &data, Qt::LeftButton, {});
         QCoreApplication::sendEvent(box.viewport(), &entering);
         QDropEvent event(box.viewport()->rect().center(), Qt::CopyAction, &data, Qt::LeftButton, {});
         QCoreApplication::sendEvent(box.viewport(), &event);
     }
 
-    /** Waits for the one box that is to come. */
+    /** Waits for a message box and checks that it is the only one and has this text. */
     void expectBox(const QString& text) {
         ASSERT_TRUE(QTest::qWaitFor([this] { return !boxes.empty(); }));
         QCoreApplication::processEvents();
@@ -63,7 +63,7 @@ class TextBoxPaste : public support::WindowTest {
     TextBox box;
 };
 
-/** An owner that says that it has a text, and gives none. */
+/** A clipboard that offers a text and then gives none, as after its owner has ended. */
 class DeadOwner : public QMimeData {
   public:
     QStringList formats() const override { return {QStringLiteral("text/plain")}; }
@@ -74,7 +74,7 @@ class DeadOwner : public QMimeData {
     QVariant retrieveData(const QString& /*format*/, QMetaType /*type*/) const override { return {}; }
 };
 
-/** An owner whose text is too large for this computer's memory. */
+/** A clipboard whose text does not fit in memory. */
 class Gigabytes : public DeadOwner {
   protected:
     QVariant retrieveData(const QString& /*format*/, QMetaType /*type*/) const override {
@@ -162,7 +162,7 @@ TEST_F(TextBoxPaste, TooMuchIsRefusedByABoxThatSaysWhatToDo) {
     expectBox(QStringLiteral("This is too much to be pasted: at most 4000000 characters on 60000 lines. "
                              "Please save it in a file and attach the file."));
     EXPECT_EQ(box.bytes(), "text");
-    // Another day, another box.
+    // A paste after the box was answered opens a box again.
     paste();
     EXPECT_TRUE(QTest::qWaitFor([this] { return boxes.size() == 2; }));
 }

@@ -155,7 +155,7 @@ TEST_F(TextBoxTest, WhatIsNotShownStaysWhateverIsDoneToTheRest) {
     const std::string shown(TextBox::kMostShownLines, '\n');
     fillWith(shown + "rest\xff");
     typeAt(0, QStringLiteral("X"));
-    // Compared as a whole: of texts of so many lines GoogleTest cannot make a list of differences.
+    // Not EXPECT_EQ, since GoogleTest cannot list the differences of texts of so many lines.
     EXPECT_TRUE(box.bytes() == "X\r" + shown + "rest\xff");
     typeAt(static_cast<int>(TextBox::kMostShownLines) - 1, QStringLiteral("Y"));
     const std::string changed = box.bytes();

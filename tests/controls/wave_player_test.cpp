@@ -11,7 +11,7 @@
 
 namespace {
 
-/** What is written on the standard error while this lives goes into the file. */
+/** Redirects the standard error into the folder's file "errors" for as long as this lives. */
 class StandardErrorInto {
   public:
     explicit StandardErrorInto(const support::TemporaryFolder& folder)
@@ -47,7 +47,7 @@ TEST(WavePlayer, WithoutASoundDeviceItIsSilentOnTheStandardErrorToo) {
     }
     const support::TemporaryFolder folder;
     folder.write("chime.wav", waveFile());
-    // A configuration without any device, also on a computer that has one.
+    // An empty ALSA configuration hides the devices of a computer that has some.
     const support::EnvironmentVariable alsa("ALSA_CONFIG_PATH", folder.write("asound.conf", ""));
     {
         const StandardErrorInto file(folder);
