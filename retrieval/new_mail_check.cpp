@@ -1,3 +1,4 @@
+#include "components/controls/announcement.h"
 #include "components/controls/message_box.h"
 #include "components/controls/while_not_redrawing.h"
 #include "email/credentials.h"
@@ -58,8 +59,10 @@ struct ListedMail {
 /** Brings the newest row into view and gives screen readers the number of new messages. */
 void showThatMailHasCome(const ListedMail& listed) {
     mainWindow().MailGrid->showRow(listed.rows);
-    mainWindow().lStats->setAccessibleDescription(QString::number(listed.rows - listed.rowsBefore) +
-                                                  QStringLiteral(" new messages"));
+    const QString text = QString::number(listed.rows - listed.rowsBefore) + QStringLiteral(" new messages");
+    // To be found at the foot line later, too.
+    mainWindow().lStats->setAccessibleDescription(text);
+    mainWindow().annNewMail->tell(text);
 }
 
 /** Shows the hourglass over both windows, for as long as this lives. */
@@ -204,7 +207,6 @@ void checkForNewMail() {
         controls::showMessage(missing, email::titleEndingIn(" Mail"));
         return;
     }
-    // Screen readers announce a change only. Without this, the same number as last time would not be one.
     mainWindow().lStats->setAccessibleDescription(QString());
     frmLogin& login = loginWindow();
     std::optional<Hourglasses> waiting(std::in_place);

@@ -1,5 +1,6 @@
 #include "windows/frmMain.h"
 
+#include "components/controls/announcement.h"
 #include "components/controls/button_room.h"
 #include "email/credentials.h"
 #include "windows/wiring.h"
@@ -51,6 +52,7 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
 
     lStats = named<QLabel>("lStats", this);
     lStats->setTextFormat(Qt::PlainText);
+    annNewMail = named<controls::Announcement>("annNewMail", this);
     barProgress = named<MSComctlLib::ProgressBar>("barProgress", this);
     barProgress->setAccessibleName(QStringLiteral("Progress"));
     tmrCheckMail = named<controls::Timer>("tmrCheckMail", this);

@@ -9,6 +9,10 @@
 #include <array>
 #include <cstdint>
 
+namespace controls {
+class Announcement;
+}
+
 class QAction;
 class QFrame;
 class QLabel;
@@ -53,6 +57,7 @@ class frmMain : public Form {
     QAction* mnuLogin;
     MSFlexGridLib::MSFlexGrid* MailGrid;
     QLabel* lStats;
+    controls::Announcement* annNewMail;
     MSComctlLib::ProgressBar* barProgress;
     controls::Timer* tmrCheckMail;
     NetCodeLib::NetCode ctrDecode;
