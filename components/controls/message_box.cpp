@@ -50,8 +50,10 @@ void placeBeside(const QRect& leftFree, const QWidget& opener, QMessageBox& box)
     box.ensurePolished();
     const QSize size = box.sizeHint() + frame;
     const int left = opener.frameGeometry().center().x() - size.width() / 2;
-    // Some window managers put the title bar above the requested place, so there is room for it.
-    const int titleBar = opener.geometry().top() - opener.frameGeometry().top();
+    // Some window managers put the title bar above the requested place, so there is room for it. Some do not
+    // tell how high it is; then it is as high as the style draws one.
+    const int titleBar = std::max(opener.geometry().top() - opener.frameGeometry().top(),
+                                  box.style()->pixelMetric(QStyle::PM_TitleBarHeight));
     const int below = leftFree.bottom() + gap + titleBar;
     const int top = below + size.height() <= screen.bottom() ? below : leftFree.top() - gap - size.height();
     box.move(qBound(screen.left(), left, screen.right() - size.width()), qMax(screen.top(), top));
