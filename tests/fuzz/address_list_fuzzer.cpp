@@ -37,7 +37,7 @@ void checkMailbox(const std::string& mailbox) {
         }
     }
     fuzz::require(!quoted, "quotes are closed");
-    fuzz::require(smtplib::rcptCommand(mailbox).size() + 2 <= smtplib::kMaximumCommandBytes,
+    fuzz::require(smtplib::rcptCommand(mailbox).sent.size() + 2 <= smtplib::kMaximumCommandBytes,
                   "fits into a command");
 }
 
