@@ -38,16 +38,13 @@ void Peer::sendAtOnce(std::string_view bytes) {
     const std::size_t left = limit.bytes - std::min(limit.bytes, sentHere_);
     const bool cut = bytes.size() >= left;
     bytes = bytes.substr(0, left);
-    while (!bytes.empty()) {
-        const ssize_t sent = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-        if (sent >= 0) {
-            bytes.remove_prefix(static_cast<std::size_t>(sent));
-            sentHere_ += static_cast<std::size_t>(sent);
-            server_.countSent(static_cast<std::size_t>(sent));
-        } else if (wouldBlock()) {
-            server_.waitForSocket(socket_, POLLOUT);
-        } else {
-            throw ConversationEnded{};
+    if (tls_) {
+        sendEncrypted(bytes);
+    } else {
+        while (!bytes.empty()) {
+            const std::size_t sent = sendPart(bytes);
+            bytes.remove_prefix(sent);
+            countSent(sent);
         }
     }
     if (cut) {
@@ -55,14 +52,117 @@ void Peer::sendAtOnce(std::string_view bytes) {
     }
 }
 
-/** False once the client has gone. */
-bool Peer::readSome() {
+void Peer::sendEncrypted(std::string_view text) {
+    const std::size_t recordBytes = tls_->options().recordBytes;
+    while (!text.empty()) {
+        const std::string_view record = text.substr(0, recordBytes == 0 ? text.size() : recordBytes);
+        tls_->write(record);
+        sendInClear(tls_->bytesForNetwork());
+        countSent(record.size());
+        text.remove_prefix(record.size());
+    }
+}
+
+void Peer::sendInClear(std::string_view bytes) {
+    while (!bytes.empty()) {
+        bytes.remove_prefix(sendPart(bytes));
+    }
+}
+
+/** Sends what the socket takes now, or waits until it takes something. */
+std::size_t Peer::sendPart(std::string_view bytes) {
+    const ssize_t sent = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (sent >= 0) {
+        return static_cast<std::size_t>(sent);
+    }
+    if (!wouldBlock()) {
+        throw ConversationEnded{};
+    }
+    server_.waitForSocket(socket_, POLLOUT);
+    return 0;
+}
+
+void Peer::countSent(std::size_t bytes) {
+    sentHere_ += bytes;
+    server_.countSent(bytes);
+}
+
+void Peer::beginTls(const TlsIdentity& identity) {
+    tls_ = std::make_unique<TlsLayer>(identity);
+    tls_->takeFromNetwork(std::exchange(input_, {}));
+    std::size_t flight = 0;
+    for (;;) {
+        const TlsLayer::Handshake state = tls_->shakeHands();
+        server_.rememberTls(connection_, tls_->seen());
+        const std::string bytes = tls_->bytesForNetwork();
+        if (!bytes.empty()) {
+            sendFlight(bytes, flight++);
+        }
+        if (state == TlsLayer::Handshake::Failed) {
+            handshakeFailed_ = true;
+            close();
+        }
+        if (state == TlsLayer::Handshake::Done) {
+            // The client's first text may have come along with the end of its handshake.
+            input_ = tls_->read();
+            return;
+        }
+        server_.waitForSocket(socket_, POLLIN);
+        const std::optional<std::string> received = receive();
+        if (!received) {
+            throw ConversationEnded{};
+        }
+        tls_->takeFromNetwork(*received);
+    }
+}
+
+void Peer::sendFlight(std::string_view bytes, std::size_t flight) {
+    const HandshakeFault& fault = tls_->options().fault;
+    if (fault.kind == HandshakeFault::Kind::None || flight != fault.flights) {
+        sendInClear(bytes);
+        return;
+    }
+    handshakeFailed_ = true;
+    sendInClear(bytes.substr(0, fault.bytes));
+    switch (fault.kind) {
+    case HandshakeFault::Kind::Reset:
+        reset();
+    case HandshakeFault::Kind::Garbage:
+        sendInClear("* this is what nobody who begins a handshake would say\r\n");
+        break;
+    case HandshakeFault::Kind::Silence:
+        holdSilent();
+        break;
+    default:
+        break;
+    }
+    close();
+}
+
+/** What has come, which may be nothing; no value once the client has gone. */
+std::optional<std::string> Peer::receive() {
     std::array<char, 16384> bytes{};
     const ssize_t received = ::recv(socket_, bytes.data(), bytes.size(), 0);
     if (received > 0) {
-        input_.append(bytes.data(), static_cast<std::size_t>(received));
+        return std::string(bytes.data(), static_cast<std::size_t>(received));
     }
-    return received > 0 || (received < 0 && wouldBlock());
+    return received < 0 && wouldBlock() ? std::optional(std::string()) : std::nullopt;
+}
+
+/** False once the client has gone. */
+bool Peer::readSome() {
+    const std::optional<std::string> received = receive();
+    if (!received || handshakeFailed_) {
+        return received.has_value();
+    }
+    if (!tls_) {
+        input_ += *received;
+        return true;
+    }
+    tls_->takeFromNetwork(*received);
+    input_ += tls_->read();
+    sendInClear(tls_->bytesForNetwork());
+    return !tls_->isOver();
 }
 
 std::string Peer::readLine() {
@@ -99,6 +199,10 @@ void Peer::holdSilent() {
 }
 
 void Peer::close() {
+    if (tls_ && !handshakeFailed_) {
+        tls_->endText();
+        sendInClear(tls_->bytesForNetwork());
+    }
     // Closing with unread bytes would send RST and could take the last bytes sent along.
     ::shutdown(socket_, SHUT_WR);
     do {
@@ -117,6 +221,13 @@ Conversation holdAndSay(std::string bytes) {
     return [bytes = std::move(bytes)](Peer& peer) {
         peer.holdSilent();
         peer.send(bytes);
+    };
+}
+
+Conversation overTls(TlsIdentity identity, Conversation conversation) {
+    return [identity = std::move(identity), conversation = std::move(conversation)](Peer& peer) {
+        peer.beginTls(identity);
+        conversation(peer);
     };
 }
 

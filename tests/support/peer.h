@@ -1,10 +1,14 @@
 #pragma once
 
 #include "tests/support/server_state.h"
+#include "tests/support/tls_identity.h"
+#include "tests/support/tls_layer.h"
 
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,6 +28,15 @@ class Peer {
     /** Waits for a line of the client's, remembers it for commands(), and returns it without its line end. */
     std::string readLine();
 
+    /**
+     * Speaks TLS from here on. Whatever the client has sent and nobody has read counts as the start of its
+     * handshake. A handshake that fails ends the conversation.
+     */
+    void beginTls(const TlsIdentity& identity);
+
+    /** Sends the bytes as they are, also in the middle of TLS. */
+    void sendInClear(std::string_view bytes);
+
     /** Says nothing until the test calls release() or the client has gone. */
     void holdSilent();
 
@@ -39,6 +52,11 @@ class Peer {
 
   private:
     void sendAtOnce(std::string_view bytes);
+    void sendEncrypted(std::string_view text);
+    std::size_t sendPart(std::string_view bytes);
+    void sendFlight(std::string_view bytes, std::size_t flight);
+    void countSent(std::size_t bytes);
+    std::optional<std::string> receive();
     bool readSome();
 
     ServerState& server_;
@@ -46,11 +64,18 @@ class Peer {
     std::size_t connection_;
     std::size_t sentHere_ = 0;
     std::string input_;
+    /** Nothing while the connection is in clear. */
+    std::unique_ptr<TlsLayer> tls_;
+    /** The handshake is over and has not succeeded: what still comes is nothing. */
+    bool handshakeFailed_ = false;
 };
 
 using Conversation = std::function<void(Peer&)>;
 
 /** Says nothing until the test calls release(), and then this. */
 Conversation holdAndSay(std::string bytes);
+
+/** The conversation with TLS from the first byte on. */
+Conversation overTls(TlsIdentity identity, Conversation conversation);
 
 } // namespace support

@@ -18,6 +18,8 @@ void Script::operator()(Peer& peer) const {
 
         void operator()(const Trickle& step) { peer.trickle(step.bytes, step.pause); }
 
+        void operator()(const BeginTls& step) { peer.beginTls(step.identity); }
+
         void operator()(const Stream& step) {
             for (std::string bytes = step.next(); !bytes.empty(); bytes = step.next()) {
                 peer.send(bytes);

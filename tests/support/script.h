@@ -40,7 +40,12 @@ struct Stream {
     std::function<std::string()> next;
 };
 
-using Step = std::variant<Send, ExpectLine, Close, Reset, HoldSilent, Trickle, Stream>;
+/** Speaks TLS from here on, as the server. */
+struct BeginTls {
+    TlsIdentity identity;
+};
+
+using Step = std::variant<Send, ExpectLine, Close, Reset, HoldSilent, Trickle, Stream, BeginTls>;
 
 /** The steps of one connection, in order. After the last one the connection is closed. */
 class Script {

@@ -48,7 +48,10 @@ class ScriptedServer {
     /** "127.0.0.1:PORT", as a server's name is typed. */
     QString address() const;
 
-    /** From the next byte on, no connection gets more than so many bytes; then it is ended. */
+    /**
+     * From the next byte on, no connection gets more than so many bytes; then it is ended. Bytes of TLS count
+     * as the text that they stand for, those of the handshake not at all.
+     */
     void cutAfter(std::size_t bytes, Ending ending = Ending::Close) { state_.setCut({bytes, ending}); }
 
     /** Connections get all bytes again. */
@@ -66,13 +69,16 @@ class ScriptedServer {
     /** The commands of commands(), each without its arguments. */
     std::vector<std::string> keywords() const;
 
+    /** What is known of a connection's TLS, also when the handshake has failed. */
+    TlsSeen tls(std::size_t connection) const { return state_.tls(connection); }
+
     /** Connections accepted so far. */
     std::size_t connections() const { return state_.connections(); }
 
     /** Of these, the ones that have ended. */
     std::size_t connectionsEnded() const { return state_.connectionsEnded(); }
 
-    /** Bytes sent so far, over all connections. */
+    /** Bytes sent so far, over all connections; counted as by cutAfter. */
     std::size_t bytesSent() const { return state_.bytesSent(); }
 
     /** Waits until so many connections have come and ended; false after the time limit. */

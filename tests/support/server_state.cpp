@@ -116,6 +116,17 @@ std::vector<std::string> ServerState::commands(std::size_t connection) const {
     return commands;
 }
 
+void ServerState::rememberTls(std::size_t connection, const TlsSeen& seen) {
+    const std::scoped_lock lock(mutex_);
+    tls_[connection] = seen;
+}
+
+TlsSeen ServerState::tls(std::size_t connection) const {
+    const std::scoped_lock lock(mutex_);
+    const auto found = tls_.find(connection);
+    return found == tls_.end() ? TlsSeen{} : found->second;
+}
+
 std::size_t ServerState::connections() const {
     const std::scoped_lock lock(mutex_);
     return connections_;

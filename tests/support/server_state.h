@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -34,6 +35,19 @@ int checked(int result, const char* call);
 
 /** How the server ends a connection: with FIN, or with RST. */
 enum class Ending { Close, Reset };
+
+/** What a server has learnt of a client that speaks TLS. */
+struct TlsSeen {
+    bool handshakeDone = false;
+    /** The name of the host that the client has asked for (SNI); empty when it has sent none. */
+    std::string serverName;
+    /** "TLSv1.3"; empty before the end of the handshake. */
+    std::string protocol;
+    /** The session goes on with the keys of an earlier one. */
+    bool resumed = false;
+    /** Why the handshake failed, in OpenSSL's words; an alert of the client's is named there. */
+    std::string failure;
+};
 
 /** What the thread of a scripted server and the test both look at. */
 class ServerState {
@@ -75,9 +89,11 @@ class ServerState {
     void countEnds();
     void countSent(std::size_t bytes);
     void remember(std::size_t connection, std::string line);
+    void rememberTls(std::size_t connection, const TlsSeen& seen);
 
     std::vector<std::string> commands() const;
     std::vector<std::string> commands(std::size_t connection) const;
+    TlsSeen tls(std::size_t connection) const;
     std::size_t connections() const;
     std::size_t connectionsEnded() const;
     std::size_t bytesSent() const;
@@ -99,6 +115,7 @@ class ServerState {
     std::condition_variable changed_;
     Cut cut_;
     std::vector<Line> lines_;
+    std::map<std::size_t, TlsSeen> tls_;
     std::size_t connections_ = 0;
     std::size_t ended_ = 0;
     std::size_t bytesSent_ = 0;
