@@ -1,3 +1,4 @@
+#include "email/protections.h"
 #include "windows/frmAbout.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
@@ -6,6 +7,10 @@
 
 void frmAbout::Form_Load() {
     lblProduct->setText(QStringLiteral("Brindlewake " BRINDLEWAKE_VERSION));
+    lblPOPServer->setText(QStringLiteral("Mail server (POP3): ") +
+                          email::inWords(email::protections.POPServer));
+    lblSMTPServer->setText(QStringLiteral("Mail server (SMTP): ") +
+                           email::inWords(email::protections.SMTPServer));
 }
 
 void frmAbout::cmdOkAbout_Click() {

@@ -3,8 +3,10 @@
 #include "components/smtplib/message.h"
 #include "email/credentials.h"
 #include "email/own_files.h"
+#include "email/protections.h"
 #include "email/shared_settings.h"
 #include "email/titles.h"
+#include "email/typed_host.h"
 #include "message/composer.h"
 #include "platform/background.h"
 #include "platform/runtime_error.h"
@@ -47,6 +49,12 @@ void refuse(const QString& text, QLineEdit* missing) {
 
 std::string sendersAddress() {
     return platform::toBytes(email::credentials.UserName + email::derived.AtDomain);
+}
+
+smtplib::Account sendersAccount() {
+    const email::Credentials& credentials = email::credentials;
+    return {platform::toBytes(credentials.UserName), platform::toBytes(credentials.Password),
+            platform::toBytes(credentials.NameAtHost)};
 }
 
 /**
@@ -142,7 +150,8 @@ void frmSend::transmit(ComposedMessage message) {
     cmdAttach->setEnabled(false);
     mustBeSendable(*this);
     SMTP1.setBlocking(true);
-    SMTP1.setHost(email::settings.SMTPServer);
+    SMTP1.setHost(email::sendingServer());
+    SMTP1.setAccount(sendersAccount());
     SMTP1.issueRequest(Request::OpenConnection);
     SMTP1.setSender(sendersAddress());
     SMTP1.setRecipients(platform::toBytes(tTo->text()));
@@ -167,6 +176,10 @@ void frmSend::transmit(ComposedMessage message) {
 
 void frmSend::SMTP1_PITrail(smtplib::Direction /*Direction*/, const std::string& /*Message*/) {
     // The dialogue is neither logged nor shown.
+}
+
+void frmSend::SMTP1_Protected(const transport::Protection& protection) {
+    email::protections.SMTPServer = protection;
 }
 
 void frmSend::SMTP1_Progress(std::int64_t bytesDone, std::int64_t bytesTotal) {

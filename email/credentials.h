@@ -9,6 +9,8 @@ struct Credentials {
     /** Whether the server has accepted the name and the password once in this run. */
     bool LoggedOn = false;
     QString UserName;
+    /** The name with its host, where it was typed so: some servers know their users by it. */
+    QString NameAtHost;
     QString Password;
 };
 

@@ -1,5 +1,6 @@
 #include "email/typed_host.h"
 
+#include "components/transport/server_name.h"
 #include "email/shared_settings.h"
 
 namespace email {
@@ -11,7 +12,23 @@ void useTypedHost(const QString& host) {
     }
     settings.POPServer = host;
     settings.SMTPServer = host;
-    derived.AtDomain = u'@' + host;
+    derived.AtDomain = u'@' + domainOfHost(host);
+}
+
+QString domainOfHost(const QString& typed) {
+    const auto parts = transport::takenApart(typed);
+    if (!parts) {
+        return typed;
+    }
+    return parts->host.contains(u':') ? QStringLiteral("[IPv6:") + parts->host + u']' : parts->host;
+}
+
+QString sendingServer() {
+    const auto parts = serversOfFile ? transport::takenApart(settings.SMTPServer) : std::nullopt;
+    if (!parts) {
+        return settings.SMTPServer;
+    }
+    return parts->scheme + (parts->isBracketed ? u'[' + parts->host + u']' : parts->host);
 }
 
 Settings settingsOfFile() {

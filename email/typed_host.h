@@ -9,10 +9,22 @@
 namespace email {
 
 /**
- * Uses the host of a user name that was typed as name@host for both servers and as the senders' domain, until
- * the program ends. It must not be written to the settings file.
+ * Uses the host of a user name that was typed as name@host for both servers, until the program ends. It must
+ * not be written to the settings file. It is the senders' domain as well, without scheme and port.
  */
 void useTypedHost(const QString& host);
+
+/**
+ * A host as the domain of an address: without scheme and port, an IPv6 address as a literal (RFC 5321 section
+ * 4.1.3). A text that names no server is returned as it is.
+ */
+QString domainOfHost(const QString& typed);
+
+/**
+ * The name of the server to send through. A port that was typed with the host is that of the POP3 server, so
+ * only the scheme of such a host counts here.
+ */
+QString sendingServer();
 
 /** The two mail servers. */
 struct Servers {

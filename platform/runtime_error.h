@@ -34,10 +34,24 @@ inline constexpr int PrinterError = 482;
 inline constexpr int MailServerBusy = 20102;
 /** The mail server refused the user name or the password. */
 inline constexpr int LogOnRefused = 20172;
+/** The mail server refuses every log-on of this user for good (the response code [SYS/PERM]). */
+inline constexpr int LogOnImpossible = 20173;
 /** The mail server is silent, the connection is lost, or a reply is one that no mail server gives. */
 inline constexpr int MailServerTrouble = 20302;
 /** The number of the message to be deleted names another message by now, or none that was listed. */
 inline constexpr int AnotherMessage = 20312;
+// Encryption, 20321 to 20325: the same numbers for the POP3 and the SMTP server.
+
+/** Encryption is demanded, by this program or by the mail server, and not offered, or refused. */
+inline constexpr int EncryptionNotOffered = 20321;
+/** Nobody whom this computer trusts has issued the mail server's certificate. */
+inline constexpr int CertificateNotTrusted = 20322;
+/** The mail server's certificate is for another name. */
+inline constexpr int CertificateForOtherName = 20323;
+/** The mail server's certificate has expired, or is not valid yet. */
+inline constexpr int CertificateNotValidNow = 20324;
+/** The encryption could not be begun for another reason, or bytes in clear came in between. */
+inline constexpr int EncryptionFailed = 20325;
 /** The mail server refused to delete a message. */
 inline constexpr int DeletionRefused = 20332;
 /** The mail server refused to give a message that was to be opened. */
@@ -58,12 +72,17 @@ inline constexpr int SenderRefused = 20413;
 inline constexpr int RecipientRefused = 20414;
 inline constexpr int DataRefused = 20415;
 inline constexpr int MessageRefused = 20416;
+/** The server refused the name or the password, and then the sender or a recipient. */
+inline constexpr int SendingLogOnRefused = 20417;
+/** The server demands a log-on and offers none that may be used. */
+inline constexpr int SendingLogOnImpossible = 20418;
 inline constexpr int GreetingRefusedForNow = 20421;
 inline constexpr int HelloRefusedForNow = 20422;
 inline constexpr int SenderRefusedForNow = 20423;
 inline constexpr int RecipientRefusedForNow = 20424;
 inline constexpr int DataRefusedForNow = 20425;
 inline constexpr int MessageRefusedForNow = 20426;
+inline constexpr int SendingLogOnRefusedForNow = 20427;
 inline constexpr int MessageTooLarge = 20431;
 inline constexpr int SendingLost = 20432;
 inline constexpr int SendingTimedOut = 20433;

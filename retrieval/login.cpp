@@ -57,10 +57,13 @@ void takeUserName(const QString& typed) {
     const qsizetype at = typed.indexOf(u'@');
     if (at < 0) {
         credentials.UserName = typed;
+        credentials.NameAtHost.clear();
         return;
     }
+    const QString host = typed.sliced(at + 1);
     credentials.UserName = typed.first(at);
-    email::useTypedHost(typed.sliced(at + 1));
+    credentials.NameAtHost = credentials.UserName + u'@' + email::domainOfHost(host);
+    email::useTypedHost(host);
 }
 
 void prepareList(const POPLib::POP& pop) {

@@ -1,5 +1,6 @@
 #include "email/mailbox.h"
 #include "email/opening.h"
+#include "email/protections.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
@@ -17,6 +18,10 @@ void frmLogin::POP1_Transfer(std::int32_t BytesTransferred, const std::string& T
     if (email::opening.Retrieving) {
         mainWindow().barProgress->setProgress(BytesTransferred);
     }
+}
+
+void frmLogin::POP1_Protected(const transport::Protection& Protection) {
+    email::protections.POPServer = Protection;
 }
 
 void frmLogin::POP1_PITrail(poplib::Direction /*Direction*/, const std::string& /*Message*/) {

@@ -13,13 +13,18 @@ frmAbout::frmAbout() : Form(QStringLiteral("frmAbout"), QStringLiteral("About Br
     lblProduct->setFont(large);
     lblDevelopedBy = named<QLabel>("lblDevelopedBy", QStringLiteral("Developed by:"), this);
     lblMaker = named<QLabel>("lblMaker", QStringLiteral("The Brindlewake team"), this);
+    lblPOPServer = named<QLabel>("lblPOPServer", this);
+    lblSMTPServer = named<QLabel>("lblSMTPServer", this);
 
     cmdOkAbout = named<QPushButton>("cmdOkAbout", QStringLiteral("OK"), this);
     connectHandler(cmdOkAbout, &QPushButton::clicked, this, &frmAbout::cmdOkAbout_Click);
     closeOnEscape();
 
     auto* rows = new QVBoxLayout(this);
-    for (QLabel* label : {lblProduct, lblDevelopedBy, lblMaker}) {
+    for (QLabel* label : {lblProduct, lblDevelopedBy, lblMaker, lblPOPServer, lblSMTPServer}) {
+        if (label == lblPOPServer) {
+            rows->addSpacing(rows->spacing());
+        }
         label->setTextFormat(Qt::PlainText);
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
         rows->addWidget(label);

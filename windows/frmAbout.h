@@ -18,5 +18,8 @@ class frmAbout : public Form {
     QLabel* lblProduct;
     QLabel* lblDevelopedBy;
     QLabel* lblMaker;
+    /** How the connections to the two servers are protected. */
+    QLabel* lblPOPServer;
+    QLabel* lblSMTPServer;
     QPushButton* cmdOkAbout;
 };

@@ -75,6 +75,7 @@ frmLogin::frmLogin() : Form(QStringLiteral("frmLogin"), QStringLiteral("Brindlew
     POP1.RawHeader = [this](const std::string& line) { POP1_RawHeader(line); };
     POP1.Header = [this](const std::string& field, const std::string& value) { POP1_Header(field, value); };
     POP1.Transfer = [this](std::int32_t bytes, const std::string& text) { POP1_Transfer(bytes, text); };
+    POP1.Protected = [this](const transport::Protection& protection) { POP1_Protected(protection); };
     POP1.PITrail = [this](poplib::Direction direction, const std::string& message) {
         POP1_PITrail(direction, message);
     };

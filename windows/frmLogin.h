@@ -35,6 +35,7 @@ class frmLogin : public Form {
     void POP1_RawHeader(const std::string& Line);
     void POP1_Header(const std::string& Field, const std::string& Value);
     void POP1_Transfer(std::int32_t BytesTransferred, const std::string& Text);
+    void POP1_Protected(const transport::Protection& Protection);
     void POP1_PITrail(poplib::Direction Direction, const std::string& Message);
 
     QLabel* picLogo;

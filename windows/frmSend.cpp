@@ -62,6 +62,7 @@ frmSend::frmSend() : Form(QStringLiteral("frmSend"), QStringLiteral("Brindlewake
     SMTP1.PITrail = [this](smtplib::Direction direction, const std::string& message) {
         SMTP1_PITrail(direction, message);
     };
+    SMTP1.Protected = [this](const transport::Protection& protection) { SMTP1_Protected(protection); };
     SMTP1.Progress = [this](std::int64_t done, std::int64_t total) { SMTP1_Progress(done, total); };
     layOut();
 }

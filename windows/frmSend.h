@@ -51,6 +51,7 @@ class frmSend : public Form {
     // compose/send.cpp
     void cmdSndit_Click();
     void SMTP1_PITrail(smtplib::Direction Direction, const std::string& Message);
+    void SMTP1_Protected(const transport::Protection& protection);
     void SMTP1_Progress(std::int64_t bytesDone, std::int64_t bytesTotal);
 
     QLabel* lblTo;

@@ -30,6 +30,14 @@ std::string meaningOfSendingError(int errorNumber) {
         return "The mail server does not take a message for these recipients. It was not sent.";
     case errors::MessageRefused:
         return "The mail server refused the message. It was not sent.";
+    case errors::SendingLogOnRefused:
+        return "The mail server refused your name or password, and then the message. It was not sent.";
+    case errors::SendingLogOnImpossible:
+        return "The mail server demands a log-on for sending and offers none that may be used. Tell the "
+               "administrator.";
+    case errors::SendingLogOnRefusedForNow:
+        return "The mail server does not let you log on for sending now. The message was not sent; try again "
+               "later.";
     case errors::GreetingRefusedForNow:
         return "The mail server offers no service now. The message was not sent; try again later.";
     case errors::HelloRefusedForNow:
@@ -98,6 +106,21 @@ std::string meaningOf(int errorNumber) {
         return "The mail server is busy with another request. Try again in a moment.";
     case errors::LogOnRefused:
         return "The mail server refused the user name or the password.";
+    case errors::LogOnImpossible:
+        return "The mail server says that you cannot log on. Tell the administrator.";
+    case errors::EncryptionNotOffered:
+        return "Encryption is demanded, and the mail server does not offer it. Tell the administrator.";
+    case errors::CertificateNotTrusted:
+        return "The mail server's certificate is from nobody whom this computer trusts. Tell the "
+               "administrator.";
+    case errors::CertificateForOtherName:
+        return "The mail server's certificate is for another name. Tell the administrator.";
+    case errors::CertificateNotValidNow:
+        return "The mail server's certificate is not valid today. Check this computer's date; if it is "
+               "right, "
+               "tell the administrator.";
+    case errors::EncryptionFailed:
+        return "The encryption with the mail server could not be begun. Tell the administrator.";
     case errors::MailServerTrouble:
         return "The connection to the mail server failed. Try again later.";
     case errors::AnotherMessage:

@@ -16,12 +16,29 @@ bool canBeSentAsArgument(std::string_view argument) noexcept {
            argument.find_first_of(forbidden) == std::string_view::npos;
 }
 
+Command capaCommand() {
+    return openCommand(CommandKind::Capa, "CAPA");
+}
+
+Command stlsCommand() {
+    return openCommand(CommandKind::Stls, "STLS");
+}
+
+Command utf8Command() {
+    return openCommand(CommandKind::Utf8, "UTF8");
+}
+
 Command userCommand(std::string_view name) {
     return openCommand(CommandKind::User, "USER " + std::string(name));
 }
 
 Command passCommand(std::string_view password) {
     return {{"PASS " + std::string(password), "PASS ****"}, CommandKind::Pass};
+}
+
+Command apopCommand(std::string_view name, std::string_view digest) {
+    const std::string line = "APOP " + std::string(name) + ' ';
+    return {{line + std::string(digest), line + "****"}, CommandKind::Apop};
 }
 
 Command authCommand(std::string_view mechanism, std::string_view initialResponse) {

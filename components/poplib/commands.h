@@ -9,7 +9,23 @@
 
 namespace poplib {
 
-enum class CommandKind { User, Pass, Auth, AuthResponse, Stat, List, Uidl, Top, Retr, Dele, Quit };
+enum class CommandKind {
+    Capa,
+    Stls,
+    Utf8,
+    User,
+    Pass,
+    Apop,
+    Auth,
+    AuthResponse,
+    Stat,
+    List,
+    Uidl,
+    Top,
+    Retr,
+    Dele,
+    Quit
+};
 
 /** One POP3 command (RFC 1939). */
 struct Command : protocol::CommandText {
@@ -23,6 +39,13 @@ struct Command : protocol::CommandText {
 /** Longest command line, in bytes, line end included (RFC 2449 section 4). */
 inline constexpr std::size_t kMaximumCommandBytes = 255;
 
+/** CAPA asks what the server can do (RFC 2449 section 5). */
+Command capaCommand();
+/** STLS asks the server to begin encryption (RFC 2595 section 4). */
+Command stlsCommand();
+/** UTF8 asks for header lines as they are, beyond ASCII too (RFC 6856 section 2). */
+Command utf8Command();
+
 /**
  * True when the text can stand as the argument of USER or PASS: no CR, LF or NUL, and short enough for one
  * command line. Spaces are part of a password (RFC 1939 section 7).
@@ -31,6 +54,8 @@ bool canBeSentAsArgument(std::string_view argument) noexcept;
 
 Command userCommand(std::string_view name);
 Command passCommand(std::string_view password);
+/** APOP with the name and a digest that proves the password (RFC 1939 section 7). */
+Command apopCommand(std::string_view name, std::string_view digest);
 /**
  * AUTH with the mechanism's name and its initial response in base64, which is empty for a mechanism without
  * one (RFC 5034 section 4).

@@ -1,27 +1,171 @@
 #include "components/poplib/log_on_plan.h"
 
+#include "components/poplib/apop.h"
+#include "components/poplib/capabilities.h"
 #include "components/poplib/reply_text.h"
+#include "components/sasl/attempt.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
 
+#include <array>
+#include <optional>
+#include <string_view>
+
 namespace poplib {
 
-std::variant<MailboxTotals, LogOnRefused> logOn(Exchange& exchange, std::string_view user,
-                                                std::string_view password) {
-    exchange.next(); // the greeting
-    for (const Command& command : {userCommand(user), passCommand(password)}) {
-        const Event event = exchange.ask(command);
-        if (const auto* const refused = std::get_if<Refused>(&event)) {
-            return LogOnRefused{refused->text};
-        }
+using platform::RuntimeError;
+using transport::Security;
+namespace errors = platform::errors;
+
+namespace {
+/** Runs the action, in whose place no other error of the network may be seen than this one. */
+template <class Action>
+void withTroubleAs(int error, const Action& action) {
+    const int raised = platform::errorNumberOf(action);
+    if (raised != 0) {
+        throw RuntimeError(raised == errors::MailServerTrouble ? error : raised);
     }
+}
+
+/** Encrypts the connection with STLS (RFC 2595 section 4); false when the server refuses. */
+bool startTls(Exchange& exchange) {
+    bool accepted = false;
+    // Whoever does not answer properly must not be spoken to in clear instead.
+    withTroubleAs(errors::EncryptionFailed, [&] {
+        accepted = ask(exchange, stlsCommand()).has_value();
+        if (exchange.session().hasUnusedBytes()) {
+            throw RuntimeError(errors::EncryptionFailed);
+        }
+        if (accepted) {
+            exchange.encrypt();
+        }
+    });
+    return accepted;
+}
+
+/** The part of one log-on that follows the encryption. */
+class LogOn {
+  public:
+    LogOn(Exchange& exchange, const sasl::Account& account, const Capabilities& capabilities, bool encrypted)
+        : exchange_(exchange), account_(account), can_(capabilities), encrypted_(encrypted) {}
+
+    /** Returns the refusal, nothing when the server has accepted. */
+    std::optional<LogOnRefused> run(std::string_view greeting) {
+        for (const std::string_view mechanism : {"SCRAM-SHA-256", "SCRAM-SHA-1"}) {
+            if (can_.offers(mechanism) && authenticate(mechanism)) {
+                return refused_;
+            }
+        }
+        if (encrypted_) {
+            const bool onlyPlain = can_.known && !can_.user && can_.offers("PLAIN");
+            return onlyPlain && authenticate("PLAIN") ? refused_ : showPassword();
+        }
+        if (can_.offers("CRAM-MD5") && authenticate("CRAM-MD5")) {
+            return refused_;
+        }
+        const auto timestamp = apopTimestamp(greeting);
+        return timestamp ? proveByDigest(*timestamp) : showPassword();
+    }
+
+  private:
+    /** Tries a mechanism; false when it cannot be used, so that another one may be tried. */
+    bool authenticate(std::string_view mechanism) {
+        sasl::Attempt attempt(mechanism, account_);
+        if (!attempt.canBegin()) {
+            return false;
+        }
+        constexpr std::size_t keywordSpacesAndLineEnd = 8;
+        const std::string first =
+            attempt.initialResponse(kMaximumCommandBytes - keywordSpacesAndLineEnd - mechanism.size());
+        Event event = exchange_.ask(authCommand(mechanism, first));
+        for (int challenges = 0; std::holds_alternative<GoOn>(event); ++challenges) {
+            if (challenges == sasl::Attempt::kMaximumChallenges) {
+                throw RuntimeError(errors::MailServerTrouble);
+            }
+            event = exchange_.ask(authResponseCommand(attempt.respond(std::get<GoOn>(event).text)));
+        }
+        const auto* const refusal = std::get_if<Refused>(&event);
+        sasl::Verdict verdict = refusal == nullptr ? attempt.whenAccepted() : attempt.whenRefused();
+        // Only a refusal without a reason can mean the mechanism.
+        if (refusal != nullptr && verdict == sasl::Verdict::NotUsable && hasResponseCode(refusal->text)) {
+            verdict = sasl::Verdict::Refused;
+        }
+        if (verdict == sasl::Verdict::ServerNotProven) {
+            throw RuntimeError(errors::LogOnRefused);
+        }
+        if (verdict == sasl::Verdict::Refused) {
+            refused_ = LogOnRefused{refusal == nullptr ? std::string() : refusal->text, !encrypted_};
+        }
+        return verdict != sasl::Verdict::NotUsable;
+    }
+
+    std::optional<LogOnRefused> proveByDigest(std::string_view timestamp) {
+        return askedFor(apopCommand(account_.user, apopDigest(timestamp, account_.password)));
+    }
+
+    std::optional<LogOnRefused> showPassword() {
+        auto refused = askedFor(userCommand(account_.user));
+        return refused ? refused : askedFor(passCommand(account_.password));
+    }
+
+    std::optional<LogOnRefused> askedFor(Command command) {
+        const Event event = exchange_.ask(std::move(command));
+        const auto* const refusal = std::get_if<Refused>(&event);
+        return refusal == nullptr ? std::nullopt : std::optional(LogOnRefused{refusal->text, !encrypted_});
+    }
+
+    Exchange& exchange_;
+    const sasl::Account& account_;
+    const Capabilities& can_;
+    bool encrypted_;
+    std::optional<LogOnRefused> refused_;
+};
+
+MailboxTotals askTotals(Exchange& exchange) {
     const auto totals = ask(exchange, statCommand());
     if (!totals) {
-        throw platform::RuntimeError(platform::errors::MailServerTrouble);
+        throw RuntimeError(errors::MailServerTrouble);
     }
     const TwoNumbers numbers = twoNumbers(*totals);
-    return MailboxTotals{platform::checkedTo<std::int16_t>(numbers.first),
-                         platform::checkedTo<std::int32_t>(numbers.second)};
+    return {platform::checkedTo<std::int16_t>(numbers.first),
+            platform::checkedTo<std::int32_t>(numbers.second)};
+}
+} // namespace
+
+std::variant<MailboxTotals, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
+                                                            const LogOnTerms& terms) {
+    const std::string greeting = std::get<Greeted>(exchange.next()).text;
+    Capabilities can;
+    if (terms.asksForCapabilities) {
+        const int error = platform::errorNumberOf([&] { can = askCapabilities(exchange); });
+        if (error == errors::MailServerTrouble && terms.security != Security::Demanded) {
+            return StartAgain{{terms.security, false}};
+        }
+        if (error != 0) {
+            throw RuntimeError(error == errors::MailServerTrouble ? errors::EncryptionNotOffered : error);
+        }
+    }
+    bool encrypted = terms.security == Security::FromTheStart;
+    const bool wanted = terms.security == Security::Demanded || terms.security == Security::WhenOffered;
+    if (wanted && can.stls) {
+        encrypted = startTls(exchange);
+        if (encrypted) {
+            can = askCapabilities(exchange);
+        } else if (terms.security == Security::WhenOffered) {
+            return StartAgain{{Security::Never, true}};
+        }
+    }
+    if (terms.security == Security::Demanded && !encrypted) {
+        throw RuntimeError(errors::EncryptionNotOffered);
+    }
+    if (can.utf8) {
+        // Without it some servers give a stub for a message whose header has bytes beyond ASCII.
+        static_cast<void>(ask(exchange, utf8Command()));
+    }
+    if (auto refused = LogOn(exchange, account, can, encrypted).run(greeting)) {
+        return *std::move(refused);
+    }
+    return askTotals(exchange);
 }
 
 } // namespace poplib

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "components/poplib/questions.h"
+#include "components/sasl/mechanism.h"
+#include "components/transport/server_name.h"
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <variant>
 
 namespace poplib {
@@ -19,14 +20,38 @@ struct MailboxTotals {
 struct LogOnRefused {
     /** What stands after "-ERR", without the space between. */
     std::string text;
+    /** The password was not, or would not have been, protected by encryption. */
+    bool inClear = false;
+};
+
+/** How a log-on has to go about it. */
+struct LogOnTerms {
+    /** With FromTheStart the connection is encrypted already. */
+    transport::Security security = transport::Security::WhenOffered;
+    /** False for a server that has broken a session off when it was asked. */
+    bool asksForCapabilities = true;
+};
+
+/** The session is of no more use. Another one, with these terms, may go better. */
+struct StartAgain {
+    LogOnTerms terms;
 };
 
 /**
- * Waits for the greeting, logs on with USER and PASS, and asks for the totals with STAT.
- * \throws RuntimeError 20302 when the server refuses STAT or its reply holds no totals, 6 when a total does
- * not fit its type, and whatever the exchange raises.
+ * Waits for the greeting, encrypts the connection where the terms and the server want it, logs on, and asks
+ * for the totals with STAT.
+ *
+ * The password is not shown where the server can do without: mechanisms that prove it without showing it come
+ * first (RFC 5802, RFC 2195, APOP). On a connection that is encrypted the password itself is the second
+ * choice, in clear it is the last. One call spends one attempt: once the server has seen a proof of the
+ * password and has refused it, nothing else is tried.
+ *
+ * \throws RuntimeError 20321 when encryption is demanded and not offered, or refused; 20322 to 20325 when it
+ * fails; 20172 when the server does not prove that it knows the password itself; 20302 when the server
+ * refuses STAT or its reply holds no totals, 6 when a total does not fit its type, and whatever the exchange
+ * raises.
  */
-std::variant<MailboxTotals, LogOnRefused> logOn(Exchange& exchange, std::string_view user,
-                                                std::string_view password);
+std::variant<MailboxTotals, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
+                                                            const LogOnTerms& terms);
 
 } // namespace poplib

@@ -15,6 +15,18 @@ namespace {
 int numberOf(transport::Outcome outcome) {
     return transport::openingErrorNumber(outcome, errors::MailServerTrouble, errors::MailServerTrouble);
 }
+
+/** The number for a refused log-on, by what the server says of the reason. */
+int numberOf(const LogOnRefused& refused) {
+    if (mayBeTriedLater(refused.text)) {
+        return errors::MailServerBusy;
+    }
+    if (isForGood(refused.text)) {
+        return errors::LogOnImpossible;
+    }
+    return refused.inClear && demandsEncryption(refused.text) ? errors::EncryptionNotOffered
+                                                              : errors::LogOnRefused;
+}
 } // namespace
 
 template <class Action>
@@ -91,25 +103,66 @@ void POP::logOn() {
     if (!canBeSentAsArgument(loginUser_) || !canBeSentAsArgument(loginPassword_)) {
         throw RuntimeError(errors::LogOnRefused);
     }
-    const auto server = transport::parseServerName(mailServer_, kDefaultPort);
+    const auto server = transport::parseServerName(mailServer_, kDefaultPorts);
     if (!server) {
         throw RuntimeError(errors::HostNotFound);
     }
     // Other handlers run while this one waits, and may set another name for a log-on of their own.
-    const std::string user = loginUser_;
-    const std::string password = loginPassword_;
+    const sasl::Account account{loginUser_, loginPassword_};
+    LogOnTerms terms{server->security, serverWithoutCapabilities_ != server};
+    for (int connections = 1; connections <= kMaximumConnections; ++connections) {
+        connect(*server);
+        const auto outcome = poplib::logOn(*this, account, terms);
+        if (const auto* const again = std::get_if<StartAgain>(&outcome)) {
+            startAgain(*server, again->terms);
+            terms = again->terms;
+            continue;
+        }
+        if (Protected) {
+            Protected(connection_.protection());
+        }
+        if (const auto* const refused = std::get_if<LogOnRefused>(&outcome)) {
+            const int error = numberOf(*refused);
+            // Both may be tried again, which the user is told while the session is open.
+            logOnRefused_ = error == errors::LogOnRefused || error == errors::MailServerBusy;
+            throw RuntimeError(error);
+        }
+        totals_ = std::get<MailboxTotals>(outcome);
+        return;
+    }
+    throw RuntimeError(errors::MailServerTrouble);
+}
+
+void POP::connect(const transport::ServerName& server) {
     session_ = Pop3Session(limits_.listingBytes);
-    const transport::Outcome outcome = connection_.open(*server, QDeadlineTimer(timeouts_.answer));
+    const transport::Outcome outcome = connection_.open(server, QDeadlineTimer(timeouts_.answer));
     if (outcome != transport::Outcome::Done) {
         throw RuntimeError(numberOf(outcome));
     }
     renewDeadline();
-    const auto outcomeOfLogOn = poplib::logOn(*this, user, password);
-    if (const auto* const refused = std::get_if<LogOnRefused>(&outcomeOfLogOn)) {
-        logOnRefused_ = true;
-        throw RuntimeError(mayBeTriedLater(refused->text) ? errors::MailServerBusy : errors::LogOnRefused);
+}
+
+/** Ends a session that is to be followed by another one with these terms. */
+void POP::startAgain(const transport::ServerName& server, const LogOnTerms& terms) {
+    if (givenUp_) {
+        throw RuntimeError(errors::GivenUp);
     }
-    totals_ = std::get<MailboxTotals>(outcomeOfLogOn);
+    if (!terms.asksForCapabilities) {
+        // No later session waits for an answer that this server does not give.
+        serverWithoutCapabilities_ = server;
+    }
+    connection_.abort();
+}
+
+void POP::encrypt() {
+    if (session_.hasUnusedBytes()) {
+        throw RuntimeError(errors::EncryptionFailed);
+    }
+    const transport::Outcome outcome = connection_.encrypt(QDeadlineTimer(timeouts_.answer));
+    if (outcome != transport::Outcome::Done) {
+        throw RuntimeError(numberOf(outcome));
+    }
+    renewDeadline();
 }
 
 void POP::logOff() {

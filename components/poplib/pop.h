@@ -42,7 +42,7 @@ struct Timeouts {
  * The POP3 client (RFC 1939). The life of a session:
  *
  *     pop.setMailServer(...); pop.setLoginUser(...); pop.setLoginPassword(...);
- *     pop.issueRequest(Request::ConnectAndLogOn);   // USER, PASS, STAT
+ *     pop.issueRequest(Request::ConnectAndLogOn);   // CAPA, STLS, AUTH or USER and PASS, STAT
  *     pop.messageCount(); pop.mailboxSize();
  *     pop.setCurrentMessage(1);
  *     pop.currentMessageSize();                     // LIST
@@ -64,7 +64,9 @@ struct Timeouts {
  *
  * Every request can raise a RuntimeError: 20102 when another request is running, for a log-on while a session
  * is open, and when the server asks to try again later; 20172 when the server refuses the name or the
- * password, or these cannot be sent at all; 26002, 25062, 25052 when the name is unknown, the connection
+ * password, or these cannot be sent at all, or the server does not prove that it knows the password where it
+ * should; 20173 when it says that no log-on can succeed; 20321 when encryption is demanded and not offered;
+ * 20322 to 20325 when the encryption fails; 26002, 25062, 25052 when the name is unknown, the connection
  * refused, the network unreachable; 20302 for a time-out, a lost connection and replies that are not POP3; 6
  * for a number that does not fit; 7 for a message that is too large or has no end; 20312 for the deletion of
  * a number that may name another message by now; 20332 for a deletion that the server refuses; 20352 for a
@@ -74,7 +76,7 @@ struct Timeouts {
  */
 class POP : private Exchange {
   public:
-    static constexpr std::uint16_t kDefaultPort = 110;
+    static constexpr transport::DefaultPorts kDefaultPorts{110, 995, 110};
 
     /** Raised for every header line; `field` is empty for a folded continuation line. */
     std::function<void(const std::string& field, const std::string& value)> Header;
@@ -85,13 +87,16 @@ class POP : private Exchange {
     /** Raised for every command and every status line. A password is never in it. */
     std::function<void(Direction direction, const std::string& message)> PITrail;
 
+    /** Raised at each log-on, once it is known how the connection is protected, before any other event. */
+    std::function<void(const transport::Protection& protection)> Protected;
+
     explicit POP(Timeouts timeouts = {}) : timeouts_(timeouts) {}
 
     void setLoginUser(std::string user) { loginUser_ = std::move(user); }
 
     void setLoginPassword(std::string password) { loginPassword_ = std::move(password); }
 
-    /** `host`, `host:port` or `[address]:port`. */
+    /** As transport::parseServerName() reads it. */
     void setMailServer(const QString& server) { mailServer_ = server; }
 
     void setTimeouts(Timeouts timeouts) { timeouts_ = timeouts; }
@@ -140,9 +145,14 @@ class POP : private Exchange {
     std::uint64_t roundTrips() const noexcept { return roundTrips_; }
 
   private:
+    /** A log-on may have to start again twice: without CAPA, and in clear. */
+    static constexpr int kMaximumConnections = 3;
+
     template <class Action>
     void asRequest(const Action& action);
     void logOn();
+    void connect(const transport::ServerName& server);
+    void startAgain(const transport::ServerName& server, const LogOnTerms& terms);
     void logOff();
     void retrieve();
     void deleteCurrent();
@@ -152,6 +162,7 @@ class POP : private Exchange {
     // pop_dialogue.cpp
     Pop3Session& session() override { return session_; }
 
+    void encrypt() override;
     Event next() override;
     Event awaitEvent();
     bool sendQueued();
@@ -178,6 +189,8 @@ class POP : private Exchange {
      * without deletions.
      */
     QDeadlineTimer deadline_;
+    /** The server that has broken a session off when it was asked for its capabilities. */
+    std::optional<transport::ServerName> serverWithoutCapabilities_;
     bool deadlineIsFixed_ = false;
     /** Pop3Session::progress() when the deadline was last set. */
     std::uint64_t progress_ = 0;

@@ -11,13 +11,21 @@ bool isPartOfAuth(CommandKind kind) noexcept {
     return kind == CommandKind::Auth || kind == CommandKind::AuthResponse;
 }
 
+bool hasListingLines(CommandKind kind) noexcept {
+    return kind == CommandKind::Uidl || kind == CommandKind::Capa;
+}
+
 bool hasMultiLineResponse(CommandKind kind) noexcept {
-    return kind == CommandKind::Top || kind == CommandKind::Retr || kind == CommandKind::Uidl;
+    return kind == CommandKind::Top || kind == CommandKind::Retr || hasListingLines(kind);
+}
+
+bool logsOn(CommandKind kind) noexcept {
+    return kind == CommandKind::Pass || kind == CommandKind::Apop || isPartOfAuth(kind);
 }
 
 /** A listing asks for some lines only; a message that is opened is wanted whole. */
 bool isListing(const Command& command) noexcept {
-    return command.bodyLineLimit > 0 || command.kind == CommandKind::Uidl;
+    return command.bodyLineLimit > 0 || hasListingLines(command.kind);
 }
 
 /** What follows the status word, or nothing when the line does not start with that word. */
@@ -129,7 +137,7 @@ Event Pop3Session::accept(std::string_view text) {
     }
     commands_.takeFirst();
     ++answers_;
-    if (kind == CommandKind::Pass || isPartOfAuth(kind)) {
+    if (logsOn(kind)) {
         state_ = State::Transaction;
     } else if (kind == CommandKind::Quit) {
         state_ = State::Over;
@@ -151,9 +159,11 @@ Event Pop3Session::fail(FailureKind kind) {
     return Failed{kind};
 }
 
-bool Pop3Session::isTooLarge(std::size_t lineBytes) const noexcept {
-    const std::int64_t limit = isListing(commands_.first()) ? maximumListingBytes_ : kMaximumMessageBytes;
-    return responseBytes_ + static_cast<std::int64_t>(lineBytes) > limit;
+std::int64_t Pop3Session::maximumResponseBytes() const noexcept {
+    if (commands_.first().kind == CommandKind::Capa) {
+        return kMaximumCapabilitiesBytes;
+    }
+    return isListing(commands_.first()) ? maximumListingBytes_ : kMaximumMessageBytes;
 }
 
 /**
@@ -173,7 +183,7 @@ std::optional<Pop3Session::Event> Pop3Session::nextResponseLine() {
     // Lines beyond the wanted ones make no event. The loop reads past them, so that they do not pile up.
     for (;;) {
         const std::optional<std::string_view> line = input_.nextResponseLine(wantedLineBytes());
-        if (isTooLarge(lineBytes(line))) {
+        if (responseBytes_ + static_cast<std::int64_t>(lineBytes(line)) > maximumResponseBytes()) {
             return fail(FailureKind::TooLarge);
         }
         if (!line) {
@@ -197,7 +207,7 @@ std::optional<Pop3Session::Event> Pop3Session::responseLine(std::string_view lin
     }
     const std::size_t dropped = input_.droppedBytes();
     responseBytes_ += static_cast<std::int64_t>(line.size() + dropped) + kLineEndBytes;
-    if (commands_.first().kind == CommandKind::Uidl) {
+    if (hasListingLines(commands_.first().kind)) {
         return ListingLine{std::string(line)};
     }
     if (!inBody_) {

@@ -22,8 +22,8 @@ struct Greeted {
 };
 
 /**
- * The server answered a command with +OK. For TOP, RETR and UIDL the lines of the multi-line response follow
- * as events of their own.
+ * The server answered a command with +OK. For TOP, RETR, UIDL and CAPA the lines of the multi-line response
+ * follow as events of their own.
  */
 struct Accepted {
     CommandKind kind = CommandKind::Quit;
@@ -66,12 +66,12 @@ struct BodyLine {
     std::string text;
 };
 
-/** One line of a UIDL response. */
+/** One line of a UIDL or CAPA response. */
 struct ListingLine {
     std::string text;
 };
 
-/** The last line of a multi-line response, to TOP, RETR or UIDL, has come. */
+/** The last line of a multi-line response, to TOP, RETR, UIDL or CAPA, has come. */
 struct ResponseEnded {
     CommandKind kind = CommandKind::Retr;
 };
@@ -123,6 +123,8 @@ class Pop3Session {
      * endless.
      */
     static constexpr std::int64_t kMaximumListingBytes = std::numeric_limits<std::int32_t>::max();
+    /** Largest response to CAPA, in bytes. */
+    static constexpr std::int64_t kMaximumCapabilitiesBytes = 64 << 10;
     /** Largest message that is fetched whole, in bytes. */
     static constexpr std::int64_t kMaximumMessageBytes = 256LL << 20;
 
@@ -154,6 +156,9 @@ class Pop3Session {
     /** True while the lines of a multi-line response are coming. */
     bool isInResponse() const noexcept { return inResponse_; }
 
+    /** True when the server has sent bytes that have not become an event. */
+    bool hasUnusedBytes() const noexcept { return input_.size() > 0; }
+
     /** The number of commands that have been sent and not answered. */
     std::size_t outstanding() const noexcept { return commands_.outstanding(); }
 
@@ -173,7 +178,7 @@ class Pop3Session {
     Event accept(std::string_view text);
     Event fail(FailureKind kind);
     std::size_t lineBytes(const std::optional<std::string_view>& line) const noexcept;
-    bool isTooLarge(std::size_t lineBytes) const noexcept;
+    std::int64_t maximumResponseBytes() const noexcept;
     std::optional<Event> responseLine(std::string_view line);
 
     std::int64_t maximumListingBytes_;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <system_error>
 
 namespace poplib {
@@ -27,6 +28,18 @@ std::int64_t takeNumber(std::string_view& text) {
         text.remove_prefix(1);
     }
     return small;
+}
+
+/** Whether the text starts with this response code, or with one that says more, as "[LOGIN-DELAY 900]" does.
+ */
+bool hasCode(std::string_view text, std::string_view known) {
+    const std::size_t end = text.find(']');
+    if (!hasResponseCode(text)) {
+        return false;
+    }
+    const std::string code = platform::upperCase(text.substr(1, end - 1));
+    return code.starts_with(known) &&
+           (code.size() == known.size() || code[known.size()] == ' ' || code[known.size()] == '/');
 }
 } // namespace
 
@@ -51,18 +64,25 @@ std::optional<UniqueId> uniqueId(std::string_view line) {
     return usable ? std::optional(id) : std::nullopt;
 }
 
+bool hasResponseCode(std::string_view text) {
+    return text.starts_with('[') && text.find(']') != std::string_view::npos;
+}
+
+bool isForGood(std::string_view text) {
+    return hasCode(text, "SYS/PERM");
+}
+
+bool demandsEncryption(std::string_view text) {
+    // "Plaintext authentication disallowed", "USER command only available under a layer", "TLS required".
+    const std::string words = platform::upperCase(text);
+    const std::initializer_list<std::string_view> signs = {
+        "PLAINTEXT", "PLAIN TEXT", "CLEARTEXT", "CLEAR TEXT", "ENCRYPT", "LAYER", "TLS", "SSL"};
+    return std::any_of(signs.begin(), signs.end(),
+                       [&words](std::string_view sign) { return words.find(sign) != std::string::npos; });
+}
+
 bool mayBeTriedLater(std::string_view text) {
-    const std::size_t end = text.find(']');
-    if (!text.starts_with('[') || end == std::string_view::npos) {
-        return false;
-    }
-    // Detail after the code's name, as in "[LOGIN-DELAY 900]" or "[SYS/TEMP/x]", does not change the meaning.
-    const std::string code = platform::upperCase(text.substr(1, end - 1));
-    const auto is = [&code](std::string_view known) {
-        return code.starts_with(known) &&
-               (code.size() == known.size() || code[known.size()] == ' ' || code[known.size()] == '/');
-    };
-    return is("IN-USE") || is("LOGIN-DELAY") || is("SYS/TEMP");
+    return hasCode(text, "IN-USE") || hasCode(text, "LOGIN-DELAY") || hasCode(text, "SYS/TEMP");
 }
 
 } // namespace poplib

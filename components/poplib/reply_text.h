@@ -30,6 +30,18 @@ struct UniqueId {
  */
 std::optional<UniqueId> uniqueId(std::string_view line);
 
+/** True when the text of an -ERR reply starts with a response code (RFC 2449 section 8). */
+bool hasResponseCode(std::string_view text);
+
+/** True for the response code [SYS/PERM]: no later attempt will succeed either (RFC 3206 section 4). */
+bool isForGood(std::string_view text);
+
+/**
+ * True when a refused log-on means that the server takes no password in clear. There is no response code for
+ * this: servers say it in words, some of them behind [AUTH].
+ */
+bool demandsEncryption(std::string_view text);
+
 /**
  * True when the response code of an -ERR reply (RFC 2449 section 8, RFC 3206) says that a later attempt may
  * succeed: [IN-USE], [LOGIN-DELAY], [SYS/TEMP].

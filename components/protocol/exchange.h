@@ -30,6 +30,14 @@ class Exchange {
     virtual Event next() = 0;
 
     /**
+     * Encrypts the connection under the session. What the session has learnt in clear must not count
+     * afterwards. Call it only while no command is outstanding.
+     * \throws RuntimeError 20322 to 20325: the server's certificate, or the encryption itself, has failed, or
+     * the server has sent bytes that were not asked for.
+     */
+    virtual void encrypt() = 0;
+
+    /**
      * Sends the command and waits for the event that its reply makes. Call it only while no other command is
      * outstanding.
      */

@@ -34,6 +34,22 @@ Command heloCommand(const std::string& addressLiteral) {
     return openCommand(CommandKind::Helo, "HELO " + addressLiteral);
 }
 
+Command startTlsCommand() {
+    return openCommand(CommandKind::StartTls, "STARTTLS");
+}
+
+Command authCommand(std::string_view mechanism, std::string_view initialResponse) {
+    const std::string line = "AUTH " + std::string(mechanism);
+    if (initialResponse.empty()) {
+        return openCommand(CommandKind::Auth, line);
+    }
+    return {{line + ' ' + std::string(initialResponse), line + " ****"}, CommandKind::Auth};
+}
+
+Command authResponseCommand(std::string_view response) {
+    return {{std::string(response), "****"}, CommandKind::AuthResponse};
+}
+
 Command mailCommand(const Envelope& envelope, bool withSize, bool withBody) {
     std::string line = "MAIL FROM:<" + envelope.sender + '>';
     if (withSize) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class QString;
@@ -12,7 +13,19 @@ class QString;
 namespace smtplib {
 
 /** What a reply belongs to: the new connection (Greeting), a command, or the message's text. */
-enum class CommandKind { Greeting, Ehlo, Helo, Mail, Rcpt, Data, EndOfMessage, Quit };
+enum class CommandKind {
+    Greeting,
+    Ehlo,
+    Helo,
+    StartTls,
+    Auth,
+    AuthResponse,
+    Mail,
+    Rcpt,
+    Data,
+    EndOfMessage,
+    Quit
+};
 
 /** One SMTP command (RFC 5321). */
 struct Command : protocol::CommandText {
@@ -41,6 +54,15 @@ std::string addressLiteral(const QString& localAddress);
 
 Command ehloCommand(const std::string& addressLiteral);
 Command heloCommand(const std::string& addressLiteral);
+/** STARTTLS asks the server to begin encryption (RFC 3207 section 4). */
+Command startTlsCommand();
+/**
+ * AUTH with the mechanism's name and its initial response in base64, which is empty for a mechanism without
+ * one (RFC 4954 section 4).
+ */
+Command authCommand(std::string_view mechanism, std::string_view initialResponse);
+/** The response to a challenge of AUTH, in base64; "*" cancels the log-on (RFC 4954 section 4). */
+Command authResponseCommand(std::string_view response);
 /** MAIL, with SIZE and BODY where the server knows these. */
 Command mailCommand(const Envelope& envelope, bool withSize, bool withBody);
 Command rcptCommand(const std::string& mailbox);

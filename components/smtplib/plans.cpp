@@ -6,6 +6,8 @@
 namespace smtplib {
 
 using platform::RuntimeError;
+using transport::Security;
+namespace errors = platform::errors;
 
 namespace {
 constexpr int kRefusedForGood = 5;
@@ -16,15 +18,20 @@ void mustNotBeRefused(const Event& event) {
     }
 }
 
+/** The same for a command that the server may refuse because of what came before it. */
+void mustNotBeRefused(const Event& event, const OpenedSession& opened) {
+    if (const auto* const refused = std::get_if<Refused>(&event)) {
+        throw RuntimeError(numberOf(*refused, opened.logOn, opened.encrypted));
+    }
+}
+
 /** Whether the server has refused the command for good (5xx), so that another one may be tried. */
 bool isUnknown(const Event& event) {
     const auto* const refused = std::get_if<Refused>(&event);
     return refused != nullptr && refused->reply.kind() == kRefusedForGood;
 }
-} // namespace
 
-Extensions openSession(Exchange& exchange, const std::string& addressLiteral) {
-    mustNotBeRefused(exchange.next());
+Extensions sayHello(Exchange& exchange, const std::string& addressLiteral) {
     const Event hello = exchange.ask(ehloCommand(addressLiteral));
     if (isUnknown(hello)) {
         mustNotBeRefused(exchange.ask(heloCommand(addressLiteral)));
@@ -34,15 +41,72 @@ Extensions openSession(Exchange& exchange, const std::string& addressLiteral) {
     return extensionsOf(std::get<Accepted>(hello).reply);
 }
 
-void offerMessage(Exchange& exchange, const Envelope& envelope, const Extensions& extensions) {
+bool isTrouble(int error) noexcept {
+    return error == errors::SendingLost || error == errors::SendingTimedOut ||
+           error == errors::SendingOutOfStep;
+}
+
+/** Encrypts the connection with STARTTLS (RFC 3207 section 4); false when the server refuses. */
+bool startTls(Exchange& exchange) {
+    bool accepted = false;
+    const int error = platform::errorNumberOf([&] {
+        accepted = !std::holds_alternative<Refused>(exchange.ask(startTlsCommand()));
+        if (exchange.session().hasUnusedBytes()) {
+            throw RuntimeError(errors::EncryptionFailed);
+        }
+        if (accepted) {
+            exchange.encrypt();
+        }
+    });
+    if (error != 0) {
+        // Whoever does not answer properly must not be spoken to in clear instead.
+        throw RuntimeError(isTrouble(error) ? errors::EncryptionFailed : error);
+    }
+    return accepted;
+}
+
+Channel channelOf(bool encrypted, const SessionTerms& terms) noexcept {
+    if (encrypted) {
+        return Channel::Encrypted;
+    }
+    return terms.toThisComputer ? Channel::InClearToThisComputer : Channel::InClear;
+}
+} // namespace
+
+std::variant<OpenedSession, StartAgainInClear> openSession(Exchange& exchange,
+                                                           const std::string& addressLiteral,
+                                                           const Account& account,
+                                                           const SessionTerms& terms) {
+    mustNotBeRefused(exchange.next());
+    OpenedSession opened;
+    opened.extensions = sayHello(exchange, addressLiteral);
+    opened.encrypted = terms.security == Security::FromTheStart;
+    const bool wanted = terms.security == Security::Demanded || terms.security == Security::WhenOffered;
+    if (wanted && opened.extensions.startTls) {
+        opened.encrypted = startTls(exchange);
+        if (opened.encrypted) {
+            opened.extensions = sayHello(exchange, addressLiteral);
+        } else if (terms.security == Security::WhenOffered) {
+            return StartAgainInClear{};
+        }
+    }
+    if (terms.security == Security::Demanded && !opened.encrypted) {
+        throw RuntimeError(errors::EncryptionNotOffered);
+    }
+    opened.logOn = logOn(exchange, account, opened.extensions, channelOf(opened.encrypted, terms));
+    return opened;
+}
+
+void offerMessage(Exchange& exchange, const Envelope& envelope, const OpenedSession& opened) {
+    const Extensions& extensions = opened.extensions;
     if (extensions.sizeLimit > 0 && envelope.messageBytes > extensions.sizeLimit) {
-        throw RuntimeError(platform::errors::MessageTooLarge);
+        throw RuntimeError(errors::MessageTooLarge);
     }
-    mustNotBeRefused(exchange.ask(mailCommand(envelope, extensions.size, extensions.eightBit)));
+    mustNotBeRefused(exchange.ask(mailCommand(envelope, extensions.size, extensions.eightBit)), opened);
     for (const std::string& recipient : envelope.recipients) {
-        mustNotBeRefused(exchange.ask(rcptCommand(recipient)));
+        mustNotBeRefused(exchange.ask(rcptCommand(recipient)), opened);
     }
-    mustNotBeRefused(exchange.ask(dataCommand()));
+    mustNotBeRefused(exchange.ask(dataCommand()), opened);
 }
 
 void awaitConfirmation(Exchange& exchange) {

@@ -27,7 +27,22 @@ std::int64_t limitOf(std::string_view text) {
     const auto [end, problem] = std::from_chars(text.data(), text.data() + text.size(), limit);
     return problem == std::errc{} && end == text.data() + text.size() && limit > 0 ? limit : 0;
 }
+
+/** Adds the words of the text, in capitals. */
+void addWords(std::string_view text, std::vector<std::string>& words) {
+    constexpr std::string_view separators = " \t=";
+    for (std::size_t begin = text.find_first_not_of(separators); begin != std::string_view::npos;
+         begin = text.find_first_not_of(separators, begin)) {
+        const std::size_t end = std::min(text.find_first_of(separators, begin), text.size());
+        words.push_back(platform::upperCase(text.substr(begin, end - begin)));
+        begin = end;
+    }
+}
 } // namespace
+
+bool Extensions::offers(std::string_view mechanism) const {
+    return std::find(mechanisms.begin(), mechanisms.end(), mechanism) != mechanisms.end();
+}
 
 Extensions extensionsOf(const Reply& reply) {
     Extensions extensions;
@@ -41,6 +56,11 @@ Extensions extensionsOf(const Reply& reply) {
             extensions.sizeLimit = space == std::string_view::npos ? 0 : limitOf(line.substr(space + 1));
         } else if (keyword == "8BITMIME") {
             extensions.eightBit = true;
+        } else if (keyword == "STARTTLS") {
+            extensions.startTls = true;
+        } else if (keyword == "AUTH" || keyword.starts_with("AUTH=")) {
+            // "AUTH=" is how it was spelled before there was a standard.
+            addWords(line.substr(4), extensions.mechanisms);
         }
     }
     return extensions;

@@ -47,16 +47,48 @@ void SMTP::issueRequest(Request request) {
 }
 
 void SMTP::open() {
-    const auto server = transport::parseServerName(host_, kDefaultPort);
+    const auto server = transport::parseServerName(host_, kDefaultPorts);
     if (!server) {
         throw RuntimeError(errors::HostNotFound);
     }
-    const Outcome outcome = connection_.open(*server, QDeadlineTimer(timeouts_.connection));
+    // A listener, or a timer inside a wait, may set another account meanwhile.
+    const Account account = account_;
+    SessionTerms terms{server->security};
+    for (bool isFirst = true;; isFirst = false) {
+        connect(*server);
+        terms.toThisComputer = connection_.isToThisComputer();
+        auto outcome = openSession(*this, addressLiteral(connection_.localAddress()), account, terms);
+        if (auto* const opened = std::get_if<OpenedSession>(&outcome)) {
+            opened_ = std::move(*opened);
+            break;
+        }
+        if (!isFirst) {
+            throw RuntimeError(errors::SendingOutOfStep);
+        }
+        terms.security = transport::Security::Never;
+        connection_.abort();
+    }
+    if (Protected) {
+        Protected(connection_.protection());
+    }
+}
+
+void SMTP::connect(const transport::ServerName& server) {
+    const Outcome outcome = connection_.open(server, QDeadlineTimer(timeouts_.connection));
     if (outcome != Outcome::Done) {
         throw RuntimeError(smtplib::numberOf(outcome));
     }
     session_ = {};
-    extensions_ = openSession(*this, addressLiteral(connection_.localAddress()));
+}
+
+void SMTP::encrypt() {
+    if (session_.hasUnusedBytes()) {
+        throw RuntimeError(errors::EncryptionFailed);
+    }
+    const Outcome outcome = connection_.encrypt(QDeadlineTimer(timeouts_.connection));
+    if (outcome != Outcome::Done) {
+        throw RuntimeError(smtplib::numberOf(outcome));
+    }
 }
 
 namespace {
@@ -90,7 +122,7 @@ void SMTP::transmit() {
     const MessageTotals totals = measured(source);
     offerMessage(*this,
                  {std::move(prepared.sender), std::move(prepared.mailboxes), totals.bytes, totals.eightBit},
-                 extensions_);
+                 opened_);
     sendText(source, totals.bytes);
     awaitConfirmation(*this);
     message_.messageId.clear();
@@ -207,6 +239,9 @@ std::chrono::milliseconds SMTP::timeout() const {
         return timeouts_.greeting;
     case CommandKind::Ehlo:
     case CommandKind::Helo:
+    case CommandKind::StartTls:
+    case CommandKind::Auth:
+    case CommandKind::AuthResponse:
         return timeouts_.hello;
     case CommandKind::Mail:
         return timeouts_.sender;

@@ -48,7 +48,7 @@ struct Timeouts {
  *
  *     smtp.setBlocking(true);
  *     smtp.setHost(...);
- *     smtp.issueRequest(Request::OpenConnection);   // greeting, EHLO
+ *     smtp.issueRequest(Request::OpenConnection);   // greeting, EHLO, STARTTLS, AUTH
  *     smtp.setSender(...); smtp.setRecipients(...); smtp.setCopies(...); smtp.setSubject(...);
  *     smtp.setAdditionalHeaders(...); smtp.setBody(...); smtp.setDataFile(...);
  *     smtp.issueRequest(Request::TransmitMessage);  // MAIL, RCPT, DATA; raises Progress
@@ -59,22 +59,26 @@ struct Timeouts {
  *
  * Every request can raise a RuntimeError. 20102 when another request is running, and for opening while a
  * session is open; 26002, 25062, 25052 when the name is unknown, the connection refused, the network
- * unreachable; 53, 68, 75, 57 when the data file cannot be read; and those of 204xx, which tell why the
- * message was not sent, or that it may have been (20442 to 20444). After any error the session is closed.
- * Closing while another request runs, or with nothing open, does nothing, and closing raises no error of its
- * own: what the server has confirmed is sent.
+ * unreachable; 20321 to 20325 when encryption is demanded and not offered, or fails; 20172 when the server
+ * does not prove that it knows the password where it should; 53, 68, 75, 57 when the data file cannot be
+ * read; and those of 204xx, which tell why the message was not sent, or that it may have been (20442 to
+ * 20444). After any error the session is closed. Closing while another request runs, or with nothing open,
+ * does nothing, and closing raises no error of its own: what the server has confirmed is sent.
  *
  * All recipients get the message, or none: the first one whom the server refuses ends the attempt. The
  * component sends nothing twice by itself.
  */
 class SMTP : private Exchange {
   public:
-    static constexpr std::uint16_t kDefaultPort = 25;
+    static constexpr transport::DefaultPorts kDefaultPorts{25, 465, 587};
 
     /** Raised for every command and every line of a reply, as it came; never with text of the message. */
     std::function<void(Direction direction, const std::string& message)> PITrail;
     /** Raised while a message is transmitted, with the bytes sent so far and all bytes of the message. */
     std::function<void(std::int64_t bytesDone, std::int64_t bytesTotal)> Progress;
+
+    /** Raised once a session is open, with how its connection is protected. */
+    std::function<void(const transport::Protection& protection)> Protected;
 
     explicit SMTP(Timeouts timeouts = {}) : timeouts_(timeouts) {}
 
@@ -84,8 +88,11 @@ class SMTP : private Exchange {
      */
     void setBlocking(bool blocking);
 
-    /** `host`, `host:port` or `[address]:port`. */
+    /** As transport::parseServerName() reads it. */
     void setHost(const QString& host) { host_ = host; }
+
+    /** Who logs on, where the server offers that. Without a name nobody does. */
+    void setAccount(Account account) { account_ = std::move(account); }
 
     void setTimeouts(Timeouts timeouts) { timeouts_ = timeouts; }
 
@@ -143,6 +150,8 @@ class SMTP : private Exchange {
 
     SmtpSession& session() override { return session_; }
 
+    void connect(const transport::ServerName& server);
+    void encrypt() override;
     Event next() override;
     Event awaitEvent();
     bool sendOutput();
@@ -155,8 +164,9 @@ class SMTP : private Exchange {
     Message message_;
     transport::Connection connection_;
     SmtpSession session_;
-    /** What the server of this session has announced. */
-    Extensions extensions_;
+    Account account_;
+    /** What the server of this session has announced, and how the log-on went. */
+    OpenedSession opened_;
     protocol::RequestGuard requests_;
 };
 

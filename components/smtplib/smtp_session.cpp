@@ -8,9 +8,16 @@ namespace {
 constexpr int kSuccess = 2;
 constexpr int kIntermediate = 3;
 
-/** The first digit of the reply that lets the command go through. */
-int kindOfSuccess(CommandKind kind) noexcept {
-    return kind == CommandKind::Data ? kIntermediate : kSuccess;
+bool isPartOfAuth(CommandKind kind) noexcept {
+    return kind == CommandKind::Auth || kind == CommandKind::AuthResponse;
+}
+
+/** Whether a reply that begins with this digit lets the command go through. */
+bool isSuccess(CommandKind kind, int firstDigit) noexcept {
+    // A log-on takes any number of challenges before it is accepted.
+    const bool intermediate = kind == CommandKind::Data || isPartOfAuth(kind);
+    return (firstDigit == kIntermediate && intermediate) ||
+           (firstDigit == kSuccess && kind != CommandKind::Data);
 }
 
 struct ReplyOf {
@@ -104,12 +111,15 @@ Event SmtpSession::answer(Reply reply) {
     if (reply.kind() != kSuccess && reply.kind() != kIntermediate) {
         return refuse(kind, std::move(reply));
     }
-    if (reply.kind() != kindOfSuccess(kind)) {
+    if (!isSuccess(kind, reply.kind())) {
         return fail(FailureKind::OutOfStep, std::move(reply));
     }
     if (kind == CommandKind::Data) {
         state_ = State::Text;
         stuffer_ = {};
+        return GoOn{kind, std::move(reply)};
+    }
+    if (reply.kind() == kIntermediate) {
         return GoOn{kind, std::move(reply)};
     }
     if (kind == CommandKind::EndOfMessage) {

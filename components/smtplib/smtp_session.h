@@ -25,7 +25,10 @@ struct Accepted {
     Reply reply;
 };
 
-/** The server waits for what belongs to the command (3xx): after DATA, for the message's text. */
+/**
+ * The server waits for what belongs to the command (3xx): after DATA for the message's text, after AUTH for
+ * the response to a challenge.
+ */
 struct GoOn {
     CommandKind kind = CommandKind::Data;
     Reply reply;

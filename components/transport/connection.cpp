@@ -6,6 +6,8 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <utility>
+
 namespace transport {
 
 int openingErrorNumber(Outcome outcome, int timedOut, int lost) noexcept {
@@ -16,6 +18,14 @@ int openingErrorNumber(Outcome outcome, int timedOut, int lost) noexcept {
         return platform::errors::ConnectionRefused;
     case Outcome::Unreachable:
         return platform::errors::NetworkUnreachable;
+    case Outcome::IssuerNotTrusted:
+        return platform::errors::CertificateNotTrusted;
+    case Outcome::OtherName:
+        return platform::errors::CertificateForOtherName;
+    case Outcome::NotValidNow:
+        return platform::errors::CertificateNotValidNow;
+    case Outcome::HandshakeFailed:
+        return platform::errors::EncryptionFailed;
     case Outcome::TimedOut:
         return timedOut;
     default:
@@ -54,12 +64,7 @@ Outcome Connection::waitUntil(const Condition& condition, QDeadlineTimer deadlin
     return outcome;
 }
 
-Outcome Connection::open(const ServerName& server, QDeadlineTimer deadline) {
-    stream_ = makeStream();
-    if (!stream_) {
-        return Outcome::Unreachable;
-    }
-    stream_->open(server.host, server.port);
+Outcome Connection::waitUntilOpen(QDeadlineTimer deadline) {
     const Outcome outcome =
         waitUntil([](const Stream& stream) { return stream.state() == Stream::State::Open; }, deadline);
     if (outcome == Outcome::Done) {
@@ -68,6 +73,52 @@ Outcome Connection::open(const ServerName& server, QDeadlineTimer deadline) {
     const Outcome reason = outcome == Outcome::TimedOut ? outcome : stream_->failure();
     stream_->abort();
     return reason;
+}
+
+Outcome Connection::open(const ServerName& server, QDeadlineTimer deadline) {
+    server_ = server;
+    protection_ = {};
+    const bool encrypted = server.security == Security::FromTheStart;
+    std::unique_ptr<ClearStream> clear = encrypted ? nullptr : makeClearStream();
+    std::unique_ptr<TlsStream> tls = encrypted ? makeTlsStream() : nullptr;
+    clear_ = clear.get();
+    TlsStream* const madeTls = tls.get();
+    stream_ = encrypted ? std::unique_ptr<Stream>(std::move(tls)) : std::move(clear);
+    if (!stream_) {
+        return Outcome::Unreachable;
+    }
+    stream_->open(server);
+    const Outcome outcome = waitUntilOpen(deadline);
+    if (encrypted && outcome == Outcome::Done) {
+        protection_ = {madeTls->version(), true};
+    }
+    return outcome;
+}
+
+Outcome Connection::encrypt(QDeadlineTimer deadline) {
+    // The descriptor takes what lies in the system's buffer along, where it counts as a part of the handshake
+    // and breaks it. What has been read already would be lost silently.
+    const bool spokeTooEarly = hasBytes();
+    const int descriptor = clear_ == nullptr || spokeTooEarly ? -1 : clear_->takeDescriptor();
+    std::unique_ptr<TlsStream> tls = descriptor < 0 ? nullptr : makeTlsStream();
+    if (!tls) {
+        abort();
+        return Outcome::HandshakeFailed;
+    }
+    TlsStream& encrypted = *tls;
+    clear_ = nullptr;
+    stream_ = std::move(tls);
+    encrypted.encrypt(descriptor, server_);
+    const Outcome outcome = waitUntilOpen(deadline);
+    if (outcome == Outcome::Done) {
+        protection_ = {encrypted.version(), mustBeProven(server_.security)};
+    }
+    // A server that says nothing once it has invited to the handshake has failed in it.
+    return outcome == Outcome::TimedOut ? Outcome::HandshakeFailed : outcome;
+}
+
+bool Connection::isToThisComputer() const {
+    return stream_ && stream_->isToThisComputer();
 }
 
 bool Connection::isOpen() const {
@@ -123,6 +174,7 @@ void Connection::close() {
     }
     if (stream_->state() == Stream::State::Open && stream_->unsentBytes() > 0) {
         stream_->leave();
+        clear_ = nullptr;
         stream_.reset();
         return;
     }

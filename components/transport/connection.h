@@ -13,17 +13,26 @@
 namespace transport {
 
 /**
- * The error number for a connection that could not be opened. `timedOut` and `lost` are the numbers for these
- * two outcomes, which differ between POP3 and SMTP.
+ * The error number for a connection that could not be opened or encrypted. `timedOut` and `lost` are the
+ * numbers for these two outcomes, which differ between POP3 and SMTP.
  */
 int openingErrorNumber(Outcome outcome, int timedOut, int lost) noexcept;
+
+/** How well a connection is protected, as a person may be told. */
+struct Protection {
+    /** The version of the encryption, such as "TLS 1.3"; empty for a connection in clear. */
+    QString encryption;
+    /** The server has proved by a certificate that its name is its own. */
+    bool serverProven = false;
+
+    bool operator==(const Protection&) const = default;
+};
 
 /**
  * One byte stream to a server. A wait runs an event loop of its own, so that the windows stay alive. The loop
  * only waits: the caller takes the bytes after the wait has returned.
  *
- * Everything above reads and writes plain bytes and never sees the stream itself, so that encryption can be
- * put under it without a change elsewhere.
+ * Everything above reads and writes plain bytes and never sees the stream itself, encrypted or not.
  */
 class Connection {
   public:
@@ -32,8 +41,24 @@ class Connection {
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
 
-    /** Looks the name up and connects, trying every address of the name. Returns Done, or why it failed. */
+    /**
+     * Looks the name up and connects, trying every address of the name; with Security::FromTheStart the
+     * connection is encrypted then. Returns Done, or why it failed.
+     */
     [[nodiscard]] Outcome open(const ServerName& server, QDeadlineTimer deadline);
+
+    /**
+     * Begins encryption on an open connection in clear. Returns Done, or why it failed: HandshakeFailed also
+     * when bytes have come that were not asked for, since nothing that came in clear may count afterwards.
+     * After a failure the connection is closed.
+     */
+    [[nodiscard]] Outcome encrypt(QDeadlineTimer deadline);
+
+    /** How the connection that is open, or was open last, is protected. */
+    const Protection& protection() const noexcept { return protection_; }
+
+    /** True when the server is on this computer: its address is 127.0.0.0/8 or ::1. */
+    bool isToThisComputer() const;
 
     /**
      * True while the stream is open, and after the server has closed it until all that it sent has been
@@ -85,8 +110,14 @@ class Connection {
   private:
     template <class Condition>
     Outcome waitUntil(const Condition& condition, QDeadlineTimer deadline);
+    Outcome waitUntilOpen(QDeadlineTimer deadline);
+    Outcome openEncrypted(QDeadlineTimer deadline);
 
+    ServerName server_;
     std::unique_ptr<Stream> stream_;
+    /** The stream while it is in clear. */
+    ClearStream* clear_ = nullptr;
+    Protection protection_;
 };
 
 } // namespace transport

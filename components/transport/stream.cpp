@@ -5,22 +5,37 @@
 namespace transport {
 
 namespace {
-using MakeTcpStream = Stream* (*)();
+template <class Kind>
+using Maker = Kind* (*)();
 
-MakeTcpStream loadedMaker() {
+Maker<ClearStream> makerOfClearStreams() {
     static const auto make =
-        platform::functionIn<MakeTcpStream>("libbrindlewake_network.so", "brindlewakeMakeTcpStream");
+        platform::functionIn<Maker<ClearStream>>("libbrindlewake_network.so", "brindlewakeMakeTcpStream");
     return make;
+}
+
+Maker<TlsStream> makerOfTlsStreams() {
+    static const auto make =
+        platform::functionIn<Maker<TlsStream>>("libbrindlewake_tls.so", "brindlewakeMakeTlsStream");
+    return make;
+}
+
+template <class Kind>
+std::unique_ptr<Kind> madeBy(Maker<Kind> make) {
+    return std::unique_ptr<Kind>(make == nullptr ? nullptr : make());
 }
 } // namespace
 
-std::unique_ptr<Stream> makeStream() {
-    const MakeTcpStream make = loadedMaker();
-    return std::unique_ptr<Stream>(make == nullptr ? nullptr : make());
+std::unique_ptr<ClearStream> makeClearStream() {
+    return madeBy(makerOfClearStreams());
+}
+
+std::unique_ptr<TlsStream> makeTlsStream() {
+    return madeBy(makerOfTlsStreams());
 }
 
 void loadNetwork() {
-    loadedMaker();
+    makerOfClearStreams();
 }
 
 } // namespace transport

@@ -92,10 +92,15 @@ class Dialogue : public smtplib::Exchange {
 
 /** One message, then the end of the session. */
 void sendMessage(Dialogue& dialogue, bool large) {
-    const smtplib::Extensions extensions = smtplib::openSession(dialogue, "[127.0.0.1]");
+    const auto outcome =
+        smtplib::openSession(dialogue, "[127.0.0.1]", {"bob", "secret", "bob@example.org"}, {});
+    const auto* const opened = std::get_if<smtplib::OpenedSession>(&outcome);
+    if (opened == nullptr) {
+        return;
+    }
     smtplib::offerMessage(
         dialogue, {"bob@example.org", {"ann@example.org", "carl@example.org"}, large ? 1'000'000 : 100, true},
-        extensions);
+        *opened);
     dialogue.session().addText("text\r\n.\r\n");
     dialogue.session().submit(smtplib::endOfMessageCommand());
     smtplib::awaitConfirmation(dialogue);

@@ -1,10 +1,8 @@
 // What the plans ask of a POP3 server, and in which order, played from dialogues without a network.
 
 #include "components/poplib/listed_mailbox.h"
-#include "components/poplib/log_on_plan.h"
 #include "platform/runtime_error.h"
-#include "tests/support/described_event.h"
-#include "tests/support/recorded_exchange.h"
+#include "tests/poplib/dialogue.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -20,77 +18,9 @@ namespace {
 using platform::errorNumberOf;
 using poplib::Event;
 using poplib::ListedMailbox;
-using poplib::Pop3Session;
+using support::Dialogue;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 namespace errors = platform::errors;
-
-int numberOfFailure(const Event* event, const Pop3Session& /*session*/) {
-    return event == nullptr || std::holds_alternative<poplib::Failed>(*event) ? errors::MailServerTrouble : 0;
-}
-
-/** A dialogue of lines that start with "S " for the server and "C " for the client. */
-class Dialogue : public support::RecordedExchange<Pop3Session> {
-  public:
-    Dialogue(std::initializer_list<std::string_view> lines) : Dialogue(std::vector(lines)) {}
-
-    explicit Dialogue(const std::vector<std::string_view>& lines)
-        : RecordedExchange(turnsOf(lines), std::string_view::npos, support::described, numberOfFailure) {
-        for (const std::string_view line : lines) {
-            if (line.starts_with("C ")) {
-                clientLines_.emplace_back(line.substr(2));
-            }
-        }
-    }
-
-    /** Checks that the client has sent its lines of the dialogue, all of them and no other. */
-    void expectToBeSaid() {
-        collectOutput();
-        EXPECT_THAT(sent(), ElementsAreArray(clientLines_));
-    }
-
-  private:
-    static std::vector<support::Transcript::Turn> turnsOf(const std::vector<std::string_view>& lines) {
-        std::vector<support::Transcript::Turn> turns;
-        using Speaker = support::Transcript::Speaker;
-        for (const std::string_view line : lines) {
-            const bool fromServer = line.starts_with("S ");
-            turns.push_back({fromServer ? Speaker::Server : Speaker::Client,
-                             std::string(line.substr(2)) + (fromServer ? "\r\n" : "")});
-        }
-        return turns;
-    }
-
-    std::vector<std::string> clientLines_;
-};
-
-TEST(LogOnPlan, GivesTheTotals) {
-    Dialogue dialogue{"S +OK ready", "C USER bob", "S +OK",      "C PASS secret",
-                      "S +OK in",    "C STAT",     "S +OK 2 320"};
-    const auto outcome = poplib::logOn(dialogue, "bob", "secret");
-    ASSERT_TRUE(std::holds_alternative<poplib::MailboxTotals>(outcome));
-    EXPECT_EQ(std::get<poplib::MailboxTotals>(outcome).messages, 2);
-    EXPECT_EQ(std::get<poplib::MailboxTotals>(outcome).bytes, 320);
-    dialogue.expectToBeSaid();
-}
-
-TEST(LogOnPlan, StopsWhereTheServerRefuses) {
-    Dialogue name{"S +OK", "C USER bob", "S -ERR who"};
-    EXPECT_EQ(std::get<poplib::LogOnRefused>(poplib::logOn(name, "bob", "secret")).text, "who");
-    name.expectToBeSaid();
-    Dialogue password{"S +OK", "C USER bob", "S +OK", "C PASS secret", "S -ERR [IN-USE] later"};
-    EXPECT_EQ(std::get<poplib::LogOnRefused>(poplib::logOn(password, "bob", "secret")).text,
-              "[IN-USE] later");
-    password.expectToBeSaid();
-}
-
-TEST(LogOnPlan, WithoutTotalsIsNone) {
-    for (const char* const answer : {"S -ERR", "S +OK none", "S +OK -1 0"}) {
-        Dialogue dialogue{"S +OK", "C USER bob", "S +OK", "C PASS secret", "S +OK", "C STAT", answer};
-        EXPECT_EQ(errorNumberOf([&] { poplib::logOn(dialogue, "bob", "secret"); }), errors::MailServerTrouble)
-            << answer;
-    }
-}
 
 /** A mailbox with one message that was listed in a session of its own, with the unique-id "one". */
 ListedMailbox listedMailbox() {

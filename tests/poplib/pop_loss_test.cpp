@@ -1,5 +1,6 @@
 // Connections that end where they should not.
 
+#include "mailserver/pop3_conversation.h"
 #include "tests/poplib/pop_fixture.h"
 #include "tests/support/waiting.h"
 
@@ -71,11 +72,14 @@ TEST_P(LossAfterByte, IsTroubleAndNoEventIsMadeUp) {
     ASSERT_THAT(whole, SizeIs(7));
     const std::string_view quit =
         "+OK the list follows\r\n1 message-1\r\n2 message-2\r\n.\r\n+OK good-bye\r\n";
+    mailserver::Mailbox empty;
+    const std::string capabilities = mailserver::Pop3Conversation(empty).receive("CAPA\r\n");
     for (std::size_t bytes = 0; bytes < total; ++bytes) {
         SCOPED_TRACE(bytes);
         server.cutAfter(bytes, GetParam());
-        // The listing does not depend on the replies to UIDL and QUIT.
-        const bool everythingCame = bytes + quit.size() >= total;
+        // The listing does not depend on the replies to UIDL and QUIT. A server that hangs up at CAPA is
+        // spoken to without it from then on, and needs to send less.
+        const bool everythingCame = bytes + quit.size() + capabilities.size() >= total;
         ASSERT_EQ(listing(), everythingCame ? 0 : errors::MailServerTrouble);
         ASSERT_LE(content.size(), whole.size());
         ASSERT_TRUE(std::equal(content.begin(), content.end(), whole.begin()));

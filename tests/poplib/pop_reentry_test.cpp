@@ -34,7 +34,7 @@ TEST_F(PopReentry, ARequestInsideARequestMeetsABusyServerAndDoesNoHarm) {
     EXPECT_TRUE(actionRan);
     EXPECT_THAT(content, ElementsAre("header [Subject] [a]", "body 20 [body]"));
     EXPECT_EQ(logOff(), 0);
-    EXPECT_THAT(server.keywords(), ElementsAre("USER", "PASS", "STAT", "TOP", "UIDL", "QUIT"));
+    EXPECT_THAT(server.keywords(), ElementsAre("CAPA", "USER", "PASS", "STAT", "TOP", "UIDL", "QUIT"));
     EXPECT_EQ(server.connections(), 1U);
 }
 
@@ -77,7 +77,7 @@ TEST_F(PopReentry, ARefusedLogOnKeepsTheSessionOpenUntilTheLogOff) {
     EXPECT_EQ(logOff(), 0);
     pop.setLoginPassword("secret");
     EXPECT_EQ(logOn(), 0);
-    EXPECT_THAT(server.commands(0), ElementsAre("USER bob", "PASS wrong", "QUIT"));
+    EXPECT_THAT(server.commands(0), ElementsAre("CAPA", "USER bob", "PASS wrong", "QUIT"));
 }
 
 TEST_F(PopReentry, ARefusedLogOnKeepsOthersOutAlsoWhenTheServerHungUp) {
@@ -111,7 +111,7 @@ TEST_F(PopReentry, LoggingOffWithNothingOpenDoesNothing) {
     ASSERT_EQ(logOn(server), 0);
     EXPECT_EQ(logOff(), 0);
     EXPECT_EQ(logOff(), 0);
-    EXPECT_THAT(server.keywords(), ElementsAre("USER", "PASS", "STAT", "QUIT"));
+    EXPECT_THAT(server.keywords(), ElementsAre("CAPA", "USER", "PASS", "STAT", "QUIT"));
 }
 
 TEST_F(PopReentry, ALogOnKeepsTheNameAndPasswordThatItStartedWith) {
@@ -124,7 +124,7 @@ TEST_F(PopReentry, ALogOnKeepsTheNameAndPasswordThatItStartedWith) {
     });
     EXPECT_EQ(logOn(server), 0);
     EXPECT_TRUE(actionRan);
-    EXPECT_THAT(server.commands(), ElementsAre("USER bob", "PASS secret", "STAT"));
+    EXPECT_THAT(server.commands(), ElementsAre("CAPA", "USER bob", "PASS secret", "STAT"));
 }
 
 TEST_F(PopReentry, ARequestWithoutASessionIsTroubleAndRaisesNoEvent) {

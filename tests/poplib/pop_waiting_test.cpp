@@ -187,7 +187,7 @@ TEST_F(PopWaiting, ARefusedLogOnSaysGoodbyeWithoutWaitingLong) {
     EXPECT_EQ(logOn(server), errors::LogOnRefused);
     EXPECT_EQ(logOff(), 0) << "nothing depends on the answer";
     EXPECT_TRUE(server.waitForEndOf(1));
-    EXPECT_THAT(server.commands(), ElementsAre("USER bob", "PASS secret", "QUIT"));
+    EXPECT_THAT(server.commands(), ElementsAre("CAPA", "USER bob", "PASS secret", "QUIT"));
 }
 
 TEST_F(PopWaiting, WhatCannotBeSentReachesNoServer) {
@@ -205,7 +205,7 @@ TEST_F(PopWaiting, WhatCannotBeSentReachesNoServer) {
     EXPECT_EQ(server.connections(), 0U);
     pop.setLoginPassword(" two  words ");
     EXPECT_EQ(logOn(server), 0);
-    EXPECT_THAT(server.commands(), ElementsAre("USER bob", "PASS  two  words ", "STAT"));
+    EXPECT_THAT(server.commands(), ElementsAre("CAPA", "USER bob", "PASS  two  words ", "STAT"));
 }
 
 } // namespace

@@ -76,9 +76,10 @@ TEST_F(LoginFailure, RefusedPasswordIsReportedAndMayBeRetried) {
     ASSERT_THAT(boxTexts(),
                 ElementsAre(QStringLiteral("Password Or User Name Wrong, Please Try Again 20172")));
     EXPECT_EQ(boxes[0].title, QStringLiteral("Example School Mail Error"));
-    EXPECT_THAT(commandsUnderTheBox, ElementsAre("USER ann", "PASS secret")) << "logged off before the box";
+    EXPECT_THAT(commandsUnderTheBox, ElementsAre("CAPA", "USER ann", "PASS secret"))
+        << "logged off before the box";
     ASSERT_TRUE(server.waitForEndOf(1));
-    EXPECT_THAT(server.commands(0), ElementsAre("USER ann", "PASS secret", "QUIT"));
+    EXPECT_THAT(server.commands(0), ElementsAre("CAPA", "USER ann", "PASS secret", "QUIT"));
     expectAnotherTry();
 
     mailbox.answerProperly("PASS");
@@ -107,7 +108,7 @@ TEST_F(LoginFailure, AMailboxInUseIsReportedAfterLoggingOff) {
     ASSERT_THAT(boxTexts(),
                 ElementsAre(QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102")));
     EXPECT_EQ(boxes[0].title, QStringLiteral("Example School Mail Error"));
-    EXPECT_THAT(commandsUnderTheBox, ElementsAre("USER ann", "PASS secret", "QUIT"));
+    EXPECT_THAT(commandsUnderTheBox, ElementsAre("CAPA", "USER ann", "PASS secret", "QUIT"));
     expectAnotherTry();
 }
 
@@ -131,7 +132,7 @@ TEST_F(LoginFailure, ARequestFromATimerWhileTheFirstWaitsMeetsABusyMailServerAnd
     Pop3Mailbox mailbox(twoMessages);
     mailbox.on("STAT", support::holdAndSay("+OK 2 44\r\n"));
     ScriptedServer server{mailbox};
-    const support::WhenItHolds second([&] { return server.commands().size() == 3; },
+    const support::WhenItHolds second([&] { return server.commands().size() == 4; },
                                       [&] {
                                           loginWindow().cmdLogin_Click();
                                           server.release();

@@ -91,7 +91,7 @@ TEST_F(LoginWaiting, TheKeyboardGoesToTheFieldThatIsEmpty) {
 
 TEST_F(LoginWaiting, WhileItWaitsTheKeyboardIsNotOnSetup) {
     holdAt("STAT");
-    const WhenItHolds look([&] { return server.commands().size() == 3; },
+    const WhenItHolds look([&] { return server.commands().size() == 4; },
                            [] {
                                EXPECT_EQ(loginWindow().focusWidget(), loginWindow().tpwd);
                                loginWindow().close();
@@ -138,7 +138,7 @@ TEST_F(LoginWaiting, ClosedWhileItWaitsTheWindowStaysForAnotherTryThatSucceeds) 
     holdAt("STAT");
     const frmLogin* before = nullptr;
     {
-        const WhenItHolds close([&] { return server.commands().size() == 3; },
+        const WhenItHolds close([&] { return server.commands().size() == 4; },
                                 [&] {
                                     before = &loginWindow();
                                     loginWindow().close();
@@ -147,7 +147,7 @@ TEST_F(LoginWaiting, ClosedWhileItWaitsTheWindowStaysForAnotherTryThatSucceeds) 
     }
     expectReadyForAnotherTry();
     EXPECT_TRUE(server.waitForEndOf(1));
-    EXPECT_THAT(server.commands(0), ElementsAre("USER ann", "PASS secret", "STAT"));
+    EXPECT_THAT(server.commands(0), ElementsAre("CAPA", "USER ann", "PASS secret", "STAT"));
 
     mailbox.answerProperly("STAT");
     loginWindow().cmdLogin->click();
@@ -175,7 +175,7 @@ TEST_F(LoginWaiting, ARequestThatWasGivenUpHasANumberOfItsOwn) {
     pop.setMailServer(server.address());
     pop.setLoginUser("ann");
     pop.setLoginPassword("secret");
-    const WhenItHolds giveUp([&] { return server.commands().size() == 2; }, [&] { pop.giveUp(); });
+    const WhenItHolds giveUp([&] { return server.commands().size() == 3; }, [&] { pop.giveUp(); });
     EXPECT_EQ(platform::errorNumberOf([&] { pop.issueRequest(poplib::Request::ConnectAndLogOn); }),
               platform::errors::GivenUp);
     pop.giveUp();
@@ -188,7 +188,7 @@ TEST_F(LoginWaiting, ThePointerWaitsWhileNewMailIsCheckedFor) {
     ASSERT_TRUE(server.waitForEndOf(1));
     mailbox.on("STAT", support::holdAndSay("+OK 2 44\r\n"));
     {
-        const WhenItHolds look([&] { return server.connections() == 2 && server.commands(1).size() == 3; },
+        const WhenItHolds look([&] { return server.connections() == 2 && server.commands(1).size() == 4; },
                                [&] {
                                    EXPECT_EQ(mainWindow().cursor().shape(), Qt::WaitCursor);
                                    server.release();

@@ -123,8 +123,8 @@ TEST_F(NewMailCheck, ThreeMessagesAtLoginAndFiveNowFetchesOnlyFourAndFive) {
     mainWindow().cmdGetMail->click();
     EXPECT_THAT(boxTexts(), IsEmpty());
     ASSERT_TRUE(server.waitForEndOf(2));
-    EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "STAT", "LIST 4", "TOP 4 25",
-                                                "LIST 5", "TOP 5 25", "UIDL", "QUIT"));
+    EXPECT_THAT(server.commands(1), ElementsAre("CAPA", "USER ann", "PASS secret", "STAT", "LIST 4",
+                                                "TOP 4 25", "LIST 5", "TOP 5 25", "UIDL", "QUIT"));
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 6);
     EXPECT_EQ(cell(4, 3), QStringLiteral("About 4"));
     EXPECT_EQ(cell(5, 3), QStringLiteral("About 5"));
@@ -152,7 +152,7 @@ TEST_F(NewMailCheck, MessagesDeletedByAnotherClientFetchNothingAndLeaveTheLastCo
     mailbox.remove(1);
     mainWindow().tmrCheckMail_Timer();
     ASSERT_TRUE(server.waitForEndOf(2));
-    EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "STAT", "QUIT"));
+    EXPECT_THAT(server.commands(1), ElementsAre("CAPA", "USER ann", "PASS secret", "STAT", "QUIT"));
     EXPECT_EQ(email::mailbox.LastMessageCount, 3);
     EXPECT_EQ(email::mailbox.MessageCount, 2);
     EXPECT_FALSE(email::mailbox.NewMailFound);
@@ -341,7 +341,7 @@ TEST_F(NewMailCheck, AMailboxInUseIsReportedAndTheProgramGoesOn) {
     EXPECT_TRUE(loginWindow().cmdLogin->isEnabled());
     EXPECT_EQ(email::mailbox.LastMessageCount, 1);
     ASSERT_TRUE(server.waitForEndOf(2));
-    EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "QUIT"));
+    EXPECT_THAT(server.commands(1), ElementsAre("CAPA", "USER ann", "PASS secret", "QUIT"));
     expectUsableWindow();
 }
 

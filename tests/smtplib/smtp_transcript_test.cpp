@@ -37,9 +37,10 @@ int numberOfFailure(const smtplib::Event* event, const SmtpSession& session) {
 /** Sends the message that all dialogues have in common. */
 void sendMessage(Dialogue& dialogue, bool eightBit) {
     SmtpSession& session = dialogue.session();
-    const smtplib::Extensions extensions = smtplib::openSession(dialogue, "[127.0.0.1]");
-    smtplib::offerMessage(
-        dialogue, {"bob@example.org", {"ann@example.org", "carl@example.org"}, 20, eightBit}, extensions);
+    const auto opened = smtplib::openSession(dialogue, "[127.0.0.1]", {"bob", "secret", {}}, {});
+    smtplib::offerMessage(dialogue,
+                          {"bob@example.org", {"ann@example.org", "carl@example.org"}, 20, eightBit},
+                          std::get<smtplib::OpenedSession>(opened));
     session.addText("Subject: a\r\n\r\n.d");
     session.addText("ot\r\n");
     session.submit(smtplib::endOfMessageCommand());

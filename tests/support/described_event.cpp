@@ -9,6 +9,14 @@ namespace {
 const char* keywordOf(poplib::CommandKind kind) {
     using poplib::CommandKind;
     switch (kind) {
+    case CommandKind::Capa:
+        return "CAPA";
+    case CommandKind::Stls:
+        return "STLS";
+    case CommandKind::Utf8:
+        return "UTF8";
+    case CommandKind::Apop:
+        return "APOP";
     case CommandKind::User:
         return "USER";
     case CommandKind::Pass:
@@ -44,6 +52,12 @@ const char* nameOf(smtplib::CommandKind kind) {
         return "EHLO";
     case CommandKind::Helo:
         return "HELO";
+    case CommandKind::StartTls:
+        return "STARTTLS";
+    case CommandKind::Auth:
+        return "AUTH";
+    case CommandKind::AuthResponse:
+        return "response";
     case CommandKind::Mail:
         return "MAIL";
     case CommandKind::Rcpt:

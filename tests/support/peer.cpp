@@ -166,6 +166,26 @@ bool Peer::readSome() {
 }
 
 std::string Peer::readLine() {
+    std::string line = takeLine();
+    server_.remember(connection_, line);
+    return line;
+}
+
+std::string Peer::readCommandOfOld() {
+    std::string line = takeLine();
+    while (line == "CAPA") {
+        constexpr std::string_view refusal = "-ERR\r\n";
+        if (tls_) {
+            tls_->write(refusal);
+        }
+        sendInClear(tls_ ? tls_->bytesForNetwork() : std::string(refusal));
+        line = takeLine();
+    }
+    server_.remember(connection_, line);
+    return line;
+}
+
+std::string Peer::takeLine() {
     for (;;) {
         const std::size_t lineFeed = input_.find('\n');
         if (lineFeed != std::string::npos) {
@@ -174,7 +194,6 @@ std::string Peer::readLine() {
             if (line.ends_with('\r')) {
                 line.pop_back();
             }
-            server_.remember(connection_, line);
             return line;
         }
         server_.waitForSocket(socket_, POLLIN);

@@ -29,6 +29,12 @@ class Peer {
     std::string readLine();
 
     /**
+     * The same for a server of old, which does not know CAPA: that is refused, the next line is waited for,
+     * and commands() and the bytes counted know nothing of it.
+     */
+    std::string readCommandOfOld();
+
+    /**
      * Speaks TLS from here on. Whatever the client has sent and nobody has read counts as the start of its
      * handshake. A handshake that fails ends the conversation.
      */
@@ -51,6 +57,7 @@ class Peer {
     void rememberLinesLeft();
 
   private:
+    std::string takeLine();
     void sendAtOnce(std::string_view bytes);
     void sendEncrypted(std::string_view text);
     std::size_t sendPart(std::string_view bytes);

@@ -35,6 +35,19 @@ class RecordedExchange : public protocol::Exchange<Session> {
 
     Session& session() override { return session_; }
 
+    /**
+     * Encryption stands in the dialogue as a line of the client's.
+     * \throws RuntimeError 20325 when the server has said more than it was asked for.
+     */
+    void encrypt() override {
+        if (session_.hasUnusedBytes() || !events_.empty()) {
+            throw platform::RuntimeError(platform::errors::EncryptionFailed);
+        }
+        sent_.emplace_back(kEncryption);
+    }
+
+    static constexpr const char* kEncryption = "(encryption begins)";
+
     /** \throws RuntimeError for a failed session, and when the server has nothing more to say. */
     Event next() override {
         while (events_.empty()) {

@@ -8,7 +8,7 @@ void Script::operator()(Peer& peer) const {
 
         void operator()(const Send& step) { peer.send(step.bytes, step.pieceBytes); }
 
-        void operator()(const ExpectLine&) { peer.readLine(); }
+        void operator()(const ExpectLine&) { peer.readCommandOfOld(); }
 
         void operator()(const Close&) { peer.close(); }
 

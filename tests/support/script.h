@@ -19,7 +19,7 @@ struct Send {
     std::size_t pieceBytes = 0;
 };
 
-/** Waits for one line from the client. */
+/** Waits for one line from the client; refuses CAPA on the way, as a server of old does. */
 struct ExpectLine {};
 
 struct Close {};

@@ -145,7 +145,7 @@ void play(const Transcript& transcript, Peer& peer, std::size_t pieceBytes) {
         }
         say();
         if (!inMessage) {
-            peer.readLine();
+            turn.text == "CAPA" ? peer.readLine() : peer.readCommandOfOld();
         } else if (turn.text == ".") {
             while (peer.readLine() != ".") {
             }

@@ -4,6 +4,7 @@
 #include "email/credentials.h"
 #include "email/mailbox.h"
 #include "email/opening.h"
+#include "email/protections.h"
 #include "email/shared_settings.h"
 #include "email/typed_host.h"
 #include "platform/program.h"
@@ -72,6 +73,7 @@ void WindowTest::forgetEverything() {
     email::mailbox = {};
     email::credentials = {};
     email::opening = {};
+    email::protections = {};
 
     boxes.clear();
     sounds.clear();

@@ -8,6 +8,11 @@
 namespace {
 
 using transport::parseServerName;
+using transport::Security;
+using transport::ServerName;
+
+constexpr transport::DefaultPorts kPop3{110, 995, 110};
+constexpr transport::DefaultPorts kSmtp{25, 465, 587};
 
 struct Case {
     const char* name;
@@ -59,7 +64,7 @@ class ServerNameCase : public testing::TestWithParam<Case> {};
 
 TEST_P(ServerNameCase, IsReadAsHostAndPort) {
     const Case& expected = GetParam();
-    const auto name = parseServerName(QString::fromLatin1(expected.typed), 110);
+    const auto name = parseServerName(QString::fromLatin1(expected.typed), kPop3);
     if (*expected.host == '\0') {
         EXPECT_EQ(name, std::nullopt);
         return;
@@ -72,8 +77,63 @@ TEST_P(ServerNameCase, IsReadAsHostAndPort) {
 INSTANTIATE_TEST_SUITE_P(Names, ServerNameCase, testing::ValuesIn(cases()),
                          [](const auto& test) { return test.param.name; });
 
-TEST(ServerName, TakesTheDefaultPortOfItsProtocol) {
-    EXPECT_EQ(parseServerName(QStringLiteral("a"), 25)->port, 25);
+struct SpellingCase {
+    const char* name;
+    const char* typed;
+    const char* host;
+    std::uint16_t popPort;
+    std::uint16_t smtpPort;
+    Security popSecurity;
+    Security smtpSecurity;
+};
+
+const std::vector<SpellingCase>& spellings() {
+    using enum Security;
+    static const std::vector<SpellingCase> table{
+        {"Bare", "a", "a", 110, 25, WhenOffered, WhenOffered},
+        {"Tls", "tls://a", "a", 995, 465, FromTheStart, FromTheStart},
+        {"StartTls", "starttls://a", "a", 110, 587, Demanded, Demanded},
+        {"Plain", "plain://a", "a", 110, 25, Never, Never},
+        {"AnyCase", "StartTLS://a", "a", 110, 587, Demanded, Demanded},
+        {"BlanksAround", " TLS://a ", "a", 995, 465, FromTheStart, FromTheStart},
+        {"TlsWithPort", "tls://a:1", "a", 1, 1, FromTheStart, FromTheStart},
+        {"StartTlsAtTheTlsPort", "starttls://a:995", "a", 995, 995, Demanded, Demanded},
+        {"PlainAtTheTlsPorts", "plain://a:465", "a", 465, 465, Never, Never},
+        {"BareAtTheTlsPortOfPop3", "a:995", "a", 995, 995, FromTheStart, WhenOffered},
+        {"BareAtTheTlsPortOfSmtp", "a:465", "a", 465, 465, WhenOffered, FromTheStart},
+        {"BareAtTheSubmissionPort", "a:587", "a", 587, 587, WhenOffered, WhenOffered},
+        {"BracketedAddress", "tls://[::1]", "::1", 995, 465, FromTheStart, FromTheStart},
+        {"BracketedAddressAndPort", "starttls://[::1]:2", "::1", 2, 2, Demanded, Demanded},
+        {"BareAddressOfVersion6", "plain://::1", "::1", 110, 25, Never, Never},
+    };
+    return table;
+}
+
+class ServerNameSpelling : public testing::TestWithParam<SpellingCase> {};
+
+TEST_P(ServerNameSpelling, DecidesAboutEncryptionAndPort) {
+    const SpellingCase& expected = GetParam();
+    const QString host = QString::fromLatin1(expected.host);
+    const QString typed = QString::fromLatin1(expected.typed);
+    EXPECT_EQ(parseServerName(typed, kPop3), (ServerName{host, expected.popPort, expected.popSecurity}));
+    EXPECT_EQ(parseServerName(typed, kSmtp), (ServerName{host, expected.smtpPort, expected.smtpSecurity}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, ServerNameSpelling, testing::ValuesIn(spellings()),
+                         [](const auto& test) { return test.param.name; });
+
+TEST(ServerName, WithAWrongSchemeOrNoHostIsNone) {
+    for (const char* typed : {"ssl://a", "pop3://a", "tls://", "starttls:// ", "plain://:110", "tls:a",
+                              "tls:/a", "tls://tls://a", "://a", "tls:// :1", "http://a:80"}) {
+        EXPECT_EQ(parseServerName(QString::fromLatin1(typed), kPop3), std::nullopt) << typed;
+    }
+}
+
+TEST(ServerName, OnlyTheTwoStrictSpellingsAskForACertificate) {
+    EXPECT_TRUE(mustBeProven(Security::FromTheStart));
+    EXPECT_TRUE(mustBeProven(Security::Demanded));
+    EXPECT_FALSE(mustBeProven(Security::WhenOffered));
+    EXPECT_FALSE(mustBeProven(Security::Never));
 }
 
 } // namespace

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "components/poplib/questions.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace poplib {
+
+/** What a server has said that it can do (RFC 2449 section 5, RFC 2595, 5034, 6856). */
+struct Capabilities {
+    /** The server has answered at all; an old one does not know the question. */
+    bool known = false;
+    bool stls = false;
+    bool user = false;
+    bool utf8 = false;
+    /** Names of the mechanisms of AUTH, in capitals. */
+    std::vector<std::string> mechanisms;
+
+    /** Adds a line of the response to CAPA. Keywords may be in any case; others are ignored. */
+    void add(std::string_view line);
+
+    bool offers(std::string_view mechanism) const;
+};
+
+/**
+ * Asks for the capabilities; a server that refuses has none that are known. Raises what the exchange raises.
+ */
+Capabilities askCapabilities(Exchange& exchange);
+
+} // namespace poplib
