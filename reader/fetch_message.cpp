@@ -75,6 +75,7 @@ void fetchMessage() {
     enableButtonsAndList(false);
     POPLib::POP& pop = loginWindow().POP1;
     logOn(pop);
+    pop.openAhead(mailbox.CurrentMessage);
     pop.setCurrentMessage(mailbox.CurrentMessage);
     email::MessageSummary& message = mailbox.Messages.at(mailbox.CurrentMessage);
     const std::optional<std::int32_t> size = pop.currentMessageSize();

@@ -105,6 +105,7 @@ void fetchAllSummaries(POPLib::POP& pop) {
         main.lStats->setText(QStringLiteral("Receiving ") + QString::number(mailbox.CurrentMessage) +
                              QStringLiteral(" of ") + QString::number(mailbox.MessageCount));
     });
+    askAhead(pop, 1, mailbox.MessageCount);
     for (mailbox.CurrentMessage = 1; mailbox.CurrentMessage <= mailbox.MessageCount;
          ++mailbox.CurrentMessage) {
         if (mailbox.CurrentMessage == mailbox.MessageCount) {
@@ -115,6 +116,7 @@ void fetchAllSummaries(POPLib::POP& pop) {
         fetchSummary(pop);
         main.barProgress->setProgress(mailbox.CurrentMessage);
     }
+    fetchLateSummaries(pop);
 }
 
 void startCheckTimer() {

@@ -79,6 +79,7 @@ void fetchNewMail(frmLogin& login, ListedMail& listed, std::optional<Hourglasses
     enableButtons(false);
     welcomeOnMainWindow();
     mainWindow().MailGrid->setRows(mailbox.MessageCount + 1);
+    askAhead(login.POP1, first, mailbox.MessageCount);
     for (mailbox.CurrentMessage = first; mailbox.CurrentMessage <= mailbox.MessageCount;
          ++mailbox.CurrentMessage) {
         fetchSummary(login.POP1);
@@ -88,6 +89,7 @@ void fetchNewMail(frmLogin& login, ListedMail& listed, std::optional<Hourglasses
         }
         listed.rows = std::max(listed.rows, mailbox.CurrentMessage);
     }
+    fetchLateSummaries(login.POP1);
     numberTheRows();
     waiting.reset();
     enableButtons(true);

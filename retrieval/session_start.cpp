@@ -9,7 +9,7 @@
 #include "windows/windows.h"
 
 void logOnAndCount(POPLib::POP& pop) {
-    logOn(pop);
+    logOn(pop, AfterLogOn::Listing);
     email::credentials.LoggedOn = true;
     email::mailbox.MailboxBytes = pop.mailboxSize();
     email::mailbox.MessageCount = pop.messageCount();

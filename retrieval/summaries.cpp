@@ -29,6 +29,19 @@ void fetchSummary(POPLib::POP& pop) {
     }
 }
 
+void askAhead(POPLib::POP& pop, std::int16_t first, std::int16_t last) {
+    pop.listAhead(first, last, kSummaryBodyLines);
+}
+
+void fetchLateSummaries(POPLib::POP& pop) {
+    const std::int16_t after = email::mailbox.CurrentMessage;
+    for (const std::int16_t number : pop.messagesToFetchLater()) {
+        email::mailbox.CurrentMessage = number;
+        fetchSummary(pop);
+    }
+    email::mailbox.CurrentMessage = after;
+}
+
 void numberTheRows() {
     for (std::int16_t row = 0; row < email::mailbox.MessageCount; ++row) {
         email::mailbox.MessageNumbers.at(static_cast<std::size_t>(row)) = static_cast<std::int16_t>(row + 1);

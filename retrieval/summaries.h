@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace poplib {
 class POP;
 }
@@ -10,6 +12,15 @@ class POP;
  * \throws RuntimeError 9 when the message's number lies outside the table, and whatever a request raises.
  */
 void fetchSummary(poplib::POP& pop);
+
+/** Tells the client which messages fetchSummary() is going to fetch, so that it can ask for all at once. */
+void askAhead(poplib::POP& pop, std::int16_t first, std::int16_t last);
+
+/**
+ * Fetches once more the summaries of which the server has refused the first lines in between. CurrentMessage
+ * is afterwards what it was before. \throws RuntimeError as fetchSummary() does.
+ */
+void fetchLateSummaries(poplib::POP& pop);
 
 /** Assigns to every row of the grid the message with the row's number. */
 void numberTheRows();

@@ -15,6 +15,8 @@ struct Capabilities {
     bool stls = false;
     bool user = false;
     bool utf8 = false;
+    /** Commands may be sent ahead of their replies (RFC 2449 section 6.6). */
+    bool pipelining = false;
     /** Names of the mechanisms of AUTH, in capitals. */
     std::vector<std::string> mechanisms;
 

@@ -61,6 +61,10 @@ Command listCommand(std::int32_t messageNumber) {
     return openCommand(CommandKind::List, "LIST " + std::to_string(messageNumber), messageNumber);
 }
 
+Command listAllCommand() {
+    return openCommand(CommandKind::ListAll, "LIST");
+}
+
 Command uidlCommand() {
     return openCommand(CommandKind::Uidl, "UIDL");
 }

@@ -20,6 +20,7 @@ enum class CommandKind {
     AuthResponse,
     Stat,
     List,
+    ListAll,
     Uidl,
     Top,
     Retr,
@@ -65,6 +66,8 @@ Command authCommand(std::string_view mechanism, std::string_view initialResponse
 Command authResponseCommand(std::string_view response);
 Command statCommand();
 Command listCommand(std::int32_t messageNumber);
+/** LIST without a number asks for the sizes of all messages. */
+Command listAllCommand();
 /** UIDL asks for the unique-ids of all messages. */
 Command uidlCommand();
 /** TOP asks for the header and the first body lines. */

@@ -34,6 +34,22 @@ void ListedMailbox::deleteMessage(Exchange& exchange, std::int32_t messageNumber
     deleted_.insert(messageNumber);
 }
 
+/** Tells the exchange what is going to be asked about these messages. */
+void ListedMailbox::askAboutAll(Exchange& exchange, const std::vector<std::int32_t>& numbers,
+                                bool withIds) const {
+    std::vector<Command> commands;
+    if (withIds) {
+        commands.push_back(uidlCommand());
+    }
+    for (const std::int32_t number : numbers) {
+        if (!deleted_.contains(number)) {
+            commands.push_back(listCommand(number));
+            commands.push_back(topCommand(number, listedBodyLines_));
+        }
+    }
+    exchange.askAhead(std::move(commands));
+}
+
 /**
  * When in doubt, raises an error, so that nothing is deleted: all messages identical to this one must still
  * have their numbers. A unique-id that differs proves that a number names another message. One that agrees
@@ -50,6 +66,7 @@ void ListedMailbox::mustStillBeTheListedMessage(Exchange& exchange, std::int32_t
     const bool haveIds = std::any_of(alike.begin(), alike.end(), [this](std::int32_t same) {
         return !identities_.of(same)->uniqueId.empty();
     });
+    askAboutAll(exchange, alike, haveIds);
     const auto ids = haveIds ? askUniqueIds(exchange, {alike.begin(), alike.end()}) : std::nullopt;
     for (const std::int32_t same : alike) {
         const MessageIdentity& identity = *identities_.of(same);

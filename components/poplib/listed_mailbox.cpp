@@ -6,6 +6,7 @@
 #include "platform/runtime_error.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace poplib {
 
@@ -22,22 +23,46 @@ bool isLeft(Event& event, ListingAllowance& allowance) {
 
 std::optional<std::int32_t> ListedMailbox::size(Exchange& exchange, std::int32_t messageNumber) {
     numberAndSize_ = {};
-    const std::optional<std::int32_t> size = askSize(exchange, messageNumber);
+    const auto known = sizes_.find(messageNumber);
+    const std::optional<std::int32_t> size =
+        known == sizes_.end() ? askSize(exchange, messageNumber) : std::optional(sizeIn(known->second));
     if (size) {
         numberAndSize_ = {messageNumber, *size};
     }
     return size;
 }
 
+void ListedMailbox::listAhead(Exchange& exchange, std::int32_t first, std::int32_t last,
+                              std::int32_t bodyLines) {
+    if (first > last) {
+        return;
+    }
+    std::vector<Command> commands;
+    for (std::int32_t number = first; number <= last; ++number) {
+        if (!sizes_.contains(number)) {
+            commands.push_back(listCommand(number));
+        }
+        commands.push_back(topCommand(number, bodyLines));
+    }
+    commands.push_back(uidlCommand());
+    exchange.askAhead(std::move(commands));
+}
+
 void ListedMailbox::list(Exchange& exchange, std::int32_t messageNumber, std::int32_t bodyLines,
-                         const Limits& limits, const TakeLine& take) {
+                         const Limits& limits, const TakeLine& take, WhenRefused whenRefused) {
     // A very large message is not fetched whole just to fill its row in the list.
     const bool tooLarge =
         numberAndSize_.first == messageNumber && numberAndSize_.second > limits.wholeMessageBytes;
     // TOP is optional (RFC 1939 section 7).
-    if (!listFrom(exchange, topCommand(messageNumber, bodyLines), take) && !tooLarge) {
-        listFrom(exchange, retrCommand(messageNumber, bodyLines), take);
+    const bool isLater = toBeFetchedLater_.erase(messageNumber) > 0;
+    if ((!isLater && listFrom(exchange, topCommand(messageNumber, bodyLines), take)) || tooLarge) {
+        return;
     }
+    if (!isLater && whenRefused == WhenRefused::FetchLater) {
+        toBeFetchedLater_.insert(messageNumber);
+        return;
+    }
+    listFrom(exchange, retrCommand(messageNumber, bodyLines), take);
 }
 
 /** Hands over the lines of a TOP or RETR response and remembers the message; false when it is refused. */
@@ -104,6 +129,8 @@ void ListedMailbox::endSession() {
     listed_.clear();
     deleted_.clear();
     numberAndSize_ = {};
+    sizes_.clear();
+    toBeFetchedLater_.clear();
 }
 
 } // namespace poplib

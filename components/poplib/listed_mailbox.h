@@ -10,6 +10,7 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace poplib {
 
@@ -35,6 +36,21 @@ class ListedMailbox {
     /** Takes a header or body line of a message. */
     using TakeLine = std::function<void(const Event& line)>;
 
+    /** Uses these sizes in this session, instead of asking for each of them. */
+    void takeSizes(SizeTexts sizes) { sizes_ = std::move(sizes); }
+
+    /**
+     * Tells the exchange what size() and list() are going to ask for these messages, and quit() for all of
+     * them.
+     */
+    void listAhead(Exchange& exchange, std::int32_t first, std::int32_t last, std::int32_t bodyLines);
+
+    /** What list() does for a message whose first lines the server refuses to give. */
+    enum class WhenRefused { FetchWhole, FetchLater };
+
+    /** The messages that list() was to fetch later, and has not fetched since. */
+    const std::set<std::int32_t>& toBeFetchedLater() const noexcept { return toBeFetchedLater_; }
+
     /**
      * The size of a message in bytes; nothing when the server refuses LIST. list() uses it again. Raises what
      * askSize() raises.
@@ -48,7 +64,7 @@ class ListedMailbox {
      * be fetched whole, has no lines.
      */
     void list(Exchange& exchange, std::int32_t messageNumber, std::int32_t bodyLines, const Limits& limits,
-              const TakeLine& take);
+              const TakeLine& take, WhenRefused whenRefused = WhenRefused::FetchWhole);
 
     /** False when memory ran out for the message listed last: some of its lines were not handed over. */
     bool lastMessageFitted() const noexcept { return lastMessageFitted_; }
@@ -84,6 +100,7 @@ class ListedMailbox {
     // deletion.cpp
     void rememberUniqueIds(Exchange& exchange);
     void mustStillBeTheListedMessage(Exchange& exchange, std::int32_t number, const Limits& limits) const;
+    void askAboutAll(Exchange& exchange, const std::vector<std::int32_t>& numbers, bool withIds) const;
     bool stillNames(Exchange& exchange, std::int32_t number, const MessageIdentity& identity,
                     const Limits& limits) const;
 
@@ -97,6 +114,10 @@ class ListedMailbox {
 
     /** The message that size() asked about last, and its size in bytes. */
     std::pair<std::int32_t, std::int32_t> numberAndSize_{0, 0};
+    /** What the server has said of all sizes at once. */
+    SizeTexts sizes_;
+    /** Numbers of the messages of which TOP was refused, and that were not fetched whole yet. */
+    std::set<std::int32_t> toBeFetchedLater_;
     /** Numbers of the messages that were listed. */
     std::set<std::int32_t> listed_;
     /** Numbers of the messages that the server will remove at the QUIT. */

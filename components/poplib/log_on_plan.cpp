@@ -7,7 +7,7 @@
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
 
-#include <array>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -104,12 +104,28 @@ class LogOn {
     }
 
     std::optional<LogOnRefused> showPassword() {
-        auto refused = askedFor(userCommand(account_.user));
-        return refused ? refused : askedFor(passCommand(account_.password));
+        Pop3Session& session = exchange_.session();
+        session.submit(userCommand(account_.user));
+        // A server that takes no password in clear does not offer USER, and is not shown one ahead.
+        const bool ahead = can_.pipelining && can_.user;
+        if (ahead) {
+            session.setMaximumOutstanding(2);
+            session.submit(passCommand(account_.password));
+        }
+        const auto refusedUser = refusalIn(exchange_.next());
+        if (!ahead) {
+            return refusedUser ? refusedUser : askedFor(passCommand(account_.password));
+        }
+        const auto refusedPassword = refusalIn(exchange_.next());
+        session.setMaximumOutstanding(1);
+        return refusedUser ? refusedUser : refusedPassword;
     }
 
     std::optional<LogOnRefused> askedFor(Command command) {
-        const Event event = exchange_.ask(std::move(command));
+        return refusalIn(exchange_.ask(std::move(command)));
+    }
+
+    std::optional<LogOnRefused> refusalIn(const Event& event) const {
         const auto* const refusal = std::get_if<Refused>(&event);
         return refusal == nullptr ? std::nullopt : std::optional(LogOnRefused{refusal->text, !encrypted_});
     }
@@ -121,25 +137,77 @@ class LogOn {
     std::optional<LogOnRefused> refused_;
 };
 
-MailboxTotals askTotals(Exchange& exchange) {
-    const auto totals = ask(exchange, statCommand());
-    if (!totals) {
+MailboxTotals totalsOf(const std::optional<std::string>& reply) {
+    if (!reply) {
         throw RuntimeError(errors::MailServerTrouble);
     }
-    const TwoNumbers numbers = twoNumbers(*totals);
+    const TwoNumbers numbers = twoNumbers(*reply);
     return {platform::checkedTo<std::int16_t>(numbers.first),
             platform::checkedTo<std::int32_t>(numbers.second)};
 }
+
+/** Keeps the line's size; a text that is too long to be one is asked for again when it is needed. */
+void addSize(std::string_view line, SizeTexts& sizes) {
+    constexpr std::size_t longest = 100; // bytes
+    const auto numbered = numberedText(line);
+    const bool isMessage =
+        numbered && numbered->number > 0 && numbered->number <= std::numeric_limits<std::int16_t>::max();
+    if (isMessage && numbered->text.size() <= longest) {
+        sizes[numbered->number] = numbered->text;
+    }
+}
+
+/** Reads the response to LIST, whose status line is due at once where it was sent ahead. */
+SizeTexts readSizes(Exchange& exchange, bool sentAhead) {
+    SizeTexts sizes;
+    const Event status = sentAhead ? exchange.nextSoon() : exchange.next();
+    if (!std::holds_alternative<Accepted>(status)) {
+        return sizes;
+    }
+    for (;;) {
+        const Event event = exchange.next();
+        if (std::holds_alternative<ResponseEnded>(event)) {
+            return sizes;
+        }
+        addSize(std::get<ListingLine>(event).text, sizes);
+    }
+}
+
+/** Opens the mailbox of a server that has not said whether it answers commands that are sent ahead. */
+std::variant<OpenMailbox, StartAgain> openByTrying(Exchange& exchange, const LogOnTerms& terms) {
+    OpenMailbox mailbox;
+    Pop3Session& session = exchange.session();
+    session.submit(statCommand());
+    session.submit(listAllCommand());
+    session.setMaximumOutstanding(terms.pipelines ? 2 : 1);
+    const Event stat = exchange.next();
+    const auto* const accepted = std::get_if<Accepted>(&stat);
+    mailbox.totals = totalsOf(accepted == nullptr ? std::nullopt : std::optional(accepted->text));
+    const int error = platform::errorNumberOf([&] { mailbox.sizes = readSizes(exchange, terms.pipelines); });
+    session.setMaximumOutstanding(1);
+    if (error == errors::MailServerTrouble && terms.pipelines) {
+        LogOnTerms without = terms;
+        without.pipelines = false;
+        return StartAgain{without};
+    }
+    if (error != 0) {
+        throw RuntimeError(error);
+    }
+    mailbox.pipelines = terms.pipelines;
+    return mailbox;
+}
 } // namespace
 
-std::variant<MailboxTotals, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
-                                                            const LogOnTerms& terms) {
+std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
+                                                          const LogOnTerms& terms) {
     const std::string greeting = std::get<Greeted>(exchange.next()).text;
     Capabilities can;
     if (terms.asksForCapabilities) {
         const int error = platform::errorNumberOf([&] { can = askCapabilities(exchange); });
         if (error == errors::MailServerTrouble && terms.security != Security::Demanded) {
-            return StartAgain{{terms.security, false}};
+            LogOnTerms without = terms;
+            without.asksForCapabilities = false;
+            return StartAgain{without};
         }
         if (error != 0) {
             throw RuntimeError(error == errors::MailServerTrouble ? errors::EncryptionNotOffered : error);
@@ -152,7 +220,9 @@ std::variant<MailboxTotals, LogOnRefused, StartAgain> logOn(Exchange& exchange, 
         if (encrypted) {
             can = askCapabilities(exchange);
         } else if (terms.security == Security::WhenOffered) {
-            return StartAgain{{Security::Never, true}};
+            LogOnTerms inClear = terms;
+            inClear.security = Security::Never;
+            return StartAgain{inClear};
         }
     }
     if (terms.security == Security::Demanded && !encrypted) {
@@ -165,7 +235,14 @@ std::variant<MailboxTotals, LogOnRefused, StartAgain> logOn(Exchange& exchange, 
     if (auto refused = LogOn(exchange, account, can, encrypted).run(greeting)) {
         return *std::move(refused);
     }
-    return askTotals(exchange);
+    if (can.pipelining || !terms.listing) {
+        return OpenMailbox{totalsOf(ask(exchange, statCommand())), can.pipelining && terms.pipelines, {}};
+    }
+    auto opened = openByTrying(exchange, terms);
+    if (auto* const again = std::get_if<StartAgain>(&opened)) {
+        return *again;
+    }
+    return std::get<OpenMailbox>(std::move(opened));
 }
 
 } // namespace poplib

@@ -30,6 +30,19 @@ struct LogOnTerms {
     transport::Security security = transport::Security::WhenOffered;
     /** False for a server that has broken a session off when it was asked. */
     bool asksForCapabilities = true;
+    /** The messages are going to be listed. */
+    bool listing = false;
+    /** False for a server that has not answered commands that were sent ahead. */
+    bool pipelines = true;
+};
+
+/** A mailbox that is open. */
+struct OpenMailbox {
+    MailboxTotals totals;
+    /** The server answers commands that are sent ahead of the replies to others. */
+    bool pipelines = false;
+    /** The sizes of the messages, where they had to be asked for. */
+    SizeTexts sizes;
 };
 
 /** The session is of no more use. Another one, with these terms, may go better. */
@@ -41,6 +54,11 @@ struct StartAgain {
  * Waits for the greeting, encrypts the connection where the terms and the server want it, logs on, and asks
  * for the totals with STAT.
  *
+ * Commands are sent ahead where the server announces PIPELINING (RFC 2449 section 6.6), but never behind
+ * PASS: some servers hand a session over to another process there and lose what has come. Other servers
+ * mostly can do it, too. Before a listing one is tried with STAT and LIST together, at a moment when another
+ * session can still take over unnoticed. LIST then gives all sizes at once.
+ *
  * The password is not shown where the server can do without: mechanisms that prove it without showing it come
  * first (RFC 5802, RFC 2195, APOP). On a connection that is encrypted the password itself is the second
  * choice, in clear it is the last. One call spends one attempt: once the server has seen a proof of the
@@ -51,7 +69,7 @@ struct StartAgain {
  * refuses STAT or its reply holds no totals, 6 when a total does not fit its type, and whatever the exchange
  * raises.
  */
-std::variant<MailboxTotals, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
-                                                            const LogOnTerms& terms);
+std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
+                                                          const LogOnTerms& terms);
 
 } // namespace poplib

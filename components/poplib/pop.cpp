@@ -36,6 +36,11 @@ void POP::asRequest(const Action& action) {
             givenUp_ = false;
             try {
                 action();
+            } catch (const RuntimeError& error) {
+                if (!givenUp_) {
+                    rememberTrouble(error.number());
+                    throw;
+                }
             } catch (...) {
                 if (!givenUp_) {
                     throw;
@@ -53,6 +58,13 @@ void POP::asRequest(const Action& action) {
                 closeSession();
             }
         });
+}
+
+/** A server that failed over commands that were sent ahead gets them one by one in the next session. */
+void POP::rememberTrouble(int error) {
+    if (error == errors::MailServerTrouble && !askedAhead_.empty()) {
+        serverWithoutPipelining_ = server_;
+    }
 }
 
 void POP::issueRequest(Request request) {
@@ -109,10 +121,12 @@ void POP::logOn() {
     }
     // Other handlers run while this one waits, and may set another name for a log-on of their own.
     const sasl::Account account{loginUser_, loginPassword_};
-    LogOnTerms terms{server->security, serverWithoutCapabilities_ != server};
+    LogOnTerms terms{server->security, serverWithoutCapabilities_ != server, listing_,
+                     serverWithoutPipelining_ != server};
+    server_ = *server;
     for (int connections = 1; connections <= kMaximumConnections; ++connections) {
         connect(*server);
-        const auto outcome = poplib::logOn(*this, account, terms);
+        auto outcome = poplib::logOn(*this, account, terms);
         if (const auto* const again = std::get_if<StartAgain>(&outcome)) {
             startAgain(*server, again->terms);
             terms = again->terms;
@@ -127,7 +141,10 @@ void POP::logOn() {
             logOnRefused_ = error == errors::LogOnRefused || error == errors::MailServerBusy;
             throw RuntimeError(error);
         }
-        totals_ = std::get<MailboxTotals>(outcome);
+        auto& opened = std::get<OpenMailbox>(outcome);
+        totals_ = opened.totals;
+        pipelines_ = opened.pipelines;
+        listed_.takeSizes(std::move(opened.sizes));
         return;
     }
     throw RuntimeError(errors::MailServerTrouble);
@@ -150,6 +167,9 @@ void POP::startAgain(const transport::ServerName& server, const LogOnTerms& term
     if (!terms.asksForCapabilities) {
         // No later session waits for an answer that this server does not give.
         serverWithoutCapabilities_ = server;
+    }
+    if (!terms.pipelines) {
+        serverWithoutPipelining_ = server;
     }
     connection_.abort();
 }
@@ -185,10 +205,29 @@ void POP::retrieve() {
     };
     if (bodyLineLimit_ > 0) {
         // A refused message is no error here: the list has a row for it all the same.
-        listed_.list(*this, currentMessage_, bodyLineLimit_, limits_, take);
+        using WhenRefused = ListedMailbox::WhenRefused;
+        // The answers to what was asked ahead come first.
+        const auto whenRefused = askedAhead_.empty() ? WhenRefused::FetchWhole : WhenRefused::FetchLater;
+        listed_.list(*this, currentMessage_, bodyLineLimit_, limits_, take, whenRefused);
     } else if (!readResponse(*this, retrCommand(currentMessage_), takeWhole)) {
         throw RuntimeError(errors::MessageNotGiven);
     }
+}
+
+void POP::listAhead(std::int16_t first, std::int16_t last, std::int32_t bodyLines) {
+    asRequest([&] { listed_.listAhead(*this, first, last, bodyLines); });
+}
+
+void POP::openAhead(std::int16_t number) {
+    asRequest([&] { askAhead({listCommand(number), retrCommand(number), quitCommand()}); });
+}
+
+std::vector<std::int16_t> POP::messagesToFetchLater() const {
+    std::vector<std::int16_t> numbers;
+    for (const std::int32_t number : listed_.toBeFetchedLater()) {
+        numbers.push_back(static_cast<std::int16_t>(number));
+    }
+    return numbers;
 }
 
 void POP::deleteCurrent() {

@@ -9,11 +9,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace poplib {
 
@@ -36,6 +38,8 @@ struct Timeouts {
     std::chrono::milliseconds answer{60'000};
     /** For a whole log-off when no message is marked as deleted. */
     std::chrono::milliseconds quit{5'000};
+    /** For a reply that a server owes at once, if it answers commands that are sent ahead. */
+    std::chrono::milliseconds soon{5'000};
 };
 
 /**
@@ -138,6 +142,25 @@ class POP : private Exchange {
     /** Body lines that a retrieval fetches with the header; 0 means the whole message. */
     void setBodyLineLimit(std::int32_t lines) noexcept { bodyLineLimit_ = lines; }
 
+    /** Whether the messages are going to be listed after the log-on that follows. */
+    void setListing(bool listing) noexcept { listing_ = listing; }
+
+    /**
+     * Tells that the messages from `first` to `last` are going to be listed with these body lines: for each
+     * its size, then its retrieval. With a server that can do it all of that is asked for at once; what the
+     * requests do and raise stays the same, but for messages that have to be fetched whole.
+     */
+    void listAhead(std::int16_t first, std::int16_t last, std::int32_t bodyLines);
+
+    /** The same for opening one message: its size, its retrieval, the log-off. */
+    void openAhead(std::int16_t number);
+
+    /**
+     * Messages without their lines, since the server has refused TOP for them in the midst of a listing. They
+     * are fetched whole when they are retrieved once more, behind the listing.
+     */
+    std::vector<std::int16_t> messagesToFetchLater() const;
+
     /** False when memory ran out for the message listed last: some of its events were not raised. */
     bool lastMessageFitted() const noexcept { return listed_.lastMessageFitted(); }
 
@@ -145,11 +168,14 @@ class POP : private Exchange {
     std::uint64_t roundTrips() const noexcept { return roundTrips_; }
 
   private:
-    /** A log-on may have to start again twice: without CAPA, and in clear. */
-    static constexpr int kMaximumConnections = 3;
+    /** A log-on may have to start again three times: without CAPA, in clear, without pipelining. */
+    static constexpr int kMaximumConnections = 4;
+    /** Most commands that are outstanding at once. */
+    static constexpr std::size_t kMaximumAhead = 512;
 
     template <class Action>
     void asRequest(const Action& action);
+    void rememberTrouble(int error);
     void logOn();
     void connect(const transport::ServerName& server);
     void startAgain(const transport::ServerName& server, const LogOnTerms& terms);
@@ -163,7 +189,11 @@ class POP : private Exchange {
     Pop3Session& session() override { return session_; }
 
     void encrypt() override;
+    Event ask(Command command) override;
+    void askAhead(std::vector<Command> commands) override;
+    void dropAnswerAhead();
     Event next() override;
+    Event nextSoon() override;
     Event awaitEvent();
     bool sendQueued();
     void receive();
@@ -191,6 +221,14 @@ class POP : private Exchange {
     QDeadlineTimer deadline_;
     /** The server that has broken a session off when it was asked for its capabilities. */
     std::optional<transport::ServerName> serverWithoutCapabilities_;
+    /** The server that has not answered commands that were sent ahead. */
+    std::optional<transport::ServerName> serverWithoutPipelining_;
+    transport::ServerName server_;
+    bool listing_ = false;
+    /** The server of this session answers commands that are sent ahead. */
+    bool pipelines_ = false;
+    /** The commands that were given to the session ahead, and whose replies nobody has asked for yet. */
+    std::deque<std::string> askedAhead_;
     bool deadlineIsFixed_ = false;
     /** Pop3Session::progress() when the deadline was last set. */
     std::uint64_t progress_ = 0;

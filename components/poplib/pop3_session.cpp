@@ -12,7 +12,7 @@ bool isPartOfAuth(CommandKind kind) noexcept {
 }
 
 bool hasListingLines(CommandKind kind) noexcept {
-    return kind == CommandKind::Uidl || kind == CommandKind::Capa;
+    return kind == CommandKind::Uidl || kind == CommandKind::Capa || kind == CommandKind::ListAll;
 }
 
 bool hasMultiLineResponse(CommandKind kind) noexcept {

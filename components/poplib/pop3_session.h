@@ -66,7 +66,7 @@ struct BodyLine {
     std::string text;
 };
 
-/** One line of a UIDL or CAPA response. */
+/** One line of a UIDL, CAPA or LIST response. */
 struct ListingLine {
     std::string text;
 };

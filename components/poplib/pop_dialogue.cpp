@@ -16,6 +16,46 @@ Event POP::next() {
     return event;
 }
 
+Event POP::ask(Command command) {
+    // What was asked ahead and is not wanted after all comes before the answer that is.
+    while (!askedAhead_.empty() && askedAhead_.front() != command.sent) {
+        dropAnswerAhead();
+    }
+    if (askedAhead_.empty()) {
+        return Exchange::ask(std::move(command));
+    }
+    askedAhead_.pop_front();
+    return next();
+}
+
+void POP::askAhead(std::vector<Command> commands) {
+    if (!pipelines_) {
+        return;
+    }
+    session_.setMaximumOutstanding(kMaximumAhead);
+    for (Command& command : commands) {
+        askedAhead_.push_back(command.sent);
+        session_.submit(std::move(command));
+    }
+}
+
+/** Reads an answer that nobody asks for any more. */
+void POP::dropAnswerAhead() {
+    askedAhead_.pop_front();
+    next();
+    while (session_.isInResponse()) {
+        next();
+    }
+}
+
+Event POP::nextSoon() {
+    waitNoLongerThan(timeouts_.soon);
+    Event event = next();
+    deadlineIsFixed_ = false;
+    renewDeadline();
+    return event;
+}
+
 /** Sends what the session has to send; false when that is nothing. */
 bool POP::sendQueued() {
     // The session must see bytes that came unasked first, or they would pass for the reply to this command.
@@ -118,6 +158,8 @@ void POP::raiseStatus(const Event& event) const {
 void POP::closeSession() {
     logOnRefused_ = false;
     deadlineIsFixed_ = false;
+    pipelines_ = false;
+    askedAhead_.clear();
     listed_.endSession();
     // The rest of a half-read response must not reach a later request.
     session_ = Pop3Session();

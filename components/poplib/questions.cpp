@@ -27,6 +27,10 @@ bool readResponse(Exchange& exchange, Command command, const std::function<void(
     }
 }
 
+std::int32_t sizeIn(std::string_view text) {
+    return platform::checkedTo<std::int32_t>(leadingNumber(text));
+}
+
 std::optional<std::int32_t> askSize(Exchange& exchange, std::int32_t messageNumber) {
     const auto text = ask(exchange, listCommand(messageNumber));
     if (!text) {

@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 
 namespace poplib {
 
@@ -23,10 +24,19 @@ std::optional<std::string> ask(Exchange& exchange, Command command);
 bool readResponse(Exchange& exchange, Command command, const std::function<void(const Event&)>& take);
 
 /**
+ * The size in what a server says of a message behind its number.
+ * \throws RuntimeError 20302 when that is no number, 6 when it does not fit.
+ */
+std::int32_t sizeIn(std::string_view text);
+
+/**
  * The size of the message in bytes (LIST n); nothing when the server refuses LIST.
  * \throws RuntimeError 20302 for a reply about another message, 6 for a number that does not fit.
  */
 std::optional<std::int32_t> askSize(Exchange& exchange, std::int32_t messageNumber);
+
+/** For each message's number the rest of its line in the response to LIST: a size, and perhaps words. */
+using SizeTexts = std::map<std::int32_t, std::string>;
 
 using UniqueIds = std::map<std::int32_t, std::string>;
 

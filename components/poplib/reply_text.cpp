@@ -50,18 +50,27 @@ TwoNumbers twoNumbers(std::string_view text) {
     return numbers;
 }
 
-std::optional<UniqueId> uniqueId(std::string_view line) {
-    constexpr std::size_t longest = 70; // bytes
+std::int64_t leadingNumber(std::string_view text) {
+    return takeNumber(text);
+}
+
+std::optional<NumberedText> numberedText(std::string_view line) {
     const std::size_t space = line.find(' ');
-    UniqueId id;
+    NumberedText numbered;
     const char* const end = line.data() + std::min(space, line.size());
-    const auto [next, problem] = std::from_chars(line.data(), end, id.number);
+    const auto [next, problem] = std::from_chars(line.data(), end, numbered.number);
     if (space == std::string_view::npos || problem != std::errc{} || next != end) {
         return std::nullopt;
     }
-    id.text = line.substr(space + 1);
-    const bool usable = !id.text.empty() && id.text.size() <= longest;
-    return usable ? std::optional(id) : std::nullopt;
+    numbered.text = line.substr(space + 1);
+    return numbered;
+}
+
+std::optional<UniqueId> uniqueId(std::string_view line) {
+    constexpr std::size_t longest = 70; // bytes
+    const auto numbered = numberedText(line);
+    const bool usable = numbered && !numbered->text.empty() && numbered->text.size() <= longest;
+    return usable ? std::optional(UniqueId{numbered->number, numbered->text}) : std::nullopt;
 }
 
 bool hasResponseCode(std::string_view text) {

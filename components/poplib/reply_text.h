@@ -18,6 +18,18 @@ struct TwoNumbers {
  */
 TwoNumbers twoNumbers(std::string_view text);
 
+/** The number that a text starts with. Raises what twoNumbers() raises. */
+std::int64_t leadingNumber(std::string_view text);
+
+/** A message's number and what follows it in a line of the response to LIST. */
+struct NumberedText {
+    std::int32_t number = 0;
+    std::string_view text;
+};
+
+/** Reads such a line; nothing for any other. Whether the text is a size, twoNumbers() tells. */
+std::optional<NumberedText> numberedText(std::string_view line);
+
 /** A message's number and its unique-id. */
 struct UniqueId {
     std::int32_t number = 0;

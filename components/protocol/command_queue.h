@@ -23,6 +23,9 @@ class CommandQueue {
 
     bool hasWaiting() const noexcept { return !waiting_.empty(); }
 
+    /** Drops the commands that have not been sent. */
+    void forgetWaiting() { waiting_.clear(); }
+
     /** The command that is sent next. Call it only when one waits. */
     const Command& firstWaiting() const { return waiting_.front(); }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <utility>
+#include <vector>
 
 namespace protocol {
 
@@ -39,12 +40,21 @@ class Exchange {
 
     /**
      * Sends the command and waits for the event that its reply makes. Call it only while no other command is
-     * outstanding.
+     * outstanding but those of askAhead().
      */
-    Event ask(Command command) {
+    virtual Event ask(Command command) {
         session().submit(std::move(command));
         return next();
     }
+
+    /**
+     * Tells what will be asked next, in this order, so that an exchange with a server that can do it may send
+     * all of it at once. Commands that change something on the server do not belong here.
+     */
+    virtual void askAhead(std::vector<Command> /*commands*/) {}
+
+    /** next() for a reply that is due at once: a shorter wait counts as too long. */
+    virtual Event nextSoon() { return next(); }
 };
 
 } // namespace protocol

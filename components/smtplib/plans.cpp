@@ -71,6 +71,23 @@ Channel channelOf(bool encrypted, const SessionTerms& terms) noexcept {
     }
     return terms.toThisComputer ? Channel::InClearToThisComputer : Channel::InClear;
 }
+
+/** Most commands that are outstanding at once. */
+constexpr std::size_t kMaximumAhead = 100;
+
+/**
+ * Forgets the commands that wait, and reads the replies to those that were sent ahead of a refusal, so that
+ * the session can be ended properly. What goes wrong with that makes no difference any more.
+ */
+void readRepliesLeft(Exchange& exchange) {
+    exchange.session().forgetWaiting();
+    static_cast<void>(platform::errorNumberOf([&exchange] {
+        while (exchange.session().outstanding() > 0 &&
+               exchange.session().state() != SmtpSession::State::Over) {
+            exchange.nextSoon();
+        }
+    }));
+}
 } // namespace
 
 std::variant<OpenedSession, StartAgainInClear> openSession(Exchange& exchange,
@@ -102,10 +119,21 @@ void offerMessage(Exchange& exchange, const Envelope& envelope, const OpenedSess
     if (extensions.sizeLimit > 0 && envelope.messageBytes > extensions.sizeLimit) {
         throw RuntimeError(errors::MessageTooLarge);
     }
-    mustNotBeRefused(exchange.ask(mailCommand(envelope, extensions.size, extensions.eightBit)), opened);
+    SmtpSession& session = exchange.session();
+    session.setMaximumOutstanding(extensions.pipelining ? kMaximumAhead : 1);
+    session.submit(mailCommand(envelope, extensions.size, extensions.eightBit));
     for (const std::string& recipient : envelope.recipients) {
-        mustNotBeRefused(exchange.ask(rcptCommand(recipient)), opened);
+        session.submit(rcptCommand(recipient));
     }
+    for (std::size_t replies = envelope.recipients.size() + 1; replies > 0; --replies) {
+        const Event event = exchange.next();
+        if (std::holds_alternative<Refused>(event)) {
+            readRepliesLeft(exchange);
+            mustNotBeRefused(event, opened);
+        }
+    }
+    session.setMaximumOutstanding(1);
+    // Only now is it certain that all recipients get the message, or none.
     mustNotBeRefused(exchange.ask(dataCommand()), opened);
 }
 

@@ -4,6 +4,7 @@
 #include "platform/background.h"
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
+#include "platform/while_true.h"
 
 #include <optional>
 #include <utility>
@@ -187,6 +188,11 @@ Event SMTP::next() {
     return event;
 }
 
+Event SMTP::nextSoon() {
+    const platform::WhileTrue inHaste(inHaste_);
+    return next();
+}
+
 /** Sends what is to be sent and waits for the next event, which may be a failure. */
 Event SMTP::awaitEvent() {
     QDeadlineTimer deadline(timeout());
@@ -234,6 +240,9 @@ void SMTP::raise(const Event& event) const {
 
 /** How long the server may take for what it is to do next. */
 std::chrono::milliseconds SMTP::timeout() const {
+    if (inHaste_) {
+        return timeouts_.quit;
+    }
     switch (session_.awaited().value_or(CommandKind::Quit)) {
     case CommandKind::Greeting:
         return timeouts_.greeting;

@@ -39,7 +39,7 @@ struct Timeouts {
     std::chrono::milliseconds dataBlock = std::chrono::minutes(3);
     /** After the final dot. Giving up early makes duplicates, as the server may have the message already. */
     std::chrono::milliseconds confirmation = std::chrono::minutes(10);
-    /** For the reply to QUIT, on which nothing depends. */
+    /** For the reply to QUIT and any other on which nothing depends. */
     std::chrono::milliseconds quit = std::chrono::seconds(5);
 };
 
@@ -153,6 +153,7 @@ class SMTP : private Exchange {
     void connect(const transport::ServerName& server);
     void encrypt() override;
     Event next() override;
+    Event nextSoon() override;
     Event awaitEvent();
     bool sendOutput();
     void raise(const Event& event) const;
@@ -167,6 +168,7 @@ class SMTP : private Exchange {
     Account account_;
     /** What the server of this session has announced, and how the log-on went. */
     OpenedSession opened_;
+    bool inHaste_ = false;
     protocol::RequestGuard requests_;
 };
 

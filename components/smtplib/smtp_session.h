@@ -86,6 +86,15 @@ class SmtpSession {
     /** Puts a command at the end of the queue. */
     void submit(Command command) { commands_.submit(std::move(command)); }
 
+    /** How many commands may be outstanding at once; 1 unless the server has offered pipelining. */
+    void setMaximumOutstanding(std::size_t commands) { commands_.setMaximumOutstanding(commands); }
+
+    /** Drops the commands that have not been sent. */
+    void forgetWaiting() { commands_.forgetWaiting(); }
+
+    /** The number of commands that have been sent and not answered. */
+    std::size_t outstanding() const noexcept { return commands_.outstanding(); }
+
     /** Adds text whose lines end in CR LF, as WireText makes it. Only in state Text. */
     void addText(std::string_view text) { stuffer_.add(text, text_); }
 

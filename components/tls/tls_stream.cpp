@@ -64,6 +64,7 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
             ::close(descriptor);
             return;
         }
+        acknowledgeAtOnce();
         socket()->startClientEncryption();
     }
 

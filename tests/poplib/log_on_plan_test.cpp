@@ -17,7 +17,7 @@ namespace {
 using platform::errorNumberOf;
 using poplib::LogOnRefused;
 using poplib::LogOnTerms;
-using poplib::MailboxTotals;
+using poplib::OpenMailbox;
 using poplib::StartAgain;
 using support::Dialogue;
 using transport::Security;
@@ -32,9 +32,9 @@ TEST(LogOnPlan, GivesTheTotals) {
     Dialogue dialogue{"S +OK ready", "C USER bob", "S +OK",      "C PASS secret",
                       "S +OK in",    "C STAT",     "S +OK 2 320"};
     const auto outcome = logOn(dialogue);
-    ASSERT_TRUE(std::holds_alternative<poplib::MailboxTotals>(outcome));
-    EXPECT_EQ(std::get<poplib::MailboxTotals>(outcome).messages, 2);
-    EXPECT_EQ(std::get<poplib::MailboxTotals>(outcome).bytes, 320);
+    ASSERT_TRUE(std::holds_alternative<OpenMailbox>(outcome));
+    EXPECT_EQ(std::get<OpenMailbox>(outcome).totals.messages, 2);
+    EXPECT_EQ(std::get<OpenMailbox>(outcome).totals.bytes, 320);
     dialogue.expectToBeSaid();
 }
 
@@ -64,7 +64,7 @@ int errorOf(Dialogue& dialogue, Security security, const sasl::Account& account 
 
 /** True when the dialogue is a log-on that succeeds. */
 bool logsOn(Dialogue& dialogue, Security security, const sasl::Account& account = kBob) {
-    return std::holds_alternative<MailboxTotals>(poplib::logOn(dialogue, account, {security, true}));
+    return std::holds_alternative<OpenMailbox>(poplib::logOn(dialogue, account, {security, true}));
 }
 
 /** What the server said when it refused; "(none)" when it did not refuse. */

@@ -65,13 +65,20 @@ class NewMailCheck : public WindowTest {
         EXPECT_EQ(boxes[0].title, title);
     }
 
-    /** Simulates running out of memory when the client sends the command. */
-    static void runOutOfMemoryAt(const std::string& command) {
-        loginWindow().POP1.PITrail = [command](poplib::Direction, const std::string& text) {
-            if (text == command) {
+    /** Simulates running out of memory when the client sends or gets this line. */
+    static void runOutOfMemoryAt(const std::string& line) {
+        loginWindow().POP1.PITrail = [line](poplib::Direction, const std::string& text) {
+            if (text == line) {
                 throw std::bad_alloc();
             }
         };
+    }
+
+    /** Simulates the same when the server tells the size of this message. */
+    void runOutOfMemoryAtSizeOf(const std::string& number) {
+        const std::string reply = "+OK " + number + " 52 bytes";
+        mailbox.answer("LIST " + number, reply + "\r\n");
+        runOutOfMemoryAt(reply);
     }
 
     /** Checks that rows, counters, summary line and row numbers all agree. */
@@ -205,7 +212,7 @@ TEST_F(NewMailCheck, WhatCameBeforeAMessageThatIsTooLargeStaysAndAllNumbersAgree
     logInWith(2);
     const std::int32_t bytesBefore = email::mailbox.MailboxBytes;
     mailbox.deliver(message("3")).deliver(message("4")).deliver(message("5"));
-    runOutOfMemoryAt("LIST 5");
+    runOutOfMemoryAtSizeOf("5");
     mainWindow().tmrCheckMail_Timer();
     expectBox(QStringLiteral("Message is too large."), QStringLiteral("Example School E-mail"));
     expectList(4, bytesBefore + email::mailbox.Messages.at(3).Size + email::mailbox.Messages.at(4).Size);
@@ -218,7 +225,7 @@ TEST_F(NewMailCheck, WhatCameBeforeAMessageThatIsTooLargeStaysAndAllNumbersAgree
 TEST_F(NewMailCheck, AFailedCheckLeavesTheLastCountAndTheNextOneFetchesFromThere) {
     logInWith(1);
     mailbox.deliver(message("2")).deliver(message("3"));
-    runOutOfMemoryAt("LIST 3");
+    runOutOfMemoryAtSizeOf("3");
     mainWindow().tmrCheckMail_Timer();
     EXPECT_EQ(email::mailbox.LastMessageCount, 1);
     const std::int32_t bytesAfter = email::mailbox.MailboxBytes;
@@ -248,7 +255,7 @@ TEST_F(NewMailCheck, WhenNothingCouldBeFetchedTheListIsAsItWas) {
     logInWith(2);
     const std::int32_t bytesBefore = email::mailbox.MailboxBytes;
     mailbox.deliver(message("3"));
-    runOutOfMemoryAt("LIST 3");
+    runOutOfMemoryAtSizeOf("3");
     mainWindow().tmrCheckMail_Timer();
     expectList(2, bytesBefore);
     EXPECT_FALSE(email::mailbox.NewMailFound);
@@ -274,7 +281,7 @@ TEST_F(NewMailCheck, ASecondCheckWhileTheFirstFetchesLeavesItAlone) {
     logInWith(1);
     mailbox.deliver(message("2"));
     mailbox.on("TOP 2", support::holdAndSay("+OK\r\n" + support::stuffed(message("2"))));
-    const WhenItHolds second([&] { return server.commands(1).size() == 5; },
+    const WhenItHolds second([&] { return server.commands(1).size() == 6; },
                              [&] {
                                  mainWindow().tmrCheckMail_Timer();
                                  EXPECT_FALSE(mainWindow().cmdDelete->isEnabled());

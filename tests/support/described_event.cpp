@@ -29,6 +29,8 @@ const char* keywordOf(poplib::CommandKind kind) {
         return "STAT";
     case CommandKind::List:
         return "LIST";
+    case CommandKind::ListAll:
+        return "LIST (all)";
     case CommandKind::Uidl:
         return "UIDL";
     case CommandKind::Top:
