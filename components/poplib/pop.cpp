@@ -156,6 +156,8 @@ void POP::connect(const transport::ServerName& server) {
     if (outcome != transport::Outcome::Done) {
         throw RuntimeError(numberOf(outcome));
     }
+    // The session before may have ended over a reply that was due soon.
+    deadlineIsFixed_ = false;
     renewDeadline();
 }
 

@@ -161,6 +161,12 @@ class POP : private Exchange {
      */
     std::vector<std::int16_t> messagesToFetchLater() const;
 
+    /** Takes every server for one that can do what it offers again. */
+    void forgetTrouble() noexcept {
+        serverWithoutCapabilities_.reset();
+        serverWithoutPipelining_.reset();
+    }
+
     /** False when memory ran out for the message listed last: some of its events were not raised. */
     bool lastMessageFitted() const noexcept { return listed_.lastMessageFitted(); }
 
