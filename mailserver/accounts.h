@@ -30,4 +30,10 @@ inline Accounts anyUserWith(std::string_view password) {
             [wanted](std::string_view /*user*/) { return std::optional(wanted); }};
 }
 
+/** One user is known. */
+inline Accounts only(const std::string& user, const std::string& password) {
+    return {[=](std::string_view name, std::string_view given) { return name == user && given == password; },
+            [=](std::string_view name) { return name == user ? std::optional(password) : std::nullopt; }};
+}
+
 } // namespace mailserver

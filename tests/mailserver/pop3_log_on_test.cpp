@@ -9,7 +9,6 @@
 
 namespace {
 
-using mailserver::Accounts;
 using mailserver::Mailbox;
 using mailserver::Pop3Conversation;
 using mailserver::Pop3Features;
@@ -26,11 +25,8 @@ class Pop3LogOnTest : public testing::Test {
   protected:
     /** A server with these features, where tim has the password tanstaaftanstaaf. */
     std::unique_ptr<Pop3Conversation> offering(Pop3Features features) {
-        const std::string password = "tanstaaftanstaaf";
-        Accounts accounts{
-            [=](std::string_view user, std::string_view given) { return user == "tim" && given == password; },
-            [=](std::string_view user) { return user == "tim" ? std::optional(password) : std::nullopt; }};
-        return std::make_unique<Pop3Conversation>(mailbox, std::move(accounts), std::move(features));
+        return std::make_unique<Pop3Conversation>(mailbox, mailserver::only("tim", "tanstaaftanstaaf"),
+                                                  std::move(features));
     }
 
     Mailbox mailbox;
@@ -139,13 +135,8 @@ TEST_F(Pop3LogOnTest, AResponseMayBeLongerThanACommand) {
 }
 
 TEST_F(Pop3LogOnTest, ApopIsTheOneOfItsRfc) {
-    const auto accounts = [](std::string_view user) {
-        return user == "mrose" ? std::optional<std::string>("tanstaaf") : std::nullopt;
-    };
-    Pop3Conversation server(
-        mailbox,
-        Accounts{[](std::string_view /*user*/, std::string_view /*password*/) { return false; }, accounts},
-        {.timestamp = "<1896.697170952@dbc.mtview.ca.us>"});
+    Pop3Conversation server(mailbox, mailserver::only("mrose", "tanstaaf"),
+                            {.timestamp = "<1896.697170952@dbc.mtview.ca.us>"});
     EXPECT_EQ(server.greeting(), "+OK ready <1896.697170952@dbc.mtview.ca.us>\r\n");
     EXPECT_EQ(server.receive("APOP mrose c4c9334bac560ecc979e58001b3e22fc\r\n"),
               "-ERR [AUTH] wrong name or password\r\n");

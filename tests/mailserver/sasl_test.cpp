@@ -23,17 +23,12 @@ namespace {
 
 using mailserver::Accounts;
 using mailserver::Digest;
+using mailserver::only;
 using mailserver::SaslDialogue;
 using mailserver::SaslMechanism;
 using mailserver::SaslSettings;
 using Answer = SaslMechanism::Answer;
 using Outcome = SaslMechanism::Outcome;
-
-/** Knows one user. */
-Accounts only(const std::string& user, const std::string& password) {
-    return {[=](std::string_view name, std::string_view given) { return name == user && given == password; },
-            [=](std::string_view name) { return name == user ? std::optional(password) : std::nullopt; }};
-}
 
 Answer challenge(const std::string& text) {
     return {Outcome::Challenge, text};

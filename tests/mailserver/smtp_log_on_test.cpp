@@ -26,18 +26,13 @@ class SmtpLogOnTest : public testing::Test {
   protected:
     /** A server with these features, where tim has the password tanstaaftanstaaf. */
     std::unique_ptr<SmtpConversation> offering(SmtpFeatures features) {
-        const std::string password = "tanstaaftanstaaf";
-        return std::make_unique<SmtpConversation>(mailserver::SmtpService{
-            "mail.example.org",
-            [this](IncomingMessage message) {
-                taken.push_back(std::move(message));
-                return true;
-            },
-            std::move(features),
-            {[=](std::string_view user, std::string_view given) {
-                 return user == "tim" && given == password;
-             },
-             [=](std::string_view user) { return user == "tim" ? std::optional(password) : std::nullopt; }}});
+        return std::make_unique<SmtpConversation>(
+            mailserver::SmtpService{"mail.example.org",
+                                    [this](IncomingMessage message) {
+                                        taken.push_back(std::move(message));
+                                        return true;
+                                    },
+                                    std::move(features), mailserver::only("tim", "tanstaaftanstaaf")});
     }
 
     static std::string send(SmtpConversation& server, std::string_view line) {
