@@ -1,15 +1,16 @@
 # Functions that ./run and tools/tour share: the folder that the program is started in, and the demo server.
 # To be sourced; needs "set -euo pipefail" and the current directory at the root of the sources.
 
-# start_demo_server <build folder>: sets pop_port and smtp_port. The server ends with this shell, however that
-# ends, because its standard input closes then.
+# start_demo_server <build folder> [<option>...]: sets pop_port and smtp_port, and with an option for encryption
+# pops_port and smtps_port too. The server ends with this shell, however that ends, because its standard input
+# closes then.
 start_demo_server() {
     coproc demo_server {
-        exec "$1/demo/brindlewake_demo_server" --mail demo/mailbox --until-stdin-closes
+        exec "$1/demo/brindlewake_demo_server" --mail demo/mailbox --until-stdin-closes "${@:2}"
     }
     # Kept under a name of its own: the shell forgets the other one as soon as the server has ended.
     demo_server_pid=$demo_server_PID
-    if ! read -r -t 20 _ pop_port _ smtp_port <&"${demo_server[0]}"; then
+    if ! read -r -t 20 _ pop_port _ smtp_port _ pops_port _ smtps_port <&"${demo_server[0]}"; then
         echo "The demo server did not start." >&2
         return 1
     fi

@@ -2,13 +2,36 @@
 
 #include "mailserver/conversation.h"
 
+#include <QSslConfiguration>
 #include <QTcpServer>
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace demo {
+
+/** How a listener encrypts. */
+struct Tls {
+    QSslConfiguration configuration;
+    /** From the first byte on; otherwise when a conversation wants it. */
+    bool fromTheStart = false;
+};
+
+/** A server whose sockets can be encrypted, if it has TLS. */
+class SocketServer : public QTcpServer {
+  public:
+    explicit SocketServer(std::optional<Tls> tls) : tls_(std::move(tls)) {}
+
+    const std::optional<Tls>& tls() const noexcept { return tls_; }
+
+  protected:
+    void incomingConnection(qintptr descriptor) override;
+
+  private:
+    std::optional<Tls> tls_;
+};
 
 /** Listens on the loopback address and holds one conversation with each client. */
 class Listener {
@@ -20,7 +43,8 @@ class Listener {
 
     using MakeConversation = std::function<std::unique_ptr<mailserver::Conversation>()>;
 
-    explicit Listener(MakeConversation makeConversation);
+    /** Without TLS no conversation may want encryption. */
+    explicit Listener(MakeConversation makeConversation, std::optional<Tls> tls = std::nullopt);
 
     /** Starts listening on 127.0.0.1; port 0 means any free one. False when it cannot. */
     bool start(std::uint16_t port) { return server_.listen(QHostAddress::LocalHost, port); }
@@ -33,7 +57,7 @@ class Listener {
     void converse();
 
     MakeConversation makeConversation_;
-    QTcpServer server_;
+    SocketServer server_;
 };
 
 } // namespace demo

@@ -8,6 +8,10 @@ namespace mailserver {
 /**
  * The server's side of one connection without any network: the client's bytes go in, the server's come out.
  * How the network has cut the bytes into pieces changes nothing.
+ *
+ * Nor does it know how to encrypt. Whoever carries the bytes looks at wantsEncryption() behind every answer,
+ * and where that is so, sends the answer, begins TLS, calls encrypted() and goes on. Where TLS comes from the
+ * first byte on, encrypted() is called before the greeting.
  */
 class Conversation {
   public:
@@ -24,6 +28,18 @@ class Conversation {
 
     /** True once the connection is to be closed, after the last answer has been sent. */
     virtual bool isOver() const = 0;
+
+    /**
+     * True from the answer that invites the client to begin TLS to encrypted(). What has come in clear behind
+     * the invitation, or still comes, is thrown away (RFC 3207 section 5).
+     */
+    virtual bool wantsEncryption() const { return false; }
+
+    /** TLS has begun: what the client has said before is forgotten. */
+    virtual void encrypted() {}
 };
+
+/** How far a conversation is on its way to encryption. */
+enum class Encryption { None, Invited, Begun };
 
 } // namespace mailserver

@@ -11,10 +11,6 @@ namespace mailserver {
 namespace {
 
 constexpr std::string_view kNoSuchMessage = "-ERR there is no such message\r\n";
-constexpr std::string_view kCapabilities =
-    "+OK this server can\r\n"
-    "USER\r\nTOP\r\nUIDL\r\nPIPELINING\r\nRESP-CODES\r\nAUTH-RESP-CODE\r\n"
-    ".\r\n";
 
 std::optional<std::size_t> numberOf(std::string_view text) {
     std::size_t number = 0;
@@ -29,27 +25,45 @@ std::optional<std::size_t> numberOf(std::string_view text) {
 } // namespace
 
 std::string Pop3Conversation::greeting() const {
-    return "+OK ready\r\n";
+    const std::string& timestamp = logOn_.features().timestamp;
+    return timestamp.empty() ? "+OK ready\r\n" : "+OK ready " + timestamp + "\r\n";
 }
 
 std::string Pop3Conversation::receive(std::string_view bytes) {
     input_.append(bytes);
     std::string answers;
     std::string line;
-    while (!isOver()) {
-        const LineReader::Result result = input_.next(line, kMaximumCommandBytes);
+    while (!isOver() && !wantsEncryption()) {
+        const std::size_t maximumBytes =
+            logOn_.isInDialogue() ? SaslDialogue::kMaximumLineBytes : kMaximumCommandBytes;
+        const LineReader::Result result = input_.next(line, maximumBytes);
         if (result == LineReader::Result::Incomplete) {
-            break;
+            return answers;
         }
-        answers += result == LineReader::Result::Line ? answer(line) : "-ERR the line is too long\r\n";
+        if (result == LineReader::Result::Line) {
+            answers += answer(line);
+        } else {
+            logOn_.cancel();
+            answers += "-ERR the line is too long\r\n";
+        }
     }
+    input_ = {};
     return answers;
 }
 
+void Pop3Conversation::encrypted() {
+    encryption_ = Encryption::Begun;
+    input_ = {};
+    logOn_.encrypted();
+}
+
 std::string Pop3Conversation::answer(std::string_view line) {
+    if (logOn_.isInDialogue()) {
+        return enter(logOn_.goOn(line));
+    }
     const auto [command, argument] = splitCommand(line);
     if (command == "CAPA") {
-        return std::string(kCapabilities);
+        return capabilities();
     }
     if (command == "QUIT") {
         return logOff();
@@ -58,15 +72,36 @@ std::string Pop3Conversation::answer(std::string_view line) {
                                           : answerAfterLogOn(command, argument);
 }
 
+std::string Pop3Conversation::capabilities() const {
+    const Pop3Features& features = logOn_.features();
+    std::string lines = "+OK this server can\r\n" + logOn_.userCapability() +
+                        "TOP\r\nUIDL\r\nPIPELINING\r\nRESP-CODES\r\nAUTH-RESP-CODE\r\n";
+    if (features.stls && encryption_ == Encryption::None) {
+        lines += "STLS\r\n";
+    }
+    lines += logOn_.saslCapability();
+    if (features.utf8) {
+        lines += "UTF8\r\n";
+    }
+    return lines + ".\r\n";
+}
+
 std::string Pop3Conversation::answerBeforeLogOn(const std::string& command, std::string_view argument) {
-    if (command == "USER") {
-        user_ = argument;
-        return user_.empty() ? "-ERR a user name is needed\r\n" : "+OK the password, please\r\n";
+    if (command == "STLS" && logOn_.features().stls) {
+        return inviteEncryption();
     }
-    if (command == "PASS") {
-        return logOn(argument);
+    if (command == "UTF8" && logOn_.features().utf8) {
+        return "+OK texts are UTF-8 from here on\r\n";
     }
-    return "-ERR not known before log-on\r\n";
+    return enter(logOn_.answer(command, argument).value_or("-ERR not known before log-on\r\n"));
+}
+
+std::string Pop3Conversation::inviteEncryption() {
+    if (encryption_ == Encryption::Begun) {
+        return "-ERR this is encrypted already\r\n";
+    }
+    encryption_ = Encryption::Invited;
+    return "+OK begin TLS\r\n";
 }
 
 std::string Pop3Conversation::answerAfterLogOn(const std::string& command, std::string_view argument) {
@@ -97,19 +132,15 @@ std::string Pop3Conversation::answerAfterLogOn(const std::string& command, std::
     return "-ERR not known\r\n";
 }
 
-std::string Pop3Conversation::logOn(std::string_view password) {
-    const std::string user = std::exchange(user_, {});
-    if (user.empty()) {
-        return "-ERR the user name comes first\r\n";
+/** Opens the mailbox where the log-on has succeeded with this answer. */
+std::string Pop3Conversation::enter(std::string answer) {
+    if (logOn_.isAdmitted()) {
+        for (const MessagePointer& message : mailbox_.messages()) {
+            entries_.push_back({message});
+        }
+        state_ = State::Transaction;
     }
-    if (!admits_(user, password)) {
-        return "-ERR [AUTH] wrong name or password\r\n";
-    }
-    for (const MessagePointer& message : mailbox_.messages()) {
-        entries_.push_back({message});
-    }
-    state_ = State::Transaction;
-    return "+OK welcome\r\n";
+    return answer;
 }
 
 std::string Pop3Conversation::statistics() const {

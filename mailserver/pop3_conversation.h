@@ -3,9 +3,9 @@
 #include "mailserver/conversation.h"
 #include "mailserver/line_reader.h"
 #include "mailserver/mailbox.h"
+#include "mailserver/pop3_log_on.h"
 
 #include <cstddef>
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,31 +14,31 @@
 
 namespace mailserver {
 
-/** Whether the server lets this user in with this password. */
-using Admission = std::function<bool(std::string_view user, std::string_view password)>;
-
 /**
- * The server's side of one POP3 session (RFC 1939), with TOP, UIDL, CAPA and PIPELINING. A session sees the
- * mailbox as it was at log-on; deletions take effect with QUIT.
+ * The server's side of one POP3 session (RFC 1939), with TOP, UIDL, CAPA and PIPELINING, and what the
+ * features add. A session sees the mailbox as it was at log-on; deletions take effect with QUIT.
  */
 class Pop3Conversation : public Conversation {
   public:
-    /** What lets any user in, unless there is another rule. */
-    static constexpr std::string_view kPassword = "demo";
     /** Longest command line, in bytes without its end (RFC 2449 section 4). */
     static constexpr std::size_t kMaximumCommandBytes = 253;
 
-    Pop3Conversation(Mailbox& mailbox, Admission admits) : mailbox_(mailbox), admits_(std::move(admits)) {}
+    Pop3Conversation(Mailbox& mailbox, Accounts accounts, Pop3Features features = {})
+        : mailbox_(mailbox), logOn_(std::move(accounts), std::move(features)) {}
 
-    explicit Pop3Conversation(Mailbox& mailbox)
-        : Pop3Conversation(mailbox, [](std::string_view /*user*/, std::string_view password) {
-              return password == kPassword;
-          }) {}
+    Pop3Conversation(Mailbox& mailbox, Admission admits)
+        : Pop3Conversation(mailbox, Accounts{std::move(admits)}) {}
+
+    explicit Pop3Conversation(Mailbox& mailbox) : Pop3Conversation(mailbox, anyUserWith(kDemoPassword)) {}
 
     std::string greeting() const override;
     std::string receive(std::string_view bytes) override;
 
     bool isOver() const override { return state_ == State::Over; }
+
+    bool wantsEncryption() const override { return encryption_ == Encryption::Invited; }
+
+    void encrypted() override;
 
   private:
     enum class State { Authorization, Transaction, Over };
@@ -52,7 +52,9 @@ class Pop3Conversation : public Conversation {
     std::string answerBeforeLogOn(const std::string& command, std::string_view argument);
     std::string answerAfterLogOn(const std::string& command, std::string_view argument);
 
-    std::string logOn(std::string_view password);
+    std::string capabilities() const;
+    std::string inviteEncryption();
+    std::string enter(std::string answer);
     std::string statistics() const;
     template <class Describe>
     std::string listing(std::string_view argument, const Describe& describe) const;
@@ -66,10 +68,10 @@ class Pop3Conversation : public Conversation {
     std::optional<std::size_t> indexOf(std::string_view number) const;
 
     Mailbox& mailbox_;
-    Admission admits_;
+    Pop3LogOn logOn_;
     LineReader input_;
     State state_ = State::Authorization;
-    std::string user_;
+    Encryption encryption_ = Encryption::None;
     std::vector<Entry> entries_;
 };
 

@@ -13,6 +13,7 @@ namespace mailserver {
 namespace {
 
 constexpr std::string_view kOutOfOrder = "503 5.5.1 not now\r\n";
+constexpr std::string_view kEncryptionFirst = "530 5.7.0 STARTTLS comes first\r\n";
 constexpr std::string_view kTooLarge = "552 5.3.4 the message is too large\r\n";
 
 bool isVisible(std::string_view text) {
@@ -63,7 +64,7 @@ std::string SmtpConversation::receive(std::string_view bytes) {
     std::string answers;
     std::string line;
     std::string behindData;
-    while (!isOver()) {
+    while (!isOver() && !wantsEncryption()) {
         if (isInText()) {
             bytes = text_.take(bytes);
             if (!text_.isComplete()) {
@@ -74,24 +75,64 @@ std::string SmtpConversation::receive(std::string_view bytes) {
         }
         input_.append(bytes);
         bytes = {};
-        const LineReader::Result result = input_.next(line, kMaximumCommandBytes);
+        const std::size_t maximumBytes =
+            logOn_.isInDialogue() ? SaslDialogue::kMaximumLineBytes : kMaximumCommandBytes;
+        const LineReader::Result result = input_.next(line, maximumBytes);
         if (result == LineReader::Result::Incomplete) {
             break;
         }
-        answers += result == LineReader::Result::Line ? answer(line) : "500 5.5.2 the line is too long\r\n";
+        if (result == LineReader::Result::Line) {
+            answers += answer(line);
+        } else {
+            logOn_.cancel();
+            answers += "500 5.5.2 the line is too long\r\n";
+        }
         if (isInText()) {
             behindData = input_.takeRest();
             bytes = behindData;
         }
     }
+    if (wantsEncryption()) {
+        input_ = {};
+    }
     return answers;
 }
 
+void SmtpConversation::encrypted() {
+    forgetMessage();
+    encryption_ = Encryption::Begun;
+    state_ = State::Hello;
+    clientName_.clear();
+    extended_ = false;
+    input_ = {};
+    logOn_.encrypted();
+}
+
 std::string SmtpConversation::answer(std::string_view line) {
+    if (logOn_.isInDialogue()) {
+        return logOn_.goOn(line);
+    }
     const auto [command, argument] = splitCommand(line);
     if (command == "EHLO" || command == "HELO") {
         return hello(command, argument);
     }
+    if (command == "STARTTLS" && service_.features.startTls) {
+        return inviteEncryption(argument);
+    }
+    if (command == "AUTH" && !service_.features.mechanisms.empty()) {
+        return logOn(argument);
+    }
+    if (command == "NOOP") {
+        return "250 2.0.0 done\r\n";
+    }
+    if (command == "QUIT") {
+        state_ = State::Over;
+        return "221 2.0.0 good-bye\r\n";
+    }
+    return answerToMail(command, argument);
+}
+
+std::string SmtpConversation::answerToMail(const std::string& command, std::string_view argument) {
     if (command == "MAIL") {
         return sender(argument);
     }
@@ -104,13 +145,6 @@ std::string SmtpConversation::answer(std::string_view line) {
     if (command == "RSET") {
         forgetMessage();
         return "250 2.0.0 forgotten\r\n";
-    }
-    if (command == "NOOP") {
-        return "250 2.0.0 done\r\n";
-    }
-    if (command == "QUIT") {
-        state_ = State::Over;
-        return "221 2.0.0 good-bye\r\n";
     }
     return "500 5.5.1 not known\r\n";
 }
@@ -126,13 +160,54 @@ std::string SmtpConversation::hello(const std::string& command, std::string_view
     if (!extended_) {
         return "250 " + service_.hostName + "\r\n";
     }
-    return "250-" + service_.hostName + "\r\n250-SIZE " + std::to_string(Mailbox::kMaximumMessageBytes) +
-           "\r\n250-8BITMIME\r\n250-ENHANCEDSTATUSCODES\r\n250 PIPELINING\r\n";
+    return capabilities();
+}
+
+std::string SmtpConversation::capabilities() const {
+    std::string lines = "250-" + service_.hostName + "\r\n250-SIZE " +
+                        std::to_string(Mailbox::kMaximumMessageBytes) +
+                        "\r\n250-8BITMIME\r\n250-ENHANCEDSTATUSCODES\r\n";
+    if (service_.features.startTls && encryption_ == Encryption::None) {
+        lines += "250-STARTTLS\r\n";
+    }
+    for (const std::string& capability : logOn_.capabilities()) {
+        lines += "250-" + capability + "\r\n";
+    }
+    return lines + "250 PIPELINING\r\n";
+}
+
+std::string SmtpConversation::inviteEncryption(std::string_view argument) {
+    if (!argument.empty()) {
+        return "501 5.5.4 nothing stands behind STARTTLS\r\n";
+    }
+    if (encryption_ == Encryption::Begun) {
+        return "503 5.5.1 this is encrypted already\r\n";
+    }
+    encryption_ = Encryption::Invited;
+    return "220 2.0.0 begin TLS\r\n";
+}
+
+std::string SmtpConversation::logOn(std::string_view argument) {
+    if (lacksEncryption()) {
+        return std::string(kEncryptionFirst);
+    }
+    return state_ == State::Sender && extended_ ? logOn_.begin(argument) : std::string(kOutOfOrder);
+}
+
+/** True when nothing but STARTTLS leads on. */
+bool SmtpConversation::lacksEncryption() const {
+    return service_.features.demandsEncryption && encryption_ == Encryption::None;
 }
 
 std::string SmtpConversation::sender(std::string_view argument) {
     if (state_ != State::Sender) {
         return std::string(kOutOfOrder);
+    }
+    if (lacksEncryption()) {
+        return std::string(kEncryptionFirst);
+    }
+    if (service_.features.demandsLogOn && !logOn_.isAdmitted()) {
+        return "530 5.7.0 log on first\r\n";
     }
     if (!pathOf(argument, "FROM:")) {
         return "501 5.1.7 that is no sender\r\n";
@@ -178,7 +253,8 @@ std::string SmtpConversation::startText() {
 std::string SmtpConversation::endText() {
     const bool tooLarge = text_.isTooLarge();
     const bool taken =
-        tooLarge || service_.take({clientName_, extended_, std::move(recipients_), text_.takeLines()});
+        tooLarge || service_.take({clientName_, extended_, std::move(recipients_), text_.takeLines(),
+                                   encryption_ == Encryption::Begun, logOn_.isAdmitted()});
     forgetMessage();
     if (tooLarge) {
         return std::string(kTooLarge);

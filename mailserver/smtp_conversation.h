@@ -3,6 +3,7 @@
 #include "mailserver/conversation.h"
 #include "mailserver/incoming_text.h"
 #include "mailserver/line_reader.h"
+#include "mailserver/smtp_log_on.h"
 #include "mailserver/smtp_service.h"
 
 #include <cstddef>
@@ -14,8 +15,8 @@
 namespace mailserver {
 
 /**
- * The server's side of one SMTP session (RFC 5321), with SIZE, 8BITMIME, ENHANCEDSTATUSCODES and PIPELINING.
- * Every well-formed recipient is accepted.
+ * The server's side of one SMTP session (RFC 5321), with SIZE, 8BITMIME, ENHANCEDSTATUSCODES and PIPELINING,
+ * and what the service's features add. Every well-formed recipient is accepted.
  */
 class SmtpConversation : public Conversation {
   public:
@@ -24,7 +25,8 @@ class SmtpConversation : public Conversation {
     /** Recipients of one message (RFC 5321 section 4.5.3.1.8). */
     static constexpr std::size_t kMaximumRecipients = 100;
 
-    explicit SmtpConversation(SmtpService service) : service_(std::move(service)) {}
+    explicit SmtpConversation(const SmtpService& service)
+        : service_(service), logOn_(service.accounts, service.features) {}
 
     explicit SmtpConversation(Mailbox& mailbox) : SmtpConversation(deliveryInto(mailbox)) {}
 
@@ -33,6 +35,10 @@ class SmtpConversation : public Conversation {
 
     bool isOver() const override { return state_ == State::Over; }
 
+    bool wantsEncryption() const override { return encryption_ == Encryption::Invited; }
+
+    void encrypted() override;
+
     /** True between the invitation to send a message's text and the end of it. */
     bool isInText() const { return state_ == State::Text; }
 
@@ -40,7 +46,12 @@ class SmtpConversation : public Conversation {
     enum class State { Hello, Sender, Recipients, Text, Over };
 
     std::string answer(std::string_view line);
+    std::string answerToMail(const std::string& command, std::string_view argument);
     std::string hello(const std::string& command, std::string_view name);
+    std::string capabilities() const;
+    std::string inviteEncryption(std::string_view argument);
+    std::string logOn(std::string_view argument);
+    bool lacksEncryption() const;
     std::string sender(std::string_view argument);
     std::string recipient(std::string_view argument);
     std::string startText();
@@ -48,6 +59,8 @@ class SmtpConversation : public Conversation {
     void forgetMessage();
 
     SmtpService service_;
+    SmtpLogOn logOn_;
+    Encryption encryption_ = Encryption::None;
     LineReader input_;
     State state_ = State::Hello;
     std::string clientName_;

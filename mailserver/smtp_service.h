@@ -1,6 +1,8 @@
 #pragma once
 
+#include "mailserver/accounts.h"
 #include "mailserver/mailbox.h"
+#include "mailserver/smtp_log_on.h"
 
 #include <functional>
 #include <string>
@@ -18,6 +20,9 @@ struct IncomingMessage {
     std::vector<std::string> recipients;
     /** The lines as they came, dots still doubled. */
     std::string lines;
+    bool encrypted = false;
+    /** The client has logged on. */
+    bool loggedOn = false;
 };
 
 /** What one SMTP server does otherwise than another. */
@@ -25,6 +30,8 @@ struct SmtpService {
     std::string hostName;
     /** Takes a message upon itself; false when there is no room for it. */
     std::function<bool(IncomingMessage message)> take;
+    SmtpFeatures features = {};
+    Accounts accounts = anyUserWith(kDemoPassword);
 };
 
 /** The domain whose mail is not dropped. */
@@ -34,6 +41,6 @@ inline constexpr std::string_view kLocalDomain = "example.org";
  * The service that puts a message into the mailbox when one of its recipients is at kLocalDomain, below the
  * trace line that every server adds on top (RFC 5321 section 4.4), and drops any other: nothing is sent on.
  */
-SmtpService deliveryInto(Mailbox& mailbox);
+SmtpService deliveryInto(Mailbox& mailbox, SmtpFeatures features = {});
 
 } // namespace mailserver

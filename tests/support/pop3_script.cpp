@@ -1,7 +1,6 @@
 #include "tests/support/pop3_script.h"
 
 #include "mailserver/mail_text.h"
-#include "mailserver/pop3_conversation.h"
 
 #include <mutex>
 #include <optional>
@@ -12,7 +11,8 @@ namespace support {
 struct Pop3Mailbox::State {
     std::mutex mutex;
     mailserver::Mailbox mailbox;
-    std::optional<std::pair<std::string, std::string>> allowed;
+    mailserver::Pop3Features features;
+    mailserver::Accounts accounts = anybody();
 };
 
 namespace {
@@ -33,9 +33,15 @@ Pop3Mailbox::Pop3Mailbox(std::vector<std::string> messages) : state_(std::make_s
     }
 }
 
-Pop3Mailbox& Pop3Mailbox::allowOnly(std::string user, std::string password) {
+Pop3Mailbox& Pop3Mailbox::offers(mailserver::Pop3Features features) {
     const std::scoped_lock lock(state_->mutex);
-    state_->allowed = {std::move(user), std::move(password)};
+    state_->features = std::move(features);
+    return *this;
+}
+
+Pop3Mailbox& Pop3Mailbox::allowOnly(const std::string& user, const std::string& password) {
+    const std::scoped_lock lock(state_->mutex);
+    state_->accounts = mailserver::only(user, password);
     return *this;
 }
 
@@ -62,10 +68,9 @@ std::vector<std::string> Pop3Mailbox::messages() const {
 }
 
 void Pop3Mailbox::operator()(Peer& peer) const {
-    mailserver::Pop3Conversation conversation(state_->mailbox, [this](std::string_view user,
-                                                                      std::string_view password) {
-        return !state_->allowed || *state_->allowed == std::pair<std::string, std::string>(user, password);
-    });
+    std::unique_lock lock(state_->mutex);
+    mailserver::Pop3Conversation conversation(state_->mailbox, state_->accounts, state_->features);
+    lock.unlock();
     converse(peer, conversation, answers(), understand, state_->mutex);
 }
 

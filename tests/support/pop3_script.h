@@ -7,9 +7,14 @@
 //     mailbox.on("RETR", [](Peer& peer) { peer.reset(); });    // or anything else
 //     ScriptedServer server(mailbox);
 //
+// It offers no encryption and no log-on but USER and PASS until it is told:
+//
+//     mailbox.offers({.stls = true, .mechanisms = {"SCRAM-SHA-256"}}).encryptsWith(TlsIdentity(...));
+//
 // The mailbox is a handle: copies share one state, so the test can go on using its own while the server runs
 // (deliver new mail between two sessions, look at what is left after a deletion, take an answer back).
 
+#include "mailserver/pop3_conversation.h"
 #include "tests/support/scripted_answers.h"
 #include "tests/support/scripted_server.h"
 
@@ -32,8 +37,14 @@ class Pop3Mailbox : public WithScriptedAnswers<Pop3Mailbox> {
     /** The messages as they are stored: lines end in CR LF, no dot is stuffed. */
     explicit Pop3Mailbox(std::vector<std::string> messages = {});
 
-    /** Only these are let in; without it, everybody is. */
-    Pop3Mailbox& allowOnly(std::string user, std::string password);
+    /** From the next connection on. */
+    Pop3Mailbox& offers(mailserver::Pop3Features features);
+
+    /**
+     * Only these are let in; without it, everybody is, and ways to log on that hide the password want
+     * mailserver::kDemoPassword.
+     */
+    Pop3Mailbox& allowOnly(const std::string& user, const std::string& password);
 
     /** Puts a message at the end; a session that has begun does not see it (RFC 1939 section 3). */
     Pop3Mailbox& deliver(std::string message);
