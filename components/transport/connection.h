@@ -111,7 +111,6 @@ class Connection {
     template <class Condition>
     Outcome waitUntil(const Condition& condition, QDeadlineTimer deadline);
     Outcome waitUntilOpen(QDeadlineTimer deadline);
-    Outcome openEncrypted(QDeadlineTimer deadline);
 
     ServerName server_;
     std::unique_ptr<Stream> stream_;
