@@ -7,6 +7,10 @@
 
 void frmAbout::Form_Load() {
     lblProduct->setText(QStringLiteral("Brindlewake " BRINDLEWAKE_VERSION));
+    showProtections();
+}
+
+void frmAbout::showProtections() {
     lblPOPServer->setText(QStringLiteral("Mail server (POP3): ") +
                           email::inWords(email::protections.POPServer));
     lblSMTPServer->setText(QStringLiteral("Mail server (SMTP): ") +

@@ -99,5 +99,7 @@ void frmMain::cmdExit_Click() {
 }
 
 void frmMain::mnuHelp_Click() {
+    // The window was loaded when the program started, before any connection.
+    aboutWindow().showProtections();
     aboutWindow().bringUp();
 }

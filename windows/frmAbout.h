@@ -14,6 +14,8 @@ class frmAbout : public Form {
     void Form_Load() override;
     void Form_Unload() override;
     void cmdOkAbout_Click();
+    /** Says how the last connections to the two servers were protected. */
+    void showProtections();
 
     QLabel* lblProduct;
     QLabel* lblDevelopedBy;

@@ -1,3 +1,4 @@
+#include "email/protections.h"
 #include "email/shared_settings.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
@@ -323,6 +324,24 @@ TEST_F(StartUp, TheAboutWindowComesFromTheHelpMenuAndGoesWithItsButton) {
     EXPECT_FALSE(aboutWindow().isVisible());
     EXPECT_TRUE(mainWindow().isVisible());
     EXPECT_EQ(programEnds, 0);
+}
+
+TEST_F(StartUp, TheAboutWindowTellsHowTheLastConnectionsWereProtected) {
+    writeSettingsText(settingsText());
+    startUp();
+    mainWindow().mnuHelp->trigger();
+    EXPECT_EQ(aboutWindow().lblPOPServer->text(), QStringLiteral("Mail server (POP3): not connected yet"));
+    EXPECT_EQ(aboutWindow().lblSMTPServer->text(), QStringLiteral("Mail server (SMTP): not connected yet"));
+    email::protections.POPServer = {QStringLiteral("TLS 1.3"), true};
+    email::protections.SMTPServer = {QStringLiteral("TLS 1.2"), false};
+    mainWindow().mnuHelp->trigger();
+    EXPECT_EQ(aboutWindow().lblPOPServer->text(),
+              QStringLiteral("Mail server (POP3): encrypted, certificate valid (TLS 1.3)"));
+    EXPECT_EQ(aboutWindow().lblSMTPServer->text(),
+              QStringLiteral("Mail server (SMTP): encrypted, server not verified (TLS 1.2)"));
+    email::protections.SMTPServer = transport::Protection();
+    mainWindow().mnuHelp->trigger();
+    EXPECT_EQ(aboutWindow().lblSMTPServer->text(), QStringLiteral("Mail server (SMTP): not encrypted"));
 }
 
 TEST_F(StartUp, CaptionsAreAsPeopleKnowThem) {

@@ -1,6 +1,7 @@
 #include "tests/support/dovecot_server.h"
 
 #include "tests/support/loopback.h"
+#include "tests/support/occurrences.h"
 #include "tests/support/places.h"
 
 #include <QDeadlineTimer>
@@ -10,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fcntl.h>
 #include <grp.h>
 #include <map>
@@ -21,6 +23,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace support {
 
@@ -30,6 +33,7 @@ constexpr const char* kPop3Program = "/usr/lib/dovecot/pop3";
 /** The superuser's mail folder belongs to nobody, because Dovecot reads no mail as the superuser. */
 constexpr uid_t kNobody = 65534;
 constexpr std::chrono::seconds kStartTime{20};
+constexpr std::chrono::seconds kLogTime{20};
 
 bool isSuperuser() {
     return geteuid() == 0;
@@ -41,6 +45,12 @@ std::filesystem::path parentFolder() {
     const std::string build = buildFolder();
     const bool usable = build.size() <= 64 && build.find(' ') == std::string_view::npos;
     return usable ? std::filesystem::path(build) : std::filesystem::temp_directory_path();
+}
+
+/** How many connections have ended without a log-on, or with one, as the log says. */
+std::size_t endedConnections(const std::string& log) {
+    return occurrences(log, "pop3-login: Info: Login: ") +
+           occurrences(log, "pop3-login: Info: Disconnected: ");
 }
 
 /** The child's side of the start: becomes Dovecot, bound to the life of the test. */
@@ -67,11 +77,16 @@ std::string DovecotServer::whyUnavailable() {
     return {};
 }
 
-DovecotServer::DovecotServer(const Account& account) : folder_(parentFolder()) {
+DovecotServer::DovecotServer(const Account& account) : DovecotServer(Options{.account = account}) {}
+
+DovecotServer::DovecotServer(Options options) : options_(std::move(options)), folder_(parentFolder()) {
     makeMailFolder();
-    // Somebody else may take the free port before Dovecot does.
+    if (options_.certificate) {
+        mailserver::writeTo(folder_.path(), "certificate", *options_.certificate);
+    }
+    // Somebody else may take a free port before Dovecot does.
     for (int attempt = 0; attempt < 3; ++attempt) {
-        if (start(account)) {
+        if (start()) {
             return;
         }
         stop();
@@ -92,20 +107,38 @@ void DovecotServer::makeMailFolder() const {
     }
 }
 
+std::string DovecotServer::host() const {
+    return options_.takesPasswordInClear ? "127.0.0.1" : "127.0.0.2";
+}
+
+std::string DovecotServer::encryption() const {
+    if (!options_.certificate) {
+        return "ssl = no\n";
+    }
+    const std::string certificate = folder_.path("certificate").string();
+    return "ssl = yes\nssl_cert = <" + certificate + ".pem\nssl_key = <" + certificate + ".key\n";
+}
+
 std::string DovecotServer::configuration() const {
     const std::string path = folder_.path().string();
     const std::string box = path + "/box";
+    const std::string disabled = options_.takesPasswordInClear ? "no" : "yes";
+    const std::string addresses = options_.takesPasswordInClear ? host() : "127.0.0.1 " + host();
     std::string text = "base_dir = " + path + "/run\nstate_dir = " + path + "/run\nlog_path = " + path +
                        "/log\n"
-                       "protocols = pop3\nlisten = 127.0.0.1\nssl = no\ndisable_plaintext_auth = no\n"
-                       "auth_mechanisms = plain\nauth_failure_delay = 0\nauth_username_chars =\n"
+                       "protocols = pop3\nlisten = 127.0.0.1\n" +
+                       encryption() + "disable_plaintext_auth = " + disabled +
+                       "\nauth_mechanisms = " + options_.mechanisms +
+                       "\nauth_failure_delay = 0\nauth_username_chars =\n"
                        "auth_username_format = %u\n"
                        "passdb {\n  driver = passwd-file\n  args = scheme=PLAIN username_format=%u " +
                        path +
                        "/users\n}\n"
-                       "service pop3-login {\n  inet_listener pop3 {\n    address = 127.0.0.1\n    port = " +
-                       std::to_string(port_) +
-                       "\n  }\n  inet_listener pop3s {\n    port = 0\n  }\n}\n"
+                       "service pop3-login {\n  inet_listener pop3 {\n    address = " +
+                       addresses + "\n    port = " + std::to_string(port_) +
+                       "\n  }\n  inet_listener pop3s {\n    address = " + addresses +
+                       "\n    ssl = yes\n    port = " + std::to_string(tlsPort_) +
+                       "\n  }\n}\n"
                        // Failed log-ons are not made to wait.
                        "service anvil {\n  unix_listener anvil-auth-penalty {\n    mode = 0\n  }\n}\n";
     if (isSuperuser()) {
@@ -128,10 +161,12 @@ std::string DovecotServer::configuration() const {
     return text;
 }
 
-bool DovecotServer::start(const Account& account) {
+bool DovecotServer::start() {
     port_ = freePort();
+    // 0 stands for no listener.
+    tlsPort_ = options_.certificate ? freePort() : std::uint16_t{0};
     std::filesystem::create_directory(folder_.path("run"));
-    folder_.write("users", account.user + ":{PLAIN}" + account.password + "\n");
+    folder_.write("users", options_.account.user + ":{PLAIN}" + options_.account.password + "\n");
     const std::string configurationPath = folder_.write("conf", configuration()).string();
     const std::string outputPath = folder_.path("output").string();
     const pid_t parent = getpid();
@@ -164,7 +199,11 @@ void DovecotServer::stop() {
 }
 
 QString DovecotServer::address() const {
-    return QStringLiteral("127.0.0.1:%1").arg(port_);
+    return QStringLiteral("%1:%2").arg(QString::fromStdString(host())).arg(port_);
+}
+
+QString DovecotServer::tlsAddress() const {
+    return QStringLiteral("%1:%2").arg(QString::fromStdString(host())).arg(tlsPort_);
 }
 
 void DovecotServer::deliver(std::string_view message) {
@@ -200,6 +239,25 @@ std::vector<std::string> DovecotServer::messages() const {
 
 std::string DovecotServer::log() const {
     return folder_.readWhatIsThere({"output", "log"});
+}
+
+std::size_t DovecotServer::refusedAttempts(std::size_t connections) const {
+    // The start has one of its own, to see the greeting.
+    const std::size_t ended = connections + 1;
+    const QDeadlineTimer deadline(kLogTime);
+    while (endedConnections(log()) < ended) {
+        if (deadline.hasExpired()) {
+            throw std::runtime_error("the connections do not end:\n" + log());
+        }
+        poll(nullptr, 0, 10); // between two looks
+    }
+    constexpr std::string_view failed = "(auth failed, ";
+    std::size_t attempts = 0;
+    const std::string text = log();
+    for (std::size_t at = text.find(failed); at != std::string::npos; at = text.find(failed, at + 1)) {
+        attempts += std::strtoul(text.c_str() + at + failed.size(), nullptr, 10);
+    }
+    return attempts;
 }
 
 } // namespace support

@@ -1,6 +1,7 @@
 #include "tests/support/exim_server.h"
 
 #include "tests/support/loopback.h"
+#include "tests/support/occurrences.h"
 
 #include <QDeadlineTimer>
 
@@ -50,12 +51,26 @@ bool openAs(int number, const char* folder) {
 /** The guard's side: a signal at the parent's death would not outlive the start of a program like Exim,
  * which may change its user. */
 [[noreturn]] void guardGroup(pid_t group, int pipeEnd) {
+    // Of all that the test has open it keeps this one: another guard's pipe, or a connection, would not end.
+    constexpr int kept = 3;
+    const bool isAlone = dup2(pipeEnd, kept) == kept && close_range(kept + 1, ~0U, 0) == 0;
     char nothing = 0;
-    while (read(pipeEnd, &nothing, 1) < 0) {
+    while (isAlone && read(kept, &nothing, 1) < 0) {
     }
     kill(-group, SIGKILL);
     kill(group, SIGKILL);
     _exit(0);
+}
+
+/** To the user that Exim becomes. */
+void giveAway(const std::filesystem::path& path) {
+    if (geteuid() == 0 && chown(path.c_str(), kNobody, kNobody) != 0) {
+        throw std::runtime_error("cannot give away " + path.string());
+    }
+}
+
+std::string pathOf(int descriptor) {
+    return "/proc/self/fd/" + std::to_string(descriptor);
 }
 
 std::size_t filesIn(const std::filesystem::path& folder, std::string_view ending = {}) {
@@ -72,15 +87,21 @@ std::string EximServer::whyUnavailable() {
     return access(kExecutable, X_OK) == 0 ? std::string() : "Exim is not installed on this computer.";
 }
 
-EximServer::EximServer(std::filesystem::path maildir) : maildir_(std::move(maildir)) {
+EximServer::EximServer(std::filesystem::path maildir) : EximServer(std::move(maildir), Options()) {}
+
+EximServer::EximServer(std::filesystem::path maildir, Options options)
+    : maildir_(std::move(maildir)), options_(std::move(options)) {
     for (const char* name : {"exim", "exim/spool"}) {
         std::filesystem::create_directory(folder_.path(name));
-        if (geteuid() == 0 && chown(folder_.path(name).c_str(), kNobody, kNobody) != 0) {
-            throw std::runtime_error("cannot give the spool away");
-        }
+        giveAway(folder_.path(name));
+    }
+    if (options_.certificate) {
+        const auto files = mailserver::writeTo(folder_.path("exim"), "certificate", *options_.certificate);
+        giveAway(files.chain);
+        giveAway(files.key);
     }
     messagesBefore_ = messagesInMaildir();
-    // Somebody else may take the free port before Exim does.
+    // Somebody else may take a free port before Exim does.
     for (int attempt = 0; attempt < 3; ++attempt) {
         if (start()) {
             return;
@@ -96,37 +117,18 @@ EximServer::~EximServer() {
 
 std::string EximServer::configuration() const {
     const bool superuser = geteuid() == 0;
-    const std::string user = std::to_string(superuser ? kNobody : geteuid());
-    const std::string group = std::to_string(superuser ? kNobody : getegid());
-    const std::string own = "/proc/self/fd/" + std::to_string(kOwnFolder);
-    return "spool_directory = " + own + "/spool\nlog_file_path = " + own + "/%slog\npid_file_path = " + own +
-           "/pid\nexim_user = " + user + "\nexim_group = " + group +
-           "\nlocal_interfaces = 127.0.0.1\ndaemon_smtp_ports = " + std::to_string(port_) +
-           "\nmessage_size_limit = " + std::to_string(kSizeLimit) +
-           "\nprimary_hostname = mail.example.org\nqualify_domain = example.org\n"
-           // Nothing of the computer around it: no name service, no environment, no full disk.
-           "disable_ipv6\ndaemon_startup_retries = 0\nhost_lookup =\nrfc1413_query_timeout = "
-           "0s\ntls_advertise_hosts =\n"
-           "keep_environment =\nnotifier_socket =\ncheck_spool_space = 0\ncheck_spool_inodes = 0\n"
-           "check_log_space = 0\ncheck_log_inodes = 0\n"
-           "acl_smtp_rcpt = recipient\n"
-           "begin acl\n"
-           "recipient:\n"
-           "  deny local_parts = nobody\n"
-           "       message = no such user here\n"
-           "  accept domains = example.org\n"
-           "  deny\n"
-           "begin routers\n"
-           "everybody:\n  driver = accept\n  transport = maildir\n"
-           "begin transports\n"
-           "maildir:\n  driver = appendfile\n  directory = /proc/self/fd/" +
-           std::to_string(kMaildir) +
-           "\n  maildir_format\n  create_directory = false\n  envelope_to_add\n  user = " + user +
-           "\n  group = " + group + "\n";
+    return eximConfiguration(options_, {.folder = pathOf(kOwnFolder),
+                                        .maildir = pathOf(kMaildir),
+                                        .user = std::to_string(superuser ? kNobody : geteuid()),
+                                        .group = std::to_string(superuser ? kNobody : getegid()),
+                                        .port = port_,
+                                        .tlsPort = tlsPort_,
+                                        .sizeLimit = kSizeLimit});
 }
 
 bool EximServer::start() {
     port_ = freePort();
+    tlsPort_ = freePort();
     folder_.write("exim/conf", configuration());
     const std::string ownFolder = folder_.path("exim").string();
     const std::string outputPath = folder_.path("output").string();
@@ -141,7 +143,6 @@ bool EximServer::start() {
     guardPipe_ = ends[1];
     guard_ = fork();
     if (guard_ == 0) {
-        close(ends[1]);
         guardGroup(process_, ends[0]);
     }
     close(ends[0]);
@@ -179,6 +180,10 @@ QString EximServer::address() const {
     return QStringLiteral("127.0.0.1:%1").arg(port_);
 }
 
+QString EximServer::tlsAddress() const {
+    return QStringLiteral("127.0.0.1:%1").arg(tlsPort_);
+}
+
 std::size_t EximServer::messagesInMaildir() const {
     return filesIn(maildir_ / "new") + filesIn(maildir_ / "cur");
 }
@@ -205,6 +210,10 @@ std::string EximServer::log() const {
         }
     }
     return text;
+}
+
+std::size_t EximServer::refusedAttempts() const {
+    return occurrences(folder_.readWhatIsThere({"exim/mainlog"}), " authenticator failed for ");
 }
 
 } // namespace support

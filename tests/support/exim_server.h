@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/exim_configuration.h"
 #include "tests/support/temporary_folder.h"
 
 #include <QString>
@@ -23,6 +24,8 @@ class EximServer {
   public:
     static constexpr std::int64_t kSizeLimit = 60LL << 20;
 
+    using Options = EximOptions;
+
     /** Why no server can be had on this computer, in a sentence to skip a test with; empty when one can. */
     static std::string whyUnavailable();
 
@@ -30,6 +33,8 @@ class EximServer {
      * Starts the server and returns when it greets. The Maildir is one that Dovecot serves.
      * \throws std::runtime_error, with its log, when it does not.
      */
+    EximServer(std::filesystem::path maildir, Options options);
+
     explicit EximServer(std::filesystem::path maildir);
 
     ~EximServer();
@@ -38,6 +43,9 @@ class EximServer {
 
     /** The server's name as the settings want it: "127.0.0.1:port". */
     QString address() const;
+
+    /** The same with the port where TLS is spoken from the first byte on. Needs a certificate. */
+    QString tlsAddress() const;
 
     /**
      * Waits until all mail that was taken has been delivered and that many messages have arrived in the
@@ -51,6 +59,9 @@ class EximServer {
     /** What the server has written to its logs. */
     std::string log() const;
 
+    /** How many attempts to log on have been refused in sessions that have ended, or gone on since. */
+    std::size_t refusedAttempts() const;
+
   private:
     bool start();
     void stop();
@@ -58,8 +69,10 @@ class EximServer {
     std::size_t messagesInMaildir() const;
 
     std::filesystem::path maildir_;
+    Options options_;
     TemporaryFolder folder_;
     std::uint16_t port_ = 0;
+    std::uint16_t tlsPort_ = 0;
     pid_t process_ = 0;
     /** Ends the server when the other end of its pipe, held by the test, is closed. */
     pid_t guard_ = 0;
