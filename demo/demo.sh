@@ -21,13 +21,14 @@ stop_demo_server() {
     wait "$demo_server_pid" 2>/dev/null || true
 }
 
-# settings_text: the settings file for the demo server, line by line as the setup window writes it.
+# settings_text: the settings file for the demo server, line by line as the setup window writes it. pop_server and
+# smtp_server name the servers otherwise than by their ports in clear.
 settings_text() {
     printf '%s\r\n' \
         "ShowSetup=yes" \
         "[MailServer Info]" \
-        "POPServer=127.0.0.1:$pop_port" \
-        "SMTPServer=127.0.0.1:$smtp_port" \
+        "POPServer=${pop_server-127.0.0.1:$pop_port}" \
+        "SMTPServer=${smtp_server-127.0.0.1:$smtp_port}" \
         "DomainName=example.org" \
         "[Institution Properties]" \
         "Institution=Example School" \
