@@ -159,7 +159,7 @@ void frmSend::transmit(ComposedMessage message) {
     SMTP1.setSubject(platform::toBytes(tSubject->text()));
     SMTP1.setAdditionalHeaders(message.ExtraHeaders);
     SMTP1.setBody(message.MessageBody);
-    SMTP1.setDataFile(message.encodedFile.path, std::move(message.encodedFile.file));
+    SMTP1.setDataFile(message.DataFile.path, std::move(message.DataFile.file));
     SMTP1.setDataFileEncoded(true);
     {
         const WhileHourglass waiting(*this);

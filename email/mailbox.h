@@ -12,7 +12,7 @@ namespace email {
 struct Mailbox {
     MessageTable Messages;
     /** Fills the summaries from header lines. */
-    HeaderEvents headerEvents;
+    HeaderEvents EventReader;
     /** The number of the message whose summary the POP3 events fill, and of the open message. */
     std::int16_t CurrentMessage = 0;
 

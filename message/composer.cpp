@@ -47,6 +47,6 @@ ComposedMessage Compose(std::string_view text, const QString& attachment, const 
                           "\"\r\n"
                           "Content-Transfer-Encoding: base64\r\n"
                           "\r\n";
-    message.encodedFile = encode(attachment, "--" + boundary + "--\r\n");
+    message.DataFile = encode(attachment, "--" + boundary + "--\r\n");
     return message;
 }

@@ -22,7 +22,7 @@ struct ComposedMessage {
     std::string ExtraHeaders;
     std::string MessageBody;
     /** The file whose bytes follow the body; empty without an attachment. */
-    EncodedFile encodedFile;
+    EncodedFile DataFile;
 };
 
 /**

@@ -6,7 +6,7 @@
 #include "windows/windows.h"
 
 void frmLogin::POP1_Header(const std::string& Field, const std::string& Value) {
-    email::mailbox.headerEvents.add(email::mailbox.Messages.at(email::mailbox.CurrentMessage), Field, Value);
+    email::mailbox.EventReader.add(email::mailbox.Messages.at(email::mailbox.CurrentMessage), Field, Value);
 }
 
 void frmLogin::POP1_RawHeader(const std::string& Line) {

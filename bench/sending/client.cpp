@@ -41,7 +41,7 @@ void send(const QString& server, const QString& attachment) {
     smtp.setSubject("A file");
     smtp.setAdditionalHeaders(message.ExtraHeaders);
     smtp.setBody(message.MessageBody);
-    smtp.setDataFile(message.encodedFile.path, std::move(message.encodedFile.file));
+    smtp.setDataFile(message.DataFile.path, std::move(message.DataFile.file));
     smtp.issueRequest(Request::TransmitMessage);
     smtp.issueRequest(Request::CloseConnection);
 }

@@ -45,7 +45,7 @@ TEST(Composer, WithoutAnAttachmentTheBodyIsExactlyTheTypedText) {
     const ComposedMessage message = Compose("Hello\r\n\r\nBye", {}, noEncoder);
     EXPECT_EQ(message.MessageBody, "Hello\r\n\r\nBye");
     EXPECT_THAT(message.ExtraHeaders, IsEmpty());
-    EXPECT_EQ(message.encodedFile.path, QString());
+    EXPECT_EQ(message.DataFile.path, QString());
 }
 
 TEST(Composer, WithAnAttachmentTheMessageIsThisByteForByte) {
@@ -72,7 +72,7 @@ TEST(Composer, WithAnAttachmentTheMessageIsThisByteForByte) {
                                    "\r\n");
     EXPECT_EQ(encoded, QStringLiteral("C:\\DOCS\\REPORT.TXT"));
     EXPECT_EQ(closing, "----*******Brindlewake************--\r\n");
-    EXPECT_EQ(message.encodedFile.path, QStringLiteral("C:\\_brndwake.tmp"));
+    EXPECT_EQ(message.DataFile.path, QStringLiteral("C:\\_brndwake.tmp"));
 }
 
 TEST(Composer, AnEmptyTextWithAnAttachmentStillMakesATextPartWithAnEmptyLine) {
