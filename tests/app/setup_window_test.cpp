@@ -131,8 +131,8 @@ TEST_F(SetupWindow, EscapeClosesItAsItsFrameDoes) {
 
 TEST_F(SetupWindow, EveryFieldShowsItsSettingAndUpdateWritesItUnderItsKey) {
     const email::SettingsFields all = {.ShowSetup = QStringLiteral("yes"),
-                                       .POPServer = QStringLiteral("pop.example.org"),
-                                       .SMTPServer = QStringLiteral("smtp.example.org:2525"),
+                                       .POPServer = QStringLiteral("tls://pop.example.org"),
+                                       .SMTPServer = QStringLiteral("StartTLS://smtp.example.org:2525"),
                                        .DomainName = QStringLiteral("mail.example.org"),
                                        .Institution = QStringLiteral(" Hill School "),
                                        .PlayWav = QStringLiteral("yes"),

@@ -146,6 +146,37 @@ TEST_F(LoginFailure, ARequestFromATimerWhileTheFirstWaitsMeetsABusyMailServerAnd
     EXPECT_TRUE(mainWindow().isVisible());
 }
 
+TEST_F(LoginFailure, EncryptionThatIsDemandedAndNotOfferedIsReportedByItsNumber) {
+    ScriptedServer server{Pop3Mailbox(twoMessages)};
+    logIn(QStringLiteral("starttls://") + server.address());
+    expectBoxAndEnd(QStringLiteral("Error 20321 Please start program again "),
+                    QStringLiteral("Example School E-Mail"));
+    EXPECT_THAT(server.commands(), ElementsAre("CAPA")) << "no name and no password";
+}
+
+TEST_F(LoginFailure, AServerThatIsNotEncryptedFromTheFirstByteIsReportedByItsNumber) {
+    ScriptedServer server{Pop3Mailbox(twoMessages)};
+    logIn(QStringLiteral("tls://") + server.address());
+    expectBoxAndEnd(QStringLiteral("Error 20325 Please start program again "),
+                    QStringLiteral("Example School E-Mail"));
+}
+
+TEST_F(LoginFailure, AServerThatTakesNoPasswordInClearIsReportedByItsNumber) {
+    Pop3Mailbox mailbox(twoMessages);
+    mailbox.answer("USER", "-ERR [AUTH] Plaintext authentication disallowed on non-secure connections.\r\n");
+    mailbox.answer("CAPA", "+OK\r\nTOP\r\nUIDL\r\n.\r\n");
+    ScriptedServer server{mailbox};
+    logIn(server.address());
+    expectBoxAndEnd(QStringLiteral("Error 20321 Please start program again "),
+                    QStringLiteral("Example School E-Mail"));
+    EXPECT_THAT(server.commands(), ElementsAre("CAPA", "USER ann")) << "no password";
+}
+
+TEST_F(LoginFailure, AWrongSchemeIsAServerThatIsNotFound) {
+    logIn(QStringLiteral("ssl://127.0.0.1"));
+    expectBoxAndEnd(QStringLiteral("Mail Server not found."), QStringLiteral("Example School E-Mail"));
+}
+
 TEST_F(LoginFailure, AnUnknownServerIsReported) {
     logIn(QStringLiteral("mail.invalid"));
     expectBoxAndEnd(QStringLiteral("Mail Server not found."), QStringLiteral("Example School E-Mail"));
