@@ -1,29 +1,33 @@
 // A real Dovecot and a real Exim over one mailbox, for the walk through the whole round:
 //
-//     round_servers <message to deliver>...
+//     round_servers [--encrypted <file for the root>] <message to deliver>...
 //
 // Writes the two servers' names, then answers each line of its standard input with one line: "await N" waits
 // until N messages have been sent and says how many have arrived, "subjects" lists the subjects of all
-// messages in the mailbox. Ends with its standard input. Exits with 77, and says why, when there are no such
-// servers on this computer.
+// messages in the mailbox. With --encrypted both servers speak TLS, the first from the first byte on, the
+// second after STARTTLS and with mail only from those who have logged on. Ends with its standard input. Exits
+// with 77, and says why, when there are no such servers on this computer.
 
 #include "tests/support/dovecot_server.h"
 #include "tests/support/exim_server.h"
+#include "tests/support/trusted_root.h"
 
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <optional>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 constexpr int kSkipped = 77;
 
-std::string fileContent(const char* path) {
+std::string fileContent(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) {
-        throw std::runtime_error(std::string("cannot read ") + path);
+        throw std::runtime_error("cannot read " + path);
     }
     return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -56,7 +60,41 @@ void answer(const support::DovecotServer& dovecot, const support::EximServer& ex
     }
 }
 
-int run(int argumentCount, char** arguments) {
+struct Arguments {
+    /** Where the root of the servers' certificates is to be written; nothing for servers in clear. */
+    std::optional<std::string> rootFile;
+    std::vector<std::string> messages;
+};
+
+Arguments readArguments(std::vector<std::string> words) {
+    Arguments arguments;
+    if (words.size() >= 2 && words[0] == "--encrypted") {
+        arguments.rootFile = words[1];
+        words.erase(words.begin(), words.begin() + 2);
+    }
+    arguments.messages = std::move(words);
+    return arguments;
+}
+
+void writeRoot(const std::string& path) {
+    std::ofstream file(path, std::ios::binary);
+    if (!(file << support::testRoot().certificatePem() << std::flush)) {
+        throw std::runtime_error("cannot write " + path);
+    }
+}
+
+/** How Exim is set up; the certificate is that of both servers. */
+support::EximOptions eximOptions(const std::optional<mailserver::Certificate>& certificate) {
+    if (!certificate) {
+        return {};
+    }
+    return {.certificate = certificate,
+            .account = support::EximAccount(),
+            .logOnNeedsTls = true,
+            .answerToStrangers = "530 5.7.0 Authentication required"};
+}
+
+int run(const Arguments& arguments) {
     for (const std::string& reason :
          {support::DovecotServer::whyUnavailable(), support::EximServer::whyUnavailable()}) {
         if (!reason.empty()) {
@@ -64,12 +102,20 @@ int run(int argumentCount, char** arguments) {
             return kSkipped;
         }
     }
-    support::DovecotServer dovecot;
-    for (int index = 1; index < argumentCount; ++index) {
-        dovecot.deliver(fileContent(arguments[index]));
+    std::optional<mailserver::Certificate> certificate;
+    if (arguments.rootFile) {
+        writeRoot(*arguments.rootFile);
+        certificate = support::trustedCertificate();
     }
-    const support::EximServer exim(dovecot.maildir());
-    std::cout << dovecot.address().toStdString() << ' ' << exim.address().toStdString() << std::endl;
+    support::DovecotServer dovecot(support::DovecotServer::Options{.certificate = certificate});
+    for (const std::string& message : arguments.messages) {
+        dovecot.deliver(fileContent(message));
+    }
+    const support::EximServer exim(dovecot.maildir(), eximOptions(certificate));
+    const QString popServer =
+        certificate ? QStringLiteral("tls://") + dovecot.tlsAddress() : dovecot.address();
+    const QString smtpServer = certificate ? QStringLiteral("starttls://") + exim.address() : exim.address();
+    std::cout << popServer.toStdString() << ' ' << smtpServer.toStdString() << std::endl;
     for (std::string line; std::getline(std::cin, line);) {
         answer(dovecot, exim, line);
     }
@@ -79,7 +125,7 @@ int run(int argumentCount, char** arguments) {
 
 int main(int argumentCount, char** arguments) {
     try {
-        return run(argumentCount, arguments);
+        return run(readArguments({arguments + 1, arguments + argumentCount}));
     } catch (const std::exception& error) {
         std::cerr << "round_servers: " << error.what() << '\n';
         return 1;
