@@ -3,7 +3,9 @@
 // Input: number of commands, one byte for each, number of pieces, one byte for the size of each, and what the
 // server sends after its greeting.
 
+#include "components/poplib/capabilities.h"
 #include "components/poplib/pop3_session.h"
+#include "components/poplib/reply_text.h"
 #include "tests/fuzz/fuzz_input.h"
 #include "tests/support/described_event.h"
 
@@ -39,8 +41,14 @@ poplib::Command command(std::size_t choice) {
         return poplib::uidlCommand();
     case 10:
         return poplib::authCommand("PLAIN", "");
-    default:
+    case 11:
         return poplib::authResponseCommand("*");
+    case 12:
+        return poplib::capaCommand();
+    case 13:
+        return poplib::listAllCommand();
+    default:
+        return poplib::stlsCommand();
     }
 }
 
@@ -59,6 +67,13 @@ struct Requirements {
 
     void operator()(const poplib::ListingLine& line) const {
         fuzz::require(line.text.find("\r\n") == std::string::npos, "no line end in a listing's line");
+        poplib::Capabilities capabilities;
+        capabilities.add(line.text);
+        for (const std::string& mechanism : capabilities.mechanisms) {
+            fuzz::require(mechanism.find_first_of(" \t") == std::string::npos, "a mechanism is one word");
+        }
+        const auto numbered = poplib::numberedText(line.text);
+        fuzz::require(!numbered || numbered->text.size() < line.text.size(), "a size stands behind a number");
     }
 
     template <class Other>
@@ -104,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::Input input(data, size);
     std::vector<std::size_t> choices(input.below(12));
     for (std::size_t& choice : choices) {
-        choice = input.below(12);
+        choice = input.below(15);
     }
     std::vector<std::size_t> sizes(1 + input.below(6));
     for (std::size_t& piece : sizes) {

@@ -48,6 +48,13 @@ class Dialogue : public smtplib::Exchange {
 
     SmtpSession& session() override { return session_; }
 
+    void encrypt() override {
+        if (session_.hasUnusedBytes() || !events_.empty()) {
+            throw platform::RuntimeError(platform::errors::EncryptionFailed);
+        }
+        run.sent += "(encryption begins)\r\n";
+    }
+
     smtplib::Event next() override {
         while (events_.empty()) {
             run.sent += session_.takeOutput();
