@@ -237,7 +237,7 @@ TEST_F(PopAhead, TheGuardOfADeletionAsksInOneRoundTripAndDeleteComesBehindItsAns
 class PopAheadInPieces : public PopAhead, public testing::WithParamInterface<std::size_t> {};
 
 TEST_P(PopAheadInPieces, AnswersToABurstComeInAnySizeOfPieces) {
-    ScriptedServer server([this](Peer& peer) {
+    ScriptedServer server([](Peer& peer) {
         const std::size_t piece = GetParam();
         peer.send("+OK\r\n", piece);
         peer.readLine();
