@@ -32,7 +32,9 @@ class Listing {
     }
 
     void fetch() {
+        pop_.setListing(true);
         pop_.issueRequest(poplib::Request::ConnectAndLogOn);
+        pop_.listAhead(1, pop_.messageCount(), kBodyLines);
         for (current_ = 1; current_ <= pop_.messageCount(); ++current_) {
             pop_.setCurrentMessage(current_);
             email::MessageSummary& summary = messages_.at(current_);

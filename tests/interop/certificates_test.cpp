@@ -111,7 +111,7 @@ class CertificatesAtExim : public support::SmtpTest {
 };
 
 TEST_F(CertificatesAtDovecot, AreCheckedWhereTheNameSaysSo) {
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     for (const auto& [name, certificate, error] : cases()) {
         SCOPED_TRACE(name);
         const DovecotServer server(DovecotServer::Options{.certificate = certificate});
@@ -122,7 +122,7 @@ TEST_F(CertificatesAtDovecot, AreCheckedWhereTheNameSaysSo) {
 }
 
 TEST_F(CertificatesAtExim, AreCheckedWhereTheNameSaysSo) {
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     for (const auto& [name, certificate, error] : cases()) {
         SCOPED_TRACE(name);
         const EximServer server(maildir.path(), {.certificate = certificate});
@@ -139,7 +139,7 @@ TEST_F(CertificatesAtDovecot, OfARootThatIsNotNamedAreNotTrusted) {
 }
 
 TEST_F(CertificatesAtDovecot, AreForTheHostAsTyped) {
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     CertificateDescription description;
     description.names = {"localhost"};
     const DovecotServer server(DovecotServer::Options{.certificate = testRoot().issue(description)});

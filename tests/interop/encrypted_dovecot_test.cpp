@@ -42,7 +42,7 @@ class EncryptedDovecot : public support::PopTest {
             DovecotServer::Options{.certificate = support::trustedCertificate()});
     }
 
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     std::optional<RecordingRelay> relay;
     transport::Protection protection;
 };

@@ -70,7 +70,7 @@ class EncryptedExim : public support::SmtpTest {
         return {};
     }
 
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     support::TemporaryFolder folder;
     std::unique_ptr<EximServer> server;
     std::unique_ptr<RecordingRelay> relay;

@@ -71,7 +71,7 @@ class EncryptedWindows : public support::WindowTest {
         aboutWindow().cmdOkAbout->click();
     }
 
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     std::unique_ptr<DovecotServer> dovecot;
     std::unique_ptr<EximServer> exim;
 };

@@ -99,7 +99,7 @@ TEST_F(MechanismsAtDovecot, NamesAndPasswordsWithUmlautsAndSignsLogOn) {
 }
 
 TEST_F(MechanismsAtDovecot, AnEncryptedSessionUsesPlainWhereThereIsNoUser) {
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     for (const std::string mechanism : {"plain", "login plain", "scram-sha-256", "scram-sha-1"}) {
         SCOPED_TRACE(mechanism);
         startServer({.certificate = support::trustedCertificate(), .mechanisms = mechanism});
@@ -110,7 +110,7 @@ TEST_F(MechanismsAtDovecot, AnEncryptedSessionUsesPlainWhereThereIsNoUser) {
 }
 
 TEST_F(MechanismsAtDovecot, AServerThatTakesNoPasswordInClearDemandsEncryption) {
-    const support::TrustedRoot trustedRoot;
+    support::TrustedRoot trustedRoot;
     startServer({.certificate = support::trustedCertificate(), .takesPasswordInClear = false});
     EXPECT_EQ(logOn(), errors::EncryptionNotOffered) << server->log();
     EXPECT_EQ(relay->clientBytes(), "CAPA\r\nUSER bob\r\n");
