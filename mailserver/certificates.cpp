@@ -124,11 +124,11 @@ X509Handle describedCertificate(EVP_PKEY& key, const CertificateDescription& des
 }
 
 /** Lets the issuer, which may be the certificate itself, sign with its key. */
-void sign(X509& certificate, X509& issuer, EVP_PKEY& issuersKey) {
+void sign(X509& certificate, X509& issuer, EVP_PKEY& issuersKey, bool weakly = false) {
     openssl(X509_set_issuer_name(&certificate, X509_get_subject_name(&issuer)), "X509_set_issuer_name");
     extend(certificate, issuer, NID_subject_key_identifier, "hash");
     extend(certificate, issuer, NID_authority_key_identifier, "keyid:always");
-    openssl(X509_sign(&certificate, &issuersKey, EVP_sha256()), "X509_sign");
+    openssl(X509_sign(&certificate, &issuersKey, weakly ? EVP_sha1() : EVP_sha256()), "X509_sign");
 }
 
 void write(const std::filesystem::path& path, const std::string& text, QFileDevice::Permissions permissions) {
@@ -184,14 +184,14 @@ Authority Authority::intermediate(const std::string& name) const {
 Certificate Authority::issue(const CertificateDescription& description) const {
     const KeyHandle key = newKey();
     const X509Handle certificate = describedCertificate(*key, description);
-    sign(*certificate, *signer_->certificate, *signer_->key);
+    sign(*certificate, *signer_->certificate, *signer_->key, description.weaklySigned);
     return {pemOf(*certificate), pemOf(*key), signer_->chainPem};
 }
 
 Certificate selfSigned(const CertificateDescription& description) {
     const KeyHandle key = newKey();
     const X509Handle certificate = describedCertificate(*key, description);
-    sign(*certificate, *certificate, *key);
+    sign(*certificate, *certificate, *key, description.weaklySigned);
     return {pemOf(*certificate), pemOf(*key), {}};
 }
 

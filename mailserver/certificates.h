@@ -34,6 +34,8 @@ struct CertificateDescription {
     std::chrono::seconds notBefore = -std::chrono::hours(1);
     std::chrono::seconds notAfter = std::chrono::hours(24);
     Purpose purpose = Purpose::Server;
+    /** Signed over SHA-1, which nobody takes any more. */
+    bool weaklySigned = false;
 };
 
 /**

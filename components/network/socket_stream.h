@@ -51,6 +51,9 @@ class SocketStream : public Kind {
 
     transport::Outcome failure() const override {
         using transport::Outcome;
+        if (socket_->state() != QAbstractSocket::UnconnectedState) {
+            return Outcome::TimedOut;
+        }
         switch (socket_->error()) {
         case QAbstractSocket::HostNotFoundError:
             return Outcome::NameUnknown;

@@ -50,7 +50,10 @@ Command authCommand(std::string_view mechanism, std::string_view initialResponse
 }
 
 Command authResponseCommand(std::string_view response) {
-    return {{std::string(response), "****"}, CommandKind::AuthResponse};
+    if (response == "*") {
+        return openCommand(CommandKind::AuthResponse, "*");
+    }
+    return {{std::string(response), std::string(protocol::kHidden)}, CommandKind::AuthResponse};
 }
 
 Command statCommand() {

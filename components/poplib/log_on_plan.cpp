@@ -200,6 +200,7 @@ std::variant<OpenMailbox, StartAgain> openByTrying(Exchange& exchange, const Log
 
 std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
                                                           const LogOnTerms& terms) {
+    exchange.session().secrets().addPassword(account.password);
     const std::string greeting = std::get<Greeted>(exchange.next()).text;
     Capabilities can;
     if (terms.asksForCapabilities) {

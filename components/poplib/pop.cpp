@@ -121,8 +121,13 @@ void POP::logOn() {
     }
     // Other handlers run while this one waits, and may set another name for a log-on of their own.
     const sasl::Account account{loginUser_, loginPassword_};
-    LogOnTerms terms{server->security, serverWithoutCapabilities_ != server, listing_,
-                     serverWithoutPipelining_ != server};
+    if (serverWithoutCapabilities_ != server) {
+        serverWithoutCapabilities_.reset();
+    }
+    if (serverWithoutPipelining_ != server) {
+        serverWithoutPipelining_.reset();
+    }
+    LogOnTerms terms{server->security, !serverWithoutCapabilities_, listing_, !serverWithoutPipelining_};
     server_ = *server;
     for (int connections = 1; connections <= kMaximumConnections; ++connections) {
         connect(*server);

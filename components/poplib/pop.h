@@ -88,7 +88,7 @@ class POP : private Exchange {
     std::function<void(const std::string& line)> RawHeader;
     /** Raised for every body line, with the bytes of this message received so far. */
     std::function<void(std::int32_t bytesTransferred, const std::string& text)> Transfer;
-    /** Raised for every command and every status line. A password is never in it. */
+    /** Raised for every command and every status line. A password is never in it, whoever says it. */
     std::function<void(Direction direction, const std::string& message)> PITrail;
 
     /** Raised at each log-on, once it is known how the connection is protected, before any other event. */

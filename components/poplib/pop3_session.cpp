@@ -184,7 +184,9 @@ std::optional<Pop3Session::Event> Pop3Session::nextResponseLine() {
     for (;;) {
         const std::optional<std::string_view> line = input_.nextResponseLine(wantedLineBytes());
         if (responseBytes_ + static_cast<std::int64_t>(lineBytes(line)) > maximumResponseBytes()) {
-            return fail(FailureKind::TooLarge);
+            // No server has so many capabilities.
+            const bool isCapabilities = commands_.first().kind == CommandKind::Capa;
+            return fail(isCapabilities ? FailureKind::OutOfStep : FailureKind::TooLarge);
         }
         if (!line) {
             return std::nullopt;

@@ -145,6 +145,12 @@ class Pop3Session {
     /** The commands in the last output, with secrets hidden. */
     const std::vector<std::string>& shownOutput() const noexcept { return commands_.shownOutput(); }
 
+    /** What a reply may repeat and nobody may see: all that commands have hidden, and what is added to that.
+     */
+    protocol::Secrets& secrets() noexcept { return commands_.secrets(); }
+
+    const protocol::Secrets& secrets() const noexcept { return commands_.secrets(); }
+
     /** Takes bytes from the server. */
     void receive(std::string_view bytes);
 

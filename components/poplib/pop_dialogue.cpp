@@ -139,19 +139,22 @@ void POP::renewDeadline() {
     }
 }
 
-/** Raises the event's status line, where it has one. */
+/** Raises the event's status line, where it has one, without what a server may repeat of the password. */
 void POP::raiseStatus(const Event& event) const {
     if (!PITrail) {
         return;
     }
+    const auto raise = [this](const char* status, const std::string& text) {
+        PITrail(Direction::FromServer, status + session_.secrets().hiddenIn(text));
+    };
     if (const auto* const greeted = std::get_if<Greeted>(&event)) {
-        PITrail(Direction::FromServer, "+OK " + greeted->text);
+        raise("+OK ", greeted->text);
     } else if (const auto* const accepted = std::get_if<Accepted>(&event)) {
-        PITrail(Direction::FromServer, "+OK " + accepted->text);
+        raise("+OK ", accepted->text);
     } else if (const auto* const goOn = std::get_if<GoOn>(&event)) {
-        PITrail(Direction::FromServer, "+ " + goOn->text);
+        raise("+ ", goOn->text);
     } else if (const auto* const refused = std::get_if<Refused>(&event)) {
-        PITrail(Direction::FromServer, "-ERR " + refused->text);
+        raise("-ERR ", refused->text);
     }
 }
 

@@ -41,6 +41,18 @@ bool hasCode(std::string_view text, std::string_view known) {
     return code.starts_with(known) &&
            (code.size() == known.size() || code[known.size()] == ' ' || code[known.size()] == '/');
 }
+
+/** Whether a word of the text, which is in capitals, begins so. */
+bool hasWord(std::string_view text, std::string_view beginning) {
+    const auto isLetter = [](char character) { return character >= 'A' && character <= 'Z'; };
+    for (std::size_t at = text.find(beginning); at != std::string_view::npos;
+         at = text.find(beginning, at + 1)) {
+        if (at == 0 || !isLetter(text[at - 1])) {
+            return true;
+        }
+    }
+    return false;
+}
 } // namespace
 
 TwoNumbers twoNumbers(std::string_view text) {
@@ -84,10 +96,14 @@ bool isForGood(std::string_view text) {
 bool demandsEncryption(std::string_view text) {
     // "Plaintext authentication disallowed", "USER command only available under a layer", "TLS required".
     const std::string words = platform::upperCase(text);
-    const std::initializer_list<std::string_view> signs = {
-        "PLAINTEXT", "PLAIN TEXT", "CLEARTEXT", "CLEAR TEXT", "ENCRYPT", "LAYER", "TLS", "SSL"};
+    const std::initializer_list<std::string_view> signs = {"PLAINTEXT", "PLAIN TEXT", "CLEARTEXT",
+                                                           "CLEAR TEXT", "ENCRYPT"};
+    // Short ones are parts of other words: many a reply repeats the name of player1.
+    const std::initializer_list<std::string_view> beginnings = {"LAYER", "TLS", "SSL", "STLS", "STARTTLS"};
     return std::any_of(signs.begin(), signs.end(),
-                       [&words](std::string_view sign) { return words.find(sign) != std::string::npos; });
+                       [&words](std::string_view sign) { return words.find(sign) != std::string::npos; }) ||
+           std::any_of(beginnings.begin(), beginnings.end(),
+                       [&words](std::string_view beginning) { return hasWord(words, beginning); });
 }
 
 bool mayBeTriedLater(std::string_view text) {

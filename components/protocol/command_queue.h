@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/protocol/secrets.h"
+
 #include <cstddef>
 #include <deque>
 #include <string>
@@ -49,6 +51,7 @@ class CommandQueue {
         while (!waiting_.empty() && outstanding_.size() < maximumOutstanding_) {
             output.append(waiting_.front().sent).append("\r\n");
             shownOutput_.push_back(waiting_.front().shown);
+            secrets_.addHiddenIn(waiting_.front());
             outstanding_.push_back(std::move(waiting_.front()));
             waiting_.pop_front();
         }
@@ -61,11 +64,17 @@ class CommandQueue {
     /** The commands in the last output, as they may be shown. */
     const std::vector<std::string>& shownOutput() const noexcept { return shownOutput_; }
 
+    /** What the commands that were sent have hidden, and what has been added to that. */
+    Secrets& secrets() noexcept { return secrets_; }
+
+    const Secrets& secrets() const noexcept { return secrets_; }
+
   private:
     std::deque<Command> waiting_;
     std::deque<Command> outstanding_;
     std::size_t maximumOutstanding_ = 1;
     std::vector<std::string> shownOutput_;
+    Secrets secrets_;
 };
 
 } // namespace protocol

@@ -47,7 +47,10 @@ Command authCommand(std::string_view mechanism, std::string_view initialResponse
 }
 
 Command authResponseCommand(std::string_view response) {
-    return {{std::string(response), "****"}, CommandKind::AuthResponse};
+    if (response == "*") {
+        return openCommand(CommandKind::AuthResponse, "*");
+    }
+    return {{std::string(response), std::string(protocol::kHidden)}, CommandKind::AuthResponse};
 }
 
 Command mailCommand(const Envelope& envelope, bool withSize, bool withBody) {

@@ -87,6 +87,18 @@ int numberOf(const Refused& refused, LogOnState logOn, bool encrypted) {
     return demandsLogOn(reply) && !wasRefused ? errors::SendingLogOnImpossible : numberOf(refused);
 }
 
+int numberOfLoss(LogOnState logOn) noexcept {
+    switch (logOn) {
+    // Some servers hang up on those whom they have refused.
+    case LogOnState::Refused:
+        return errors::SendingLogOnRefused;
+    case LogOnState::RefusedForNow:
+        return errors::SendingLogOnRefusedForNow;
+    default:
+        return errors::SendingLost;
+    }
+}
+
 int numberOf(FailureKind kind, bool mayHaveBeenSent) noexcept {
     switch (kind) {
     case FailureKind::Lost:

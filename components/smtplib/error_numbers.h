@@ -18,6 +18,9 @@ int numberOf(const Refused& refused);
  */
 int numberOf(const Refused& refused, LogOnState logOn, bool encrypted);
 
+/** The run-time error for a connection that was lost between the log-on and the first command behind it. */
+int numberOfLoss(LogOnState logOn) noexcept;
+
 /** The run-time error for an attempt that broke off, before or after the whole message had left. */
 int numberOf(FailureKind kind, bool mayHaveBeenSent) noexcept;
 

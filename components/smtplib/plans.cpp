@@ -72,6 +72,16 @@ Channel channelOf(bool encrypted, const SessionTerms& terms) noexcept {
     return terms.toThisComputer ? Channel::InClearToThisComputer : Channel::InClear;
 }
 
+/** The reply to the first command behind the log-on. */
+Event firstReply(Exchange& exchange, LogOnState logOn) {
+    Event event;
+    const int error = platform::errorNumberOf([&] { event = exchange.next(); });
+    if (error != 0) {
+        throw RuntimeError(error == errors::SendingLost ? numberOfLoss(logOn) : error);
+    }
+    return event;
+}
+
 /** Most commands that are outstanding at once. */
 constexpr std::size_t kMaximumAhead = 100;
 
@@ -94,6 +104,7 @@ std::variant<OpenedSession, StartAgainInClear> openSession(Exchange& exchange,
                                                            const std::string& addressLiteral,
                                                            const Account& account,
                                                            const SessionTerms& terms) {
+    exchange.session().secrets().addPassword(account.password);
     mustNotBeRefused(exchange.next());
     OpenedSession opened;
     opened.extensions = sayHello(exchange, addressLiteral);
@@ -125,8 +136,9 @@ void offerMessage(Exchange& exchange, const Envelope& envelope, const OpenedSess
     for (const std::string& recipient : envelope.recipients) {
         session.submit(rcptCommand(recipient));
     }
-    for (std::size_t replies = envelope.recipients.size() + 1; replies > 0; --replies) {
-        const Event event = exchange.next();
+    const Event sender = firstReply(exchange, opened.logOn);
+    for (std::size_t replies = 0; replies <= envelope.recipients.size(); ++replies) {
+        const Event event = replies == 0 ? sender : exchange.next();
         if (std::holds_alternative<Refused>(event)) {
             readRepliesLeft(exchange);
             mustNotBeRefused(event, opened);

@@ -43,8 +43,8 @@ std::variant<OpenedSession, StartAgainInClear> openSession(Exchange& exchange,
  * first recipient who is refused ends the attempt, so that all get the message or none.
  * \throws RuntimeError 20431, before anything is asked, when the message is larger than the limit that the
  * server has announced; 2041x or 2042x for what the server refuses, among them 20417 and 20427 after a log-on
- * that was refused, and 20418 when the server demands one and none was possible; 20321 when it demands
- * encryption.
+ * that was refused, also when the server hangs up then, and 20418 when the server demands one and none was
+ * possible; 20321 when it demands encryption.
  */
 void offerMessage(Exchange& exchange, const Envelope& envelope, const OpenedSession& opened);
 

@@ -80,6 +80,7 @@ void SMTP::connect(const transport::ServerName& server) {
         throw RuntimeError(smtplib::numberOf(outcome));
     }
     session_ = {};
+    opened_ = {};
 }
 
 void SMTP::encrypt() {
@@ -107,7 +108,7 @@ std::optional<platform::RegularInput> dataFileOf(const Message& message, platfor
 void SMTP::transmit() {
     platform::HeldFile heldDataFile = std::exchange(message_.heldDataFile, nullptr);
     if (!connection_.isOpen()) {
-        throw RuntimeError(errors::SendingLost);
+        throw RuntimeError(numberOfLoss(opened_.logOn));
     }
     const QDateTime now = QDateTime::currentDateTime();
     if (message_.messageId.empty()) {
@@ -234,7 +235,8 @@ void SMTP::raise(const Event& event) const {
     }
     for (const std::string& line : reply->lines) {
         const char mark = &line == &reply->lines.back() ? ' ' : '-';
-        PITrail(Direction::FromServer, std::to_string(reply->code) + mark + line);
+        PITrail(Direction::FromServer,
+                std::to_string(reply->code) + mark + session_.secrets().hiddenIn(line));
     }
 }
 
@@ -271,6 +273,7 @@ std::chrono::milliseconds SMTP::timeout() const {
  * reply.
  */
 void SMTP::closeSession() {
+    opened_ = {};
     if (connection_.isOpen() && session_.canQuit()) {
         session_.submit(quitCommand());
         connection_.send(session_.takeOutput());

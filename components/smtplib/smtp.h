@@ -72,7 +72,7 @@ class SMTP : private Exchange {
   public:
     static constexpr transport::DefaultPorts kDefaultPorts{25, 465, 587};
 
-    /** Raised for every command and every line of a reply, as it came; never with text of the message. */
+    /** Raised for every command and every line of a reply; never with a password or text of the message. */
     std::function<void(Direction direction, const std::string& message)> PITrail;
     /** Raised while a message is transmitted, with the bytes sent so far and all bytes of the message. */
     std::function<void(std::int64_t bytesDone, std::int64_t bytesTotal)> Progress;

@@ -49,6 +49,8 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
         QObject::connect(socket(), &QSslSocket::newSessionTicketReceived, [this] { keepTicket(); });
         QObject::connect(socket(), &QSslSocket::encryptedBytesWritten, [this] { tell(); });
         QObject::connect(socket(), &QSslSocket::connected, [this] { connected_ = true; });
+        QObject::connect(socket(), &QSslSocket::errorOccurred,
+                         [this](QAbstractSocket::SocketError error) { breakOff(error); });
     }
 
     void open(const ServerName& server) override {
@@ -69,7 +71,7 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
     }
 
     State state() const override {
-        if (socket() == nullptr || socket()->state() == QAbstractSocket::UnconnectedState) {
+        if (isBroken_ || socket() == nullptr || socket()->state() == QAbstractSocket::UnconnectedState) {
             return State::Closed;
         }
         return isReady_ ? State::Open : State::Opening;
@@ -128,6 +130,14 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
         tell();
     }
 
+    /** Qt leaves a connection open that has ceased to be TLS. What came before can still be read. */
+    void breakOff(QAbstractSocket::SocketError error) {
+        if (isReady_ && error != QAbstractSocket::RemoteHostClosedError) {
+            isBroken_ = true;
+            tell();
+        }
+    }
+
     /** A server may give tickets out with the handshake (TLS 1.2) or at any time after it (TLS 1.3). */
     void keepTicket() {
         if (isReady_) {
@@ -139,6 +149,8 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
     /** The server has taken the connection, so that what fails now is the encryption. */
     bool connected_ = false;
     bool isReady_ = false;
+    /** An error has ended the encryption once it stood. */
+    bool isBroken_ = false;
     /** What is wrong with the certificate; Done for nothing. */
     Outcome fault_ = Outcome::Done;
 };

@@ -70,7 +70,7 @@ Outcome Connection::waitUntilOpen(QDeadlineTimer deadline) {
     if (outcome == Outcome::Done) {
         return outcome;
     }
-    const Outcome reason = outcome == Outcome::TimedOut ? outcome : stream_->failure();
+    const Outcome reason = stream_->failure();
     stream_->abort();
     return reason;
 }
@@ -113,8 +113,7 @@ Outcome Connection::encrypt(QDeadlineTimer deadline) {
     if (outcome == Outcome::Done) {
         protection_ = {encrypted.version(), mustBeProven(server_.security)};
     }
-    // A server that says nothing once it has invited to the handshake has failed in it.
-    return outcome == Outcome::TimedOut ? Outcome::HandshakeFailed : outcome;
+    return outcome;
 }
 
 bool Connection::isToThisComputer() const {

@@ -47,7 +47,7 @@ class Stream {
 
     virtual State state() const = 0;
 
-    /** Why the stream could not be opened. */
+    /** Why the stream could not be opened; while it is Opening, what it means when time runs out now. */
     virtual Outcome failure() const = 0;
 
     virtual long long bytesAvailable() const = 0;

@@ -100,4 +100,42 @@ TEST_P(ResponseCode, TellsWhetherALaterAttemptMaySucceed) {
 INSTANTIATE_TEST_SUITE_P(Codes, ResponseCode, testing::ValuesIn(codes()),
                          [](const auto& test) { return test.param.name; });
 
+TEST(ResponseCodes, AreToldFromOtherTexts) {
+    for (const char* const text : {"[AUTH] wrong", "[SYS/PERM]", "[X] y", "[]"}) {
+        EXPECT_TRUE(poplib::hasResponseCode(text)) << text;
+    }
+    for (const char* const text : {"", "wrong", "wrong [AUTH]", " [AUTH]", "[AUTH", "AUTH]"}) {
+        EXPECT_FALSE(poplib::hasResponseCode(text)) << text;
+    }
+}
+
+TEST(ResponseCodes, TellWhatIsForGood) {
+    for (const char* const text : {"[SYS/PERM] gone", "[sys/perm]", "[SYS/PERM/USER] gone", "[SYS/PERM 1]"}) {
+        EXPECT_TRUE(poplib::isForGood(text)) << text;
+    }
+    for (const char* const text : {"", "[SYS/TEMP]", "[SYS]", "[SYS/PERMANENT]", "no [SYS/PERM]", "[AUTH]"}) {
+        EXPECT_FALSE(poplib::isForGood(text)) << text;
+    }
+}
+
+TEST(DemandForEncryption, IsReadInTheWordsOfServers) {
+    for (const char* const text :
+         {"[AUTH] Plaintext authentication disallowed on non-secure (SSL/TLS) connections.",
+          "USER command only available under a layer", "TLS required", "must use TLSv1.2 first",
+          "Plain text log-on not allowed", "clear-text? No cleartext here", "encryption is needed",
+          "unencrypted sessions are not allowed", "use STLS", "STARTTLS first", "issue stls first",
+          "no ssl"}) {
+        EXPECT_TRUE(poplib::demandsEncryption(text)) << text;
+    }
+}
+
+TEST(DemandForEncryption, IsNotReadIntoOtherWords) {
+    for (const char* const text :
+         {"", "wrong password", "[AUTH] Authentication failed.", "no such user: player1",
+          "Password supplied for \"bottles\" is incorrect", "castles", "hassle", "bad multiplayer account",
+          "plain wrong", "clearly wrong"}) {
+        EXPECT_FALSE(poplib::demandsEncryption(text)) << text;
+    }
+}
+
 } // namespace

@@ -131,6 +131,55 @@ TEST(Extensions, ALimitThatIsNoneCountsForNothing) {
 TEST(Extensions, TheServersNameIsNone) {
     EXPECT_FALSE(extensionsOf({250, {"SIZE 1000"}}).size);
     EXPECT_FALSE(extensionsOf({250, {"mail", "XSIZE 10", "SIZES"}}).size);
+    EXPECT_FALSE(extensionsOf({250, {"STARTTLS", "XSTARTTLS", "STARTTLSX", "AUTH STARTTLS"}}).startTls);
+    EXPECT_THAT(extensionsOf({250, {"AUTH PLAIN", "XAUTH PLAIN", "AUTHX PLAIN"}}).mechanisms,
+                testing::IsEmpty());
 }
+
+TEST(Extensions, EncryptionMayBeOffered) {
+    for (const char* const line : {"STARTTLS", "starttls", "StartTLS", "STARTTLS x"}) {
+        EXPECT_TRUE(extensionsOf({250, {"mail", line}}).startTls) << line;
+    }
+    EXPECT_FALSE(extensionsOf({250, {"mail", "SIZE"}}).startTls);
+}
+
+struct Offer {
+    const char* name;
+    std::vector<std::string> lines;
+    std::vector<std::string> mechanisms;
+};
+
+const std::vector<Offer> kOffers{
+    {"None", {"SIZE"}, {}},
+    {"WithoutMechanisms", {"AUTH"}, {}},
+    {"WithoutMechanismsButABlank", {"AUTH "}, {}},
+    {"One", {"AUTH PLAIN"}, {"PLAIN"}},
+    {"Many", {"AUTH SCRAM-SHA-256 LOGIN PLAIN"}, {"SCRAM-SHA-256", "LOGIN", "PLAIN"}},
+    {"InAnyCase", {"auth Plain login"}, {"PLAIN", "LOGIN"}},
+    {"ManyBlanks", {"AUTH  PLAIN   LOGIN "}, {"PLAIN", "LOGIN"}},
+    {"Tabs", {"AUTH \tPLAIN\tLOGIN"}, {"PLAIN", "LOGIN"}},
+    {"SpelledAsOfOld", {"AUTH=LOGIN PLAIN"}, {"LOGIN", "PLAIN"}},
+    {"SpelledAsOfOldInLowerCase", {"auth=login"}, {"LOGIN"}},
+    {"SpelledAsOfOldAndEmpty", {"AUTH="}, {}},
+    {"SpelledInBothWays", {"AUTH PLAIN", "AUTH=LOGIN"}, {"PLAIN", "LOGIN"}},
+    {"Twice", {"AUTH PLAIN", "AUTH PLAIN CRAM-MD5"}, {"PLAIN", "PLAIN", "CRAM-MD5"}},
+};
+
+class OfferedMechanisms : public testing::TestWithParam<Offer> {};
+
+TEST_P(OfferedMechanisms, AreRead) {
+    std::vector<std::string> lines{"mail.example.org"};
+    lines.insert(lines.end(), GetParam().lines.begin(), GetParam().lines.end());
+    const Extensions extensions = extensionsOf({250, lines});
+    EXPECT_THAT(extensions.mechanisms, ElementsAreArray(GetParam().mechanisms));
+    for (const std::string& mechanism : GetParam().mechanisms) {
+        EXPECT_TRUE(extensions.offers(mechanism));
+    }
+    EXPECT_FALSE(extensions.offers("EXTERNAL"));
+    EXPECT_FALSE(extensions.offers(""));
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, OfferedMechanisms, testing::ValuesIn(kOffers),
+                         [](const auto& test) { return test.param.name; });
 
 } // namespace

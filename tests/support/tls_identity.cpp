@@ -82,8 +82,9 @@ int noteServerName(SSL* ssl, int* /*alert*/, void* /*argument*/) {
 
 TlsIdentity::TlsIdentity(const mailserver::Certificate& certificate, const TlsOptions& options)
     : options_(options), context_(openssl(SSL_CTX_new(TLS_server_method()), "SSL_CTX_new"), SSL_CTX_free) {
-    present(*context_, certificate);
+    // A weakly signed certificate can be presented only where the ciphers allow for it (@SECLEVEL=0).
     restrict(*context_, options_);
+    present(*context_, certificate);
     SSL_CTX_set_client_hello_cb(context_.get(), noteServerName, nullptr);
 }
 

@@ -22,6 +22,13 @@ int resolveBoth(const char* service, const addrinfo* hints, addrinfo** result) {
     }
     return systemResolve("127.0.0.1", service, hints, &last->ai_next);
 }
+
+bool isHere(std::string_view name) {
+    if (name.ends_with('.')) {
+        name.remove_suffix(1);
+    }
+    return name.ends_with(support::kDomainHere);
+}
 } // namespace
 
 extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo* hints, addrinfo** result) {
@@ -32,6 +39,8 @@ extern "C" int getaddrinfo(const char* node, const char* service, const addrinfo
     if (name == support::kUnansweredName) {
         return EAI_AGAIN;
     }
-    return name == support::kNameWithTwoAddresses ? resolveBoth(service, hints, result)
-                                                  : systemResolve(node, service, hints, result);
+    if (name == support::kNameWithTwoAddresses) {
+        return resolveBoth(service, hints, result);
+    }
+    return systemResolve(isHere(name) ? "127.0.0.1" : node, service, hints, result);
 }

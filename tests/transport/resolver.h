@@ -13,5 +13,7 @@ inline constexpr const char* kNameWithTwoAddresses = "both.test";
 inline constexpr const char* kUnknownName = "unknown.test";
 /** No name server can be asked. */
 inline constexpr const char* kUnansweredName = "unanswered.test";
+/** Every name that ends so is this computer: 127.0.0.1. */
+inline constexpr const char* kDomainHere = ".here.test";
 
 } // namespace support
