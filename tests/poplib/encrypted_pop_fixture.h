@@ -60,7 +60,7 @@ class EncryptedPopTest : public PopTest {
         }
     }
 
-    const TrustedRoot trusted;
+    TrustedRoot trusted;
     Pop3Mailbox mailbox;
     /** What Protected has told. */
     std::vector<transport::Protection> protections;

@@ -66,7 +66,7 @@ class EncryptedSmtpTest : public SmtpTest {
         }
     }
 
-    const TrustedRoot trusted;
+    TrustedRoot trusted;
     SmtpMailbox mailbox;
     /** What Protected has told. */
     std::vector<transport::Protection> protections;

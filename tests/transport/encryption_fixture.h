@@ -42,7 +42,7 @@ class EncryptionFixture : public ConnectionFixture {
         return bytes;
     }
 
-    const TrustedRoot trusted;
+    TrustedRoot trusted;
 };
 
 } // namespace support
