@@ -185,6 +185,15 @@ std::string Peer::readCommandOfOld() {
     return line;
 }
 
+void Peer::awaitBytes() {
+    while (input_.empty()) {
+        server_.waitForSocket(socket_, POLLIN);
+        if (!readSome()) {
+            throw ConversationEnded{};
+        }
+    }
+}
+
 std::string Peer::takeLine() {
     for (;;) {
         const std::size_t lineFeed = input_.find('\n');

@@ -34,6 +34,9 @@ class Peer {
      */
     std::string readCommandOfOld();
 
+    /** Waits until the client has sent something that nobody has read. */
+    void awaitBytes();
+
     /**
      * Speaks TLS from here on. Whatever the client has sent and nobody has read counts as the start of its
      * handshake. A handshake that fails ends the conversation.

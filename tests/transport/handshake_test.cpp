@@ -92,12 +92,12 @@ TEST_P(HandshakeTest, FailsWithAServerThatDoesNotSpeakTls) {
         Script{}, Script{support::Reset{}}, Script{Send{"+OK ready\r\n"}, HoldSilent{}},
         Script{Send{std::string(100'000, 'x')}, HoldSilent{}}, Script{Send{"\x15\x03\x01"}}};
     for (const support::Conversation& conversation : conversations) {
-        // The connection has to stand first: a reset before that is not one in a handshake.
+        // The client's handshake comes first: a connection that is reset before its client has seen it stand
+        // is made a second time.
         ScriptedServer server([conversation](support::Peer& peer) {
-            peer.holdSilent();
+            peer.awaitBytes();
             conversation(peer);
         });
-        server.release();
         expectToFail(server);
     }
 }
