@@ -8,6 +8,25 @@
 
 namespace MSFlexGridLib {
 
+namespace {
+
+/**
+ * The font in bold. A text that is too wide for its cell gets its letters so close that the cell shows as
+ * much of it in bold as otherwise.
+ */
+QFont boldFor(const QFont& plain, const QString& text, qreal cellWidth) {
+    QFont bold = plain;
+    bold.setBold(true);
+    const qreal boldWidth = QFontMetricsF(bold).horizontalAdvance(text);
+    if (!text.isEmpty() && boldWidth > cellWidth) {
+        const qreal tooWide = boldWidth - QFontMetricsF(plain).horizontalAdvance(text);
+        bold.setLetterSpacing(QFont::AbsoluteSpacing, -tooWide / static_cast<qreal>(text.size()));
+    }
+    return bold;
+}
+
+} // namespace
+
 bool CellPainter::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                             const QModelIndex& index) {
     if (event->type() == QEvent::ToolTip &&
@@ -25,7 +44,8 @@ void CellPainter::initStyleOption(QStyleOptionViewItem* option, const QModelInde
         option->text.chop(1);
     }
     if (index.siblingAtColumn(0).data(kNewRole).toBool()) {
-        option->font.setBold(true);
+        constexpr int margins = 8;
+        option->font = boldFor(option->font, option->text, option->rect.width() - margins);
         option->fontMetrics = QFontMetrics(option->font);
     }
     // The chosen row is as easy to see when another window is active.
