@@ -1,6 +1,7 @@
 #include "bench/delayed_listener.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <cerrno>
 #include <ctime>
 #include <netinet/in.h>
@@ -42,7 +43,7 @@ bool sendAll(int socket, std::string_view bytes) {
 } // namespace
 
 DelayedListener::DelayedListener(MakeConversation makeConversation, std::chrono::milliseconds delay,
-                                 Ended ended)
+                                 Ended ended, const char* host)
     : makeConversation_(std::move(makeConversation)),
       delay_(delay),
       ended_(std::move(ended)),
@@ -50,7 +51,9 @@ DelayedListener::DelayedListener(MakeConversation makeConversation, std::chrono:
       buffer_(kReadBytes, '\0') {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (inet_pton(AF_INET, host, &address.sin_addr) != 1) {
+        throw std::system_error(EINVAL, std::generic_category(), host);
+    }
     socklen_t size = sizeof address;
     auto* const plain = reinterpret_cast<sockaddr*>(&address);
     mustSucceed(bind(listening_.number(), plain, size), "bind");

@@ -15,7 +15,7 @@
 namespace bench {
 
 /**
- * A server on 127.0.0.1 whose answers arrive as over a long line: each leaves a fixed time after the commands
+ * A server whose answers arrive as over a long line: each leaves a fixed time after the commands
  * came, and commands that came together are answered together. It sleeps while nothing is due.
  */
 class DelayedListener {
@@ -25,8 +25,9 @@ class DelayedListener {
     /** Is told of the end of a session, with the times that commands arrived: the client's round trips. */
     using Ended = std::function<void(std::uint64_t roundTrips)>;
 
-    /** \throws std::system_error when no port can be had. */
-    DelayedListener(MakeConversation makeConversation, std::chrono::milliseconds delay, Ended ended);
+    /** Listens at the address. \throws std::system_error when no port can be had there. */
+    DelayedListener(MakeConversation makeConversation, std::chrono::milliseconds delay, Ended ended,
+                    const char* address = "127.0.0.1");
 
     std::uint16_t port() const noexcept { return port_; }
 

@@ -70,19 +70,23 @@ def environment(display, folder):
     }
 
 
-def use_windows(build, job, display, folder, **servers):
+def use_windows(build, job, display, folder, command=(), certificate=None, **servers):
     """Lets the program's windows do a job once, in a folder of its own; returns what was measured.
 
-    D: is the folder above, for what the program is to find there.
+    D: is the folder above, for what the program is to find there. The command runs the program, for example in
+    another network; the certificate is a file with a root to be trusted.
     """
+    surroundings = environment(display, folder)
+    if certificate:
+        surroundings["SSL_CERT_FILE"] = str(certificate)
     prepare_folder(folder, sound="no", **servers)
     words = subprocess.run(
-        [build / "bench" / "windows" / "bench_windows", job],
+        [*command, build / "bench" / "windows" / "bench_windows", job],
         check=True,
         stdout=subprocess.PIPE,
         text=True,
         cwd=folder,
-        env=environment(display, folder),
+        env=surroundings,
         timeout=120,
     ).stdout.split()
     return {name: float(value) for name, value in zip(words[0::2], words[1::2])}

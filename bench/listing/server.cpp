@@ -21,25 +21,25 @@ int numberOf(std::string_view text) {
     return number;
 }
 
-void serve(std::string_view messages, std::string_view delay) {
+void serve(std::string_view messages, std::string_view delay, const char* address) {
     mailserver::Mailbox mailbox;
     bench::fillWithSamples(mailbox, numberOf(messages));
     bench::DelayedListener listener(
         [&mailbox] { return std::make_unique<mailserver::Pop3Conversation>(mailbox); },
         std::chrono::milliseconds(numberOf(delay)),
-        [](std::uint64_t roundTrips) { std::cout << roundTrips << std::endl; });
+        [](std::uint64_t roundTrips) { std::cout << roundTrips << std::endl; }, address);
     std::cout << listener.port() << std::endl;
     listener.serve();
 }
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    if (argumentCount != 3) {
-        std::cerr << "usage: bench_pop3_server <messages> <delay of an answer in milliseconds>\n";
+    if (argumentCount != 3 && argumentCount != 4) {
+        std::cerr << "usage: bench_pop3_server <messages> <delay of an answer in milliseconds> [<address>]\n";
         return 2;
     }
     try {
-        serve(arguments[1], arguments[2]);
+        serve(arguments[1], arguments[2], argumentCount == 4 ? arguments[3] : "127.0.0.1");
     } catch (const std::exception& error) {
         std::cerr << "bench_pop3_server: " << error.what() << '\n';
         return 1;

@@ -1,7 +1,11 @@
 // Uses the program's own windows as a person does, on a real display, and takes the time from the press of a
 // button to the picture that it was pressed for:
 //
+//     bench_windows entering    Get Mail, until the list is painted, which may be empty
 //     bench_windows listing     Get Mail, until the list stands there with all its rows
+//     bench_windows opening     double click on the first message, until its window has the text
+//     bench_windows checking    Get New Mail, until the box that says there is none
+//     bench_windows deleting    Delete and Yes, until the list stands there without the message
 //     bench_windows reading     double click on the first message, until its window; Save, until the box
 //     bench_windows sending     Send, until the box; sends D:\FILE.BIN to bob@example.org
 //
@@ -24,9 +28,12 @@
 #include <QPushButton>
 #include <QTest>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -86,6 +93,10 @@ Taken logIn() {
     return stopwatch.wait();
 }
 
+void enter() {
+    tell("entering", logIn());
+}
+
 void list() {
     const long peakBefore = bench::peakMemory();
     const Taken taken = logIn();
@@ -98,20 +109,63 @@ void list() {
     tellMemory(peakBefore);
 }
 
-void read() {
-    logIn();
-    settle();
-    MSFlexGridLib::MSFlexGrid* const grid = mainWindow().MailGrid;
-    const long peakBefore = bench::peakMemory();
-    const QPoint cell = grid->visualItemRect(grid->item(0, 3)).center();
-    QTest::mouseClick(grid->viewport(), Qt::LeftButton, {}, cell);
+/** Chooses the first message with the mouse. */
+QPoint chooseFirst(const MSFlexGridLib::MSFlexGrid& grid) {
+    const QPoint cell = grid.visualItemRect(grid.item(0, 3)).center();
+    QTest::mouseClick(grid.viewport(), Qt::LeftButton, {}, cell);
+    return cell;
+}
+
+Taken openFirst() {
+    const MSFlexGridLib::MSFlexGrid& grid = *mainWindow().MailGrid;
+    const QPoint cell = chooseFirst(grid);
     Stopwatch stopwatch([](QWidget& widget) {
         const auto* const window = dynamic_cast<frmFrom*>(widget.window());
         return window != nullptr && &widget == window->tMessage->viewport() &&
                !window->tMessage->shownText().isEmpty();
     });
-    QTest::mouseDClick(grid->viewport(), Qt::LeftButton, {}, cell);
-    tell("opening", stopwatch.wait());
+    QTest::mouseDClick(grid.viewport(), Qt::LeftButton, {}, cell);
+    return stopwatch.wait();
+}
+
+void open() {
+    logIn();
+    settle();
+    tell("opening", openFirst());
+}
+
+void check() {
+    logIn();
+    settle();
+    tell("checking", pressUntilBox(mainWindow().cmdGetMail, QStringLiteral("You have no new mail.")));
+}
+
+void remove() {
+    logIn();
+    settle();
+    const MSFlexGridLib::MSFlexGrid& grid = *mainWindow().MailGrid;
+    const int rows = grid.Rows();
+    chooseFirst(grid);
+    std::optional<Stopwatch> deletion;
+    // The time begins when the question is answered, not when it is asked.
+    Stopwatch question([](QWidget& widget) { return qobject_cast<QMessageBox*>(&widget) != nullptr; },
+                       [&](QWidget& widget) {
+                           deletion.emplace([&grid, rows](QWidget& painted) {
+                               return &painted == grid.viewport() && grid.Rows() == rows - 1 &&
+                                      grid.isEnabled();
+                           });
+                           static_cast<QMessageBox&>(widget).button(QMessageBox::Yes)->click();
+                       });
+    press(mainWindow().cmdDelete);
+    question.wait();
+    tell("deleting", deletion.value().wait());
+}
+
+void read() {
+    logIn();
+    settle();
+    const long peakBefore = bench::peakMemory();
+    tell("opening", openFirst());
     settle();
     tell("saving", pressUntilBox(messageWindow().cmdSave, QStringLiteral("Attachment has been saved to:")));
     tellMemory(peakBefore);
@@ -131,18 +185,25 @@ void send() {
     tellMemory(peakBefore);
 }
 
-void run(std::string_view job) {
+struct Job {
+    std::string_view name;
+    void (*work)();
+};
+
+constexpr std::array<Job, 7> kJobs{{{"entering", enter},
+                                    {"listing", list},
+                                    {"opening", open},
+                                    {"checking", check},
+                                    {"deleting", remove},
+                                    {"reading", read},
+                                    {"sending", send}}};
+
+void run(const Job& job) {
     runHandler([] {
         mainWindow();
         keepAWindowVisible();
     });
-    if (job == "listing") {
-        list();
-    } else if (job == "reading") {
-        read();
-    } else {
-        send();
-    }
+    job.work();
     std::cout << std::endl;
 }
 } // namespace
@@ -152,14 +213,15 @@ int main(int argumentCount, char** arguments) {
     const QApplication application(argumentCount, arguments);
     QApplication::setApplicationName(QStringLiteral("Brindlewake"));
     QApplication::setQuitOnLastWindowClosed(false);
-    const std::string job = argumentCount == 2 ? arguments[1] : "";
-    if (job != "listing" && job != "reading" && job != "sending") {
-        std::cerr << "usage: bench_windows listing|reading|sending\n";
+    const std::string_view asked = argumentCount == 2 ? arguments[1] : "";
+    const auto* const job = std::ranges::find(kJobs, asked, &Job::name);
+    if (job == kJobs.end()) {
+        std::cerr << "usage: bench_windows entering|listing|opening|checking|deleting|reading|sending\n";
         return 2;
     }
     const LoadedWindows windows;
     try {
-        run(job);
+        run(*job);
     } catch (const std::exception& error) {
         std::cerr << "bench_windows: " << error.what() << '\n';
         return 1;

@@ -2,6 +2,7 @@
 
 #include "components/poplib/questions.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,6 +25,16 @@ struct Capabilities {
     void add(std::string_view line);
 
     bool offers(std::string_view mechanism) const;
+};
+
+/** What a session has shown of a server, so that the next one need not ask. */
+struct KnownServer {
+    /** The response to CAPA before the log-on; of a connection in clear that is then encrypted, before that.
+     */
+    std::optional<Capabilities> atFirst;
+    std::optional<Capabilities> behindStls;
+    /** The server answers commands that are sent ahead, though it does not say so. */
+    bool pipelines = false;
 };
 
 /**

@@ -1,7 +1,6 @@
 #include "components/poplib/log_on_plan.h"
 
 #include "components/poplib/apop.h"
-#include "components/poplib/capabilities.h"
 #include "components/poplib/reply_text.h"
 #include "components/sasl/attempt.h"
 #include "platform/checked.h"
@@ -41,6 +40,14 @@ bool startTls(Exchange& exchange) {
         }
     });
     return accepted;
+}
+
+/** What is known of the server, or what it says when it is asked now. */
+const Capabilities& learn(std::optional<Capabilities>& known, Exchange& exchange) {
+    if (!known) {
+        known = askCapabilities(exchange);
+    }
+    return *known;
 }
 
 /** The part of one log-on that follows the encryption. */
@@ -202,9 +209,10 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
                                                           const LogOnTerms& terms) {
     exchange.session().secrets().addPassword(account.password);
     const std::string greeting = std::get<Greeted>(exchange.next()).text;
+    KnownServer known = terms.known;
     Capabilities can;
     if (terms.asksForCapabilities) {
-        const int error = platform::errorNumberOf([&] { can = askCapabilities(exchange); });
+        const int error = platform::errorNumberOf([&] { can = learn(known.atFirst, exchange); });
         if (error == errors::MailServerTrouble && terms.security != Security::Demanded) {
             LogOnTerms without = terms;
             without.asksForCapabilities = false;
@@ -219,7 +227,7 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
     if (wanted && can.stls) {
         encrypted = startTls(exchange);
         if (encrypted) {
-            can = askCapabilities(exchange);
+            can = learn(known.behindStls, exchange);
         } else if (terms.security == Security::WhenOffered) {
             LogOnTerms inClear = terms;
             inClear.security = Security::Never;
@@ -236,14 +244,20 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
     if (auto refused = LogOn(exchange, account, can, encrypted).run(greeting)) {
         return *std::move(refused);
     }
+    std::variant<OpenMailbox, StartAgain> opened;
     if (can.pipelining || !terms.listing) {
-        return OpenMailbox{totalsOf(ask(exchange, statCommand())), can.pipelining && terms.pipelines, {}};
+        const bool pipelines = (can.pipelining || known.pipelines) && terms.pipelines;
+        opened = OpenMailbox{totalsOf(ask(exchange, statCommand())), pipelines, {}, {}};
+    } else {
+        opened = openByTrying(exchange, terms);
     }
-    auto opened = openByTrying(exchange, terms);
     if (auto* const again = std::get_if<StartAgain>(&opened)) {
         return *again;
     }
-    return std::get<OpenMailbox>(std::move(opened));
+    auto& mailbox = std::get<OpenMailbox>(opened);
+    known.pipelines = mailbox.pipelines;
+    mailbox.known = std::move(known);
+    return std::move(mailbox);
 }
 
 } // namespace poplib

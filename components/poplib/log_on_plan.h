@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/poplib/capabilities.h"
 #include "components/poplib/questions.h"
 #include "components/sasl/mechanism.h"
 #include "components/transport/server_name.h"
@@ -34,6 +35,8 @@ struct LogOnTerms {
     bool listing = false;
     /** False for a server that has not answered commands that were sent ahead. */
     bool pipelines = true;
+    /** From an earlier session with this server. What is known is not asked for again. */
+    KnownServer known = {};
 };
 
 /** A mailbox that is open. */
@@ -43,6 +46,8 @@ struct OpenMailbox {
     bool pipelines = false;
     /** The sizes of the messages, where they had to be asked for. */
     SizeTexts sizes;
+    /** What a later session need not ask for. */
+    KnownServer known = {};
 };
 
 /** The session is of no more use. Another one, with these terms, may go better. */

@@ -62,8 +62,10 @@ void POP::asRequest(const Action& action) {
 
 /** A server that failed over commands that were sent ahead gets them one by one in the next session. */
 void POP::rememberTrouble(int error) {
+    // The server may have changed, which is why it failed.
+    known_ = {};
     if (error == errors::MailServerTrouble && !askedAhead_.empty()) {
-        serverWithoutPipelining_ = server_;
+        isWithoutPipelining_ = true;
     }
 }
 
@@ -121,20 +123,18 @@ void POP::logOn() {
     }
     // Other handlers run while this one waits, and may set another name for a log-on of their own.
     const sasl::Account account{loginUser_, loginPassword_};
-    if (serverWithoutCapabilities_ != server) {
-        serverWithoutCapabilities_.reset();
+    if (server_ != *server) {
+        forgetServer();
+        server_ = *server;
     }
-    if (serverWithoutPipelining_ != server) {
-        serverWithoutPipelining_.reset();
-    }
-    LogOnTerms terms{server->security, !serverWithoutCapabilities_, listing_, !serverWithoutPipelining_};
-    server_ = *server;
+    LogOnTerms terms{server->security, !isWithoutCapabilities_, listing_, !isWithoutPipelining_, known_};
     for (int connections = 1; connections <= kMaximumConnections; ++connections) {
         connect(*server);
         auto outcome = poplib::logOn(*this, account, terms);
         if (const auto* const again = std::get_if<StartAgain>(&outcome)) {
-            startAgain(*server, again->terms);
+            startAgain(again->terms);
             terms = again->terms;
+            terms.known = {};
             continue;
         }
         if (Protected) {
@@ -149,6 +149,7 @@ void POP::logOn() {
         auto& opened = std::get<OpenMailbox>(outcome);
         totals_ = opened.totals;
         pipelines_ = opened.pipelines;
+        known_ = std::move(opened.known);
         listed_.takeSizes(std::move(opened.sizes));
         return;
     }
@@ -167,16 +168,16 @@ void POP::connect(const transport::ServerName& server) {
 }
 
 /** Ends a session that is to be followed by another one with these terms. */
-void POP::startAgain(const transport::ServerName& server, const LogOnTerms& terms) {
+void POP::startAgain(const LogOnTerms& terms) {
     if (givenUp_) {
         throw RuntimeError(errors::GivenUp);
     }
     if (!terms.asksForCapabilities) {
         // No later session waits for an answer that this server does not give.
-        serverWithoutCapabilities_ = server;
+        isWithoutCapabilities_ = true;
     }
     if (!terms.pipelines) {
-        serverWithoutPipelining_ = server;
+        isWithoutPipelining_ = true;
     }
     connection_.abort();
 }

@@ -161,10 +161,12 @@ class POP : private Exchange {
      */
     std::vector<std::int16_t> messagesToFetchLater() const;
 
-    /** Takes every server for one that can do what it offers again. */
-    void forgetTrouble() noexcept {
-        serverWithoutCapabilities_.reset();
-        serverWithoutPipelining_.reset();
+    /** Forgets what was learnt of the server: it is asked anew, and taken for one that can do what it offers.
+     */
+    void forgetServer() noexcept {
+        known_ = {};
+        isWithoutCapabilities_ = false;
+        isWithoutPipelining_ = false;
     }
 
     /** False when memory ran out for the message listed last: some of its events were not raised. */
@@ -184,7 +186,7 @@ class POP : private Exchange {
     void rememberTrouble(int error);
     void logOn();
     void connect(const transport::ServerName& server);
-    void startAgain(const transport::ServerName& server, const LogOnTerms& terms);
+    void startAgain(const LogOnTerms& terms);
     void logOff();
     void retrieve();
     void deleteCurrent();
@@ -225,11 +227,14 @@ class POP : private Exchange {
      * without deletions.
      */
     QDeadlineTimer deadline_;
-    /** The server that has broken a session off when it was asked for its capabilities. */
-    std::optional<transport::ServerName> serverWithoutCapabilities_;
-    /** The server that has not answered commands that were sent ahead. */
-    std::optional<transport::ServerName> serverWithoutPipelining_;
+    /** The server of the session that runs, or of the last one. */
     transport::ServerName server_;
+    /** What its last session has shown; nothing once one has failed. */
+    KnownServer known_;
+    /** It has broken a session off when it was asked for its capabilities. */
+    bool isWithoutCapabilities_ = false;
+    /** It has not answered commands that were sent ahead. */
+    bool isWithoutPipelining_ = false;
     bool listing_ = false;
     /** The server of this session answers commands that are sent ahead. */
     bool pipelines_ = false;

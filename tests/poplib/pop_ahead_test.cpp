@@ -277,7 +277,7 @@ TEST_P(PopAheadCut, AListingThatBreaksOffAnywhereMakesNothingUp) {
         SCOPED_TRACE(bytes);
         server.cutAfter(bytes, GetParam());
         // A client that has met trouble asks one by one from then on.
-        pop.forgetTrouble();
+        pop.forgetServer();
         const int error = listing();
         ASSERT_LE(content.size(), whole.size());
         ASSERT_TRUE(std::equal(content.begin(), content.end(), whole.begin()));
