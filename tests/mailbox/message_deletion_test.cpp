@@ -96,7 +96,7 @@ TEST_F(MessageDeletion, AsksTheServerInThisOrder) {
     logInWith(2);
     deleteRow(2);
     ASSERT_TRUE(server.waitForEndOf(2));
-    EXPECT_THAT(server.commands(1), ElementsAre("CAPA", "USER ann", "PASS secret", "STAT", "UIDL", "LIST 2",
+    EXPECT_THAT(server.commands(1), ElementsAre("USER ann", "PASS secret", "STAT", "UIDL", "LIST 2",
                                                 "TOP 2 25", "DELE 2", "QUIT"));
 }
 

@@ -188,7 +188,7 @@ TEST_F(LoginWaiting, ThePointerWaitsWhileNewMailIsCheckedFor) {
     ASSERT_TRUE(server.waitForEndOf(1));
     mailbox.on("STAT", support::holdAndSay("+OK 2 44\r\n"));
     {
-        const WhenItHolds look([&] { return server.connections() == 2 && server.commands(1).size() == 4; },
+        const WhenItHolds look([&] { return server.connections() == 2 && server.commands(1).size() == 3; },
                                [&] {
                                    EXPECT_EQ(mainWindow().cursor().shape(), Qt::WaitCursor);
                                    server.release();
