@@ -87,7 +87,10 @@ Taken logIn() {
     settle();
     Stopwatch stopwatch([](QWidget& widget) {
         const MSFlexGridLib::MSFlexGrid* const grid = mainWindow().MailGrid;
-        return &widget == grid->viewport() && grid->redraws() && mainWindow().MailGrid->isEnabled();
+        // An empty list stays disabled, but a letter can be written then.
+        const bool isDone = grid->isEnabled() || (mainWindow().isVisible() && grid->Rows() <= 2 &&
+                                                  mainWindow().cmdCmpose->isEnabled());
+        return &widget == grid->viewport() && grid->redraws() && isDone;
     });
     press(login.cmdLogin);
     return stopwatch.wait();
