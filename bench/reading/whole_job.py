@@ -35,7 +35,8 @@ class Conversation(socketserver.StreamRequestHandler):
             "USER": b"+OK\r\n",
             "PASS": b"+OK\r\n",
             "STAT": b"+OK 1 %d\r\n" % size,
-            "LIST": b"+OK 1 %d\r\n" % size,
+            "LIST": b"+OK\r\n1 %d\r\n.\r\n" % size,
+            "LIST 1": b"+OK 1 %d\r\n" % size,
             "TOP": self.server.beginning,
             "RETR": self.server.retrieved,
             "UIDL": b"+OK\r\n1 one\r\n.\r\n",
@@ -43,8 +44,9 @@ class Conversation(socketserver.StreamRequestHandler):
         }
         self.request.sendall(b"+OK ready\r\n")
         for line in self.rfile:
-            command = line.split()[0].decode().upper()
-            self.request.sendall(answers.get(command, b"-ERR not known\r\n"))
+            whole = line.decode().strip().upper()
+            command = whole.partition(" ")[0]
+            self.request.sendall(answers.get(whole) or answers.get(command, b"-ERR not known\r\n"))
             if command == "QUIT":
                 return
 
