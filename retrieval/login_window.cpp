@@ -1,3 +1,4 @@
+#include "components/controls/message_box.h"
 #include "components/controls/picture.h"
 #include "components/transport/stream.h"
 #include "email/credentials.h"
@@ -74,11 +75,12 @@ void frmLogin::Form_KeyDown(int KeyCode, int Shift) {
     }
 }
 
-// After the user name come a connection and the list. What both need is loaded while the user types, so that
-// the log-on is not delayed by it.
+// After the user name come a connection, the list and, some time, a box. What they need is loaded while the
+// user types, so that nothing is delayed by it later.
 void frmLogin::tUser_Change() {
     transport::loadNetwork();
     mainWindow().prepare();
+    controls::prepareMessageBoxes();
 }
 
 // Another log-on may still be waiting further down the call stack. It keeps the display.

@@ -167,6 +167,16 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     return answer == QMessageBox::Yes ? MessageAnswer::Yes : MessageAnswer::No;
 }
 
+void prepareMessageBoxes() {
+    static bool prepared = false;
+    if (std::exchange(prepared, true)) {
+        return;
+    }
+    QMessageBox never;
+    never.setText(QStringLiteral("."));
+    never.setStandardButtons(QMessageBox::Ok | QMessageBox::Yes | QMessageBox::No);
+}
+
 void showMessage(const QString& text, const QString& title) {
     showMessageBox({text, title, MessageIcon::None, MessageButtons::Ok});
 }

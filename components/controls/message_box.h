@@ -28,6 +28,9 @@ struct MessageBox {
 /** Shows the box and waits until the user answers it. The windows handle events meanwhile. */
 MessageAnswer showMessageBox(const MessageBox& box);
 
+/** Loads what the first box would have to wait for: what its letters need and the icons of buttons. */
+void prepareMessageBoxes();
+
 /** Shows a box with an OK button and no icon. */
 void showMessage(const QString& text, const QString& title);
 
