@@ -30,22 +30,26 @@ std::string header(int number) {
     return std::move(text).str();
 }
 
-std::string body(int number) {
+std::string body(int number, std::size_t lineBytes) {
     std::ostringstream text;
     text << "--part-" << number << "-of-letters\nContent-Type: text/plain; charset=utf-8\n\n";
     for (int line = 0; line < kBodyLines; ++line) {
         // A line in twenty starts with a dot, so that unstuffing is part of the work.
-        text << (line % 20 == 7 ? ". " : "") << "Line " << line << " of letter " << number
-             << ", about as long as most lines that people write.\n";
+        std::string words = "Line " + std::to_string(line) + " of letter " + std::to_string(number) +
+                            ", about as long as most lines that people write.";
+        while (words.size() < lineBytes) {
+            words += words.substr(0, lineBytes - words.size());
+        }
+        text << (line % 20 == 7 ? ". " : "") << words << '\n';
     }
     text << "--part-" << number << "-of-letters--\n";
     return std::move(text).str();
 }
 } // namespace
 
-void fillWithSamples(mailserver::Mailbox& mailbox, int messages) {
+void fillWithSamples(mailserver::Mailbox& mailbox, int messages, std::size_t lineBytes) {
     for (int number = 1; number <= messages; ++number) {
-        mailbox.append(header(number) + '\n' + body(number));
+        mailbox.append(header(number) + '\n' + body(number, lineBytes));
     }
 }
 

@@ -21,9 +21,10 @@ int numberOf(std::string_view text) {
     return number;
 }
 
-void serve(std::string_view messages, std::string_view delay, const char* address) {
+void serve(std::string_view messages, std::string_view delay, const char* address,
+           std::string_view lineBytes) {
     mailserver::Mailbox mailbox;
-    bench::fillWithSamples(mailbox, numberOf(messages));
+    bench::fillWithSamples(mailbox, numberOf(messages), static_cast<std::size_t>(numberOf(lineBytes)));
     bench::DelayedListener listener(
         [&mailbox] { return std::make_unique<mailserver::Pop3Conversation>(mailbox); },
         std::chrono::milliseconds(numberOf(delay)),
@@ -34,12 +35,14 @@ void serve(std::string_view messages, std::string_view delay, const char* addres
 } // namespace
 
 int main(int argumentCount, char** arguments) {
-    if (argumentCount != 3 && argumentCount != 4) {
-        std::cerr << "usage: bench_pop3_server <messages> <delay of an answer in milliseconds> [<address>]\n";
+    if (argumentCount < 3 || argumentCount > 5) {
+        std::cerr << "usage: bench_pop3_server <messages> <delay of an answer in milliseconds>"
+                     " [<address> [<bytes of a line>]]\n";
         return 2;
     }
     try {
-        serve(arguments[1], arguments[2], argumentCount == 4 ? arguments[3] : "127.0.0.1");
+        serve(arguments[1], arguments[2], argumentCount > 3 ? arguments[3] : "127.0.0.1",
+              argumentCount > 4 ? arguments[4] : "0");
     } catch (const std::exception& error) {
         std::cerr << "bench_pop3_server: " << error.what() << '\n';
         return 1;
