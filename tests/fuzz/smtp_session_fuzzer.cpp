@@ -5,11 +5,10 @@
 
 #include "components/smtplib/plans.h"
 #include "platform/runtime_error.h"
-#include "tests/fuzz/fuzz_input.h"
+#include "tests/fuzz/linked_mechanisms.h"
+#include "tests/fuzz/turns.h"
 #include "tests/support/described_event.h"
 
-#include <algorithm>
-#include <deque>
 #include <string>
 #include <variant>
 #include <vector>
@@ -41,31 +40,16 @@ struct Run {
     bool operator==(const Run&) const = default;
 };
 
-/** A server that sends one turn after the other, whatever the client sends. */
-class Dialogue : public smtplib::Exchange {
+/** Writes down what happens. */
+class Dialogue : public fuzz::Turns<SmtpSession> {
   public:
-    Dialogue(std::string_view bytes, const std::vector<std::size_t>& sizes) : bytes_(bytes), sizes_(sizes) {}
-
-    SmtpSession& session() override { return session_; }
-
-    void encrypt() override {
-        if (session_.hasUnusedBytes() || !events_.empty()) {
-            throw platform::RuntimeError(platform::errors::EncryptionFailed);
-        }
-        run.sent += "(encryption begins)\r\n";
+    Dialogue(std::string_view bytes, const std::vector<std::size_t>& sizes)
+        : Turns(bytes, sizes, platform::errors::SendingLost) {
+        outputTaken = [this](const SmtpSession& session) { run.mayHaveBeenSent = session.mayHaveBeenSent(); };
     }
 
     smtplib::Event next() override {
-        while (events_.empty()) {
-            run.sent += session_.takeOutput();
-            run.mayHaveBeenSent = session_.mayHaveBeenSent();
-            if (bytes_.empty()) {
-                throw platform::RuntimeError(platform::errors::SendingLost);
-            }
-            hearTurn();
-        }
-        smtplib::Event event = std::move(events_.front());
-        events_.pop_front();
+        smtplib::Event event = Turns::next();
         requireSense(event);
         run.events.push_back(support::described(event));
         if (std::holds_alternative<smtplib::Failed>(event)) {
@@ -75,26 +59,6 @@ class Dialogue : public smtplib::Exchange {
     }
 
     Run run;
-
-  private:
-    void hearTurn() {
-        const std::size_t end = std::min(bytes_.find('\0'), bytes_.size());
-        for (std::string_view turn = bytes_.substr(0, end); !turn.empty(); ++piece_) {
-            const std::size_t size = sizes_.empty() ? turn.size() : sizes_[piece_ % sizes_.size()];
-            session_.receive(turn.substr(0, size));
-            while (auto event = session_.nextEvent()) {
-                events_.push_back(*std::move(event));
-            }
-            turn.remove_prefix(std::min(size, turn.size()));
-        }
-        bytes_.remove_prefix(std::min(end + 1, bytes_.size()));
-    }
-
-    std::string_view bytes_;
-    const std::vector<std::size_t>& sizes_;
-    std::size_t piece_ = 0;
-    SmtpSession session_;
-    std::deque<smtplib::Event> events_;
 };
 
 /** One message, then the end of the session. */
@@ -111,7 +75,7 @@ void sendMessage(Dialogue& dialogue, bool large) {
     dialogue.session().addText("text\r\n.\r\n");
     dialogue.session().submit(smtplib::endOfMessageCommand());
     smtplib::awaitConfirmation(dialogue);
-    fuzz::require(dialogue.run.sent.find("\r\n..\r\n.\r\n") != std::string::npos,
+    fuzz::require(dialogue.sent.find("\r\n..\r\n.\r\n") != std::string::npos,
                   "what is accepted was sent whole");
     dialogue.ask(smtplib::quitCommand());
 }
@@ -119,12 +83,14 @@ void sendMessage(Dialogue& dialogue, bool large) {
 Run play(std::string_view bytes, bool large, const std::vector<std::size_t>& sizes) {
     Dialogue dialogue(bytes, sizes);
     dialogue.run.error = platform::errorNumberOf([&] { sendMessage(dialogue, large); });
+    dialogue.run.sent = dialogue.sent;
     return dialogue.run;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const fuzz::FixedNonce nonce;
     fuzz::Input input(data, size);
     std::vector<std::size_t> sizes(1 + input.below(6));
     for (std::size_t& piece : sizes) {
