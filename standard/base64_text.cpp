@@ -46,6 +46,22 @@ bool goesOn(std::string_view rest) {
     return digits > 0 && digits % group == 0 && (end == rest.end() || *end == '\r' || *end == '\n');
 }
 
+/** Where a line ends with the padding of whole groups, so that nothing behind it need be base64. */
+std::size_t endOfPaddedLine(std::string_view content) {
+    std::size_t counted = 0;
+    std::int64_t digits = 0;
+    for (std::size_t at = content.find('='); at != std::string_view::npos; at = content.find('=', at + 1)) {
+        digits += digitsIn(content.substr(counted, at - counted));
+        counted = at;
+        const std::size_t end = at > 0 && isDigit(content[at - 1]) ? endOfPadding(content, at, digits) : 0;
+        const char behind = end != 0 && end < content.size() ? content[end] : ' ';
+        if (behind == '\r' || behind == '\n') {
+            return end;
+        }
+    }
+    return content.size();
+}
+
 /** Bytes of the words that base64 could have between blanks: whole groups, or longer than words are. */
 std::int64_t bytesOfGroups(std::string_view content) {
     constexpr std::ptrdiff_t group = 4;
@@ -93,6 +109,7 @@ std::int64_t bytesOfPiece(std::string_view piece) {
 }
 
 bool isMostlyBase64(std::string_view content) {
+    content = content.substr(0, endOfPaddedLine(content));
     constexpr std::int64_t fewBlanks = 8;
     const std::int64_t digits = digitsIn(content);
     const std::int64_t lineEnds =

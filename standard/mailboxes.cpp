@@ -37,6 +37,15 @@ std::string quotedWhereNeeded(std::string_view name) {
     return std::any_of(name.begin(), name.end(), isSpecial) ? quoted + "\"" : plain;
 }
 
+/** GMime's own options, once it has been started, which its parsers need. */
+GMimeParserOptions* options() {
+    static GMimeParserOptions* const known = [] {
+        g_mime_init();
+        return g_mime_parser_options_get_default();
+    }();
+    return known;
+}
+
 void add(InternetAddress* address, std::string& text, int depth) {
     constexpr int deepest = 10;
     if (INTERNET_ADDRESS_IS_GROUP(address) != 0) {
@@ -67,7 +76,7 @@ std::string mailboxesText(std::string_view field) {
     // each decoded, and encoded anew as one word.
     const std::string known = withWordsOfUtf8(field.substr(0, kLongestField));
     const std::unique_ptr<InternetAddressList, Release> list(
-        internet_address_list_parse(g_mime_parser_options_get_default(), known.c_str()));
+        internet_address_list_parse(options(), known.c_str()));
     std::string text;
     const int count = list ? internet_address_list_length(list.get()) : 0;
     for (int index = 0; index < count; ++index) {

@@ -3,15 +3,11 @@
 #include "standard/reading.h"
 #include "standard/transfer_decoder.h"
 
-#include <gmime/gmime.h>
-
 namespace standard {
 
 namespace {
 class Reader final : public StandardReader {
   public:
-    Reader() { g_mime_init(); }
-
     ListedFields listed(const ListedFields& fields) const override { return listedFields(fields); }
 
     StandardMessage read(std::string_view header, std::string_view body) const override {

@@ -35,6 +35,8 @@ const Case kCases[] = {
     {"Base64WithSignsInTheWrongPlace", Encoding::Base64, "=SGVs=bG8=", "Hello"},
     {"Base64WithTextBehind", Encoding::Base64, "SGVsbG8gd29ybGQsIGhlcmUgd2UgYXJlIGFsbC4=\r\n\r\n____\r\nList",
      "Hello world, here we are all."},
+    {"Base64WithMoreTextBehind", Encoding::Base64,
+     "SGVsbG8=\r\n\r\n_____\r\nA footer of the list, which is long.", "Hello"},
     {"Base64InTwoPieces", Encoding::Base64, "SGVsbG8=\r\nSGVsbG8=\r\n", "HelloHello"},
     {"Base64InPiecesOnOneLine", Encoding::Base64, "SGVsbG8=SGVsbG8=", "HelloHello"},
     {"WordsAreNoBase64", Encoding::Base64, "This is not base64 at all, it's plain text",
