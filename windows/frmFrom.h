@@ -2,9 +2,11 @@
 
 #include "components/controls/find_bar.h"
 #include "components/controls/text_box.h"
+#include "message/answers.h"
 #include "windows/form.h"
 
 #include <cstdint>
+#include <optional>
 
 class QLabel;
 class QLineEdit;
@@ -42,6 +44,8 @@ class frmFrom : public Form {
 
     /** The number of the message in the window. A check for new mail may change CurrentMessage meanwhile. */
     std::int16_t OpenMessage = 0;
+    /** The same message, where the standard reader has read it. */
+    std::optional<DecodedMessage> Decoded;
 
   private:
     void makeShortcuts();
