@@ -62,7 +62,7 @@ std::vector<Hard> hardLetters() {
         {"Japanese", QStringLiteral("日本語の件名、とても長いもの").repeated(10), QStringLiteral("山田 太郎"),
          QStringLiteral("日本語の本文。\n").repeated(50),
          QStringLiteral("日本語の長い名前").repeated(5) + QStringLiteral(".bin"), nul},
-        // Python shows a space between the words of a name, so a long one has spaces.
+        // Python shows a space between the encoded words of a name, so a long one has spaces of its own.
         {"TenThousand",
          QStringLiteral("0123456789 äöüß ").repeated(625),
          QStringLiteral("Zoë Müller ").repeated(20) + u'x',
@@ -79,7 +79,7 @@ std::vector<Hard> hardLetters() {
         {"LikeAnEncodedWord", QStringLiteral("=?utf-8?Q?typed?= =?utf-8?B?eA==?="),
          QStringLiteral("=?utf-8?Q?x?="), QStringLiteral("=?utf-8?Q?x?= =3D =\n= \n"),
          QStringLiteral("=?utf-8?Q?x?=.bin"), nul},
-        // Python joins spaces in names, so only the subject and the text have more than one.
+        // Python joins spaces in names, so only the subject and the text have two together.
         {"Spaces", QStringLiteral(" two  spaces and\ta tab "), QStringLiteral("A B"),
          QStringLiteral("  leading\ntrailing  \n\n\n"), QStringLiteral("a b .bin"), nul},
         {"LikeABoundary", QStringLiteral("--=_0123456789abcdef"), QStringLiteral("--x--"),
