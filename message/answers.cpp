@@ -1,9 +1,12 @@
 #include "message/answers.h"
 
 #include "message/forwarded_text.h"
+#include "message/mail_mode.h"
 #include "message/safe_file_name.h"
 #include "platform/text.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -16,6 +19,7 @@ QString forwardMark() {
 }
 
 bool isAnswerAlready(std::string_view subject) {
+    subject.remove_prefix(std::min(subject.find_first_not_of(' '), subject.size()));
     return platform::upperCase(subject.substr(0, 3)) == "RE:";
 }
 
@@ -29,37 +33,39 @@ std::string onOneLine(std::string_view field) {
 }
 
 /** The name of the file that a message becomes: its subject, or the start of it. */
-QString fileNameOf(const DecodedMessage& message) {
+QString fileNameOf(std::string_view subject) {
     constexpr std::size_t mostBytes = 100;
-    const std::string_view subject = message.subject;
     const std::string_view start = subject.substr(0, platform::wholeCharacters(subject, mostBytes));
     return safeFileName(platform::fromBytes(start)) + QStringLiteral(".eml");
 }
+
+bool isHouse() {
+    return mailMode() == MailMode::House;
+}
 } // namespace
 
-Answer answerTo(const email::MessageSummary& message) {
-    return {message.From, answerMark(), message.Subject, {}};
-}
-
-Answer answerTo(const DecodedMessage& message) {
-    Answer answer{
-        message.answerTo, isAnswerAlready(message.subject) ? QString() : answerMark(), message.subject, {}};
+Answer answerTo(const OpenedMessage& message) {
+    const std::string& subject = message.summary.Subject;
+    if (isHouse()) {
+        return {message.summary.From, answerMark(), subject, {}};
+    }
+    Answer answer{message.answerTo, isAnswerAlready(subject) ? QString() : answerMark(), subject, {}};
     answer.origin.inReplyTo = message.answered.messageId;
     answer.origin.references = message.answered.references;
     return answer;
 }
 
-Answer handingOn(const email::MessageSummary& message) {
-    return {{}, forwardMark(), message.Subject, forwardedText(message)};
-}
-
-Answer handingOn(const DecodedMessage& message, std::string_view shownText, bool withOriginal) {
-    Answer answer{{}, forwardMark(), message.subject, {}};
-    answer.text = forwardedText(onOneLine(message.date), onOneLine(message.from), onOneLine(message.subject),
-                                shownText);
+Answer handingOn(const OpenedMessage& message, bool withOriginal) {
+    const email::MessageSummary& summary = message.summary;
+    if (isHouse()) {
+        return {{}, forwardMark(), summary.Subject, forwardedText(summary)};
+    }
+    Answer answer{{}, forwardMark(), summary.Subject, {}};
+    answer.text = forwardedText(onOneLine(summary.Date), onOneLine(summary.From), onOneLine(summary.Subject),
+                                message.shownText());
     if (withOriginal && message.answered.original) {
         answer.origin.original = message.answered.original;
-        answer.origin.originalName = fileNameOf(message);
+        answer.origin.originalName = fileNameOf(summary.Subject);
     }
     return answer;
 }

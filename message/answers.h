@@ -6,17 +6,18 @@
 
 #include <QString>
 
+#include <functional>
 #include <string>
-#include <string_view>
 
-/** What the standard reader has made of the header of an opened message. Texts are UTF-8. */
-struct DecodedMessage {
-    /** Where answers go, as the To field takes it. */
-    std::string answerTo;
-    std::string from;
-    std::string subject;
-    std::string date;
-    AnsweredMessage answered;
+/** An opened message, as Reply and Forward take it. */
+struct OpenedMessage {
+    /** Its fields are decoded where the standard reader has read it. */
+    const email::MessageSummary& summary;
+    /** Where answers go, as the To field takes it; only in the standard way. */
+    const std::string& answerTo;
+    const AnsweredMessage& answered;
+    /** Returns the text as it is shown. */
+    std::function<std::string()> shownText;
 };
 
 /** What Reply or Forward puts into the compose window. */
@@ -30,18 +31,15 @@ struct Answer {
     LetterOrigin origin = {};
 };
 
-/** The program's own answer: to the sender, as the header has it. */
-Answer answerTo(const email::MessageSummary& message);
+/**
+ * The answer to a message. The house's goes to the sender, as the header has it. In the standard way it names
+ * the messages before it, and "RE: " is not put before a subject that begins with "Re:", whatever the case of
+ * its letters.
+ */
+Answer answerTo(const OpenedMessage& message);
 
 /**
- * The answer to a message that was read as the standards have it. "RE: " is put before a subject that does
- * not begin with "Re:" yet, whatever the case of its letters.
+ * Hands a message on: in the house's way all of it as text (forwardedText()), in the standard way the text
+ * that is shown, between the same lines, with the whole message beside it where that is wanted.
  */
-Answer answerTo(const DecodedMessage& message);
-
-/** The program's own way of handing a message on: all of it as text (forwardedText()). */
-Answer handingOn(const email::MessageSummary& message);
-
-/** Hands on the text that was shown, between the same lines; with the whole message beside it where wanted.
- */
-Answer handingOn(const DecodedMessage& message, std::string_view shownText, bool withOriginal);
+Answer handingOn(const OpenedMessage& message, bool withOriginal);

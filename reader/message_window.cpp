@@ -29,8 +29,9 @@ QString onOneLine(QString text) {
     return text;
 }
 
-email::MessageSummary& messageIn(const frmFrom& window) {
-    return email::mailbox.Messages.at(window.OpenMessage);
+OpenedMessage openedIn(const frmFrom& window) {
+    return {email::mailbox.Messages.at(window.OpenMessage), window.Read.answerTo, window.Answered,
+            [&window] { return window.tMessage->bytes(); }};
 }
 
 /**
@@ -68,7 +69,7 @@ void frmFrom::cmdReply_Click() {
         compose.openFrom(*this, *compose.tMessage);
         return;
     }
-    const Answer answer = Decoded ? answerTo(*Decoded) : answerTo(messageIn(*this));
+    const Answer answer = answerTo(openedIn(*this));
     compose.tTo->setText(addressToAnswer(answer.to));
     compose.tSubject->setText(subjectOf(answer));
     compose.origin = answer.origin;
@@ -85,8 +86,7 @@ void frmFrom::cmdFwrd_Click() {
         return;
     }
     const bool withOriginal = email::isYes(email::settings.SendAttachments);
-    Answer answer =
-        Decoded ? handingOn(*Decoded, tMessage->bytes(), withOriginal) : handingOn(messageIn(*this));
+    Answer answer = handingOn(openedIn(*this), withOriginal);
     compose.tSubject->setText(subjectOf(answer));
     compose.tMessage->setBytes(std::move(answer.text));
     compose.origin = std::move(answer.origin);
@@ -105,6 +105,7 @@ void frmFrom::cmdDone_Click() {
 
 void frmFrom::Form_Unload() {
     tMessage->setBytes({});
-    Decoded.reset();
+    Read = {};
+    Answered = {};
     giveControlBack();
 }

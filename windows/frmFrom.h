@@ -2,11 +2,11 @@
 
 #include "components/controls/find_bar.h"
 #include "components/controls/text_box.h"
-#include "message/answers.h"
+#include "message/answered_message.h"
+#include "message/standard_reader.h"
 #include "windows/form.h"
 
 #include <cstdint>
-#include <optional>
 
 class QLabel;
 class QLineEdit;
@@ -44,8 +44,11 @@ class frmFrom : public Form {
 
     /** The number of the message in the window. A check for new mail may change CurrentMessage meanwhile. */
     std::int16_t OpenMessage = 0;
-    /** The same message, where the standard reader has read it. */
-    std::optional<DecodedMessage> Decoded;
+
+    /** What the standard reader has made of the message, but for the text, which the window shows. */
+    StandardMessage Read;
+    /** What the standard writer has to know of the message when it is answered or forwarded. */
+    AnsweredMessage Answered;
 
   private:
     void makeShortcuts();
