@@ -2,6 +2,7 @@
 #include "email/credentials.h"
 #include "email/shared_settings.h"
 #include "email/titles.h"
+#include "message/writer_in_use.h"
 #include "platform/drives.h"
 #include "platform/runtime_error.h"
 #include "windows/frmMain.h"
@@ -56,6 +57,7 @@ void frmSend::Form_Load() {
     cmdAttach->setEnabled(attach);
     lblAttachment->setEnabled(attach);
     txtAttachment->setEnabled(attach);
+    tMessage->setEncoder([](const QString& typed) { return writerInUse().bytesOf(typed); });
 }
 
 void frmSend::openFrom(Form& opener, QWidget& field) {
@@ -112,6 +114,7 @@ void frmSend::Form_Unload() {
     tTo->clear();
     tCc->clear();
     tSubject->clear();
+    origin = {};
     giveControlBack();
 }
 

@@ -48,7 +48,8 @@ KeptLetter letterIn(const frmSend& window) {
             .copies = window.tCc->text(),
             .subject = window.tSubject->text(),
             .attachment = window.txtAttachment->text(),
-            .text = window.tMessage->bytes()};
+            .text = window.tMessage->bytes(),
+            .origin = window.origin};
 }
 
 /** Returns a digest of what the file holds; never 0, which stands for no file. */
@@ -90,6 +91,10 @@ bool frmSend::goOnWithKeptLetter() {
         txtAttachment->setText(letter->attachment);
     }
     tMessage->setBytes(letter->text);
+    origin = letter->origin;
+    if (!txtAttachment->isEnabled()) {
+        origin.original.reset();
+    }
     return true;
 }
 

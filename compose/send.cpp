@@ -1,5 +1,4 @@
 #include "components/controls/message_box.h"
-#include "components/smtplib/address_list.h"
 #include "components/smtplib/message.h"
 #include "email/credentials.h"
 #include "email/own_files.h"
@@ -7,7 +6,7 @@
 #include "email/shared_settings.h"
 #include "email/titles.h"
 #include "email/typed_host.h"
-#include "message/composer.h"
+#include "message/writer_in_use.h"
 #include "platform/background.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -15,7 +14,6 @@
 #include "windows/frmSend.h"
 #include "windows/windows.h"
 
-#include <QDateTime>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -57,17 +55,14 @@ smtplib::Account sendersAccount() {
             platform::toBytes(credentials.NameAtHost)};
 }
 
-/**
- * Checks the fields before the client connects to a server.
- * \throws RuntimeError what the SMTP client would raise for them.
- */
-void mustBeSendable(const frmSend& window) {
+smtplib::Message fieldsIn(const frmSend& window) {
+    const MessageWriter& writer = writerInUse();
     smtplib::Message message;
     message.sender = sendersAddress();
-    message.recipients = platform::toBytes(window.tTo->text());
-    message.copies = platform::toBytes(window.tCc->text());
-    message.subject = platform::toBytes(window.tSubject->text());
-    smtplib::prepareMessage(message, QDateTime::currentDateTime());
+    message.recipients = writer.bytesOf(window.tTo->text());
+    message.copies = writer.bytesOf(window.tCc->text());
+    message.subject = writer.bytesOf(window.tSubject->text());
+    return message;
 }
 
 /** Gives the field the keyboard focus and selects the bytes from begin to end of its UTF-8 text. */
@@ -83,8 +78,8 @@ void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
 /** Selects the first address, or the subject, that the error is about; nothing for any other error. */
 void markWhatIsWrong(const frmSend& window, int error) {
     for (QLineEdit* field : {window.tTo, window.tCc}) {
-        const auto fault = smtplib::findAddressFault(platform::toBytes(field->text()));
-        if (fault && fault->error == error) {
+        const auto fault = writerInUse().findFault(platform::toBytes(field->text()), error);
+        if (fault) {
             mark(field, fault->begin, fault->end);
             return;
         }
@@ -121,15 +116,16 @@ void frmSend::send() {
     // The message is composed before the fields are checked, so that the encoded file is written even when
     // they are refused.
     ComposedMessage message =
-        Compose(tMessage->bytes(), txtAttachment->text(), [this](const QString& file, std::string_view line) {
-            // The user can neither close the window nor cancel while a file is encoded.
-            const WhileDisabled resting(*this);
-            const WhileHourglass waiting(*this);
-            lblSending->setText(QStringLiteral("Encoding the attachment..."));
-            EncodedFile encoded = encodeAttachment(ctrNetcode, file, line);
-            lblSending->setText(QString());
-            return encoded;
-        });
+        writerInUse().compose({tMessage->bytes(), txtAttachment->text(), origin},
+                              [this](const QString& file, std::string_view line) {
+                                  // The user can neither close the window nor cancel while a file is encoded.
+                                  const WhileDisabled resting(*this);
+                                  const WhileHourglass waiting(*this);
+                                  lblSending->setText(QStringLiteral("Encoding the attachment..."));
+                                  EncodedFile encoded = encodeAttachment(ctrNetcode, file, line);
+                                  lblSending->setText(QString());
+                                  return encoded;
+                              });
     if (tTo->text().isEmpty()) {
         refuse(QStringLiteral("You need to enter an e-mail address to send to."), tTo);
         return;
@@ -148,15 +144,18 @@ void frmSend::transmit(ComposedMessage message) {
     const WhileDisabled noCancelling(*cmdCancel);
     // This lasts: after a failure, too, Attach stays disabled.
     cmdAttach->setEnabled(false);
-    mustBeSendable(*this);
+    // The client connects to no server for fields that it would refuse.
+    writerInUse().check(fieldsIn(*this));
     SMTP1.setBlocking(true);
     SMTP1.setHost(email::sendingServer());
     SMTP1.setAccount(sendersAccount());
     SMTP1.issueRequest(Request::OpenConnection);
-    SMTP1.setSender(sendersAddress());
-    SMTP1.setRecipients(platform::toBytes(tTo->text()));
-    SMTP1.setCopies(platform::toBytes(tCc->text()));
-    SMTP1.setSubject(platform::toBytes(tSubject->text()));
+    const smtplib::Message fields = fieldsIn(*this);
+    SMTP1.setSender(fields.sender);
+    SMTP1.setRecipients(fields.recipients);
+    SMTP1.setCopies(fields.copies);
+    SMTP1.setSubject(fields.subject);
+    SMTP1.setForm(std::move(message.form));
     SMTP1.setAdditionalHeaders(message.ExtraHeaders);
     SMTP1.setBody(message.MessageBody);
     SMTP1.setDataFile(message.DataFile.path, std::move(message.DataFile.file));

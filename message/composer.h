@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/smtplib/message.h"
 #include "platform/private_file.h"
 
 #include <QString>
@@ -23,6 +24,9 @@ struct ComposedMessage {
     std::string MessageBody;
     /** The file whose bytes follow the body; empty without an attachment. */
     EncodedFile DataFile;
+    /** Makes the message's header and its body in place of the two above; empty for the SMTP client's own
+     * way. */
+    smtplib::MessageForm form = {};
 };
 
 /**

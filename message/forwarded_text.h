@@ -3,6 +3,7 @@
 #include "email/messages.h"
 
 #include <string>
+#include <string_view>
 
 /**
  * The text of a forwarded message: its raw body as it was fetched, every part still encoded, and behind it
@@ -10,3 +11,7 @@
  * filters look for them.
  */
 std::string forwardedText(const email::MessageSummary& message);
+
+/** The same lines around a text that was decoded for reading. */
+std::string forwardedText(std::string_view date, std::string_view from, std::string_view subject,
+                          std::string_view text);

@@ -50,6 +50,57 @@ bool takeField(std::string_view& text, std::string_view name, QString& value) {
     }
     return bytes.has_value();
 }
+
+bool takeField(std::string_view& text, std::string_view name, std::string& value) {
+    const auto bytes = takeField(text, name);
+    value = bytes.value_or(std::string_view());
+    return bytes.has_value();
+}
+
+std::string joined(const std::vector<std::string>& ids) {
+    std::string text;
+    for (const std::string& id : ids) {
+        text += id + '\n';
+    }
+    return text;
+}
+
+std::vector<std::string> lines(std::string_view text) {
+    std::vector<std::string> found;
+    for (std::size_t end = text.find('\n'); end != std::string_view::npos; end = text.find('\n')) {
+        found.emplace_back(text.substr(0, end));
+        text.remove_prefix(end + 1);
+    }
+    return found;
+}
+
+/** The name of the first field of what a letter takes along; any other letter has none of these fields. */
+constexpr std::string_view kOrigin = "In-Reply-To";
+
+void append(std::string& file, const LetterOrigin& origin) {
+    const ReceivedMessage none;
+    const ReceivedMessage& original = origin.original ? *origin.original : none;
+    append(file, kOrigin, origin.inReplyTo);
+    append(file, "References", joined(origin.references));
+    append(file, "Original-Name", origin.originalName.toStdString());
+    append(file, "Original-Header", original.header);
+    append(file, "Original-Body", original.body);
+}
+
+bool takeOrigin(std::string_view& file, LetterOrigin& origin) {
+    std::string references;
+    auto original = std::make_shared<ReceivedMessage>();
+    const bool taken = takeField(file, kOrigin, origin.inReplyTo) &&
+                       takeField(file, "References", references) &&
+                       takeField(file, "Original-Name", origin.originalName) &&
+                       takeField(file, "Original-Header", original->header) &&
+                       takeField(file, "Original-Body", original->body);
+    origin.references = lines(references);
+    if (!original->header.empty() || !original->body.empty()) {
+        origin.original = std::move(original);
+    }
+    return taken;
+}
 } // namespace
 
 bool isEmpty(const KeptLetter& letter, const QString& senderAddress) {
@@ -61,11 +112,17 @@ std::string keptLetterFile(const KeptLetter& letter) {
     std::string file(kFirstLine);
     // Room for the lines and the fields that people type, so that a long text is copied once.
     constexpr std::size_t usually = 4096;
-    file.reserve(letter.text.size() + usually);
+    const std::size_t original =
+        letter.origin.original ? letter.origin.original->header.size() + letter.origin.original->body.size()
+                               : 0;
+    file.reserve(letter.text.size() + original + usually);
     append(file, "To", letter.to.toStdString());
     append(file, "Cc", letter.copies.toStdString());
     append(file, "Subject", letter.subject.toStdString());
     append(file, "Attachment", letter.attachment.toStdString());
+    if (!letter.origin.isEmpty()) {
+        append(file, letter.origin);
+    }
     append(file, "Text", letter.text);
     return file;
 }
@@ -75,6 +132,9 @@ std::optional<KeptLetter> keptLetterIn(std::string_view file) {
     if (!take(file, kFirstLine) || !takeField(file, "To", letter.to) ||
         !takeField(file, "Cc", letter.copies) || !takeField(file, "Subject", letter.subject) ||
         !takeField(file, "Attachment", letter.attachment)) {
+        return std::nullopt;
+    }
+    if (file.starts_with(kOrigin) && !takeOrigin(file, letter.origin)) {
         return std::nullopt;
     }
     const auto text = takeField(file, "Text");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "message/letter.h"
+
 #include <QString>
 
 #include <optional>
@@ -15,6 +17,8 @@ struct KeptLetter {
     QString attachment;
     /** The text, kept byte for byte. */
     std::string text;
+    /** What it takes along from another message, kept whole. */
+    LetterOrigin origin = {};
 
     bool operator==(const KeptLetter&) const = default;
 };

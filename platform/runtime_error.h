@@ -59,13 +59,15 @@ inline constexpr int MessageNotGiven = 20342;
 /** The user gave up waiting for the mail server. */
 inline constexpr int GivenUp = 20352;
 
-// Sending mail. 20401 to 20404: the message itself cannot be sent. 2041x and 2042x: the server refuses, for
+// Sending mail. 20401 to 20405: the message itself cannot be sent. 2041x and 2042x: the server refuses, for
 // good and for now. 20431 to 20434: the attempt ended before the message was complete. After all of these
 // nothing was sent. Only after 20442 to 20444 may the message have been sent all the same.
 inline constexpr int BadAddress = 20401;
 inline constexpr int NoRecipient = 20402;
 inline constexpr int FieldHoldsLineEnd = 20403;
 inline constexpr int BadHeaderLine = 20404;
+/** An address has characters beyond ASCII, and the server does not take such addresses (no SMTPUTF8). */
+inline constexpr int AddressBeyondAscii = 20405;
 inline constexpr int GreetingRefused = 20411;
 inline constexpr int HelloRefused = 20412;
 inline constexpr int SenderRefused = 20413;

@@ -104,6 +104,23 @@ std::string toBytes(const QString& text) {
     return text.toStdString();
 }
 
+QString withoutHalfPairs(const QString& text) {
+    QString whole = text;
+    for (qsizetype at = 0; at < whole.size(); ++at) {
+        if (!whole.at(at).isSurrogate()) {
+            continue;
+        }
+        const bool isPair =
+            whole.at(at).isHighSurrogate() && at + 1 < whole.size() && whole.at(at + 1).isLowSurrogate();
+        if (isPair) {
+            ++at;
+        } else {
+            whole[at] = QChar(QChar::ReplacementCharacter);
+        }
+    }
+    return whole;
+}
+
 std::size_t inStr(std::size_t start, std::string_view text, std::string_view wanted) noexcept {
     if (start == 0 || start > text.size()) {
         return 0;

@@ -28,6 +28,10 @@ QString startFromBytes(std::string_view bytes, std::size_t most);
 /** Typed text as the bytes that go out: UTF-8. */
 std::string toBytes(const QString& text);
 
+/** The text with U+FFFD for each half of a surrogate pair that stands without the other, as clipboards have
+ * it. */
+QString withoutHalfPairs(const QString& text);
+
 /** The 1-based position of the wanted text at or after `start` (1-based), 0 when there is none. */
 std::size_t inStr(std::size_t start, std::string_view text, std::string_view wanted) noexcept;
 

@@ -3,7 +3,7 @@
 #include "email/mailbox.h"
 #include "email/shared_settings.h"
 #include "email/titles.h"
-#include "message/forwarded_text.h"
+#include "message/answers.h"
 #include "platform/text.h"
 #include "reader/print_message.h"
 #include "windows/frmFrom.h"
@@ -12,6 +12,9 @@
 
 #include <QLineEdit>
 #include <QPushButton>
+
+#include <string>
+#include <utility>
 
 namespace {
 /** Bytes of the subject that a reply or a forwarded message takes over. A longer one is cut and marked. */
@@ -26,26 +29,30 @@ QString onOneLine(QString text) {
     return text;
 }
 
-email::MessageSummary& messageIn(const frmFrom& window) {
-    return email::mailbox.Messages.at(window.OpenMessage);
+OpenedMessage openedIn(const frmFrom& window) {
+    return {email::mailbox.Messages.at(window.OpenMessage), window.Read.answerTo, window.Answered,
+            [&window] { return window.tMessage->bytes(); }};
 }
 
 /**
  * Returns the sender's address. When it is too long for the field, shows a box and returns an empty text: a
  * cut address would be a different one.
  */
-QString addressToAnswer(const email::MessageSummary& message) {
+QString addressToAnswer(const std::string& address) {
     constexpr auto most = static_cast<std::size_t>(controls::LineBox::kMostCharacters);
-    if (message.From.size() <= most) {
-        return onOneLine(platform::fromBytes(message.From));
+    if (address.size() <= most) {
+        return onOneLine(platform::fromBytes(address));
     }
     controls::showMessage(
         QStringLiteral("The sender's address has %1 bytes, which is too long. Please type the address.")
-            .arg(message.From.size()),
+            .arg(address.size()),
         email::programTitle());
     return {};
 }
 
+QString subjectOf(const Answer& answer) {
+    return answer.prefix + onOneLine(platform::startFromBytes(answer.subject, kSubjectBytes));
+}
 } // namespace
 
 void frmFrom::Form_Load() {
@@ -54,7 +61,6 @@ void frmFrom::Form_Load() {
 }
 
 void frmFrom::cmdReply_Click() {
-    const email::MessageSummary& message = messageIn(*this);
     frmSend& compose = composeWindow();
     if (compose.showIfInUse()) {
         return;
@@ -63,14 +69,14 @@ void frmFrom::cmdReply_Click() {
         compose.openFrom(*this, *compose.tMessage);
         return;
     }
-    compose.tTo->setText(addressToAnswer(message));
-    compose.tSubject->setText(QStringLiteral("RE: ") +
-                              onOneLine(platform::startFromBytes(message.Subject, kSubjectBytes)));
+    const Answer answer = answerTo(openedIn(*this));
+    compose.tTo->setText(addressToAnswer(answer.to));
+    compose.tSubject->setText(subjectOf(answer));
+    compose.origin = answer.origin;
     compose.openFrom(*this, *compose.tMessage);
 }
 
 void frmFrom::cmdFwrd_Click() {
-    const email::MessageSummary& message = messageIn(*this);
     frmSend& compose = composeWindow();
     if (compose.showIfInUse()) {
         return;
@@ -79,9 +85,11 @@ void frmFrom::cmdFwrd_Click() {
         compose.openFrom(*this, *compose.tMessage);
         return;
     }
-    compose.tSubject->setText(QStringLiteral("Fwd: ") +
-                              onOneLine(platform::startFromBytes(message.Subject, kSubjectBytes)));
-    compose.tMessage->setBytes(forwardedText(message));
+    const bool withOriginal = email::isYes(email::settings.SendAttachments);
+    Answer answer = handingOn(openedIn(*this), withOriginal);
+    compose.tSubject->setText(subjectOf(answer));
+    compose.tMessage->setBytes(std::move(answer.text));
+    compose.origin = std::move(answer.origin);
     compose.openFrom(*this, *compose.tTo);
 }
 
@@ -97,5 +105,7 @@ void frmFrom::cmdDone_Click() {
 
 void frmFrom::Form_Unload() {
     tMessage->setBytes({});
+    Read = {};
+    Answered = {};
     giveControlBack();
 }

@@ -2,6 +2,8 @@
 
 #include "components/controls/find_bar.h"
 #include "components/controls/text_box.h"
+#include "message/answered_message.h"
+#include "message/standard_reader.h"
 #include "windows/form.h"
 
 #include <cstdint>
@@ -42,6 +44,11 @@ class frmFrom : public Form {
 
     /** The number of the message in the window. A check for new mail may change CurrentMessage meanwhile. */
     std::int16_t OpenMessage = 0;
+
+    /** What the standard reader has made of the message, but for the text, which the window shows. */
+    StandardMessage Read;
+    /** What the standard writer has to know of the message when it is answered or forwarded. */
+    AnsweredMessage Answered;
 
   private:
     void makeShortcuts();

@@ -6,6 +6,7 @@
 #include "components/controls/timer.h"
 #include "components/netcodelib/netcode.h"
 #include "components/smtplib/smtp.h"
+#include "message/letter.h"
 #include "platform/kept_file.h"
 #include "platform/program.h"
 #include "windows/form.h"
@@ -74,6 +75,8 @@ class frmSend : public Form {
     MSComDlg::CommonDialog dlgAttach;
     NetCodeLib::NetCode ctrNetcode;
     SMTPLib::SMTP SMTP1;
+    /** What the letter in the window takes along from another message. */
+    LetterOrigin origin;
     /** Keeps the letter in the window until the user sends or cancels it. */
     platform::KeptFile keptLetter;
 

@@ -18,6 +18,8 @@ std::string meaningOfSendingError(int errorNumber) {
         return "An address or the subject holds a line end. The message was not sent.";
     case errors::BadHeaderLine:
         return "A header line of the message is not correct. The message was not sent.";
+    case errors::AddressBeyondAscii:
+        return "The mail server takes only addresses of plain letters (ASCII). The message was not sent.";
     case errors::GreetingRefused:
         return "The mail server offers no service. The message was not sent.";
     case errors::HelloRefused:

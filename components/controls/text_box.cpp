@@ -34,14 +34,10 @@ QFont fontOfNotes() {
     font.setFamilies(QFont().families());
     return font;
 }
-
-std::string typed(const QString& text) {
-    QString lines = text;
-    return platform::toBytes(lines.replace(kLineSeparator, QStringLiteral("\r\n")));
-}
 } // namespace
 
 TextBox::TextBox(QWidget* parent) : QPlainTextEdit(parent), lblNotShown_(new QLabel(this)) {
+    setEncoder(platform::toBytes);
     setFont(fontOfMail());
     lblNotShown_->setFont(fontOfNotes());
     lblNotShown_->setObjectName(QStringLiteral("lblNotShown"));
@@ -185,6 +181,11 @@ void TextBox::noteChange(int position, int charactersAdded) {
 std::string_view TextBox::line(std::size_t number) const {
     const std::size_t end = number + 1 < lineStarts_.size() ? lineStarts_[number + 1] : shownEnd_;
     return std::string_view(original_).substr(lineStarts_[number], end - lineStarts_[number]);
+}
+
+std::string TextBox::typed(const QString& text) const {
+    QString lines = text;
+    return encoder_(lines.replace(kLineSeparator, QStringLiteral("\r\n")));
 }
 
 std::string TextBox::bytes() const {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 class QLabel;
@@ -35,6 +36,9 @@ class TextBox : public QPlainTextEdit {
 
     /** Replaces the text in the box. */
     void setBytes(std::string text);
+
+    /** How typed text becomes bytes; platform::toBytes() unless another function is set. */
+    void setEncoder(std::function<std::string(const QString&)> encoder) { encoder_ = std::move(encoder); }
 
     /**
      * Returns what the box holds: lines set by setBytes() as they were, and typed or changed lines in UTF-8,
@@ -87,11 +91,13 @@ class TextBox : public QPlainTextEdit {
     void placeNote();
     void noteChange(int position, int charactersAdded);
     std::string_view line(std::size_t number) const;
+    std::string typed(const QString& text) const;
 
     // text_box_editing.cpp
     void takeIn(const QString& text);
     void tellLater(const QString& text);
 
+    std::function<std::string(const QString&)> encoder_;
     std::string original_;
     /** Where the shown lines of the original start. Never empty: an empty text is one empty line. */
     std::vector<std::size_t> lineStarts_{0};

@@ -19,47 +19,6 @@ namespace errors = platform::errors;
     throw platform::RuntimeError(errors::BadAddress);
 }
 
-/** Letters, digits, hyphens; and underscores, which real host names have. */
-bool isDomainLabel(std::string_view label) {
-    constexpr std::size_t maximumBytes = 63;
-    return !label.empty() && label.size() <= maximumBytes && label.front() != '-' && label.back() != '-' &&
-           std::all_of(label.begin(), label.end(), [](char character) {
-               return character == '-' || character == '_' || isLetterOrDigit(character);
-           });
-}
-
-bool isDomainName(std::string_view name) {
-    for (;;) {
-        const std::size_t dot = name.find('.');
-        if (!isDomainLabel(name.substr(0, dot))) {
-            return false;
-        }
-        if (dot == std::string_view::npos) {
-            return true;
-        }
-        name.remove_prefix(dot + 1);
-    }
-}
-
-std::string localPartOnWire(const AddressToken& token) {
-    if (isDotAtom(token.text)) {
-        return token.text;
-    }
-    const bool printable = std::all_of(token.text.begin(), token.text.end(),
-                                       [](char character) { return character >= ' ' && character <= '~'; });
-    if (token.kind != Kind::Quoted || token.text.empty() || !printable) {
-        refuse();
-    }
-    std::string quoted = "\"";
-    for (const char character : token.text) {
-        if (character == '"' || character == '\\') {
-            quoted += '\\';
-        }
-        quoted += character;
-    }
-    return quoted + '"';
-}
-
 /** The words before the angle brackets, with a space between any two. */
 void setDisplayName(Address& address, const std::vector<AddressToken>& words) {
     for (const AddressToken& word : words) {
@@ -73,7 +32,8 @@ void setDisplayName(Address& address, const std::vector<AddressToken>& words) {
 
 class AddressListParser {
   public:
-    explicit AddressListParser(std::string_view text) : tokens_(text) {}
+    AddressListParser(std::string_view text, AddressCharacters characters)
+        : tokens_(text), characters_(characters) {}
 
     std::vector<Address> parse() {
         advance();
@@ -139,13 +99,9 @@ class AddressListParser {
         if (words.size() != 1 || words.front().kind == Kind::Literal) {
             refuse();
         }
-        const bool isLiteral = domain.kind == Kind::Literal && domain.text != "[]";
-        if (!isLiteral && (domain.kind != Kind::Word || !isDomainName(domain.text))) {
-            refuse();
-        }
         Address address;
-        address.localPart = localPartOnWire(words.front());
-        address.domain = domain.text;
+        address.domain = domainOnWire(domain, characters_);
+        address.localPart = localPartOnWire(words.front(), characters_);
         constexpr std::size_t bracketsAndSign = 3;
         if (address.localPart.size() > kMaximumLocalPartBytes ||
             address.domain.size() > kMaximumDomainBytes ||
@@ -177,6 +133,7 @@ class AddressListParser {
     }
 
     AddressTokens tokens_;
+    AddressCharacters characters_;
     AddressToken token_;
     std::size_t itemBegin_ = 0;
     std::size_t groupBegin_ = 0;
@@ -216,21 +173,21 @@ AddressFault withoutSpaces(std::string_view text, AddressFault fault) {
 }
 } // namespace
 
-std::vector<Address> parseAddressList(std::string_view text) {
+std::vector<Address> parseAddressList(std::string_view text, AddressCharacters characters) {
     if (findForbidden(text) != std::string_view::npos) {
         throw platform::RuntimeError(errors::FieldHoldsLineEnd);
     }
-    return AddressListParser(text).parse();
+    return AddressListParser(text, characters).parse();
 }
 
-std::optional<AddressFault> findAddressFault(std::string_view text) {
+std::optional<AddressFault> findAddressFault(std::string_view text, AddressCharacters characters) {
     if (const std::size_t at = findForbidden(text); at != std::string_view::npos) {
         const std::size_t comma = text.rfind(',', at);
         const std::size_t begin = comma == std::string_view::npos ? 0 : comma + 1;
         return withoutSpaces(text,
                              {errors::FieldHoldsLineEnd, begin, std::min(text.find(',', at), text.size())});
     }
-    AddressListParser parser(text);
+    AddressListParser parser(text, characters);
     const int error = platform::errorNumberOf([&parser] { parser.parse(); });
     if (error == 0) {
         return std::nullopt;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "components/smtplib/address_parts.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -36,13 +38,14 @@ inline constexpr std::size_t kMaximumPathBytes = 256;
  * stand for themselves, and the group's name is dropped.
  *
  * An address needs a domain. If the sender's domain were added to a bare word, the unquoted name in "Miller,
- * Ann <ann@example.org>" would make Miller a recipient. Addresses are ASCII, as this client does not
- * implement SMTPUTF8 (RFC 6531). Obsolete syntax, which is routes and spaces around dots, is refused.
+ * Ann <ann@example.org>" would make Miller a recipient. Obsolete syntax, which is routes and spaces around
+ * dots, is refused.
  *
  * \throws RuntimeError 20403 when the text holds CR, LF or NUL, 20401 for anything else that is not an
- * address or is too long for one.
+ * address or is too long for one, 20405 as AddressCharacters says.
  */
-std::vector<Address> parseAddressList(std::string_view text);
+std::vector<Address> parseAddressList(std::string_view text,
+                                      AddressCharacters characters = AddressCharacters::Ascii);
 
 /** What parseAddressList() raises for a text, and for which part of it. */
 struct AddressFault {
@@ -53,7 +56,8 @@ struct AddressFault {
 };
 
 /** The first item of a list that is not an address; nothing when all are. */
-std::optional<AddressFault> findAddressFault(std::string_view text);
+std::optional<AddressFault> findAddressFault(std::string_view text,
+                                             AddressCharacters characters = AddressCharacters::Ascii);
 
 /**
  * The mailboxes of both lists, each one once, in the order of their first appearance. Domains that differ

@@ -61,6 +61,9 @@ Command mailCommand(const Envelope& envelope, bool withSize, bool withBody) {
     if (withBody && envelope.eightBit) {
         line += " BODY=8BITMIME";
     }
+    if (envelope.smtpUtf8) {
+        line += " SMTPUTF8";
+    }
     return openCommand(CommandKind::Mail, line);
 }
 

@@ -44,6 +44,8 @@ struct Envelope {
     std::int64_t messageBytes = 0;
     /** The text has bytes beyond ASCII. */
     bool eightBit = false;
+    /** An address has characters beyond ASCII, so MAIL asks for SMTPUTF8 (RFC 6531 section 3.4). */
+    bool smtpUtf8 = false;
 };
 
 /**
@@ -63,7 +65,7 @@ Command startTlsCommand();
 Command authCommand(std::string_view mechanism, std::string_view initialResponse);
 /** The response to a challenge of AUTH, in base64; "*" cancels the log-on (RFC 4954 section 4). */
 Command authResponseCommand(std::string_view response);
-/** MAIL, with SIZE and BODY where the server knows these. */
+/** MAIL, with SIZE and BODY where the server knows these, and with SMTPUTF8 where the envelope wants it. */
 Command mailCommand(const Envelope& envelope, bool withSize, bool withBody);
 Command rcptCommand(const std::string& mailbox);
 Command dataCommand();

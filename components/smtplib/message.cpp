@@ -11,8 +11,8 @@ using platform::RuntimeError;
 namespace errors = platform::errors;
 
 namespace {
-Address senderOf(const std::string& text) {
-    const std::vector<Address> addresses = parseAddressList(text);
+Address senderOf(const std::string& text, AddressCharacters characters = AddressCharacters::Ascii) {
+    const std::vector<Address> addresses = parseAddressList(text, characters);
     if (addresses.size() != 1) {
         throw RuntimeError(errors::BadAddress);
     }
@@ -43,7 +43,7 @@ std::string newMessageId(const std::string& sender, const QDateTime& now) {
     const QString id = QStringLiteral("<%1.%2@%3>")
                            .arg(now.toMSecsSinceEpoch())
                            .arg(QRandomGenerator::system()->generate64(), 16, 16, QLatin1Char('0'))
-                           .arg(QString::fromStdString(senderOf(sender).domain));
+                           .arg(QString::fromStdString(senderOf(sender, AddressCharacters::Any).domain));
     return id.toStdString();
 }
 

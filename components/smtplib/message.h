@@ -1,11 +1,14 @@
 #pragma once
 
 #include "components/smtplib/address_list.h"
+#include "components/smtplib/reply_reader.h"
 #include "platform/private_file.h"
 
 #include <QDateTime>
 #include <QString>
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,14 +35,25 @@ struct Message {
     platform::HeldFile heldDataFile;
 };
 
-/** The envelope and the header of a message. */
+/** The envelope and the header of a message, and its body where that is not the one that was set. */
 struct PreparedMessage {
     std::string sender;
     /** Of recipients and copies together, each mailbox once. */
     std::vector<std::string> mailboxes;
     /** With the empty line behind it. */
     std::string header;
+    /** In place of the message's own; the data file follows it all the same. */
+    std::optional<std::string> body = {};
+    /** An address has characters beyond ASCII. */
+    bool smtpUtf8 = false;
 };
+
+/**
+ * Gives a message the form in which it goes out, once the server has told its extensions. What it raises ends
+ * the transmission before anything is asked.
+ */
+using MessageForm =
+    std::function<PreparedMessage(const Message& message, const Extensions& offered, const QDateTime& now)>;
 
 /**
  * Checks all fields and makes the header from them. An empty Message-ID is left out.

@@ -52,18 +52,6 @@ void checkLine(std::string_view line, bool isFirst) {
     }
 }
 
-/** "<left@right>", printable, without spaces or further brackets. */
-bool isMessageId(std::string_view id) {
-    if (id.size() < 5 || id.size() > kMaximumTextLineBytes / 2 || !id.starts_with('<') ||
-        !id.ends_with('>')) {
-        return false;
-    }
-    id = id.substr(1, id.size() - 2);
-    const std::size_t sign = id.find('@');
-    return sign != std::string_view::npos && sign > 0 && sign + 1 < id.size() &&
-           std::all_of(id.begin(), id.end(), isGraphic) && id.find_first_of("<>") == std::string_view::npos;
-}
-
 std::string addressField(const std::string& name, const std::vector<Address>& addresses) {
     FoldedField field(name);
     for (const Address& address : addresses) {
@@ -107,6 +95,17 @@ std::string messageHeader(const HeaderFields& fields) {
     }
     checkAdditionalLines(fields.additionalLines);
     return header + fields.additionalLines;
+}
+
+bool isMessageId(std::string_view id) {
+    if (id.size() < 5 || id.size() > kMaximumTextLineBytes / 2 || !id.starts_with('<') ||
+        !id.ends_with('>')) {
+        return false;
+    }
+    id = id.substr(1, id.size() - 2);
+    const std::size_t sign = id.find('@');
+    return sign != std::string_view::npos && sign > 0 && sign + 1 < id.size() &&
+           std::all_of(id.begin(), id.end(), isGraphic) && id.find_first_of("<>") == std::string_view::npos;
 }
 
 std::string dateText(const QDateTime& date) {

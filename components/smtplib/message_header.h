@@ -5,6 +5,7 @@
 #include <QDateTime>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace smtplib {
@@ -32,6 +33,9 @@ struct HeaderFields {
  * line is malformed.
  */
 std::string messageHeader(const HeaderFields& fields);
+
+/** Whether the text is a Message-ID: "<left@right>", printable ASCII, without spaces or further brackets. */
+bool isMessageId(std::string_view id);
 
 /** A date for the header (RFC 5322 section 3.3): English names, numeric zone, whatever the locale. */
 std::string dateText(const QDateTime& date);

@@ -56,6 +56,8 @@ Extensions extensionsOf(const Reply& reply) {
             extensions.sizeLimit = space == std::string_view::npos ? 0 : limitOf(line.substr(space + 1));
         } else if (keyword == "8BITMIME") {
             extensions.eightBit = true;
+        } else if (keyword == "SMTPUTF8") {
+            extensions.smtpUtf8 = true;
         } else if (keyword == "PIPELINING") {
             extensions.pipelining = true;
         } else if (keyword == "STARTTLS") {

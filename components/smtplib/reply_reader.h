@@ -32,6 +32,8 @@ struct Extensions {
     std::int64_t sizeLimit = 0;
     /** 8BITMIME: MAIL may announce bytes beyond ASCII (RFC 6152). */
     bool eightBit = false;
+    /** SMTPUTF8: addresses and header fields may have characters beyond ASCII (RFC 6531). */
+    bool smtpUtf8 = false;
     /** PIPELINING: commands may be sent ahead of the replies to others (RFC 2920). */
     bool pipelining = false;
     /** STARTTLS: the connection can be encrypted (RFC 3207). */

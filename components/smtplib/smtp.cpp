@@ -116,14 +116,16 @@ void SMTP::transmit() {
     }
     // A listener, or a timer inside a wait, may set properties meanwhile; this message keeps what it has.
     const Message message = message_;
-    PreparedMessage prepared = prepareMessage(message, now);
-    MessageSource source(prepared.header, message.body, dataFileOf(message, std::move(heldDataFile)));
+    PreparedMessage prepared = form_ ? form_(message, opened_.extensions, now) : prepareMessage(message, now);
+    const std::string& body = prepared.body ? *prepared.body : message.body;
+    MessageSource source(prepared.header, body, dataFileOf(message, std::move(heldDataFile)));
     if (message.dataFileEncoded) {
         source.fileIsEncoded();
     }
     const MessageTotals totals = measured(source);
     offerMessage(*this,
-                 {std::move(prepared.sender), std::move(prepared.mailboxes), totals.bytes, totals.eightBit},
+                 {std::move(prepared.sender), std::move(prepared.mailboxes), totals.bytes, totals.eightBit,
+                  prepared.smtpUtf8},
                  opened_);
     sendText(source, totals.bytes);
     awaitConfirmation(*this);

@@ -129,6 +129,12 @@ class SMTP : private Exchange {
     void setDataFileEncoded(bool encoded) { message_.dataFileEncoded = encoded; }
 
     /**
+     * How the next message is made of its fields for the server of the session; as prepareMessage() does it
+     * when the function is empty.
+     */
+    void setForm(MessageForm form) { form_ = std::move(form); }
+
+    /**
      * The Message-ID. When it is empty, the transmission makes one and keeps it, so that a message sent again
      * after a failure has the same one and its readers recognise the duplicate. A confirmed transmission
      * empties it.
@@ -163,6 +169,7 @@ class SMTP : private Exchange {
     Timeouts timeouts_;
     QString host_;
     Message message_;
+    MessageForm form_;
     transport::Connection connection_;
     SmtpSession session_;
     Account account_;

@@ -34,8 +34,8 @@ TEST(ErrorMeanings, EveryKnownNumberHasAMeaningOfItsOwn) {
 TEST(ErrorMeanings, EveryNumberOfSendingHasAMeaningOfItsOwn) {
     std::vector<std::string> meanings;
     for (const int number :
-         {20401, 20402, 20403, 20404, 20411, 20412, 20413, 20414, 20415, 20416, 20421, 20422,
-          20423, 20424, 20425, 20426, 20431, 20432, 20433, 20434, 20442, 20443, 20444}) {
+         {20401, 20402, 20403, 20404, 20405, 20411, 20412, 20413, 20414, 20415, 20416, 20421,
+          20422, 20423, 20424, 20425, 20426, 20431, 20432, 20433, 20434, 20442, 20443, 20444}) {
         const std::string meaning = meaningOf(number);
         EXPECT_NE(meaning, meaningOf(-1)) << number;
         EXPECT_THAT(meanings, Not(Contains(meaning))) << number;

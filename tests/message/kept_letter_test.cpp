@@ -23,12 +23,36 @@ TEST(KeptLetter, ComesBackByteForByte) {
     }
 }
 
+TEST(KeptLetter, WhatItTakesAlongFromAnotherMessageIsKeptWhole) {
+    KeptLetter letter = aLetter();
+    letter.origin.inReplyTo = "<2@example.org>";
+    letter.origin.references = {"<1@example.org>", "<2@example.org>"};
+    auto read = keptLetterIn(keptLetterFile(letter));
+    ASSERT_TRUE(read.has_value());
+    EXPECT_EQ(*read, letter);
+
+    letter.origin = {};
+    letter.origin.originalName = QStringLiteral("Größe.eml");
+    letter.origin.original = std::make_shared<ReceivedMessage>(
+        ReceivedMessage{"Subject: x\r\n", std::string("Text 7\n\xff\0", 9)});
+    read = keptLetterIn(keptLetterFile(letter));
+    ASSERT_TRUE(read.has_value() && read->origin.original);
+    EXPECT_EQ(read->origin.original->header, letter.origin.original->header);
+    EXPECT_EQ(read->origin.original->body, letter.origin.original->body);
+    EXPECT_EQ(read->origin.originalName, letter.origin.originalName);
+    EXPECT_EQ(read->text, letter.text);
+}
+
 TEST(KeptLetter, AFileThatIsCutAnywhereOrHasMoreHoldsNone) {
-    const std::string file = keptLetterFile(aLetter());
-    for (std::size_t size = 0; size < file.size(); ++size) {
-        EXPECT_FALSE(keptLetterIn(file.substr(0, size)).has_value()) << size;
+    KeptLetter answer = aLetter();
+    answer.origin = {"<1@x.org>", {"<1@x.org>"}, std::make_shared<ReceivedMessage>(), QStringLiteral("a")};
+    for (const KeptLetter& letter : {aLetter(), answer}) {
+        const std::string file = keptLetterFile(letter);
+        for (std::size_t size = 0; size < file.size(); ++size) {
+            EXPECT_FALSE(keptLetterIn(file.substr(0, size)).has_value()) << size;
+        }
+        EXPECT_FALSE(keptLetterIn(file + "x").has_value());
     }
-    EXPECT_FALSE(keptLetterIn(file + "x").has_value());
 }
 
 TEST(KeptLetter, AFileOfAnythingElseHoldsNone) {

@@ -27,8 +27,19 @@ TEST(MailCommand, TellsWhatTheServerKnows) {
     EXPECT_EQ(mailCommand(eightBit, true, false).sent, "MAIL FROM:<bob@example.org> SIZE=1234");
 }
 
+TEST(MailCommand, AsksForAddressesBeyondAsciiWhereTheEnvelopeHasThem) {
+    const Envelope beyond{"b\xc3\xb6"
+                          "b@example.org",
+                          {},
+                          1234,
+                          true,
+                          true};
+    EXPECT_EQ(mailCommand(beyond, true, true).sent, "MAIL FROM:<b\xc3\xb6"
+                                                    "b@example.org> SIZE=1234 BODY=8BITMIME SMTPUTF8");
+}
+
 TEST(MailCommand, IsNeverTooLong) {
-    const Envelope longest{std::string(254, 'x'), {}, INT64_MAX, true};
+    const Envelope longest{std::string(254, 'x'), {}, INT64_MAX, true, true};
     EXPECT_LE(mailCommand(longest, true, true).sent.size() + 2, kMaximumCommandBytes);
     EXPECT_LE(rcptCommand(longest.sender).sent.size() + 2, kMaximumCommandBytes);
 }

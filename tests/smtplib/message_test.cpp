@@ -97,6 +97,11 @@ TEST(NewMessageId, IsTheSendersAndNeverTheSame) {
     EXPECT_EQ(errorOf(fields), 0);
 }
 
+TEST(PrepareMessage, AMessageIdOfASenderBeyondAsciiIsAsciiAllTheSame) {
+    const auto now = QDateTime::currentDateTime();
+    EXPECT_TRUE(smtplib::newMessageId("b\xc3\xb6@b\xc3\xbc.org", now).ends_with("@xn--b-eha.org>"));
+}
+
 TEST(PrepareMessage, TakesOneSenderAndAtLeastOneRecipient) {
     const auto errorWith = [](const std::string& sender, const std::string& to, const std::string& cc) {
         smtplib::Message message;

@@ -116,6 +116,9 @@ TEST(Extensions, AreReadWithoutRegardToCaseAndOrder) {
     EXPECT_TRUE(extensions.size);
     EXPECT_EQ(extensions.sizeLimit, 1000);
     EXPECT_TRUE(extensions.eightBit);
+    EXPECT_FALSE(extensions.smtpUtf8);
+    EXPECT_TRUE(extensionsOf({250, {"mail", "SmtpUtf8"}}).smtpUtf8);
+    EXPECT_FALSE(extensionsOf({250, {"SMTPUTF8", "XSMTPUTF8"}}).smtpUtf8);
 }
 
 TEST(Extensions, ALimitThatIsNoneCountsForNothing) {

@@ -1,0 +1,139 @@
+#include "standard/transfer_decoder.h"
+
+#include "standard/base64_text.h"
+#include "standard/header_fields.h"
+#include "standard/quoted_printable.h"
+
+#include <algorithm>
+#include <gmime/gmime.h>
+#include <string>
+
+namespace standard {
+
+namespace {
+using Take = std::function<void(std::string_view)>;
+
+/** Bytes that are decoded at once. */
+constexpr std::size_t kPieceBytes = 64U << 10U;
+
+/** GMime's decoding of one text. */
+class Decoding {
+  public:
+    Decoding(GMimeContentEncoding encoding, const Take& take) : take_(take) {
+        g_mime_encoding_init_decode(&state_, encoding);
+    }
+
+    void add(std::string_view text) {
+        for (; !text.empty(); text.remove_prefix(std::min(kPieceBytes, text.size()))) {
+            const std::string_view piece = text.substr(0, kPieceBytes);
+            bytes_.resize(g_mime_encoding_outlen(&state_, piece.size()));
+            const std::size_t length =
+                g_mime_encoding_step(&state_, piece.data(), piece.size(), bytes_.data());
+            take_(std::string_view(bytes_).substr(0, length));
+        }
+    }
+
+  private:
+    const Take& take_;
+    GMimeEncoding state_{};
+    std::string bytes_;
+};
+
+void decodeBase64(std::string_view content, const Take& take) {
+    forEachBase64Piece(content, [&take](std::string_view piece) {
+        Decoding decoding(GMIME_CONTENT_ENCODING_BASE64, take);
+        // GMime counts a padding sign for a digit wherever it stands, and gives the last bytes only behind
+        // one: so it gets none but at the end.
+        while (!piece.empty()) {
+            const std::size_t sign = std::min(piece.find('='), piece.size());
+            decoding.add(piece.substr(0, sign));
+            piece.remove_prefix(std::min(sign + 1, piece.size()));
+        }
+        decoding.add("==");
+    });
+}
+
+/** What stands between the lines that begin and end uuencoded text; all of it where no line begins it. */
+std::string_view uuencodedLines(std::string_view content) {
+    constexpr std::string_view opening = "begin ";
+    const std::size_t found = content.starts_with(opening) ? 0 : content.find("\nbegin ");
+    if (found == std::string_view::npos) {
+        return content;
+    }
+    const std::size_t lineEnd = content.find('\n', found + opening.size());
+    content.remove_prefix(lineEnd == std::string_view::npos ? content.size() : lineEnd + 1);
+    for (const std::string_view closing : {"\nend\r", "\nend\n"}) {
+        content = content.substr(0, std::min(content.find(closing), content.size()));
+    }
+    return content;
+}
+} // namespace
+
+TransferEncoding transferEncodingOf(std::string_view field) {
+    constexpr std::string_view endsWord = "; \t(,";
+    field = trimmed(field);
+    if (field.starts_with('"')) {
+        field.remove_prefix(1);
+        field = field.substr(0, field.find('"'));
+    }
+    const std::string word = lowerCase(field.substr(0, field.find_first_of(endsWord)));
+    if (word.empty() || word == "7bit" || word == "8bit" || word == "binary" || word == "7-bit" ||
+        word == "8-bit") {
+        return TransferEncoding::None;
+    }
+    if (word == "base64") {
+        return TransferEncoding::Base64;
+    }
+    if (word == "quoted-printable") {
+        return TransferEncoding::QuotedPrintable;
+    }
+    const bool isUuencode = word == "x-uuencode" || word == "uuencode" || word == "x-uue" || word == "uue";
+    return isUuencode ? TransferEncoding::Uuencode : TransferEncoding::Unknown;
+}
+
+bool isDecodable(std::string_view content, TransferEncoding encoding) {
+    if (encoding == TransferEncoding::Base64) {
+        return isMostlyBase64(content);
+    }
+    return encoding != TransferEncoding::Unknown;
+}
+
+void decode(std::string_view content, TransferEncoding encoding, const Take& take) {
+    if (!isDecodable(content, encoding)) {
+        encoding = TransferEncoding::None;
+    }
+    switch (encoding) {
+    case TransferEncoding::Base64:
+        decodeBase64(content, take);
+        break;
+    case TransferEncoding::QuotedPrintable:
+        decodeQuotedPrintable(content, take);
+        break;
+    case TransferEncoding::Uuencode:
+        Decoding(GMIME_CONTENT_ENCODING_UUENCODE, take).add(uuencodedLines(content));
+        break;
+    case TransferEncoding::None:
+    case TransferEncoding::Unknown:
+        take(content);
+        break;
+    }
+}
+
+std::string decoded(std::string_view content, TransferEncoding encoding) {
+    std::string bytes;
+    decode(content, encoding, [&bytes](std::string_view piece) { bytes.append(piece); });
+    return bytes;
+}
+
+std::int64_t decodedSize(std::string_view content, TransferEncoding encoding) {
+    std::int64_t bytes = 0;
+    if (encoding == TransferEncoding::Base64 && isDecodable(content, encoding)) {
+        forEachBase64Piece(content, [&bytes](std::string_view piece) { bytes += bytesOfPiece(piece); });
+    } else {
+        decode(content, encoding,
+               [&bytes](std::string_view piece) { bytes += static_cast<std::int64_t>(piece.size()); });
+    }
+    return bytes;
+}
+
+} // namespace standard
