@@ -45,27 +45,47 @@ class ProgressLine {
     bool shown_ = false;
 };
 
+/** Gives a variable of the environment another value, or none, and in the end the old one back. */
+class VariableMeanwhile {
+  public:
+    VariableMeanwhile(const char* name, const char* value)
+        : name_(name), wasSet_(qEnvironmentVariableIsSet(name)), before_(qgetenv(name)) {
+        set(value != nullptr, value);
+    }
+
+    ~VariableMeanwhile() { set(wasSet_, before_); }
+
+    VariableMeanwhile(const VariableMeanwhile&) = delete;
+    VariableMeanwhile& operator=(const VariableMeanwhile&) = delete;
+
+  private:
+    void set(bool isSet, const QByteArray& value) const {
+        if (isSet) {
+            qputenv(name_, value);
+        } else {
+            qunsetenv(name_);
+        }
+    }
+
+    const char* name_;
+    bool wasSet_;
+    QByteArray before_;
+};
+
 /**
  * Fonts, pictures and the printer need an application object of windows, but no display: this platform comes
  * with Qt's library of windows itself.
  */
 std::unique_ptr<QGuiApplication> applicationWithoutDisplay(char** arguments) {
     static int nameAlone = 1;
-    constexpr const char* runtime = "XDG_RUNTIME_DIR";
-    const bool hadRuntime = qEnvironmentVariableIsSet(runtime);
-    const QByteArray runtimeBefore = qgetenv(runtime);
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Qt looks for a display there, and makes the folder when it is missing. In this one nobody can make any;
-    // Qt warns of its rights.
-    qputenv(runtime, "/proc/self/fdinfo");
-    QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
+    // Qt looks for a display in the folder of the first variable. When that is missing, it makes it, or one
+    // below the second; nobody can make any in this one, of which Qt warns.
+    const VariableMeanwhile noRuntime("XDG_RUNTIME_DIR", nullptr);
+    const VariableMeanwhile noTemporary("TMPDIR", "/proc/self/fdinfo");
+    QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false\ndefault.critical=false"));
     auto application = std::make_unique<QGuiApplication>(nameAlone, arguments);
     QLoggingCategory::setFilterRules({});
-    if (hadRuntime) {
-        qputenv(runtime, runtimeBefore);
-    } else {
-        qunsetenv(runtime);
-    }
     return application;
 }
 

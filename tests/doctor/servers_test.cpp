@@ -74,7 +74,7 @@ class DoctorsServers : public testing::Test {
 
     support::TrustedRoot root;
     Report report;
-    doctor::Member member{"ann", mailserver::kDemoPassword};
+    doctor::Member member{"ann", std::string(mailserver::kDemoPassword)};
 };
 
 TEST_F(DoctorsServers, AGoodPop3ServerIsToldWithAllThatItIs) {
