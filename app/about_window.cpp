@@ -1,3 +1,4 @@
+#include "app/version.h"
 #include "email/protections.h"
 #include "windows/frmAbout.h"
 #include "windows/frmMain.h"
@@ -6,7 +7,7 @@
 #include <QLabel>
 
 void frmAbout::Form_Load() {
-    lblProduct->setText(QStringLiteral("Brindlewake " BRINDLEWAKE_VERSION));
+    lblProduct->setText(QStringLiteral("Brindlewake ") + programVersion());
     showProtections();
 }
 

@@ -1,6 +1,7 @@
 #include "app/second_start.h"
 
 #include "components/controls/message_box.h"
+#include "email/box_texts.h"
 #include "windows/windows.h"
 #include "windows/wiring.h"
 
@@ -46,12 +47,8 @@ std::optional<int> SecondStart::statusToEndWith() {
     case OnlyProgram::Start::NotShown:
         break;
     }
-    controls::showMessageBox(
-        {QStringLiteral(
-             "Brindlewake is already running in this folder, and its window cannot be shown from "
-             "here.\n\nUse it where it was started, perhaps on another screen, or end it there and "
-             "start again."),
-         QStringLiteral("Brindlewake"), controls::MessageIcon::Exclamation, controls::MessageButtons::Ok});
+    controls::showMessageBox({email::boxOfHiddenProgram(), QStringLiteral("Brindlewake"),
+                              controls::MessageIcon::Exclamation, controls::MessageButtons::Ok});
     return EXIT_FAILURE;
 }
 

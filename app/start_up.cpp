@@ -1,4 +1,5 @@
 #include "components/controls/message_box.h"
+#include "email/box_texts.h"
 #include "email/mailbox.h"
 #include "email/settings_file.h"
 #include "email/shared_settings.h"
@@ -61,15 +62,13 @@ void applySettings(frmMain& main) {
 
 void reportStartUpFailure(frmMain& main, int error) {
     if (error == platform::errors::FileNotFound) {
-        controls::showMessageBox({QStringLiteral("You must configure Brindlewake!"),
-                                  QStringLiteral("Brindlewake"), controls::MessageIcon::Exclamation,
-                                  controls::MessageButtons::Ok});
+        controls::showMessageBox({email::boxOfFailedStart(error), QStringLiteral("Brindlewake"),
+                                  controls::MessageIcon::Exclamation, controls::MessageButtons::Ok});
         setupWindow().bringUp();
         main.hide();
         return;
     }
-    controls::showMessage(QStringLiteral("Problem starting Brindlewake. Error# ") + QString::number(error),
-                          QStringLiteral("Brindlewake"));
+    controls::showMessage(email::boxOfFailedStart(error), QStringLiteral("Brindlewake"));
 }
 } // namespace
 

@@ -1,4 +1,5 @@
 #include "components/controls/message_box.h"
+#include "email/box_texts.h"
 #include "email/credentials.h"
 #include "email/shared_settings.h"
 #include "email/titles.h"
@@ -56,16 +57,12 @@ KeptLetter letterIn(const frmSend& window) {
 std::size_t digestOf(const std::string& file) {
     return std::hash<std::string>()(file) | 1U;
 }
-
-QString notKept(int error) {
-    return QStringLiteral("This letter is not kept. Error# ") + QString::number(error);
-}
 } // namespace
 
 bool frmSend::goOnWithKeptLetter() {
     keptLetter.setPath(pathOfKeptLetter());
     if (!keptLetter.hasPath()) {
-        lblSending->setText(notKept(platform::errors::PathFileAccess));
+        lblSending->setText(email::noteOfUnkeptLetter(platform::errors::PathFileAccess));
         return false;
     }
     const auto file = keptLetter.read();
@@ -146,9 +143,9 @@ void frmSend::letterKept(int error) {
         keptDigest_ = 0;
         letter_Change();
     }
-    const bool told = lblSending->text().startsWith(notKept(0).chopped(1));
+    const bool told = lblSending->text().startsWith(email::noteOfUnkeptLetter(0).chopped(1));
     if (!sending_ && (error != 0 || told)) {
-        lblSending->setText(error != 0 ? notKept(error) : QString());
+        lblSending->setText(error != 0 ? email::noteOfUnkeptLetter(error) : QString());
     }
 }
 

@@ -1,5 +1,6 @@
 #include "components/controls/message_box.h"
 #include "components/smtplib/message.h"
+#include "email/box_texts.h"
 #include "email/credentials.h"
 #include "email/own_files.h"
 #include "email/protections.h"
@@ -107,8 +108,7 @@ void frmSend::cmdSndit_Click() {
     if (!isVisible()) {
         bringUp();
     }
-    controls::showMessage(QStringLiteral("Unable to send message. Error# ") + QString::number(error),
-                          email::programTitle());
+    controls::showMessage(email::boxOfFailedSending(error), email::programTitle());
     markWhatIsWrong(*this, error);
 }
 

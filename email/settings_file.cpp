@@ -70,6 +70,14 @@ void derive(const Line& line, const Settings& settings, DerivedValues& derived) 
 }
 } // namespace
 
+std::vector<SettingsLine> settingsLines() {
+    std::vector<SettingsLine> lines;
+    for (const Line& line : kLines) {
+        lines.push_back({static_cast<int>(lines.size()) + 1, line.text, line.isSection()});
+    }
+    return lines;
+}
+
 std::string valueOfLine(const std::string& line) {
     // Without "=" inStr() returns 0, and the whole line is the value.
     return line.substr(platform::inStr(1, line, "="));
@@ -99,6 +107,11 @@ SettingsFields fieldsOf(const Settings& settings) {
         }
     }
     return fields;
+}
+
+QString settingOfLine(const Settings& settings, int number) {
+    const Line& line = kLines.at(static_cast<std::size_t>(number) - 1);
+    return line.isSection() ? QString() : fieldsOf(settings).*line.field;
 }
 
 std::string settingsFileText(const SettingsFields& fields, const Settings& current) {

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace email {
 
@@ -26,6 +27,18 @@ void readSettings(const NextLine& nextLine, Settings& settings, DerivedValues& d
 
 /** What stands after the line's first "="; the whole line when it has none. Spaces count. */
 std::string valueOfLine(const std::string& line);
+
+/** A line of the file, as it is meant to be. */
+struct SettingsLine {
+    /** Counted from 1. */
+    int number = 0;
+    /** The key; for a section its name in brackets. */
+    const char* key = "";
+    bool isSection = false;
+};
+
+/** The file's 19 lines, from the first to the last. */
+std::vector<SettingsLine> settingsLines();
 
 /** The 16 fields of the setup window, as texts; named after the keys that they set. */
 struct SettingsFields {
@@ -49,6 +62,9 @@ struct SettingsFields {
 
 /** The current settings as field texts. */
 SettingsFields fieldsOf(const Settings& settings);
+
+/** The current setting of the line with this number, which counts from 1; empty for a section. */
+QString settingOfLine(const Settings& settings, int number);
 
 /**
  * The settings file's 19 lines, each ended by CR LF. An empty field writes the current setting instead. Line

@@ -1,6 +1,7 @@
 #include "email/typed_host.h"
 
 #include "components/transport/server_name.h"
+#include "email/credentials.h"
 #include "email/shared_settings.h"
 
 namespace email {
@@ -13,6 +14,19 @@ void useTypedHost(const QString& host) {
     settings.POPServer = host;
     settings.SMTPServer = host;
     derived.AtDomain = u'@' + domainOfHost(host);
+}
+
+void takeTypedUserName(const QString& typed) {
+    const qsizetype at = typed.indexOf(u'@');
+    if (at < 0) {
+        credentials.UserName = typed;
+        credentials.NameAtHost.clear();
+        return;
+    }
+    const QString host = typed.sliced(at + 1);
+    credentials.UserName = typed.first(at);
+    credentials.NameAtHost = credentials.UserName + u'@' + domainOfHost(host);
+    useTypedHost(host);
 }
 
 QString domainOfHost(const QString& typed) {

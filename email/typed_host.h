@@ -15,6 +15,12 @@ namespace email {
 void useTypedHost(const QString& host);
 
 /**
+ * Takes the name that a member has typed at the log-on into the credentials. One typed as name@host also sets
+ * the servers and the domain, as useTypedHost() does.
+ */
+void takeTypedUserName(const QString& typed);
+
+/**
  * A host as the domain of an address: without scheme and port, an IPv6 address as a literal (RFC 5321 section
  * 4.1.3). A text that names no server is returned as it is.
  */

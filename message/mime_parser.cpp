@@ -128,6 +128,19 @@ void readParts(std::string_view body, std::string_view boundary, StrippedText& t
 }
 } // namespace
 
+std::vector<std::string_view> partsOf(std::string_view body, std::string_view boundary, std::size_t most) {
+    std::vector<std::string_view> found;
+    Parts parts(body, boundary);
+    while (found.size() < most) {
+        const auto part = parts.next();
+        if (!part) {
+            break;
+        }
+        found.push_back(*part);
+    }
+    return found;
+}
+
 ReadMessage readMultipart(std::string_view body, std::string_view boundary) {
     ReadMessage read;
     StrippedText text;

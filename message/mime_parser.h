@@ -2,10 +2,18 @@
 
 #include "message/read_message.h"
 
+#include <cstddef>
 #include <string_view>
+#include <vector>
 
 /** Most parts that are looked at, in a multipart body and in each alternative in it. */
 inline constexpr int kMaximumParts = 20;
+
+/**
+ * The parts of a body, each from one boundary to the next, with its own headers: at most `most` of them.
+ * What stands behind the last boundary is none.
+ */
+std::vector<std::string_view> partsOf(std::string_view body, std::string_view boundary, std::size_t most);
 
 /**
  * Cuts the body at the message's boundary and returns its text and its attachments, which refer to the body.

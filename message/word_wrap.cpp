@@ -18,7 +18,7 @@ QStringView takeWord(QStringView& text, QStringView delimiter) {
 }
 
 void printText(platform::TextPrinter& printer, QStringView text) {
-    printer.setFont(QStringLiteral("Arial"), kFontSize);
+    printer.setFont(QLatin1String(kPrintedFamily), kFontSize);
     // The margin is measured once, because the font does not change.
     const double margin = printer.textWidth(kRightMargin);
     while (!text.isEmpty()) {

@@ -6,6 +6,9 @@ namespace platform {
 class TextPrinter;
 }
 
+/** The family of the letters that messages are printed in, where the system has it. */
+inline constexpr const char* kPrintedFamily = "Arial";
+
 /**
  * The word splitter: removes the first word, all that stands before the delimiter, from the text and returns
  * it. The delimiter's first character is removed with it. Without a delimiter the whole text is the word, and

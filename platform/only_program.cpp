@@ -3,17 +3,20 @@
 #include "platform/runtime_error.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <fstream>
 #include <poll.h>
 #include <string_view>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/un.h>
 #include <thread>
 #include <unistd.h>
@@ -24,6 +27,7 @@ namespace platform {
 namespace {
 constexpr std::string_view kShown = "shown\n";
 constexpr std::string_view kNotShown = "not shown\n";
+constexpr const char* kLockEnding = ".lock";
 constexpr std::size_t kMaximumRequestBytes = 4096;
 /** A later start sends its request before it waits, so the first program hardly needs to wait for it. */
 constexpr std::chrono::milliseconds kRequestTimeout{200};
@@ -41,6 +45,20 @@ std::string nameOfCurrentFolder() {
                   static_cast<unsigned long long>(status.st_dev),
                   static_cast<unsigned long long>(status.st_ino));
     return name.data();
+}
+
+/** Whether the system's list has a lock on this file (proc(5), /proc/locks). */
+bool isLocked(const struct stat& file) {
+    std::array<char, 64> place{};
+    std::snprintf(place.data(), place.size(), "%02x:%02x:%llu ", major(file.st_dev), minor(file.st_dev),
+                  static_cast<unsigned long long>(file.st_ino));
+    std::ifstream locks("/proc/locks");
+    for (std::string line; std::getline(locks, line);) {
+        if (line.find("FLOCK") != std::string::npos && line.find(place.data()) != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
 }
 
 FileDescriptor newSocket() {
@@ -143,9 +161,21 @@ OnlyProgram::Start OnlyProgram::start(const Request& request, std::chrono::milli
     return Start::First;
 }
 
+bool OnlyProgram::worksHere() {
+    const QByteArray name = QByteArray::fromStdString(nameOfCurrentFolder() + kLockEnding);
+    for (const QString& folder : runtimeFolderPaths() + QStringList{stateFolderPath()}) {
+        struct stat status {};
+
+        if (::stat(QFile::encodeName(folder + u'/') + name, &status) == 0 && isLocked(status)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /** False when another program has the lock; true also where no lock can be had. */
 bool OnlyProgram::takeLock() {
-    FileDescriptor lock(::openat(place_->folder.number(), (name_ + ".lock").c_str(),
+    FileDescriptor lock(::openat(place_->folder.number(), (name_ + kLockEnding).c_str(),
                                  O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!lock.isOpen()) {
         return true;

@@ -44,6 +44,12 @@ class OnlyProgram {
         std::string token;
     };
 
+    /**
+     * True when a program works in the current folder. Takes no lock and asks nobody: the system's own list
+     * of locks tells.
+     */
+    static bool worksHere();
+
     /** How long a later start waits for the first program to answer. */
     static constexpr std::chrono::milliseconds kTimeout{5000};
 

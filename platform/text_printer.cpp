@@ -8,6 +8,8 @@
 namespace platform {
 
 namespace {
+constexpr const char* kPrintingLibrary = "libbrindlewake_printing.so";
+
 std::function<std::unique_ptr<TextPrinter>()>& defaultPrinterStandIn() {
     static std::function<std::unique_ptr<TextPrinter>()> standIn;
     return standIn;
@@ -19,12 +21,20 @@ std::unique_ptr<TextPrinter> makeDefaultPrinter() {
         return standIn();
     }
     using MakePrinter = TextPrinter* (*)();
-    static const auto make =
-        functionIn<MakePrinter>("libbrindlewake_printing.so", "brindlewakeMakeDefaultPrinter");
+    static const auto make = functionIn<MakePrinter>(kPrintingLibrary, "brindlewakeMakeDefaultPrinter");
     if (make == nullptr) {
         throw RuntimeError(errors::PrinterError);
     }
     return std::unique_ptr<TextPrinter>(make());
+}
+
+QString defaultPrinterName() {
+    QString name;
+    const auto write = functionIn<void (*)(QString&)>(kPrintingLibrary, "brindlewakeDefaultPrinterName");
+    if (write != nullptr) {
+        write(name);
+    }
+    return name;
 }
 
 void replaceDefaultPrinter(std::function<std::unique_ptr<TextPrinter>()> standIn) {

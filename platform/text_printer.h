@@ -58,6 +58,9 @@ class TextPrinter {
  */
 std::unique_ptr<TextPrinter> makeDefaultPrinter();
 
+/** The default printer's name; empty when there is none, or no printing library. Begins no document. */
+QString defaultPrinterName();
+
 /** Replaces the default printer by a function, for tests. An empty one brings the real one back. */
 void replaceDefaultPrinter(std::function<std::unique_ptr<TextPrinter>()> standIn);
 

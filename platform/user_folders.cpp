@@ -54,8 +54,11 @@ void makeFolder(const std::string& path) {
     }
 }
 
-UserFolder privateFolder(const QString& base) {
-    const QString path = base + QStringLiteral("/brindlewake");
+QString below(const QString& base) {
+    return base + QStringLiteral("/brindlewake");
+}
+
+UserFolder privateFolder(const QString& path) {
     const std::string system = QFile::encodeName(path).toStdString();
     makeFolder(system);
     FileDescriptor folder(::open(system.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -72,19 +75,30 @@ UserFolder privateFolder(const QString& base) {
 }
 } // namespace
 
-UserFolder stateFolder() {
+QString stateFolderPath() {
     const QString named = folderFromEnvironment("XDG_STATE_HOME");
-    return privateFolder(named.isEmpty() ? QDir::homePath() + QStringLiteral("/.local/state") : named);
+    return below(named.isEmpty() ? QDir::homePath() + QStringLiteral("/.local/state") : named);
+}
+
+UserFolder stateFolder() {
+    return privateFolder(stateFolderPath());
+}
+
+QStringList runtimeFolderPaths() {
+    QStringList paths;
+    for (const QString& base :
+         {folderFromEnvironment("XDG_RUNTIME_DIR"), QStringLiteral("/run/user/%1").arg(::geteuid())}) {
+        if (!base.isEmpty() && isOwnFolder(QFile::encodeName(base).toStdString())) {
+            paths.append(below(base));
+        }
+    }
+    return paths;
 }
 
 UserFolder runtimeFolder() {
-    for (const QString& base :
-         {folderFromEnvironment("XDG_RUNTIME_DIR"), QStringLiteral("/run/user/%1").arg(::geteuid())}) {
-        if (base.isEmpty() || !isOwnFolder(QFile::encodeName(base).toStdString())) {
-            continue;
-        }
+    for (const QString& path : runtimeFolderPaths()) {
         std::optional<UserFolder> folder;
-        if (errorNumberOf([&] { folder = privateFolder(base); }) == errors::None) {
+        if (errorNumberOf([&] { folder = privateFolder(path); }) == errors::None) {
             return *std::move(folder);
         }
     }

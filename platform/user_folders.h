@@ -3,6 +3,7 @@
 #include "platform/private_file.h"
 
 #include <QString>
+#include <QStringList>
 
 namespace platform {
 
@@ -21,11 +22,17 @@ struct UserFolder {
  */
 UserFolder stateFolder();
 
+/** The path of stateFolder(), which is not made. */
+QString stateFolderPath();
+
 /**
  * The folder for what is worth nothing after the user has logged out: `brindlewake` below $XDG_RUNTIME_DIR,
  * or below /run/user/<number of the user>; the state folder where the system has no such place.
  * \throws RuntimeError 75 when none can be made, or is another user's.
  */
 UserFolder runtimeFolder();
+
+/** Where runtimeFolder() looks before it takes the state folder; nothing is made. */
+QStringList runtimeFolderPaths();
 
 } // namespace platform

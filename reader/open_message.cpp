@@ -1,4 +1,5 @@
 #include "components/controls/message_box.h"
+#include "email/box_texts.h"
 #include "email/mailbox.h"
 #include "email/opening.h"
 #include "email/shared_settings.h"
@@ -89,8 +90,7 @@ void showMessage(email::MessageSummary& message, frmFrom& window) {
         platform::runInBackground(read);
     }
     if (!kept.read.text && kept.error == 0) {
-        controls::showMessage(QStringLiteral("There was a problem with the message header."),
-                              QStringLiteral("Brindlewake"));
+        controls::showMessage(email::boxOfUnshowableMessage(), QStringLiteral("Brindlewake"));
         return;
     }
     if (kept.attachment) {
@@ -146,9 +146,7 @@ void openMessage(int number, std::optional<WhileHourglass>& waiting) {
 
 /** Reports the failure and enables the window's controls again, unless another session is using them. */
 void openingFailed(int error) {
-    controls::showMessage(QStringLiteral("There is an error in the message header. Error# ") +
-                              QString::number(error),
-                          QStringLiteral("Brindlewake"));
+    controls::showMessage(email::boxOfFailedOpening(error), QStringLiteral("Brindlewake"));
     frmMain& main = mainWindow();
     POPLib::POP& pop = loginWindow().POP1;
     if (pop.isRunning()) {

@@ -1,4 +1,5 @@
 #include "components/controls/message_box.h"
+#include "email/box_texts.h"
 #include "email/opening.h"
 #include "email/own_files.h"
 #include "email/shared_settings.h"
@@ -52,9 +53,7 @@ void frmFrom::cmdSave_Click() {
         save(mainWindow().ctrDecode, path, name);
     });
     if (error != 0) {
-        controls::showMessage(QStringLiteral("Please make sure disk is ready. Error#") +
-                                  QString::number(error),
-                              email::programTitle());
+        controls::showMessage(email::boxOfFailedSaving(error), email::programTitle());
         return;
     }
     controls::showMessage(QStringLiteral("Attachment has been saved to: ") + path,

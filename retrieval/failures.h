@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -29,6 +31,9 @@ const Failure<Then>& failureOf(const std::array<Failure<Then>, rows>& table, int
     return *std::find_if(table.begin(), table.end() - 1,
                          [error](const Failure<Then>& row) { return row.error == error; });
 }
+
+/** The box's text with the error's number; empty where there is no box. */
+QString textOf(const FailureBox& box, int error);
 
 /** Shows the box, if it has a text, and waits until the user answers it. */
 void tell(const FailureBox& box, int error);

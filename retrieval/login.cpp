@@ -11,7 +11,7 @@
 #include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "platform/while_true.h"
-#include "retrieval/failures.h"
+#include "retrieval/log_in_failures.h"
 #include "retrieval/session_start.h"
 #include "retrieval/summaries.h"
 #include "windows/frmLogin.h"
@@ -22,50 +22,14 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include <array>
 #include <optional>
 
 using email::credentials;
 using email::mailbox;
 using email::settings;
 using poplib::Request;
-namespace errors = platform::errors;
 
 namespace {
-enum class Then { TryAgain, TypePasswordAgain, EndProgram };
-
-constexpr std::array<Failure<Then>, 8> kFailures = {{
-    // No box: the user has given up the log-on.
-    {errors::GivenUp, {"", ""}, Then::TypePasswordAgain},
-    {errors::MailServerBusy,
-     {"Cannot Re-Enter Mail Server, Please Try Again %1", " Mail Error"},
-     Then::TryAgain},
-    {errors::LogOnRefused,
-     {"Password Or User Name Wrong, Please Try Again %1", " Mail Error"},
-     Then::TypePasswordAgain},
-    {errors::MailServerTrouble,
-     {"There was trouble connecting with the Mail Server.", " E-Mail"},
-     Then::EndProgram},
-    {errors::HostNotFound, {"Mail Server not found.", " E-Mail"}, Then::EndProgram},
-    {errors::ConnectionRefused, {"Connection refused by host.", " E-Mail"}, Then::EndProgram},
-    {errors::NetworkUnreachable, {"Network is unreachable.", " E-mail"}, Then::EndProgram},
-    {kAnyOtherError, {"Error %1 Please start program again ", " E-Mail"}, Then::EndProgram},
-}};
-
-/** A user name typed as name@host also sets the servers and the domain, until the program ends. */
-void takeUserName(const QString& typed) {
-    const qsizetype at = typed.indexOf(u'@');
-    if (at < 0) {
-        credentials.UserName = typed;
-        credentials.NameAtHost.clear();
-        return;
-    }
-    const QString host = typed.sliced(at + 1);
-    credentials.UserName = typed.first(at);
-    credentials.NameAtHost = credentials.UserName + u'@' + email::domainOfHost(host);
-    email::useTypedHost(host);
-}
-
 void prepareList(const POPLib::POP& pop) {
     frmMain& main = mainWindow();
     main.MailGrid->chooseNone();
@@ -166,7 +130,7 @@ void frmLogin::cmdLogin_Click() {
         tpwd->setFocus();
         return;
     }
-    takeUserName(tUser->text());
+    email::takeTypedUserName(tUser->text());
     const WhileHourglass waiting(*this);
     if (focusWidget() == cmdLogin) {
         // A disabled button passes the keyboard focus on, here to the button that opens the setup window.
@@ -189,7 +153,8 @@ void frmLogin::cmdLogin_Click() {
 }
 
 void frmLogin::logInFailed(int error) {
-    const Failure<Then>& failure = failureOf(kFailures, error);
+    using Then = AfterFailedLogIn;
+    const Failure<Then>& failure = logInFailure(error);
     switch (failure.then) {
     case Then::TryAgain:
         POP1.leave();

@@ -2,7 +2,7 @@
 
 #include "components/controls/button_room.h"
 #include "components/controls/early_window.h"
-#include "components/controls/error_meanings.h"
+#include "platform/error_meanings.h"
 #include "platform/nested_wait.h"
 #include "platform/reading_order.h"
 
@@ -181,11 +181,15 @@ void showMessage(const QString& text, const QString& title) {
     showMessageBox({text, title, MessageIcon::None, MessageButtons::Ok});
 }
 
+QString textOfError(int errorNumber) {
+    return QStringLiteral("Run-time error %1\n\n%2")
+        .arg(errorNumber)
+        .arg(QString::fromStdString(platform::meaningOf(errorNumber)));
+}
+
 void reportError(int errorNumber) {
-    showMessageBox({QStringLiteral("Run-time error %1\n\n%2")
-                        .arg(errorNumber)
-                        .arg(QString::fromStdString(meaningOf(errorNumber))),
-                    QStringLiteral("Brindlewake"), MessageIcon::Exclamation, MessageButtons::Ok});
+    showMessageBox({textOfError(errorNumber), QStringLiteral("Brindlewake"), MessageIcon::Exclamation,
+                    MessageButtons::Ok});
 }
 
 void replaceMessageBox(std::function<MessageAnswer(const MessageBox&)> standIn) {

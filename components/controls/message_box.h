@@ -34,6 +34,9 @@ void prepareMessageBoxes();
 /** Shows a box with an OK button and no icon. */
 void showMessage(const QString& text, const QString& title);
 
+/** What reportError() says: the error's number, and behind an empty line what it means. */
+QString textOfError(int errorNumber);
+
 /** Reports an error that no handler has a text of its own for: its number and what it means. */
 void reportError(int errorNumber);
 

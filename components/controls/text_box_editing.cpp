@@ -1,11 +1,11 @@
 // What keys, the clipboard and dragged texts do in a text box.
 
-#include "components/controls/error_meanings.h"
 #include "components/controls/message_box.h"
 #include "components/controls/pasted_text.h"
 #include "components/controls/room_in_memory.h"
 #include "components/controls/shown_breaks.h"
 #include "components/controls/text_box.h"
+#include "platform/error_meanings.h"
 #include "platform/runtime_error.h"
 
 #include <QKeyEvent>
@@ -53,7 +53,7 @@ void TextBox::insertFromMimeData(const QMimeData* source) {
         }
     });
     if (error != 0) {
-        tellLater(QString::fromStdString(meaningOf(error)));
+        tellLater(QString::fromStdString(platform::meaningOf(error)));
     }
 }
 

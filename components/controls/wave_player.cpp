@@ -10,6 +10,8 @@
 namespace controls {
 
 namespace {
+constexpr QLatin1String kSoundLibrary("canberra");
+
 struct ca_context;
 
 using AlsaErrorHandler = void (*)(const char* file, int line, const char* function, int error,
@@ -23,7 +25,7 @@ void sayNothing(const char* /*file*/, int /*line*/, const char* /*function*/, in
 /** The sound library, loaded at the first sound. It chooses the sound system of the computer. */
 class SoundLibrary {
   public:
-    SoundLibrary() : library_(QStringLiteral("canberra"), 0) {
+    SoundLibrary() : library_(QString(kSoundLibrary), 0) {
         const auto create = reinterpret_cast<int (*)(ca_context**)>(library_.resolve("ca_context_create"));
         play_ = reinterpret_cast<Play>(library_.resolve("ca_context_play"));
         silenceAlsa();
@@ -56,6 +58,10 @@ class SoundLibrary {
     ca_context* context_ = nullptr;
 };
 } // namespace
+
+bool hasSoundLibrary() {
+    return QLibrary(QString(kSoundLibrary), 0).resolve("ca_context_play") != nullptr;
+}
 
 void playWave(const QString& fileName) {
     const QFileInfo file(fileName);

@@ -10,4 +10,7 @@ namespace controls {
  */
 void playWave(const QString& fileName);
 
+/** True when the system has the library that plays sounds. Loads it, but makes no use of it. */
+bool hasSoundLibrary();
+
 } // namespace controls

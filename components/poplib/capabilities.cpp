@@ -3,6 +3,8 @@
 #include "platform/text.h"
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 #include <variant>
 
 namespace poplib {
@@ -20,11 +22,19 @@ std::string_view takeWord(std::string_view& line) {
 
 void Capabilities::add(std::string_view line) {
     known = true;
+    lines.emplace_back(line);
     const std::string keyword = platform::upperCase(takeWord(line));
     stls = stls || keyword == "STLS";
     user = user || keyword == "USER";
     pipelining = pipelining || keyword == "PIPELINING";
     utf8 = utf8 || keyword == "UTF8";
+    if (keyword == "LOGIN-DELAY") {
+        const std::string_view seconds = takeWord(line);
+        std::int32_t number = 0;
+        if (std::from_chars(seconds.data(), seconds.data() + seconds.size(), number).ec == std::errc{}) {
+            loginDelay = number;
+        }
+    }
     if (keyword != "SASL") {
         return;
     }

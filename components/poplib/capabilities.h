@@ -2,6 +2,7 @@
 
 #include "components/poplib/questions.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,8 +19,12 @@ struct Capabilities {
     bool utf8 = false;
     /** Commands may be sent ahead of their replies (RFC 2449 section 6.6). */
     bool pipelining = false;
+    /** Least seconds between two log-ons of one user, as announced (RFC 2449 section 6.7). */
+    std::optional<std::int32_t> loginDelay;
     /** Names of the mechanisms of AUTH, in capitals. */
     std::vector<std::string> mechanisms;
+    /** All lines, as the server has said them. */
+    std::vector<std::string> lines;
 
     /** Adds a line of the response to CAPA. Keywords may be in any case; others are ignored. */
     void add(std::string_view line);

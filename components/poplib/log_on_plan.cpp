@@ -50,28 +50,27 @@ const Capabilities& learn(std::optional<Capabilities>& known, Exchange& exchange
     return *known;
 }
 
+// Names of ways to log on that are no mechanisms of AUTH.
+constexpr std::string_view kApop = "APOP";
+constexpr std::string_view kPassword = "USER";
+
 /** The part of one log-on that follows the encryption. */
 class LogOn {
   public:
-    LogOn(Exchange& exchange, const sasl::Account& account, const Capabilities& capabilities, bool encrypted)
-        : exchange_(exchange), account_(account), can_(capabilities), encrypted_(encrypted) {}
+    LogOn(Exchange& exchange, const sasl::Account& account, const Introduction& server)
+        : exchange_(exchange), account_(account), server_(server) {}
 
     /** Returns the refusal, nothing when the server has accepted. */
-    std::optional<LogOnRefused> run(std::string_view greeting) {
-        for (const std::string_view mechanism : {"SCRAM-SHA-256", "SCRAM-SHA-1"}) {
-            if (can_.offers(mechanism) && authenticate(mechanism)) {
+    std::optional<LogOnRefused> run() {
+        for (const std::string_view way : waysToLogOn(server_)) {
+            if (way == kApop) {
+                return proveByDigest(*apopTimestamp(server_.greeting));
+            }
+            if (way != kPassword && authenticate(way)) {
                 return refused_;
             }
         }
-        if (encrypted_) {
-            const bool onlyPlain = can_.known && !can_.user && can_.offers("PLAIN");
-            return onlyPlain && authenticate("PLAIN") ? refused_ : showPassword();
-        }
-        if (can_.offers("CRAM-MD5") && authenticate("CRAM-MD5")) {
-            return refused_;
-        }
-        const auto timestamp = apopTimestamp(greeting);
-        return timestamp ? proveByDigest(*timestamp) : showPassword();
+        return showPassword();
     }
 
   private:
@@ -101,7 +100,7 @@ class LogOn {
             throw RuntimeError(errors::LogOnRefused);
         }
         if (verdict == sasl::Verdict::Refused) {
-            refused_ = LogOnRefused{refusal == nullptr ? std::string() : refusal->text, !encrypted_};
+            refused_ = LogOnRefused{refusal == nullptr ? std::string() : refusal->text, !server_.encrypted};
         }
         return verdict != sasl::Verdict::NotUsable;
     }
@@ -114,7 +113,7 @@ class LogOn {
         Pop3Session& session = exchange_.session();
         session.submit(userCommand(account_.user));
         // A server that takes no password in clear does not offer USER, and is not shown one ahead.
-        const bool ahead = can_.pipelining && can_.user;
+        const bool ahead = server_.capabilities.pipelining && server_.capabilities.user;
         if (ahead) {
             session.setMaximumOutstanding(2);
             session.submit(passCommand(account_.password));
@@ -134,13 +133,13 @@ class LogOn {
 
     std::optional<LogOnRefused> refusalIn(const Event& event) const {
         const auto* const refusal = std::get_if<Refused>(&event);
-        return refusal == nullptr ? std::nullopt : std::optional(LogOnRefused{refusal->text, !encrypted_});
+        return refusal == nullptr ? std::nullopt
+                                  : std::optional(LogOnRefused{refusal->text, !server_.encrypted});
     }
 
     Exchange& exchange_;
     const sasl::Account& account_;
-    const Capabilities& can_;
-    bool encrypted_;
+    const Introduction& server_;
     std::optional<LogOnRefused> refused_;
 };
 
@@ -205,14 +204,13 @@ std::variant<OpenMailbox, StartAgain> openByTrying(Exchange& exchange, const Log
 }
 } // namespace
 
-std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
-                                                          const LogOnTerms& terms) {
-    exchange.session().secrets().addPassword(account.password);
-    const std::string greeting = std::get<Greeted>(exchange.next()).text;
-    KnownServer known = terms.known;
-    Capabilities can;
+std::variant<Introduction, StartAgain> meet(Exchange& exchange, const LogOnTerms& terms) {
+    Introduction server;
+    server.greeting = std::get<Greeted>(exchange.next()).text;
+    server.known = terms.known;
+    Capabilities& can = server.capabilities;
     if (terms.asksForCapabilities) {
-        const int error = platform::errorNumberOf([&] { can = learn(known.atFirst, exchange); });
+        const int error = platform::errorNumberOf([&] { can = learn(server.known.atFirst, exchange); });
         if (error == errors::MailServerTrouble && terms.security != Security::Demanded) {
             LogOnTerms without = terms;
             without.asksForCapabilities = false;
@@ -222,12 +220,13 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
             throw RuntimeError(error == errors::MailServerTrouble ? errors::EncryptionNotOffered : error);
         }
     }
-    bool encrypted = terms.security == Security::FromTheStart;
+    bool& encrypted = server.encrypted;
+    encrypted = terms.security == Security::FromTheStart;
     const bool wanted = terms.security == Security::Demanded || terms.security == Security::WhenOffered;
     if (wanted && can.stls) {
         encrypted = startTls(exchange);
         if (encrypted) {
-            can = learn(known.behindStls, exchange);
+            can = learn(server.known.behindStls, exchange);
         } else if (terms.security == Security::WhenOffered) {
             LogOnTerms inClear = terms;
             inClear.security = Security::Never;
@@ -237,16 +236,50 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
     if (terms.security == Security::Demanded && !encrypted) {
         throw RuntimeError(errors::EncryptionNotOffered);
     }
+    return server;
+}
+
+std::vector<std::string_view> waysToLogOn(const Introduction& server) {
+    const Capabilities& can = server.capabilities;
+    std::vector<std::string_view> ways;
+    const auto addIfOffered = [&](std::string_view mechanism) {
+        if (can.offers(mechanism)) {
+            ways.push_back(mechanism);
+        }
+    };
+    addIfOffered("SCRAM-SHA-256");
+    addIfOffered("SCRAM-SHA-1");
+    if (!server.encrypted) {
+        addIfOffered("CRAM-MD5");
+        ways.push_back(apopTimestamp(server.greeting) ? kApop : kPassword);
+        return ways;
+    }
+    if (can.known && !can.user) {
+        addIfOffered("PLAIN");
+    }
+    ways.push_back(kPassword);
+    return ways;
+}
+
+std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, const sasl::Account& account,
+                                                          const LogOnTerms& terms) {
+    exchange.session().secrets().addPassword(account.password);
+    auto met = meet(exchange, terms);
+    if (auto* const again = std::get_if<StartAgain>(&met)) {
+        return *again;
+    }
+    Introduction& server = std::get<Introduction>(met);
+    const Capabilities& can = server.capabilities;
     if (can.utf8) {
         // Without it some servers give a stub for a message whose header has bytes beyond ASCII.
         static_cast<void>(ask(exchange, utf8Command()));
     }
-    if (auto refused = LogOn(exchange, account, can, encrypted).run(greeting)) {
+    if (auto refused = LogOn(exchange, account, server).run()) {
         return *std::move(refused);
     }
     std::variant<OpenMailbox, StartAgain> opened;
     if (can.pipelining || !terms.listing) {
-        const bool pipelines = (can.pipelining || known.pipelines) && terms.pipelines;
+        const bool pipelines = (can.pipelining || server.known.pipelines) && terms.pipelines;
         opened = OpenMailbox{totalsOf(ask(exchange, statCommand())), pipelines, {}, {}};
     } else {
         opened = openByTrying(exchange, terms);
@@ -255,8 +288,8 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
         return *again;
     }
     auto& mailbox = std::get<OpenMailbox>(opened);
-    known.pipelines = mailbox.pipelines;
-    mailbox.known = std::move(known);
+    server.known.pipelines = mailbox.pipelines;
+    mailbox.known = std::move(server.known);
     return std::move(mailbox);
 }
 

@@ -7,7 +7,9 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <variant>
+#include <vector>
 
 namespace poplib {
 
@@ -54,6 +56,30 @@ struct OpenMailbox {
 struct StartAgain {
     LogOnTerms terms;
 };
+
+/** What a server has said before anybody logs on. */
+struct Introduction {
+    /** What stands behind the "+OK" of the greeting. */
+    std::string greeting;
+    /** After the encryption, where there is one. */
+    Capabilities capabilities;
+    bool encrypted = false;
+    /** What a later session need not ask for. */
+    KnownServer known = {};
+};
+
+/**
+ * Waits for the greeting, asks for the capabilities and encrypts the connection where the terms and the
+ * server want it: what comes before a log-on. Raises what logOn() raises of this.
+ */
+std::variant<Introduction, StartAgain> meet(Exchange& exchange, const LogOnTerms& terms);
+
+/**
+ * The ways to log on that this server leaves, in the order in which they are tried: mechanisms of AUTH, APOP,
+ * and USER for the password itself, which is always the last one. A later one counts only where the earlier
+ * ones cannot be used with the account.
+ */
+std::vector<std::string_view> waysToLogOn(const Introduction& server);
 
 /**
  * Waits for the greeting, encrypts the connection where the terms and the server want it, logs on, and asks

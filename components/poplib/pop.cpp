@@ -111,18 +111,13 @@ std::optional<std::int32_t> POP::currentMessageSize() {
     return size;
 }
 
-void POP::logOn() {
-    logOnRefused_ = false;
-    roundTrips_ = 0;
-    if (!canBeSentAsArgument(loginUser_) || !canBeSentAsArgument(loginPassword_)) {
-        throw RuntimeError(errors::LogOnRefused);
-    }
+/** Opens connections until the plan has come to an end on one, and returns what it has come to. */
+template <class Plan>
+auto POP::overConnections(const Plan& plan) {
     const auto server = transport::parseServerName(mailServer_, kDefaultPorts);
     if (!server) {
         throw RuntimeError(errors::HostNotFound);
     }
-    // Other handlers run while this one waits, and may set another name for a log-on of their own.
-    const sasl::Account account{loginUser_, loginPassword_};
     if (server_ != *server) {
         forgetServer();
         server_ = *server;
@@ -130,30 +125,61 @@ void POP::logOn() {
     LogOnTerms terms{server->security, !isWithoutCapabilities_, listing_, !isWithoutPipelining_, known_};
     for (int connections = 1; connections <= kMaximumConnections; ++connections) {
         connect(*server);
-        auto outcome = poplib::logOn(*this, account, terms);
-        if (const auto* const again = std::get_if<StartAgain>(&outcome)) {
-            startAgain(again->terms);
-            terms = again->terms;
-            terms.known = {};
-            continue;
+        auto outcome = plan(terms);
+        const auto* const again = std::get_if<StartAgain>(&outcome);
+        if (again == nullptr) {
+            if (Protected) {
+                Protected(connection_.protection());
+            }
+            return outcome;
         }
-        if (Protected) {
-            Protected(connection_.protection());
-        }
-        if (const auto* const refused = std::get_if<LogOnRefused>(&outcome)) {
-            const int error = numberOf(*refused);
-            // Both may be tried again, which the user is told while the session is open.
-            logOnRefused_ = error == errors::LogOnRefused || error == errors::MailServerBusy;
-            throw RuntimeError(error);
-        }
-        auto& opened = std::get<OpenMailbox>(outcome);
-        totals_ = opened.totals;
-        pipelines_ = opened.pipelines;
-        known_ = std::move(opened.known);
-        listed_.takeSizes(std::move(opened.sizes));
-        return;
+        startAgain(again->terms);
+        terms = again->terms;
+        terms.known = {};
     }
     throw RuntimeError(errors::MailServerTrouble);
+}
+
+void POP::logOn() {
+    logOnRefused_ = false;
+    roundTrips_ = 0;
+    if (!canBeSentAsArgument(loginUser_) || !canBeSentAsArgument(loginPassword_)) {
+        throw RuntimeError(errors::LogOnRefused);
+    }
+    // Other handlers run while this one waits, and may set another name for a log-on of their own.
+    const sasl::Account account{loginUser_, loginPassword_};
+    auto outcome =
+        overConnections([&](const LogOnTerms& terms) { return poplib::logOn(*this, account, terms); });
+    if (const auto* const refused = std::get_if<LogOnRefused>(&outcome)) {
+        const int error = numberOf(*refused);
+        // Both may be tried again, which the user is told while the session is open.
+        logOnRefused_ = error == errors::LogOnRefused || error == errors::MailServerBusy;
+        throw RuntimeError(error);
+    }
+    auto& opened = std::get<OpenMailbox>(outcome);
+    totals_ = opened.totals;
+    pipelines_ = opened.pipelines;
+    known_ = std::move(opened.known);
+    listed_.takeSizes(std::move(opened.sizes));
+}
+
+Introduction POP::introduce() {
+    if (logOnRefused_ || connection_.isOpen()) {
+        throw RuntimeError(errors::MailServerBusy);
+    }
+    Introduction introduction;
+    asRequest([&] {
+        introduction = std::get<Introduction>(
+            overConnections([this](const LogOnTerms& terms) { return meet(*this, terms); }));
+        logOff();
+    });
+    return introduction;
+}
+
+bool POP::look(std::int32_t bodyLines, const ListedMailbox::TakeLine& take) {
+    bool given = false;
+    asRequest([&] { given = readResponse(*this, topCommand(currentMessage_, bodyLines), take); });
+    return given;
 }
 
 void POP::connect(const transport::ServerName& server) {

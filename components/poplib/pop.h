@@ -111,6 +111,22 @@ class POP : private Exchange {
     void issueRequest(Request request);
 
     /**
+     * Opens a session as a log-on does, and ends it where the log-on would begin. Returns what the server has
+     * said until then. Blocks and raises as a log-on does.
+     */
+    Introduction introduce();
+
+    /**
+     * Hands over the header and the first body lines of the current message, and nothing else happens to it:
+     * they come by TOP, never by RETR, after which a server may take the message for read. False when the
+     * server refuses. Blocks and raises as a request does.
+     */
+    bool look(std::int32_t bodyLines, const ListedMailbox::TakeLine& take);
+
+    /** The certificate of the server of the last connection; nothing where there was none. */
+    std::optional<transport::Certificate> certificate() const { return connection_.certificate(); }
+
+    /**
      * Logs off after a failure that has been reported, if a session is open. Errors of the log-off are
      * dropped.
      */
@@ -185,6 +201,8 @@ class POP : private Exchange {
     void asRequest(const Action& action);
     void rememberTrouble(int error);
     void logOn();
+    template <class Plan>
+    auto overConnections(const Plan& plan);
     void connect(const transport::ServerName& server);
     void startAgain(const LogOnTerms& terms);
     void logOff();

@@ -30,18 +30,6 @@ std::int64_t takeNumber(std::string_view& text) {
     return small;
 }
 
-/** Whether the text starts with this response code, or with one that says more, as "[LOGIN-DELAY 900]" does.
- */
-bool hasCode(std::string_view text, std::string_view known) {
-    const std::size_t end = text.find(']');
-    if (!hasResponseCode(text)) {
-        return false;
-    }
-    const std::string code = platform::upperCase(text.substr(1, end - 1));
-    return code.starts_with(known) &&
-           (code.size() == known.size() || code[known.size()] == ' ' || code[known.size()] == '/');
-}
-
 /** Whether a word of the text, which is in capitals, begins so. */
 bool hasWord(std::string_view text, std::string_view beginning) {
     const auto isLetter = [](char character) { return character >= 'A' && character <= 'Z'; };
@@ -87,6 +75,16 @@ std::optional<UniqueId> uniqueId(std::string_view line) {
 
 bool hasResponseCode(std::string_view text) {
     return text.starts_with('[') && text.find(']') != std::string_view::npos;
+}
+
+bool hasCode(std::string_view text, std::string_view known) {
+    const std::size_t end = text.find(']');
+    if (!hasResponseCode(text)) {
+        return false;
+    }
+    const std::string code = platform::upperCase(text.substr(1, end - 1));
+    return code.starts_with(known) &&
+           (code.size() == known.size() || code[known.size()] == ' ' || code[known.size()] == '/');
 }
 
 bool isForGood(std::string_view text) {

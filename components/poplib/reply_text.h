@@ -45,6 +45,12 @@ std::optional<UniqueId> uniqueId(std::string_view line);
 /** True when the text of an -ERR reply starts with a response code (RFC 2449 section 8). */
 bool hasResponseCode(std::string_view text);
 
+/**
+ * Whether the text of an -ERR reply starts with this response code, given in capitals, or with one that says
+ * more, as "[LOGIN-DELAY 900]" does.
+ */
+bool hasCode(std::string_view text, std::string_view known);
+
 /** True for the response code [SYS/PERM]: no later attempt will succeed either (RFC 3206 section 4). */
 bool isForGood(std::string_view text);
 

@@ -21,3 +21,7 @@ extern "C" __attribute__((visibility("default"))) platform::TextPrinter* brindle
     printer->setCreator(QStringLiteral("Brindlewake"));
     return std::make_unique<printing::PaperPrinter>(std::move(printer)).release();
 }
+
+extern "C" __attribute__((visibility("default"))) void brindlewakeDefaultPrinterName(QString& name) {
+    name = QPrinterInfo::defaultPrinterName();
+}

@@ -3,7 +3,6 @@
 #include "components/sasl/attempt.h"
 #include "platform/runtime_error.h"
 
-#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -67,10 +66,7 @@ LogOnState authenticate(Exchange& exchange, std::string_view mechanism, const sa
 
 LogOnState logOnAs(Exchange& exchange, const sasl::Account& account, const Extensions& extensions,
                    Channel channel) {
-    for (const std::string_view mechanism : mechanismsFor(channel)) {
-        if (!extensions.offers(mechanism)) {
-            continue;
-        }
+    for (const std::string_view mechanism : usableMechanisms(extensions, channel)) {
         const LogOnState state = authenticate(exchange, mechanism, account);
         if (state != LogOnState::NoWay) {
             return state;
@@ -79,6 +75,19 @@ LogOnState logOnAs(Exchange& exchange, const sasl::Account& account, const Exten
     return LogOnState::NoWay;
 }
 } // namespace
+
+Channel channelOf(bool encrypted, bool toThisComputer) noexcept {
+    if (encrypted) {
+        return Channel::Encrypted;
+    }
+    return toThisComputer ? Channel::InClearToThisComputer : Channel::InClear;
+}
+
+std::vector<std::string_view> usableMechanisms(const Extensions& extensions, Channel channel) {
+    std::vector<std::string_view> mechanisms = mechanismsFor(channel);
+    std::erase_if(mechanisms, [&](std::string_view mechanism) { return !extensions.offers(mechanism); });
+    return mechanisms;
+}
 
 LogOnState logOn(Exchange& exchange, const Account& account, const Extensions& extensions, Channel channel) {
     if (extensions.mechanisms.empty()) {

@@ -5,6 +5,8 @@
 #include "components/smtplib/smtp_session.h"
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace smtplib {
 
@@ -21,6 +23,8 @@ struct Account {
 /** Who could hear what is said on the connection. */
 enum class Channel { InClear, InClearToThisComputer, Encrypted };
 
+Channel channelOf(bool encrypted, bool toThisComputer) noexcept;
+
 /** What has become of the log-on of a session. */
 enum class LogOnState {
     NotOffered,
@@ -30,6 +34,10 @@ enum class LogOnState {
     RefusedForNow,
     LoggedOn
 };
+
+/** The mechanisms that may be used on this channel, of those that the server offers, in the order of trying.
+ */
+std::vector<std::string_view> usableMechanisms(const Extensions& extensions, Channel channel);
 
 /**
  * Logs on with AUTH (RFC 4954) where the server offers it. Mechanisms that do not show the password come

@@ -65,13 +65,6 @@ bool startTls(Exchange& exchange) {
     return accepted;
 }
 
-Channel channelOf(bool encrypted, const SessionTerms& terms) noexcept {
-    if (encrypted) {
-        return Channel::Encrypted;
-    }
-    return terms.toThisComputer ? Channel::InClearToThisComputer : Channel::InClear;
-}
-
 /** The reply to the first command behind the log-on. */
 Event firstReply(Exchange& exchange, LogOnState logOn) {
     Event event;
@@ -121,7 +114,8 @@ std::variant<OpenedSession, StartAgainInClear> openSession(Exchange& exchange,
     if (terms.security == Security::Demanded && !opened.encrypted) {
         throw RuntimeError(errors::EncryptionNotOffered);
     }
-    opened.logOn = logOn(exchange, account, opened.extensions, channelOf(opened.encrypted, terms));
+    opened.logOn =
+        logOn(exchange, account, opened.extensions, channelOf(opened.encrypted, terms.toThisComputer));
     return opened;
 }
 

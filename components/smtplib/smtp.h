@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -144,6 +145,15 @@ class SMTP : private Exchange {
     const std::string& messageId() const noexcept { return message_.messageId; }
 
     void issueRequest(Request request);
+
+    /** What the server of the session that is open has announced, and how the log-on went. */
+    const OpenedSession& opened() const noexcept { return opened_; }
+
+    /** Who could hear what is said in the session that is open. */
+    Channel channel() const { return channelOf(opened_.encrypted, connection_.isToThisComputer()); }
+
+    /** The certificate of the server of the last connection; nothing where there was none. */
+    std::optional<transport::Certificate> certificate() const { return connection_.certificate(); }
 
   private:
     template <class Action>

@@ -9,7 +9,9 @@
 #include <QSslConfiguration>
 #include <QSslSocket>
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <unistd.h>
 
 namespace {
@@ -38,6 +40,30 @@ QSslConfiguration configurationFor(const ServerName& server) {
         configuration.addCaCertificates(QSslCertificate::fromPath(bundle));
     }
     return configuration;
+}
+
+/** The first of the texts that is not empty. */
+QString firstOf(const QStringList& texts) {
+    const auto found =
+        std::find_if(texts.begin(), texts.end(), [](const QString& text) { return !text.isEmpty(); });
+    return found == texts.end() ? QString() : *found;
+}
+
+transport::Certificate described(const QSslCertificate& certificate, const QList<QSslError>& errors) {
+    transport::Certificate facts;
+    facts.names = certificate.subjectAlternativeNames().values();
+    facts.subject = firstOf(certificate.subjectInfo(QSslCertificate::CommonName) +
+                            certificate.subjectInfo(QSslCertificate::Organization) + facts.names);
+    facts.issuer = firstOf(certificate.issuerInfo(QSslCertificate::CommonName) +
+                           certificate.issuerInfo(QSslCertificate::Organization));
+    facts.validFrom = certificate.effectiveDate();
+    facts.validUntil = certificate.expiryDate();
+    for (const QSslError& error : errors) {
+        if (error.error() != QSslError::NoError && !facts.faults.contains(error.errorString())) {
+            facts.faults.append(error.errorString());
+        }
+    }
+    return facts;
 }
 
 class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
@@ -104,6 +130,10 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
         }
     }
 
+    std::optional<transport::Certificate> certificate() const override {
+        return presented_.isNull() ? std::nullopt : std::optional(described(presented_, errors_));
+    }
+
   private:
     void prepare(const ServerName& server) {
         server_ = server;
@@ -111,6 +141,8 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
     }
 
     void findFault(const QList<QSslError>& errors) {
+        presented_ = socket()->peerCertificate();
+        errors_.append(errors);
         // Qt tells of another name even where nothing is to be verified.
         if (!mustBeProven(server_.security)) {
             return;
@@ -153,9 +185,15 @@ class EncryptedStream : public network::SocketStream<TlsStream, QSslSocket> {
     bool isBroken_ = false;
     /** What is wrong with the certificate; Done for nothing. */
     Outcome fault_ = Outcome::Done;
+    QSslCertificate presented_;
+    QList<QSslError> errors_;
 };
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) TlsStream* brindlewakeMakeTlsStream() {
     return std::make_unique<EncryptedStream>().release();
+}
+
+extern "C" __attribute__((visibility("default"))) void brindlewakeTlsLibraryVersion(QString& version) {
+    version = QSslSocket::sslLibraryVersionString();
 }

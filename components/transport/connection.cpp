@@ -82,7 +82,7 @@ Outcome Connection::open(const ServerName& server, QDeadlineTimer deadline) {
     std::unique_ptr<ClearStream> clear = encrypted ? nullptr : makeClearStream();
     std::unique_ptr<TlsStream> tls = encrypted ? makeTlsStream() : nullptr;
     clear_ = clear.get();
-    TlsStream* const madeTls = tls.get();
+    tls_ = tls.get();
     stream_ = encrypted ? std::unique_ptr<Stream>(std::move(tls)) : std::move(clear);
     if (!stream_) {
         return Outcome::Unreachable;
@@ -90,7 +90,7 @@ Outcome Connection::open(const ServerName& server, QDeadlineTimer deadline) {
     stream_->open(server);
     const Outcome outcome = waitUntilOpen(deadline);
     if (encrypted && outcome == Outcome::Done) {
-        protection_ = {madeTls->version(), true};
+        protection_ = {tls_->version(), true};
     }
     return outcome;
 }
@@ -105,15 +105,19 @@ Outcome Connection::encrypt(QDeadlineTimer deadline) {
         abort();
         return Outcome::HandshakeFailed;
     }
-    TlsStream& encrypted = *tls;
+    tls_ = tls.get();
     clear_ = nullptr;
     stream_ = std::move(tls);
-    encrypted.encrypt(descriptor, server_);
+    tls_->encrypt(descriptor, server_);
     const Outcome outcome = waitUntilOpen(deadline);
     if (outcome == Outcome::Done) {
-        protection_ = {encrypted.version(), mustBeProven(server_.security)};
+        protection_ = {tls_->version(), mustBeProven(server_.security)};
     }
     return outcome;
+}
+
+std::optional<Certificate> Connection::certificate() const {
+    return tls_ == nullptr ? std::nullopt : tls_->certificate();
 }
 
 bool Connection::isToThisComputer() const {
@@ -174,6 +178,7 @@ void Connection::close() {
     if (stream_->state() == Stream::State::Open && stream_->unsentBytes() > 0) {
         stream_->leave();
         clear_ = nullptr;
+        tls_ = nullptr;
         stream_.reset();
         return;
     }

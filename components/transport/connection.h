@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -56,6 +57,12 @@ class Connection {
 
     /** How the connection that is open, or was open last, is protected. */
     const Protection& protection() const noexcept { return protection_; }
+
+    /**
+     * The certificate of that connection's server, also of one whose encryption has failed over it; nothing
+     * when there is none, and after a close() with something unsent.
+     */
+    std::optional<Certificate> certificate() const;
 
     /** True when the server is on this computer: its address is 127.0.0.0/8 or ::1. */
     bool isToThisComputer() const;
@@ -116,6 +123,8 @@ class Connection {
     std::unique_ptr<Stream> stream_;
     /** The stream while it is in clear. */
     ClearStream* clear_ = nullptr;
+    /** The stream once it is encrypted, or should have been. */
+    TlsStream* tls_ = nullptr;
     Protection protection_;
 };
 

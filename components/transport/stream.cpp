@@ -34,6 +34,16 @@ std::unique_ptr<TlsStream> makeTlsStream() {
     return madeBy(makerOfTlsStreams());
 }
 
+QString tlsLibraryVersion() {
+    QString version;
+    const auto write =
+        platform::functionIn<void (*)(QString&)>("libbrindlewake_tls.so", "brindlewakeTlsLibraryVersion");
+    if (write != nullptr) {
+        write(version);
+    }
+    return version;
+}
+
 void loadNetwork() {
     makerOfClearStreams();
 }

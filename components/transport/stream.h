@@ -1,5 +1,6 @@
 #pragma once
 
+#include "components/transport/certificate.h"
 #include "components/transport/server_name.h"
 
 #include <QString>
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -85,6 +87,9 @@ class TlsStream : public Stream {
 
     /** The version of the encryption, such as "TLS 1.3"; empty while there is none. */
     virtual QString version() const = 0;
+
+    /** What the server has presented, also when the encryption has failed over it; nothing for none. */
+    virtual std::optional<Certificate> certificate() const = 0;
 };
 
 /** A stream in clear. */
@@ -105,6 +110,9 @@ std::unique_ptr<ClearStream> makeClearStream();
 
 /** The same for an encrypted stream, which has a library of its own, with all that TLS needs. */
 std::unique_ptr<TlsStream> makeTlsStream();
+
+/** The name and the version of the library that encrypts; empty when it cannot be loaded. */
+QString tlsLibraryVersion();
 
 /** Loads the network library ahead of the first call; does nothing when it is loaded, or cannot be. */
 void loadNetwork();

@@ -1,4 +1,4 @@
-#include "components/controls/error_meanings.h"
+#include "platform/error_meanings.h"
 #include "platform/runtime_error.h"
 
 #include <gmock/gmock.h>
@@ -11,7 +11,7 @@
 namespace {
 
 namespace errors = platform::errors;
-using controls::meaningOf;
+using platform::meaningOf;
 using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;

@@ -2,9 +2,9 @@
 
 #include <string>
 
-namespace controls {
+namespace platform {
 
 /** Returns what the error of this number means and, if possible, what the user can do. */
 std::string meaningOf(int errorNumber);
 
-} // namespace controls
+} // namespace platform

@@ -1,10 +1,8 @@
-#include "components/controls/error_meanings.h"
+#include "platform/error_meanings.h"
 
 #include "platform/runtime_error.h"
 
-namespace controls {
-
-namespace errors = platform::errors;
+namespace platform {
 
 namespace {
 /** Returns what an error of sending means; empty for any other number. */
@@ -149,4 +147,4 @@ std::string meaningOf(int errorNumber) {
     }
 }
 
-} // namespace controls
+} // namespace platform

@@ -1,0 +1,352 @@
+#include "doctor/mailbox_survey.h"
+#include "doctor/pop3_survey.h"
+#include "doctor/smtp_survey.h"
+#include "tests/doctor/findings.h"
+#include "tests/support/application.h"
+#include "tests/support/pop3_script.h"
+#include "tests/support/scripted_server.h"
+#include "tests/support/smtp_script.h"
+#include "tests/support/trusted_root.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+
+namespace {
+using doctor::Finding;
+using doctor::Grade;
+using doctor::Report;
+using support::BeginTls;
+using support::Close;
+using support::ExpectLine;
+using support::findingOf;
+using support::findingWith;
+using support::HoldSilent;
+using support::Pop3Mailbox;
+using support::Script;
+using support::ScriptedServer;
+using support::Send;
+using support::SmtpMailbox;
+using support::TlsIdentity;
+using testing::Contains;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr const char* kMessage = "From: ann@example.org\r\nSubject: one\r\nDate: today\r\n\r\nbody\r\n";
+
+class DoctorsServers : public testing::Test {
+  protected:
+    DoctorsServers() { support::application(); }
+
+    doctor::Surveys surveys() {
+        using namespace std::chrono_literals;
+        doctor::Surveys all{report, {2s, 500ms, 500ms}};
+        all.secrets.addPassword(member.password);
+        return all;
+    }
+
+    void pop3(const QString& name, bool logsOn = true, MailMode mode = MailMode::House) {
+        const doctor::Surveys all = surveys();
+        doctor::surveyPop3(
+            name, logsOn ? &member : nullptr,
+            [&](poplib::POP& pop, doctor::ServerSeen&) { doctor::surveyMailbox(pop, mode, all); }, all);
+    }
+
+    void smtp(const QString& name, bool logsOn = true) {
+        doctor::surveySmtp(name,
+                           logsOn ? smtplib::Account{member.user, member.password, {}} : smtplib::Account(),
+                           surveys());
+    }
+
+    const doctor::ServerSeen& seen() const { return report.servers.back(); }
+
+    std::vector<Finding> stops() const {
+        std::vector<Finding> found;
+        for (const Finding& finding : report.findings) {
+            if (finding.grade == Grade::Stops) {
+                found.push_back(finding);
+            }
+        }
+        return found;
+    }
+
+    support::TrustedRoot root;
+    Report report;
+    doctor::Member member{"ann", std::string(mailserver::kDemoPassword)};
+};
+
+TEST_F(DoctorsServers, AGoodPop3ServerIsToldWithAllThatItIs) {
+    Pop3Mailbox mailbox({kMessage, kMessage});
+    mailbox.offers({.mechanisms = {"SCRAM-SHA-256"}, .utf8 = true})
+        .tlsFromTheStart(TlsIdentity(support::trustedCertificate()));
+    ScriptedServer server(mailbox);
+    pop3(QStringLiteral("tls://localhost:%1").arg(server.port()));
+    EXPECT_THAT(stops(), IsEmpty());
+    EXPECT_EQ(seen().protocol, QStringLiteral("POP3"));
+    EXPECT_EQ(seen().host, QStringLiteral("localhost"));
+    ASSERT_FALSE(seen().addresses.empty());
+    EXPECT_EQ(seen().greeting, QStringLiteral("ready"));
+    EXPECT_TRUE(seen().encryption.startsWith(QStringLiteral("TLS 1.")));
+    ASSERT_TRUE(seen().certificate);
+    EXPECT_TRUE(seen().certificate->isValid);
+    EXPECT_TRUE(seen().certificate->names.contains(QStringLiteral("localhost")));
+    EXPECT_FALSE(seen().certificate->validUntil.isEmpty());
+    EXPECT_TRUE(seen().offers.contains(QStringLiteral("UTF8")));
+    EXPECT_TRUE(seen().uses.contains(QStringLiteral("SCRAM-SHA-256")));
+    EXPECT_EQ(seen().logOn, QStringLiteral("accepted"));
+    EXPECT_EQ(seen().messages, 2);
+    EXPECT_GT(seen().bytes.value_or(0), 0);
+    EXPECT_TRUE(seen().milliseconds);
+}
+
+TEST_F(DoctorsServers, NothingIsFetchedWholeOrDeleted) {
+    Pop3Mailbox mailbox({kMessage, kMessage, kMessage});
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    EXPECT_THAT(server.keywords(), Contains("TOP").Times(3));
+    EXPECT_THAT(server.keywords(), Contains("PASS").Times(1));
+    EXPECT_THAT(server.keywords(), Not(Contains("RETR")));
+    EXPECT_THAT(server.keywords(), Not(Contains("DELE")));
+    EXPECT_EQ(mailbox.messages().size(), 3U);
+}
+
+TEST_F(DoctorsServers, WithoutAMemberNobodyLogsOn) {
+    Pop3Mailbox mailbox({kMessage});
+    ScriptedServer server(mailbox);
+    pop3(server.address(), false);
+    EXPECT_THAT(server.keywords(), Not(Contains("USER")));
+    EXPECT_EQ(seen().greeting, QStringLiteral("ready"));
+    EXPECT_TRUE(seen().logOn.isEmpty());
+    EXPECT_FALSE(seen().messages);
+}
+
+TEST_F(DoctorsServers, WhereTopIsRefusedTheSizesServeAndItIsTold) {
+    Pop3Mailbox mailbox({kMessage, kMessage});
+    mailbox.answer("TOP", "-ERR unknown command\r\n");
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    EXPECT_THAT(server.keywords(), Not(Contains("RETR")));
+    EXPECT_TRUE(
+        findingOf("refuses TOP for 2 of 2", report.findings).text.contains(QStringLiteral("only the sizes")));
+    EXPECT_THAT(stops(), IsEmpty());
+}
+
+TEST_F(DoctorsServers, AMessageThatEndsTheLogInIsFoundAndTheOthersAreLookedAtAllTheSame) {
+    Pop3Mailbox mailbox(
+        {kMessage,
+         "From: eve@example.org\r\nSubject: bad\r\nContent-Type: multipart/mixed; boundary=x\r\n\r\n\r\n",
+         "From: ann@example.org\r\nSubject: =?utf-8?Q?=C3=BC?=\r\nDate: today\r\n\r\nbody\r\n"});
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    const Finding bad = findingWith(5, report.findings);
+    EXPECT_EQ(bad.grade, Grade::Stops);
+    EXPECT_EQ(bad.message, 2);
+    EXPECT_EQ(bad.subject, QStringLiteral("bad"));
+    EXPECT_EQ(findingOf("shown encoded", report.findings).message, 3);
+}
+
+TEST_F(DoctorsServers, InTheStandardWayItDoesNotStopTheLogIn) {
+    Pop3Mailbox mailbox({"From: eve@example.org\r\nContent-Type: multipart/mixed; boundary=x\r\n\r\n\r\n"});
+    ScriptedServer server(mailbox);
+    pop3(server.address(), true, MailMode::Standard);
+    EXPECT_THAT(stops(), IsEmpty());
+}
+
+TEST_F(DoctorsServers, MoreThan200MessagesEndTheLogInWithError9) {
+    Pop3Mailbox mailbox(std::vector<std::string>(201, kMessage));
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    const Finding finding = findingWith(9, report.findings);
+    EXPECT_EQ(finding.grade, Grade::Stops);
+    EXPECT_EQ(finding.box, QStringLiteral("Error 9 Please start program again "));
+    EXPECT_TRUE(finding.text.contains(QStringLiteral("201 messages")));
+}
+
+TEST_F(DoctorsServers, OfALargeMessageAMegabyteIsLookedAt) {
+    std::string large = "From: ann@example.org\r\nSubject: large\r\nDate: today\r\n\r\n";
+    while (large.size() < (3U << 20U)) {
+        large += std::string(76, 'x') + "\r\n";
+    }
+    Pop3Mailbox mailbox({large});
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    EXPECT_LT(server.bytesSent(), 3U << 19U);
+    EXPECT_FALSE(findingOf("32000 bytes", report.findings).text.isEmpty());
+}
+
+TEST_F(DoctorsServers, APasswordIsNeverRepeated) {
+    Pop3Mailbox mailbox({kMessage});
+    mailbox.answer("PASS", "-ERR wrong password " + member.password + "\r\n");
+    mailbox.answer("GREETING", "+OK hello " + member.password + "\r\n");
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    EXPECT_FALSE(QString::fromUtf8(asJson(report)).contains(QString::fromStdString(member.password)));
+    EXPECT_FALSE(asText(report).contains(QString::fromStdString(member.password)));
+    EXPECT_TRUE(asText(report).contains(QStringLiteral("****")));
+}
+
+TEST_F(DoctorsServers, ARefusedPasswordStopsMembersWithError20172) {
+    Pop3Mailbox mailbox;
+    mailbox.allowOnly("bob", "other");
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    const Finding finding = findingWith(20172, report.findings);
+    EXPECT_EQ(finding.grade, Grade::Stops);
+    EXPECT_EQ(finding.box, QStringLiteral("Password Or User Name Wrong, Please Try Again 20172"));
+    EXPECT_EQ(seen().logOn, QStringLiteral("refused"));
+}
+
+TEST_F(DoctorsServers, ALogInDelayIsMetWhetherItIsAnnouncedOrFelt) {
+    Pop3Mailbox mailbox;
+    mailbox.answer("CAPA", "+OK\r\nTOP\r\nUSER\r\nLOGIN-DELAY 60 USER\r\n.\r\n");
+    mailbox.answer("PASS", "-ERR [LOGIN-DELAY] minimum time between mail checks violation\r\n");
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    EXPECT_THAT(stops(), IsEmpty());
+    const Finding announced = findingOf("every 60 seconds", report.findings);
+    EXPECT_EQ(announced.grade, Grade::Met);
+    EXPECT_EQ(announced.number, 20102);
+    EXPECT_EQ(announced.box, QStringLiteral("Cannot Re-Enter Mail Server, Please Try Again 20102"));
+    EXPECT_EQ(findingOf("too soon", report.findings).number, 20102);
+}
+
+TEST_F(DoctorsServers, ALockedMailboxIsMet) {
+    Pop3Mailbox mailbox;
+    mailbox.answer("PASS", "-ERR [IN-USE] another session\r\n");
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    EXPECT_THAT(stops(), IsEmpty());
+    EXPECT_EQ(findingWith(20102, report.findings).grade, Grade::Met);
+    EXPECT_TRUE(findingWith(20102, report.findings).text.contains(QStringLiteral("locked")));
+}
+
+TEST_F(DoctorsServers, AServerThatTakesNoPasswordInClearStopsMembersWithoutALogOnToo) {
+    Pop3Mailbox mailbox;
+    mailbox.offers({.passwordInClear = false});
+    ScriptedServer server(mailbox);
+    pop3(QStringLiteral("plain://") + server.address(), false);
+    EXPECT_EQ(findingWith(20321, report.findings).grade, Grade::Stops);
+}
+
+struct BadCertificate {
+    int number;
+    mailserver::Certificate certificate;
+};
+
+TEST_F(DoctorsServers, ACertificateThatIsNotGoodIsToldWithTheReason) {
+    using namespace std::chrono_literals;
+    const mailserver::Authority stranger("A stranger");
+    mailserver::CertificateDescription other = support::loopback();
+    other.names = {"other.example.org"};
+    other.addresses = {};
+    mailserver::CertificateDescription expired = support::loopback();
+    expired.notBefore = -48h;
+    expired.notAfter = -24h;
+    for (const BadCertificate& bad : {BadCertificate{20322, stranger.issue(support::loopback())},
+                                      {20323, support::testRoot().issue(other)},
+                                      {20324, support::testRoot().issue(expired)}}) {
+        report = {};
+        Pop3Mailbox mailbox;
+        mailbox.tlsFromTheStart(TlsIdentity(bad.certificate));
+        ScriptedServer server(mailbox);
+        pop3(QStringLiteral("tls://") + server.address());
+        EXPECT_EQ(findingWith(bad.number, report.findings).grade, Grade::Stops) << bad.number;
+        ASSERT_TRUE(seen().certificate) << bad.number;
+        EXPECT_FALSE(seen().certificate->isValid) << bad.number;
+        EXPECT_FALSE(seen().certificate->reason.isEmpty()) << bad.number;
+        EXPECT_FALSE(seen().certificate->subject.isEmpty()) << bad.number;
+    }
+}
+
+TEST_F(DoctorsServers, ACertificateThatNobodyLooksAtIsToldAllTheSame) {
+    const mailserver::Authority stranger("A stranger");
+    Pop3Mailbox mailbox;
+    mailbox.offers({.stls = true}).encryptsWith(TlsIdentity(stranger.issue(support::loopback())));
+    ScriptedServer server(mailbox);
+    pop3(server.address());
+    EXPECT_THAT(stops(), IsEmpty());
+    ASSERT_TRUE(seen().certificate);
+    EXPECT_FALSE(seen().certificate->isValid);
+    EXPECT_TRUE(seen().certificate->reason.contains(QStringLiteral("nobody whom this computer trusts")));
+    EXPECT_EQ(seen().logOn, QStringLiteral("accepted"));
+}
+
+TEST_F(DoctorsServers, ACertificateThatEndsSoonIsMet) {
+    Pop3Mailbox mailbox;
+    mailbox.tlsFromTheStart(TlsIdentity(support::trustedCertificate()));
+    ScriptedServer server(mailbox);
+    pop3(QStringLiteral("tls://") + server.address());
+    EXPECT_EQ(findingOf("is valid until", report.findings).grade, Grade::Met);
+}
+
+TEST_F(DoctorsServers, WhatIsNoServerHasItsNumber) {
+    const support::RefusingPort refusing;
+    pop3(refusing.address());
+    EXPECT_EQ(findingWith(25062, report.findings).box, QStringLiteral("Connection refused by host."));
+    EXPECT_FALSE(seen().addresses.front().problem.isEmpty());
+    ScriptedServer broken(Script{Close{}});
+    pop3(broken.address());
+    EXPECT_EQ(findingWith(20302, report.findings).box,
+              QStringLiteral("There was trouble connecting with the Mail Server."));
+    pop3(QStringLiteral("no..name"));
+    EXPECT_EQ(findingWith(26002, report.findings).box, QStringLiteral("Mail Server not found."));
+    ScriptedServer inClear(Script{Send{"+OK ready\r\n"}, ExpectLine{}});
+    pop3(QStringLiteral("tls://") + inClear.address());
+    EXPECT_EQ(findingWith(20325, report.findings).grade, Grade::Stops);
+}
+
+TEST_F(DoctorsServers, AGoodSmtpServerIsToldAndGetsNoMessage) {
+    SmtpMailbox mailbox;
+    mailbox.offers({.startTls = true, .mechanisms = {"PLAIN"}})
+        .encryptsWith(TlsIdentity(support::trustedCertificate()));
+    ScriptedServer server(mailbox);
+    smtp(QStringLiteral("starttls://") + server.address());
+    EXPECT_THAT(stops(), IsEmpty());
+    EXPECT_FALSE(seen().greeting.isEmpty());
+    EXPECT_TRUE(seen().encryption.startsWith(QStringLiteral("TLS 1.")));
+    ASSERT_TRUE(seen().certificate);
+    EXPECT_TRUE(seen().certificate->isValid);
+    EXPECT_TRUE(seen().uses.contains(QStringLiteral("AUTH PLAIN")));
+    EXPECT_FALSE(seen().offers.isEmpty());
+    EXPECT_EQ(seen().logOn, QStringLiteral("accepted"));
+    EXPECT_THAT(server.keywords(), Not(Contains("MAIL")));
+    EXPECT_THAT(mailbox.messages(), IsEmpty());
+}
+
+TEST_F(DoctorsServers, WithoutAMemberNobodyLogsOnForSending) {
+    SmtpMailbox mailbox;
+    mailbox.offers({.mechanisms = {"SCRAM-SHA-256"}});
+    ScriptedServer server(mailbox);
+    smtp(server.address(), false);
+    EXPECT_THAT(server.keywords(), Not(Contains("AUTH")));
+    EXPECT_TRUE(seen().logOn.isEmpty());
+    EXPECT_THAT(stops(), IsEmpty());
+}
+
+TEST_F(DoctorsServers, AnSmtpServerThatDoesNotKnowThePasswordStopsMembersWithError20417) {
+    SmtpMailbox mailbox;
+    mailbox.offers({.mechanisms = {"PLAIN"}}).allowOnly("bob", "other");
+    ScriptedServer server(mailbox);
+    smtp(server.address());
+    EXPECT_EQ(findingWith(20417, report.findings).box,
+              QStringLiteral("Unable to send message. Error# 20417"));
+    EXPECT_EQ(findingWith(20417, report.findings).grade, Grade::Stops);
+}
+
+TEST_F(DoctorsServers, AnSmtpServerWithoutAWayThatMayBeUsedStopsMembersWithError20418) {
+    SmtpMailbox mailbox;
+    mailbox.offers({.mechanisms = {"GSSAPI"}});
+    ScriptedServer server(mailbox);
+    smtp(server.address(), false);
+    EXPECT_EQ(findingWith(20418, report.findings).grade, Grade::Stops);
+}
+
+TEST_F(DoctorsServers, ASilentSmtpServerStopsMembersWithError20433) {
+    ScriptedServer server(Script{HoldSilent{}});
+    smtp(server.address());
+    EXPECT_TRUE(findingWith(20433, report.findings).text.contains(QStringLiteral("five minutes")));
+    EXPECT_EQ(findingWith(20433, report.findings).grade, Grade::Stops);
+}
+} // namespace
