@@ -58,7 +58,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Dates, DateText, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(DateTextOfStrangers, IsNotSearchedWhenItIsLongerThanAnyDate) {
     const std::string field(1'000'000, '1');

@@ -60,7 +60,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Fields, EncodedWords, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(EncodedWordsOfStrangers, MayHaveFiveThousandCharacters) {
     const std::string letters(5'000, 'a');

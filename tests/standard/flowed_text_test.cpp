@@ -33,5 +33,5 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Texts, FlowedText, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 } // namespace

@@ -67,7 +67,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Messages, HostileMail, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(HostileMail, HasItsLastPartsInOne) {
     std::string message = kMixed;

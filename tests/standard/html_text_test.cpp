@@ -86,7 +86,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Documents, HtmlText, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 std::string repeated(const std::string& piece, int times) {
     std::string text;

@@ -55,7 +55,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Calendars, Invitation, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(InvitationOfStrangers, HasAFewEventsOnly) {
     std::string calendar;

@@ -46,7 +46,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Fields, MailboxesText, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(MessageIds, StandBetweenAngleBrackets) {
     EXPECT_THAT(messageIdsOf("<a@b> (comment)\t<c@d>"), ElementsAre("<a@b>", "<c@d>"));

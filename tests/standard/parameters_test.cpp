@@ -57,7 +57,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Fields, FileNameOf, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(StructuredField, HasItsValueInLowerCase) {
     EXPECT_EQ(StructuredField("Text/HTML ; charset=x").value(), "text/html");

@@ -116,7 +116,7 @@ const Case kTexts[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Texts, Reading, testing::ValuesIn(kTexts),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 const Case kMultiparts[] = {
     {"Mixed", multipart("mixed", {kPlain, kFile}), "plain", {"f.pdf (4 bytes)"}},
@@ -242,7 +242,7 @@ const Case kMultiparts[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Multiparts, Reading, testing::ValuesIn(kMultiparts),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 const std::string kTwoParts = "\none\n--cut\n\ntwo\n--cut--\n";
 const std::string kBothTexts = "one\r\n\r\ntwo";
@@ -306,7 +306,7 @@ const Case kBoundaries[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Boundaries, Reading, testing::ValuesIn(kBoundaries),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(ReadingOfAHeader, DecodesItsFields) {
     const support::LocalZone berlin("Europe/Berlin");

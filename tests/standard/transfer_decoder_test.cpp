@@ -59,7 +59,7 @@ const Case kCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Contents, Decoded, testing::ValuesIn(kCases),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(Decoding, HandsOverLargeContentsInPieces) {
     std::string content;
@@ -148,7 +148,7 @@ const CharsetCase kCharsets[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Charsets, TextOfCharset, testing::ValuesIn(kCharsets),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& test) { return std::string(test.param.name); });
 
 TEST(CharsetDecoder, DoesNotDependOnThePieces) {
     const std::string bytes = "\x1B$B$3$s\x1B(B! \x1B$B$3$s\x1B(B";
