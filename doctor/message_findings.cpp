@@ -185,7 +185,9 @@ class HouseMessage {
         const int error = platform::errorNumberOf([&read] {
             netcodelib::PartDecoder decoder;
             std::string bytes;
-            decoder.append(read.attachments.back().part, bytes);
+            // As the attachment's file has it.
+            decoder.append(withoutPartHeaders(read.attachments.back().part), bytes);
+            decoder.append("\r\n", bytes);
             decoder.finish(bytes);
         });
         if (error != 0) {
