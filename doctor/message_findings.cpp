@@ -85,7 +85,8 @@ class HouseMessage {
         finding.advice = advice;
         finding.message = seen_.number;
         finding.from = shown(summary_.From);
-        finding.subject = shown(summary_.Subject);
+        // The list's mark for a message without a subject is none.
+        finding.subject = summary_.Subject == "'" ? QString() : shown(summary_.Subject);
         finding.size = seen_.size;
         findings_.push_back(std::move(finding));
         return findings_.back();
@@ -185,7 +186,9 @@ class HouseMessage {
         const int error = platform::errorNumberOf([&read] {
             netcodelib::PartDecoder decoder;
             std::string bytes;
-            decoder.append(read.attachments.back().part, bytes);
+            // As the attachment's file has it.
+            decoder.append(withoutPartHeaders(read.attachments.back().part), bytes);
+            decoder.append("\r\n", bytes);
             decoder.finish(bytes);
         });
         if (error != 0) {
@@ -219,9 +222,10 @@ class HouseMessage {
 
     /** Whether the text of the part has a key that the part-header stripper looks for. */
     static bool losesText(std::string_view part) {
-        const std::size_t type = part.find("Content-Type: text/");
-        const std::size_t end = type == std::string_view::npos ? type : part.find("\r\n\r\n", type);
-        if (end == std::string_view::npos) {
+        part.remove_prefix(std::min(part.find("Content-Type:"), part.size()));
+        const std::size_t end = part.find("\r\n\r\n");
+        // A part with parts of its own has their headers in it.
+        if (!part.starts_with("Content-Type: text/") || end == std::string_view::npos) {
             return false;
         }
         const std::string_view text = part.substr(end);

@@ -89,8 +89,8 @@ class Survey {
 
     void hear(smtplib::Direction direction, const std::string& text) {
         if (direction == smtplib::Direction::ToServer) {
-            hearsHello_ = text.starts_with("EHLO");
-            if (hearsHello_) {
+            linesOfHello_ = text.starts_with("EHLO") ? 1 : 0;
+            if (linesOfHello_ > 0) {
                 offers_.clear();
             }
             return;
@@ -100,7 +100,8 @@ class Survey {
         const QString words = surveys_.said(text.substr(std::min(codeAndMark, text.size())));
         if (greeting_.isEmpty()) {
             greeting_ = words;
-        } else if (hearsHello_) {
+        } else if (linesOfHello_ > 0 && linesOfHello_++ > 1) {
+            // The first line is the server's name (RFC 5321 section 4.1.1.1).
             offers_.append(words);
         }
     }
@@ -186,8 +187,8 @@ class Survey {
     QString greeting_;
     QString lastSaid_;
     QStringList offers_;
-    /** The lines that come are those of the reply to EHLO. */
-    bool hearsHello_ = false;
+    /** The number of the next line of the reply to EHLO; 0 while another reply is due. */
+    int linesOfHello_ = 0;
 };
 } // namespace
 

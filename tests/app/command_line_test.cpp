@@ -2,15 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
+#include <string>
 #include <vector>
 
 namespace {
+using Words = std::vector<const char*>;
+
 constexpr bool kTerminal = true;
 constexpr bool kNoTerminal = false;
 
-std::variant<CommandLine, WrongUse> read(std::initializer_list<const char*> words,
-                                         bool inputIsTerminal = kTerminal) {
+std::variant<CommandLine, WrongUse> read(const Words& words, bool inputIsTerminal = kTerminal) {
     QStringList arguments{QStringLiteral("brindlewake")};
     for (const char* const word : words) {
         arguments.append(QString::fromUtf8(word));
@@ -18,14 +19,14 @@ std::variant<CommandLine, WrongUse> read(std::initializer_list<const char*> word
     return readCommandLine(arguments, inputIsTerminal);
 }
 
-CommandLine rightUse(std::initializer_list<const char*> words, bool inputIsTerminal = kTerminal) {
+CommandLine rightUse(const Words& words, bool inputIsTerminal = kTerminal) {
     const auto line = read(words, inputIsTerminal);
     const auto* const wrong = std::get_if<WrongUse>(&line);
     EXPECT_EQ(wrong, nullptr) << wrong->reason.toStdString();
     return wrong == nullptr ? std::get<CommandLine>(line) : CommandLine();
 }
 
-std::string wrongUse(std::initializer_list<const char*> words, bool inputIsTerminal = kTerminal) {
+std::string wrongUse(const Words& words, bool inputIsTerminal = kTerminal) {
     const auto line = read(words, inputIsTerminal);
     const auto* const wrong = std::get_if<WrongUse>(&line);
     return wrong == nullptr ? std::string() : wrong->reason.toStdString();
@@ -80,7 +81,7 @@ TEST(CommandLine, PassesOverOptionsOfQt) {
 }
 
 TEST(CommandLine, RefusesEveryWrongUse) {
-    const std::vector<std::initializer_list<const char*>> wrong = {
+    const std::vector<Words> wrong = {
         {"--unknown"},
         {"-x"},
         {"word"},
@@ -106,7 +107,7 @@ TEST(CommandLine, RefusesEveryWrongUse) {
         {"--password-stdin", "--user=ann"},
     };
     for (const auto& words : wrong) {
-        EXPECT_FALSE(wrongUse(words).empty()) << *words.begin();
+        EXPECT_FALSE(wrongUse(words).empty()) << words.front();
     }
 }
 

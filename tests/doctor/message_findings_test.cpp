@@ -161,6 +161,13 @@ TEST(DoctorsMessages, AWordOfPartHeadersTakesTextAway) {
     EXPECT_EQ(findingOf("belongs to the headers of a part", findings).grade, Grade::Met);
 }
 
+TEST(DoctorsMessages, HeadersOfPartsWithinAPartTakeNoTextAway) {
+    const std::string inner = "\r\n--in\r\nContent-Type: text/plain;\r\n\r\none\r\n"
+                              "--in\r\nContent-Type: text/html;\r\n\r\ntwo\r\n--in--";
+    EXPECT_THAT(houseFindings(multipart(part("multipart/alternative; boundary=\"in\"", inner) + kEnd)),
+                IsEmpty());
+}
+
 TEST(DoctorsMessages, OneWithoutASizeAndOneThatIsFarTooLargeCannotBeOpened) {
     MessageSeen message = seen({}, "text\r\n");
     message.size.reset();
