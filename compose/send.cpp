@@ -66,9 +66,8 @@ smtplib::Message fieldsIn(const frmSend& window) {
     return message;
 }
 
-/** Gives the field the keyboard focus and selects the bytes from begin to end of its UTF-8 text. */
-void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
-    const std::string text = platform::toBytes(field->text());
+/** Gives the field the keyboard focus and selects the bytes from begin to end of its text, which is UTF-8. */
+void mark(QLineEdit* field, const std::string& text, std::size_t begin, std::size_t end) {
     const auto unitsBefore = [&text](std::size_t bytes) {
         return static_cast<int>(QString::fromUtf8(text.data(), static_cast<qsizetype>(bytes)).size());
     };
@@ -79,9 +78,10 @@ void mark(QLineEdit* field, std::size_t begin, std::size_t end) {
 /** Selects the first address, or the subject, that the error is about; nothing for any other error. */
 void markWhatIsWrong(const frmSend& window, int error) {
     for (QLineEdit* field : {window.tTo, window.tCc}) {
-        const auto fault = writerInUse().findFault(platform::toBytes(field->text()), error);
+        const std::string text = writerInUse().bytesOf(field->text());
+        const auto fault = writerInUse().findFault(text, error);
         if (fault) {
-            mark(field, fault->begin, fault->end);
+            mark(field, text, fault->begin, fault->end);
             return;
         }
     }

@@ -98,6 +98,8 @@ bool takeOrigin(std::string_view& file, LetterOrigin& origin) {
     origin.references = lines(references);
     if (!original->header.empty() || !original->body.empty()) {
         origin.original = std::move(original);
+    } else {
+        origin.originalName.clear();
     }
     return taken;
 }

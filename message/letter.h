@@ -21,8 +21,13 @@ struct LetterOrigin {
 
     bool isEmpty() const { return inReplyTo.empty() && references.empty() && !original; }
 
-    /** The same ids, and the very same original. */
-    bool operator==(const LetterOrigin&) const = default;
+    bool operator==(const LetterOrigin& other) const {
+        const bool sameOriginal = original == other.original ||
+                                  (original && other.original && original->header == other.original->header &&
+                                   original->body == other.original->body);
+        return sameOriginal && inReplyTo == other.inReplyTo && references == other.references &&
+               originalName == other.originalName;
+    }
 };
 
 /** What is written in the compose window, apart from its addresses and its subject. */

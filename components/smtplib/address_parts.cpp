@@ -54,7 +54,8 @@ bool isVisible(std::string_view text) {
     const QString characters = platform::fromBytes(text);
     const QList<uint> codes = characters.toUcs4();
     return platform::toBytes(characters) == text && std::all_of(codes.begin(), codes.end(), [](uint code) {
-               return QChar::isPrint(code) && (!QChar::isSpace(code) || code == u' ');
+               return QChar::isPrint(code) && (!QChar::isSpace(code) || code == u' ') &&
+                      code != QChar::ReplacementCharacter;
            });
 }
 

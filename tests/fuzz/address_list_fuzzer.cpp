@@ -57,6 +57,26 @@ std::string unfoldedTo(const std::vector<Address>& addresses) {
     return value;
 }
 
+/** Where more than ASCII is allowed, a list is refused with another number, or reads the same again. */
+void checkBeyondAscii(std::string_view text, smtplib::AddressCharacters characters) {
+    std::vector<Address> addresses;
+    const int error =
+        platform::errorNumberOf([&] { addresses = smtplib::parseAddressList(text, characters); });
+    const bool needsMore = error == platform::errors::AddressBeyondAscii;
+    fuzz::require(error == 0 || error == platform::errors::BadAddress ||
+                      error == platform::errors::FieldHoldsLineEnd ||
+                      (needsMore && characters == smtplib::AddressCharacters::AnyInDomain),
+                  "refused with a number of its own");
+    const auto fault = smtplib::findAddressFault(text, characters);
+    fuzz::require(fault.has_value() == (error != 0), "a fault where it is refused, and only there");
+    std::string joined;
+    for (const Address& address : addresses) {
+        joined += address.mailbox() + ", ";
+    }
+    fuzz::require(joined.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos, "one line");
+    fuzz::require(mailboxesOf(smtplib::parseAddressList(joined, characters)) == mailboxesOf(addresses),
+                  "the same again");
+}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -70,6 +90,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::require(fault.has_value() == (error != 0), "a fault where it is refused, and only there");
     fuzz::require(!fault || (fault->error == error && fault->begin < fault->end && fault->end <= size),
                   "a fault is a part of the text");
+    checkBeyondAscii(text, smtplib::AddressCharacters::AnyInDomain);
+    checkBeyondAscii(text, smtplib::AddressCharacters::Any);
     if (addresses.empty()) {
         return 0;
     }

@@ -69,7 +69,7 @@ TEST_F(StandardAnswer, ReplyGoesWhereAnswersGoAndNamesTheMessage) {
 
 TEST_F(StandardAnswer, TheMarkOfAnAnswerIsNotPutBeforeAnotherOne) {
     open();
-    for (const auto& [subject, marked] :
+    for (const auto& [subject, wanted] :
          std::initializer_list<std::pair<const char*, const char*>>{{"Hello", "RE: Hello"},
                                                                     {"Re: Hello", "Re: Hello"},
                                                                     {"RE:Hello", "RE:Hello"},
@@ -83,7 +83,7 @@ TEST_F(StandardAnswer, TheMarkOfAnAnswerIsNotPutBeforeAnotherOne) {
                                                                     {"", "RE: "}}) {
         summary().Subject = subject;
         messageWindow().cmdReply->click();
-        EXPECT_EQ(composeWindow().tSubject->text(), QString::fromUtf8(marked));
+        EXPECT_EQ(composeWindow().tSubject->text(), QString::fromUtf8(wanted));
         unload(composeWindow());
     }
 }

@@ -48,6 +48,7 @@ TEST(AddressCharacters, DecideWhatBecomesOfAddressesBeyondAscii) {
          "b\"@x.org",
          bad, bad, bad},
         {"\xff@x.org", bad, bad, bad},
+        {"a\xef\xbf\xbd@x.org", bad, bad, bad},
         {"\xed\xa0\x80@x.org", bad, bad, bad},
         {"a@\xff.org", bad, bad, bad},
         {"a@x\xe2\x80\xae.org", bad, bad, bad},
