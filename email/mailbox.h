@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <vector>
 
 namespace email {
 
@@ -23,7 +24,7 @@ struct Mailbox {
     std::int32_t MailboxBytes = 0;
     bool NewMailFound = false;
     /** Entry i is the number of the message in grid row i + 1. */
-    std::array<std::int16_t, MessageTable::kSize> MessageNumbers{};
+    std::vector<std::int16_t> MessageNumbers = std::vector<std::int16_t>(MessageTable::kSize);
 
     /** Cleared at start-up; nothing reads it. */
     std::array<std::int16_t, MessageTable::kSize> StartUpNumbers{};

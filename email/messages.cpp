@@ -5,10 +5,14 @@
 namespace email {
 
 MessageSummary& MessageTable::at(int number) {
-    if (number < 1 || number > kSize) {
+    if (number < 1 || number > last_) {
         throw platform::RuntimeError(platform::errors::SubscriptOutOfRange);
     }
-    return summaries_.at(static_cast<std::size_t>(number - 1));
+    const auto index = static_cast<std::size_t>(number - 1);
+    if (index >= summaries_.size()) {
+        summaries_.resize(index + 1);
+    }
+    return summaries_[index];
 }
 
 } // namespace email

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <limits>
 #include <string>
 
 namespace email {
@@ -30,13 +31,24 @@ struct MessageSummary {
 /** The table of message summaries, indexed by the message's number on the server. */
 class MessageTable {
   public:
+    /** The house's table. */
     static constexpr int kSize = 200;
+    /** As many messages as a number can name. */
+    static constexpr int kLargest = std::numeric_limits<std::int16_t>::max();
 
-    /** \throws RuntimeError 9 for a number outside 1 to 200. */
+    /** Sets the number of the last message that the table takes; kSize until then. */
+    void setSize(int last) noexcept { last_ = last; }
+
+    /**
+     * The summary stays where it is when others come.
+     * \throws RuntimeError 9 for a number outside the table.
+     */
     MessageSummary& at(int number);
 
   private:
-    std::array<MessageSummary, kSize> summaries_;
+    int last_ = kSize;
+    /** As many as were asked for. */
+    std::deque<MessageSummary> summaries_;
 };
 
 } // namespace email

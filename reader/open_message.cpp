@@ -5,13 +5,14 @@
 #include "email/shared_settings.h"
 #include "mailbox/mailbox_list.h"
 #include "message/attachment_file.h"
+#include "message/mail_mode.h"
 #include "message/reader_in_use.h"
-#include "platform/background.h"
 #include "platform/checked.h"
 #include "platform/runtime_error.h"
-#include "platform/text.h"
 #include "platform/while_true.h"
 #include "reader/fetch_message.h"
+#include "reader/message_fields.h"
+#include "reader/standard_message.h"
 #include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -23,7 +24,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
 using email::mailbox;
@@ -31,17 +31,6 @@ using email::opening;
 namespace errors = platform::errors;
 
 namespace {
-/** Bytes from which on a body is read on a thread of its own, so that the windows stay responsive. */
-constexpr std::size_t kLongBody = 1U << 20U;
-
-/** Bytes of a header field that a text field shows, and that a window's title shows. */
-constexpr std::size_t kFieldBytes = 10'000;
-constexpr std::size_t kTitleBytes = 300;
-
-QString oneLine(std::string_view value, std::size_t mostBytes = kFieldBytes) {
-    return platform::withControlsVisible(platform::startFromBytes(value, mostBytes));
-}
-
 /**
  * Returns the message window, emptied: an earlier opening that failed may have left parts of another message
  * in it.
@@ -49,7 +38,7 @@ QString oneLine(std::string_view value, std::size_t mostBytes = kFieldBytes) {
 frmFrom& emptyMessageWindow() {
     frmFrom& window = messageWindow();
     window.tMessage->setBytes({});
-    window.txtAttachments->clear();
+    emptyAttachments(window);
     window.cmdSave->setEnabled(false);
     return window;
 }
@@ -83,12 +72,7 @@ KeptMessage readAndKeep(const email::MessageSummary& message) {
  */
 void showMessage(email::MessageSummary& message, frmFrom& window) {
     KeptMessage kept;
-    const auto read = [&] { kept = readAndKeep(message); };
-    if (message.BodyText.size() < kLongBody) {
-        read();
-    } else {
-        platform::runInBackground(read);
-    }
+    readWhereItBelongs(message.BodyText.size(), [&] { kept = readAndKeep(message); });
     if (!kept.read.text && kept.error == 0) {
         controls::showMessage(email::boxOfUnshowableMessage(), QStringLiteral("Brindlewake"));
         return;
@@ -134,14 +118,12 @@ void openMessage(int number, std::optional<WhileHourglass>& waiting) {
     email::MessageSummary& message = mailbox.Messages.at(mailbox.CurrentMessage);
     frmFrom& window = emptyMessageWindow();
     window.OpenMessage = mailbox.CurrentMessage;
-    window.setWindowTitle(QStringLiteral("Message from: ") + oneLine(message.From, kTitleBytes));
-    window.txtFrom->setText(oneLine(message.From));
-    window.txtSubject->setText(oneLine(message.Subject));
-    for (QLineEdit* field : {window.txtFrom, window.txtSubject}) {
-        // The field shows the start of a long value.
-        field->setCursorPosition(0);
+    if (mailMode() == MailMode::Standard) {
+        showStandardMessage(message, window);
+    } else {
+        showFields(message, window);
+        showMessage(message, window);
     }
-    showMessage(message, window);
 }
 
 /** Reports the failure and enables the window's controls again, unless another session is using them. */

@@ -4,12 +4,14 @@
 #include "email/own_files.h"
 #include "email/shared_settings.h"
 #include "email/titles.h"
+#include "message/mail_mode.h"
 #include "message/safe_file_name.h"
 #include "platform/background.h"
 #include "platform/drives.h"
 #include "platform/private_file.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "reader/standard_message.h"
 #include "windows/frmFrom.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
@@ -48,9 +50,15 @@ void frmFrom::cmdSave_Click() {
     const int error = platform::errorNumberOf([&] {
         const WhileDisabled resting(*this);
         const WhileHourglass waiting(*this);
-        const QString name = platform::fromBytes(email::opening.CurrentAttachment);
+        const bool isStandard = mailMode() == MailMode::Standard;
+        const QString name =
+            isStandard ? chosenAttachmentName(*this) : platform::fromBytes(email::opening.CurrentAttachment);
         path = email::settings.SaveDirectory + safeFileName(name);
-        save(mainWindow().ctrDecode, path, name);
+        if (isStandard) {
+            saveChosenAttachment(*this, path);
+        } else {
+            save(mainWindow().ctrDecode, path, name);
+        }
     });
     if (error != 0) {
         controls::showMessage(email::boxOfFailedSaving(error), email::programTitle());

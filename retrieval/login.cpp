@@ -79,6 +79,9 @@ void fetchAllSummaries(POPLib::POP& pop) {
         }
         fetchSummary(pop);
         main.barProgress->setProgress(mailbox.CurrentMessage);
+        if (isLastNumber(mailbox.CurrentMessage)) {
+            break;
+        }
     }
     fetchLateSummaries(pop);
 }

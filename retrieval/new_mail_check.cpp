@@ -88,6 +88,9 @@ void fetchNewMail(frmLogin& login, ListedMail& listed, std::optional<Hourglasses
             mainWindow().MailGrid->setRowNew(mailbox.CurrentMessage, true);
         }
         listed.rows = std::max(listed.rows, mailbox.CurrentMessage);
+        if (isLastNumber(mailbox.CurrentMessage)) {
+            break;
+        }
     }
     fetchLateSummaries(login.POP1);
     numberTheRows();

@@ -5,12 +5,16 @@
 #include "email/mailbox.h"
 #include "email/titles.h"
 #include "mailbox/log_on.h"
+#include "message/mail_mode.h"
 #include "windows/frmMain.h"
 #include "windows/windows.h"
 
 void logOnAndCount(POPLib::POP& pop) {
     logOn(pop, AfterLogOn::Listing);
     email::credentials.LoggedOn = true;
+    const bool isStandard = mailMode() == MailMode::Standard;
+    email::mailbox.Messages.setSize(isStandard ? email::MessageTable::kLargest : email::MessageTable::kSize);
+    pop.setLinesAreKept(!isStandard);
     email::mailbox.MailboxBytes = pop.mailboxSize();
     email::mailbox.MessageCount = pop.messageCount();
 }

@@ -4,13 +4,28 @@
 #include "email/header_events.h"
 #include "email/mailbox.h"
 #include "mailbox/mailbox_list.h"
+#include "message/mail_mode.h"
 #include "platform/runtime_error.h"
+#include "windows/frmLogin.h"
+#include "windows/windows.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace {
 /** Body lines fetched with the header for the list. */
 constexpr int kSummaryBodyLines = 25;
+
+/** In the standard way the summary gets the decoded fields; in the house's it has what it needs. */
+void takeStandardHeader(email::MessageSummary& summary) {
+    if (mailMode() == MailMode::Standard) {
+        ListedFields fields = standardReader().listed(loginWindow().StandardHeader.fields());
+        summary.From = std::move(fields.from);
+        summary.Subject = std::move(fields.subject);
+        summary.Date = std::move(fields.date);
+    }
+}
 } // namespace
 
 void fetchSummary(POPLib::POP& pop) {
@@ -18,10 +33,13 @@ void fetchSummary(POPLib::POP& pop) {
     email::MessageSummary& summary = email::mailbox.Messages.at(email::mailbox.CurrentMessage);
     summary.Size = pop.currentMessageSize().value_or(0);
     email::resetForListing(summary);
+    loginWindow().StandardHeader.begin();
     pop.setBodyLineLimit(kSummaryBodyLines);
     pop.issueRequest(poplib::Request::RetrieveCurrentMessage);
-    const bool fitted = pop.lastMessageFitted() &&
-                        platform::fitsInMemory([&] { writeRow(email::mailbox.CurrentMessage, summary); });
+    const bool fitted = pop.lastMessageFitted() && platform::fitsInMemory([&] {
+                            takeStandardHeader(summary);
+                            writeRow(email::mailbox.CurrentMessage, summary);
+                        });
     if (!fitted) {
         // Running out of memory for one message must not end the listing of the others.
         email::emptyForListing(summary);
@@ -43,7 +61,9 @@ void fetchLateSummaries(POPLib::POP& pop) {
 }
 
 void numberTheRows() {
+    auto& numbers = email::mailbox.MessageNumbers;
+    numbers.resize(std::max(numbers.size(), static_cast<std::size_t>(email::mailbox.MessageCount)));
     for (std::int16_t row = 0; row < email::mailbox.MessageCount; ++row) {
-        email::mailbox.MessageNumbers.at(static_cast<std::size_t>(row)) = static_cast<std::int16_t>(row + 1);
+        numbers[static_cast<std::size_t>(row)] = static_cast<std::int16_t>(row + 1);
     }
 }

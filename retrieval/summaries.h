@@ -1,5 +1,7 @@
 #pragma once
 
+#include "email/messages.h"
+
 #include <cstdint>
 
 namespace poplib {
@@ -21,6 +23,11 @@ void askAhead(poplib::POP& pop, std::int16_t first, std::int16_t last);
  * is afterwards what it was before. \throws RuntimeError as fetchSummary() does.
  */
 void fetchLateSummaries(poplib::POP& pop);
+
+/** Whether no message can have a higher number, so that counting on would begin anew. */
+constexpr bool isLastNumber(std::int16_t number) noexcept {
+    return number == email::MessageTable::kLargest;
+}
 
 /** Assigns to every row of the grid the message with the row's number. */
 void numberTheRows();

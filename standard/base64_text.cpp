@@ -1,24 +1,70 @@
 #include "standard/base64_text.h"
 
-#include "standard/header_fields.h"
-
 #include <algorithm>
+#include <array>
 
 namespace standard {
 
 namespace {
-bool isDigit(char character) noexcept {
+constexpr bool isDigit(char character) noexcept {
     const auto letter = static_cast<unsigned char>(static_cast<unsigned char>(character) | 0x20U);
     return (letter >= 'a' && letter <= 'z') || (character >= '0' && character <= '9') || character == '+' ||
            character == '/';
 }
 
-bool isWhiteSpace(char character) noexcept {
+constexpr bool isWhiteSpace(char character) noexcept {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n';
 }
 
-std::int64_t digitsIn(std::string_view text) {
-    return std::count_if(text.begin(), text.end(), isDigit);
+/** How many characters of each kind a text has. */
+struct Census {
+    std::int64_t digits = 0;
+    std::int64_t padding = 0;
+    std::int64_t blanks = 0;
+    std::int64_t foreign = 0;
+
+    Census& operator+=(const Census& other) noexcept {
+        digits += other.digits;
+        padding += other.padding;
+        blanks += other.blanks;
+        foreign += other.foreign;
+        return *this;
+    }
+};
+
+constexpr unsigned kBitsOfCount = 16;
+
+/** What each character adds to four counts in one number; line ends add nothing. */
+constexpr std::array<std::uint64_t, 256> kCounts = [] {
+    std::array<std::uint64_t, 256> counts{};
+    for (std::size_t code = 0; code < counts.size(); ++code) {
+        const char character = static_cast<char>(code);
+        if (character != '\r' && character != '\n') {
+            const unsigned place = isDigit(character)        ? 0
+                                   : character == '='        ? 1
+                                   : isWhiteSpace(character) ? 2
+                                                             : 3;
+            counts.at(code) = std::uint64_t{1} << (place * kBitsOfCount);
+        }
+    }
+    return counts;
+}();
+
+Census censusOf(std::string_view text) {
+    constexpr std::size_t block = (1U << kBitsOfCount) - 1;
+    constexpr std::uint64_t mask = block;
+    Census census;
+    for (; !text.empty(); text.remove_prefix(std::min(block, text.size()))) {
+        std::uint64_t counts = 0;
+        for (const char character : text.substr(0, block)) {
+            counts += kCounts[static_cast<unsigned char>(character)]; // NOLINT: 256 for all values of a byte
+        }
+        census += {static_cast<std::int64_t>(counts & mask),
+                   static_cast<std::int64_t>((counts >> kBitsOfCount) & mask),
+                   static_cast<std::int64_t>((counts >> (2 * kBitsOfCount)) & mask),
+                   static_cast<std::int64_t>(counts >> (3 * kBitsOfCount))};
+    }
+    return census;
 }
 
 /** Behind the padding that begins here, when so many digits stand before it; 0 when it is none. */
@@ -46,20 +92,34 @@ bool goesOn(std::string_view rest) {
     return digits > 0 && digits % group == 0 && (end == rest.end() || *end == '\r' || *end == '\n');
 }
 
-/** Where a line ends with the padding of whole groups, so that nothing behind it need be base64. */
-std::size_t endOfPaddedLine(std::string_view content) {
-    std::size_t counted = 0;
-    std::int64_t digits = 0;
-    for (std::size_t at = content.find('='); at != std::string_view::npos; at = content.find('=', at + 1)) {
-        digits += digitsIn(content.substr(counted, at - counted));
-        counted = at;
-        const std::size_t end = at > 0 && isDigit(content[at - 1]) ? endOfPadding(content, at, digits) : 0;
+/** The part of a content that has to be base64, and what is in it. */
+struct Examined {
+    std::size_t length = 0;
+    Census census;
+};
+
+/** Examines up to a line that ends with the padding of whole groups: nothing behind it need be base64. */
+Examined examine(std::string_view content) {
+    Examined result;
+    while (result.length < content.size()) {
+        const std::size_t sign = std::min(content.find('=', result.length), content.size());
+        result.census += censusOf(content.substr(result.length, sign - result.length));
+        result.length = sign;
+        if (sign == content.size()) {
+            break;
+        }
+        const bool isBehindDigit = sign > 0 && isDigit(content[sign - 1]);
+        const std::size_t end = isBehindDigit ? endOfPadding(content, sign, result.census.digits) : 0;
         const char behind = end != 0 && end < content.size() ? content[end] : ' ';
-        if (behind == '\r' || behind == '\n') {
-            return end;
+        const bool endsLine = behind == '\r' || behind == '\n';
+        const std::size_t next = endsLine ? end : sign + 1;
+        result.census += censusOf(content.substr(sign, next - sign));
+        result.length = next;
+        if (endsLine) {
+            break;
         }
     }
-    return content.size();
+    return result;
 }
 
 /** Bytes of the words that base64 could have between blanks: whole groups, or longer than words are. */
@@ -85,7 +145,7 @@ void forEachBase64Piece(std::string_view content, const std::function<void(std::
     std::size_t counted = 0;
     std::int64_t digits = 0;
     for (std::size_t at = content.find('='); at != std::string_view::npos; at = content.find('=', at)) {
-        digits += digitsIn(content.substr(counted, at - counted));
+        digits += censusOf(content.substr(counted, at - counted)).digits;
         counted = at;
         const std::size_t end = endOfPadding(content, at, digits);
         if (end == 0) {
@@ -102,27 +162,43 @@ void forEachBase64Piece(std::string_view content, const std::function<void(std::
     take(content.substr(start));
 }
 
-std::int64_t bytesOfPiece(std::string_view piece) {
-    constexpr int bitsOfDigit = 6;
-    constexpr int bitsOfByte = 8;
-    return digitsIn(piece) * bitsOfDigit / bitsOfByte;
+namespace {
+bool isMostlyBase64(std::string_view content, const Census& census) {
+    constexpr std::int64_t fewBlanks = 8;
+    if (census.blanks * fewBlanks < census.digits) {
+        return census.foreign <= census.digits + census.padding;
+    }
+    return bytesOfGroups(content) * 2 >= census.digits + census.foreign + census.padding;
 }
 
+std::int64_t bytesOfDigits(std::int64_t digits) {
+    constexpr int bitsOfDigit = 6;
+    constexpr int bitsOfByte = 8;
+    return digits * bitsOfDigit / bitsOfByte;
+}
+} // namespace
+
 bool isMostlyBase64(std::string_view content) {
-    content = content.substr(0, endOfPaddedLine(content));
-    constexpr std::int64_t fewBlanks = 8;
-    const std::int64_t digits = digitsIn(content);
-    const std::int64_t lineEnds =
-        std::count_if(content.begin(), content.end(), [](char byte) { return byte == '\r' || byte == '\n'; });
-    const std::int64_t blanks =
-        std::count_if(content.begin(), content.end(), [](char byte) { return byte == ' ' || byte == '\t'; });
-    const std::int64_t padding = std::count(content.begin(), content.end(), '=');
-    const std::int64_t foreign =
-        static_cast<std::int64_t>(content.size()) - digits - lineEnds - blanks - padding;
-    if (blanks * fewBlanks < digits) {
-        return foreign <= digits + padding;
+    const Examined examined = examine(content);
+    return isMostlyBase64(content.substr(0, examined.length), examined.census);
+}
+
+std::int64_t bytesOfBase64(std::string_view content) {
+    const Examined examined = examine(content);
+    if (!isMostlyBase64(content.substr(0, examined.length), examined.census)) {
+        return static_cast<std::int64_t>(content.size());
     }
-    return bytesOfGroups(content) * 2 >= digits + foreign + padding;
+    const std::string_view first = content.substr(0, examined.length);
+    const auto signsAtTheEnd = first.size() - (first.find_last_not_of('=') + 1);
+    const bool isOnePiece = static_cast<std::size_t>(examined.census.padding) == signsAtTheEnd &&
+                            !goesOn(content.substr(examined.length));
+    if (isOnePiece) {
+        return bytesOfDigits(examined.census.digits);
+    }
+    std::int64_t bytes = 0;
+    forEachBase64Piece(content,
+                       [&bytes](std::string_view piece) { bytes += bytesOfDigits(censusOf(piece).digits); });
+    return bytes;
 }
 
 } // namespace standard

@@ -95,11 +95,11 @@ std::string unfolded(std::string_view value) {
     value = trimmed(value);
     std::string line;
     line.reserve(value.size());
-    for (std::size_t at = 0; at < value.size(); ++at) {
-        const bool ends = value[at] == '\n' || (value[at] == '\r' && value.substr(at + 1).starts_with('\n'));
-        if (!ends) {
-            line.push_back(value[at]);
-        }
+    while (!value.empty()) {
+        const std::size_t end = std::min(value.find('\n'), value.size());
+        const std::string_view piece = value.substr(0, end);
+        line += end < value.size() && piece.ends_with('\r') ? piece.substr(0, end - 1) : piece;
+        value.remove_prefix(std::min(end + 1, value.size()));
     }
     return line;
 }

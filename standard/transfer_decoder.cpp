@@ -126,13 +126,12 @@ std::string decoded(std::string_view content, TransferEncoding encoding) {
 }
 
 std::int64_t decodedSize(std::string_view content, TransferEncoding encoding) {
-    std::int64_t bytes = 0;
-    if (encoding == TransferEncoding::Base64 && isDecodable(content, encoding)) {
-        forEachBase64Piece(content, [&bytes](std::string_view piece) { bytes += bytesOfPiece(piece); });
-    } else {
-        decode(content, encoding,
-               [&bytes](std::string_view piece) { bytes += static_cast<std::int64_t>(piece.size()); });
+    if (encoding == TransferEncoding::Base64) {
+        return bytesOfBase64(content);
     }
+    std::int64_t bytes = 0;
+    decode(content, encoding,
+           [&bytes](std::string_view piece) { bytes += static_cast<std::int64_t>(piece.size()); });
     return bytes;
 }
 

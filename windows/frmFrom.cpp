@@ -1,7 +1,9 @@
 #include "windows/frmFrom.h"
 
+#include "message/mail_mode.h"
 #include "windows/wiring.h"
 
+#include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -27,7 +29,7 @@ frmFrom::frmFrom() : Form(QStringLiteral("frmFrom"), QStringLiteral("Brindlewake
     lblSubject = named<QLabel>("lblSubject", QStringLiteral("Subject:"), this);
     txtSubject = readOnlyField("txtSubject", lblSubject, this);
     lblAttachments = named<QLabel>("lblAttachments", QStringLiteral("Attachments:"), this);
-    txtAttachments = readOnlyField("txtAttachments", lblAttachments, this);
+    attachmentsField_ = makeAttachmentsField();
     cmdSave = named<QPushButton>("cmdSave", QStringLiteral(" &Save Attached"), this);
     cmdSave->setEnabled(false);
 
@@ -48,6 +50,22 @@ frmFrom::frmFrom() : Form(QStringLiteral("frmFrom"), QStringLiteral("Brindlewake
     connectHandler(cmdDone, &QPushButton::clicked, this, &frmFrom::cmdDone_Click);
     makeShortcuts();
     layOut();
+}
+
+QWidget* frmFrom::makeAttachmentsField() {
+    if (mailMode() == MailMode::House) {
+        txtAttachments = readOnlyField("txtAttachments", lblAttachments, this);
+        return txtAttachments;
+    }
+    constexpr int fewLetters = 20;
+    cboAttached = named<QComboBox>("cboAttached", this);
+    // A sender's long name does not make the window wider.
+    cboAttached->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    cboAttached->setMinimumContentsLength(fewLetters);
+    cboAttached->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    cboAttached->setEnabled(false);
+    lblAttachments->setBuddy(cboAttached);
+    return cboAttached;
 }
 
 void frmFrom::makeShortcuts() {
@@ -82,7 +100,7 @@ void frmFrom::layOut() {
     fields->addWidget(lblSubject, 1, 0);
     fields->addWidget(txtSubject, 1, 1, 1, 2);
     fields->addWidget(lblAttachments, 2, 0);
-    fields->addWidget(txtAttachments, 2, 1);
+    fields->addWidget(attachmentsField_, 2, 1);
     fields->addWidget(cmdSave, 2, 2);
 
     auto* buttons = new QHBoxLayout;
@@ -99,7 +117,7 @@ void frmFrom::layOut() {
     rows->addWidget(barFind);
 
     // Tab goes to the message first, since that is what the user reads first.
-    setTabSequence({tMessage, cmdReply, cmdFwrd, CmdPrint, cmdDone, txtFrom, txtSubject, txtAttachments,
+    setTabSequence({tMessage, cmdReply, cmdFwrd, CmdPrint, cmdDone, txtFrom, txtSubject, attachmentsField_,
                     cmdSave, barFind->txtFind, barFind->cmdNext, barFind->cmdPrevious});
     resizeToText(116, 38);
 }

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 
+class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -33,7 +34,10 @@ class frmFrom : public Form {
     QLabel* lblSubject;
     QLineEdit* txtSubject;
     QLabel* lblAttachments;
-    QLineEdit* txtAttachments;
+    /** The attachment's name, in the house's way of reading; null in the standard one. */
+    QLineEdit* txtAttachments = nullptr;
+    /** The names of all attachments, in the standard way of reading; null in the house's. */
+    QComboBox* cboAttached = nullptr;
     QPushButton* cmdSave;
     controls::TextBox* tMessage;
     controls::FindBar* barFind;
@@ -51,6 +55,10 @@ class frmFrom : public Form {
     AnsweredMessage Answered;
 
   private:
+    QWidget* makeAttachmentsField();
     void makeShortcuts();
     void layOut();
+
+    /** The one of the two that there is. */
+    QWidget* attachmentsField_ = nullptr;
 };

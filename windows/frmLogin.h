@@ -4,6 +4,7 @@
 #include "components/controls/password_box.h"
 #include "components/controls/timer.h"
 #include "components/poplib/pop.h"
+#include "message/listed_header.h"
 #include "windows/form.h"
 
 class QLabel;
@@ -51,6 +52,8 @@ class frmLogin : public Form {
     controls::Timer* tmrWaiting;
     MCI::MMControl MMControl1;
     POPLib::POP POP1;
+    /** The header of the message that is being listed, in the standard way of reading. */
+    ListedHeader StandardHeader;
 
   protected:
     // retrieval/login_window.cpp

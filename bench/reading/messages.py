@@ -1,6 +1,7 @@
 """The messages that are read: the same in every run."""
 
 import base64
+import quopri
 import random
 
 ATTACHMENT_BYTES = 25_000_000
@@ -89,6 +90,29 @@ def nested(number, generator, attachment_bytes=5000):
     return multipart(number, [alternative(generator, 40), picture])
 
 
+def encoded_texts(number, generator):
+    """Texts as most programs send them: one in quoted-printable, one in base64."""
+    lines = text(generator, 40).replace("\r\n", "\n")
+    parts = [
+        b"Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n"
+        + quopri.encodestring(lines.encode()).replace(b"\n", b"\r\n"),
+        b"Content-Type: text/plain; charset=iso-8859-15\r\nContent-Transfer-Encoding: base64\r\n\r\n"
+        + base64.encodebytes(lines.encode("iso-8859-15")).replace(b"\n", b"\r\n"),
+    ]
+    return multipart(number, parts)
+
+
+def mixed(number, generator):
+    return encoded_texts(number, generator) if number % 3 == 0 else typical(number, generator)
+
+
+def three_attachments():
+    third = large_attachment()[: ATTACHMENT_BYTES // 3]
+    parts = [text_part(text(random.Random(2), 20))]
+    parts += [attachment_part(third, f"FILE{number}.BIN") for number in (1, 2, 3)]
+    return multipart(1, parts)
+
+
 def typical(number, generator):
     """One of a mailbox: most are short, every tenth has a larger attachment."""
     kind = number % 10
@@ -114,4 +138,16 @@ def sets():
         "20 parts": [twenty_parts(generator)],
         "nested alternative": [nested(1, generator)],
         "200 messages": [typical(number, generator) for number in range(200)],
+    }
+
+
+def standard_sets():
+    """What the standard reader is compared with, where two texts of HTML would be no comparison."""
+    generator = random.Random(4)
+    return {
+        "200 mixed messages": [
+            mixed(number, generator) if number % 10 not in (3, 4, 5) else encoded_texts(number, generator)
+            for number in range(200)
+        ],
+        "25 MB, three attachments": [three_attachments()],
     }

@@ -5,7 +5,8 @@
 //     show <reader> <file>        writes what was read: each text, and each attachment's name, and a zero
 //     byte
 //
-// Readers are "Brindlewake" and "GMime". Loading the messages and giving results back is not timed.
+// Readers are "Brindlewake", "Standard" (the program's in its standard way), "GMime" and "GMimeWithBytes".
+// Loading the messages and giving results back is not timed.
 
 #include "bench/reading/readers.h"
 
@@ -42,6 +43,8 @@ std::map<std::string, std::vector<Reader>> readersOf(const std::filesystem::path
         const std::string message = contentOf(path);
         readers["Brindlewake"].push_back(bench::ownReader(message));
         readers["GMime"].push_back(bench::gmimeReader(message));
+        readers["GMimeWithBytes"].push_back(bench::gmimeReader(message, bench::Told::NameAndBytes));
+        readers["Standard"].push_back(bench::standardReader(message));
     }
     return readers;
 }

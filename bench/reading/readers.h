@@ -11,7 +11,7 @@ namespace bench {
 struct ReadMessage {
     /** UTF-8. */
     std::string text;
-    /** The names of the attachments, in their order. */
+    /** The names of the attachments, in their order, perhaps each with its number of bytes behind a blank. */
     std::vector<std::string> attachments;
 };
 
@@ -21,7 +21,16 @@ using Reader = std::function<ReadMessage()>;
 /** Reads with the program's header events and parser, as the message window does. */
 Reader ownReader(std::string_view message);
 
-/** Reads with GMime. It leaves the attachments where they are, in the memory that the message lies in. */
-Reader gmimeReader(std::string_view message);
+/** What a reader tells of an attachment. */
+enum class Told { Name, NameAndBytes };
+
+/**
+ * Reads with GMime. It leaves the attachments where they are, in the memory that the message lies in, and
+ * decodes them only to count their bytes.
+ */
+Reader gmimeReader(std::string_view message, Told told = Told::Name);
+
+/** Reads as the message window does in the standard way, and tells the attachments' bytes too. */
+Reader standardReader(std::string_view message);
 
 } // namespace bench

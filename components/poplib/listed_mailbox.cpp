@@ -102,7 +102,7 @@ std::string ListedMailbox::readLines(Exchange& exchange, const TakeLine& take) {
             ended = std::holds_alternative<ResponseEnded>(event);
             if (lastMessageFitted_) {
                 digest.add(event);
-                if (isLeft(event, allowance_)) {
+                if (!linesAreKept_ || isLeft(event, allowance_)) {
                     take(event);
                 }
             }

@@ -36,6 +36,12 @@ class ListedMailbox {
     /** Takes a header or body line of a message. */
     using TakeLine = std::function<void(const Event& line)>;
 
+    /**
+     * Whether the lines that are handed over are kept, so that the allowance limits them. When they are not,
+     * all lines of a header are handed over.
+     */
+    void setLinesAreKept(bool kept) noexcept { linesAreKept_ = kept; }
+
     /** Uses these sizes in this session, instead of asking for each of them. */
     void takeSizes(SizeTexts sizes) { sizes_ = std::move(sizes); }
 
@@ -109,6 +115,7 @@ class ListedMailbox {
     /** Body lines that the last listing asked for; a deletion compares as many. */
     std::int32_t listedBodyLines_ = 0;
     bool lastMessageFitted_ = true;
+    bool linesAreKept_ = true;
 
     // The members below belong to one session.
 

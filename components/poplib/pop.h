@@ -158,6 +158,9 @@ class POP : private Exchange {
     /** Body lines that a retrieval fetches with the header; 0 means the whole message. */
     void setBodyLineLimit(std::int32_t lines) noexcept { bodyLineLimit_ = lines; }
 
+    /** Whether the listeners keep the lines of a listing, which are limited then; they do at first. */
+    void setLinesAreKept(bool kept) noexcept { listed_.setLinesAreKept(kept); }
+
     /** Whether the messages are going to be listed after the log-on that follows. */
     void setListing(bool listing) noexcept { listing_ = listing; }
 
