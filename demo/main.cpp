@@ -17,11 +17,13 @@
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace {
 
 struct Options {
-    std::string mail;
+    std::vector<std::string> mail;
     std::uint16_t popPort = 0;
     std::uint16_t smtpPort = 0;
     bool untilStdinCloses = false;
@@ -43,7 +45,8 @@ std::uint16_t portOf(const QString& text) {
 }
 
 Options optionsOf(const QCoreApplication& application) {
-    const QCommandLineOption mail(QStringLiteral("mail"), QStringLiteral("Folder of the *.eml files."),
+    const QCommandLineOption mail(QStringLiteral("mail"),
+                                  QStringLiteral("Folder of the *.eml files; may be given more than once."),
                                   QStringLiteral("folder"));
     const QCommandLineOption popPort(QStringLiteral("pop-port"), QStringLiteral("POP3 port, 0 for any."),
                                      QStringLiteral("port"), QStringLiteral("0"));
@@ -72,7 +75,11 @@ Options optionsOf(const QCoreApplication& application) {
     if (!parser.isSet(mail)) {
         throw std::runtime_error("--mail <folder> is needed");
     }
-    return {parser.value(mail).toStdString(),
+    std::vector<std::string> folders;
+    for (const QString& folder : parser.values(mail)) {
+        folders.push_back(folder.toStdString());
+    }
+    return {std::move(folders),
             portOf(parser.value(popPort)),
             portOf(parser.value(smtpPort)),
             parser.isSet(untilStdinCloses),
@@ -126,7 +133,9 @@ demo::Listener::MakeConversation smtpServer(mailserver::Mailbox& mailbox, bool e
 int serve(QCoreApplication& application) {
     const Options options = optionsOf(application);
     mailserver::Mailbox mailbox;
-    mailbox.load(options.mail);
+    for (const std::string& folder : options.mail) {
+        mailbox.load(folder);
+    }
 
     std::optional<demo::Tls> later;
     std::optional<demo::Tls> fromTheStart;

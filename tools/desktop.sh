@@ -137,11 +137,12 @@ become_program() {
     # The program must use nothing of the user's own desktop: no settings, no files, no services.
     export HOME=$home XDG_RUNTIME_DIR=$home/runtime QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
     unset XDG_CONFIG_HOME XDG_DATA_HOME XDG_CACHE_HOME XDG_STATE_HOME WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
-    exec "$program"
+    exec "$program" "$@"
 }
 
+# start_program [<option of the program>...]
 start_program() {
-    (become_program) >"$pictures/program.log" 2>&1 &
+    (become_program "$@") >"$pictures/program.log" 2>&1 &
     program_pid=$!
 }
 
