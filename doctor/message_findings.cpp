@@ -1,6 +1,7 @@
 #include "doctor/message_findings.h"
 
 #include "components/netcodelib/part_decoder.h"
+#include "doctor/standard_findings.h"
 #include "email/box_texts.h"
 #include "email/header_events.h"
 #include "message/mime_parser.h"
@@ -259,11 +260,11 @@ std::vector<Finding> findingsOfSize(int number, std::optional<std::int32_t> size
 }
 
 std::vector<Finding> findingsOf(const MessageSeen& message, MailMode mode) {
-    std::vector<Finding> findings = findingsOfSize(message.number, message.size);
-    if (mode == MailMode::House && findings.empty()) {
-        findings = HouseMessage(message).examine();
+    const std::vector<Finding> findings = findingsOfSize(message.number, message.size);
+    if (!findings.empty()) {
+        return findings;
     }
-    return findings;
+    return mode == MailMode::House ? HouseMessage(message).examine() : standardFindingsOf(message);
 }
 
 } // namespace doctor

@@ -120,7 +120,7 @@ struct OwnLibrary {
 };
 
 void addLibraries(std::vector<Finding>& findings) {
-    const std::array<OwnLibrary, 4> libraries = {{
+    const std::array<OwnLibrary, 5> libraries = {{
         {"libbrindlewake_network.so", "brindlewakeMakeTcpStream", Grade::Stops,
          "there is no connection in clear", errors::NetworkUnreachable, boxOfFailedLogIn},
         {"libbrindlewake_tls.so", "brindlewakeMakeTlsStream", Grade::Stops, "nothing can be encrypted",
@@ -130,6 +130,8 @@ void addLibraries(std::vector<Finding>& findings) {
          email::boxOfFailedSending},
         {"libbrindlewake_printing.so", "brindlewakeMakeDefaultPrinter", Grade::Met, "nothing can be printed",
          errors::PrinterError, controls::textOfError},
+        {"libbrindlewake_standard.so", "brindlewakeStandardReader", Grade::Met,
+         "nothing can be read with --mail=standard", errors::FileNotFound, email::boxOfFailedOpening},
     }};
     for (const OwnLibrary& library : libraries) {
         if (platform::symbolIn(library.file, library.function) == nullptr) {

@@ -67,6 +67,27 @@ TEST(DoctorsMessages, ABoundaryWithoutQuotesEndsTheLogInWithError5) {
     EXPECT_TRUE(findings[0].advice.contains(QStringLiteral("--mail=standard")));
 }
 
+TEST(DoctorsMessages, InTheStandardWayAMessageWithoutTextIsFoundEmpty) {
+    const auto nothing =
+        findingsOf(seen({{"Subject", "=?utf-8?Q?Gr=C3=BC=C3=9Fe?="}}, "\r\n"), MailMode::Standard);
+    ASSERT_EQ(nothing.size(), 1U);
+    EXPECT_EQ(nothing[0].grade, Grade::Met);
+    EXPECT_EQ(nothing[0].subject, QStringLiteral("Grüße"));
+    EXPECT_TRUE(nothing[0].text.startsWith(QStringLiteral("It opens empty: there is no text")));
+    const auto attached =
+        findingsOf(seen({{"Content-Type", "application/pdf; name=a.pdf"}}, "%PDF\r\n"), MailMode::Standard);
+    ASSERT_EQ(attached.size(), 1U);
+    EXPECT_TRUE(attached[0].text.endsWith(QStringLiteral("all that it has is attached.")));
+}
+
+TEST(DoctorsMessages, InTheStandardWayAPartThatCannotBeDecodedIsFound) {
+    const auto found = findingsOf(
+        seen({{"Content-Type", "text/plain"}, {"Content-Transfer-Encoding", "x-unknown"}}, "gibberish\r\n"),
+        MailMode::Standard);
+    ASSERT_EQ(found.size(), 1U);
+    EXPECT_TRUE(found[0].text.startsWith(QStringLiteral("A part of it cannot be decoded")));
+}
+
 TEST(DoctorsMessages, InTheStandardWayNoneOfTheseMatters) {
     EXPECT_THAT(
         findingsOf(seen({{"Content-Type", "multipart/mixed; boundary=abc"}}, "x\r\n"), MailMode::Standard),
