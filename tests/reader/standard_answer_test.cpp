@@ -138,7 +138,7 @@ TEST_F(StandardAnswer, AStrangersSubjectBecomesNeitherALineNorAFolder) {
     composeWindow().tTo->setText(QStringLiteral("bob@example.org"));
     const std::string message = sent();
     EXPECT_THAT(message, Not(HasSubstr("\r\nBcc")));
-    EXPECT_THAT(message, HasSubstr("filename*=utf-8''_._x__Bcc_%20eve%40example.org.eml"));
+    EXPECT_THAT(message, HasSubstr("filename*=utf-8''___x__Bcc_%20eve%40example.org.eml"));
 }
 
 TEST_F(StandardAnswer, TheHousesWayTakesNothingOfThis) {
