@@ -73,13 +73,16 @@ std::string nameByType(std::string_view type) {
 }
 } // namespace
 
-void FoundParts::addText(std::string_view text) {
+void FoundParts::addText(std::string text) {
     if (trimmed(text).empty()) {
         return;
     }
-    if (!text_.empty()) {
-        text_ += text_.ends_with("\r\n") ? "\r\n" : "\r\n\r\n";
+    if (text_.empty()) {
+        // Most messages have one text, which may be long.
+        text_ = std::move(text);
+        return;
     }
+    text_ += text_.ends_with("\r\n") ? "\r\n" : "\r\n\r\n";
     text_ += text;
 }
 
@@ -98,7 +101,7 @@ void FoundParts::take(const Part& part, Wanted wanted) {
         }
     } else {
         if (isSmime(entity.type())) {
-            addText(smimeText(entity));
+            addText(std::string(smimeText(entity)));
         } else if (isReport(entity.type()) && !entity.isAttached()) {
             addText(textOfPart(entity));
         }

@@ -15,7 +15,7 @@ class FoundParts {
     void take(const Part& message) { take(message, Wanted::TextAndAttachments); }
 
     /** Adds text below what is there, with an empty line between. */
-    void addText(std::string_view text);
+    void addText(std::string text);
 
     std::string takeText() { return std::move(text_); }
 
