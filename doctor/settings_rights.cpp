@@ -84,7 +84,7 @@ void addRights(const QFileInfo& file, std::vector<Finding>& findings) {
 
 std::vector<Finding> findingsOfRights(int error) {
     std::vector<Finding> findings;
-    const QFileInfo file(QLatin1String(email::kSettingsFileName));
+    const QFileInfo file{QLatin1String(email::kSettingsFileName)};
     if (error == platform::errors::PathFileAccess) {
         addReason(file, findings);
     } else if (file.exists()) {

@@ -54,7 +54,7 @@ void addSound(const email::Settings& settings, std::vector<Finding>& findings) {
     if (!email::isYes(settings.PlayWav)) {
         return;
     }
-    const QFileInfo file(QLatin1String(email::kNewMailSoundFileName));
+    const QFileInfo file{QLatin1String(email::kNewMailSoundFileName)};
     if (!file.isFile() || !file.isReadable()) {
         findings.push_back(
             about("sound", Grade::Met,
