@@ -44,6 +44,12 @@ TEST(ListedHeader, KeepsNoMoreThanARowShows) {
     EXPECT_EQ(header.fields().subject, std::string(1'500, 'a') + std::string(500, 'b'));
 }
 
+TEST(ListedHeader, CutsNoCharacterInTwo) {
+    ListedHeader header;
+    header.add("Subject", "a" + std::string(1'998, 'b') + "\u00e4\u00e4");
+    EXPECT_EQ(header.fields().subject, "a" + std::string(1'998, 'b'));
+}
+
 TEST(ListedHeader, BeginsAnewForEachMessage) {
     ListedHeader header;
     header.add("Subject", "one");
