@@ -5,9 +5,10 @@
 #include <algorithm>
 
 namespace {
-/** Adds what there is room for. */
+/** Adds what there is room for, in whole characters: half of one would make all of the text no UTF-8. */
 void addUpToTheMost(std::string& text, std::string_view more) {
-    text += more.substr(0, ListedHeader::kMostBytes - std::min(text.size(), ListedHeader::kMostBytes));
+    const std::size_t room = ListedHeader::kMostBytes - std::min(text.size(), ListedHeader::kMostBytes);
+    text += more.substr(0, platform::wholeCharacters(more, room));
 }
 } // namespace
 

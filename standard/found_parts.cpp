@@ -102,7 +102,7 @@ void FoundParts::take(const Part& part, Wanted wanted) {
     } else {
         if (isSmime(entity.type())) {
             addText(std::string(smimeText(entity)));
-        } else if (isReport(entity.type()) && !entity.isAttached()) {
+        } else if (isReport(entity.type())) {
             addText(textOfPart(entity));
         }
         attach(entity);

@@ -227,7 +227,7 @@ TEST_F(StandardMessageWindow, PrintsTheReadableText) {
     doubleClick(1);
     messageWindow().CmdPrint->click();
     ASSERT_EQ(printed.size(), 1U);
-    EXPECT_THAT(printed.front().lines, ElementsAre("One"));
+    EXPECT_THAT(printed.front().lines, ElementsAre("One "));
 }
 
 TEST_F(StandardMessageWindow, GivesItsMemoryBackWhenItIsClosed) {
