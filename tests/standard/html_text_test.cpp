@@ -1,8 +1,10 @@
 #include "standard/html_text.h"
+#include "tests/support/sanitizer.h"
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 
 namespace {
@@ -96,11 +98,14 @@ std::string repeated(const std::string& piece, int times) {
     return text;
 }
 
-/** A document that is slow or large for a careless reader; each is some megabytes. */
+/** Bytes of a document; the sanitizers make everything many times slower. */
+constexpr std::size_t kDocumentBytes = support::kSanitized ? 300'000 : 4'000'000;
+
+/** A document that is slow or large for a careless reader. */
 class HostileHtml : public testing::TestWithParam<std::string> {};
 
 TEST_P(HostileHtml, TakesTimeAndMemoryInProportion) {
-    const std::string document = repeated(GetParam(), static_cast<int>(4'000'000 / GetParam().size()));
+    const std::string document = repeated(GetParam(), static_cast<int>(kDocumentBytes / GetParam().size()));
     const auto start = std::chrono::steady_clock::now();
     const std::string text = textOfHtml(document);
     EXPECT_LT(text.size(), 3 * document.size());
