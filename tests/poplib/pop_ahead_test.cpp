@@ -159,6 +159,18 @@ TEST_F(PopAhead, AMessageOfWhichTopIsRefusedIsFetchedBehindTheOthers) {
     EXPECT_EQ(remove(2), 0) << "it can be deleted as any other";
 }
 
+TEST_F(PopAhead, TheOthersCanStillBeDeletedWhenTheFirstMessageIsFetchedBehindThem) {
+    mailbox.answer("TOP 1", "-ERR not this one\r\n");
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(listing(server), 0);
+    EXPECT_THAT(subjects(), ElementsAre("two]", "three]", "1", "one]"));
+    ASSERT_EQ(logOn(), 0);
+    EXPECT_EQ(remove(3), 0);
+    EXPECT_EQ(remove(1), 0);
+    EXPECT_EQ(logOff(), 0);
+    EXPECT_THAT(mailbox.messages(), ElementsAre(support::message("two")));
+}
+
 TEST_F(PopAhead, OneServerWithoutTopAtAllGivesEveryMessageWhole) {
     mailbox.answer("TOP", "-ERR what?\r\n");
     ScriptedServer server(mailbox);
