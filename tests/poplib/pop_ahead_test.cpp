@@ -3,6 +3,7 @@
 #include "tests/poplib/pop_fixture.h"
 #include "tests/support/waiting.h"
 
+#include <QDeadlineTimer>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -127,6 +128,22 @@ TEST_F(PopAhead, AServerThatLosesWhatComesTooEarlyGetsOneCommandAtATimeInANewSes
         << "CAPA, USER, PASS, STAT, LIST, TOP for each, UIDL, QUIT one by one";
     ASSERT_EQ(listing(), 0);
     EXPECT_EQ(server.connections(), 3U) << "it is not tried again";
+}
+
+TEST_F(PopAhead, ABoxThatStaysOpenLongerThanAReplyMayTakeIsNoLostReply) {
+    mailbox.answer("CAPA", kAnnouncesNothing).on("LIST", support::holdAndSay("+OK\r\n1 10\r\n.\r\n"));
+    poplib::Timeouts timeouts;
+    timeouts.soon = std::chrono::milliseconds(500);
+    pop.setTimeouts(timeouts);
+    ScriptedServer server(mailbox);
+    const support::WhenItHolds box([&] { return server.commands().size() == 5; },
+                                   [&] {
+                                       const QDeadlineTimer open(timeouts.soon * 2);
+                                       server.release();
+                                       support::eventsRunUntil([&] { return open.hasExpired(); });
+                                   });
+    EXPECT_EQ(logOn(server), 0);
+    EXPECT_EQ(server.connections(), 1U);
 }
 
 TEST_F(PopAhead, AServerThatRefusesListIsAskedMessageByMessage) {
