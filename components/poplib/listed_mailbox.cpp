@@ -55,6 +55,11 @@ void ListedMailbox::list(Exchange& exchange, std::int32_t messageNumber, std::in
         numberAndSize_.first == messageNumber && numberAndSize_.second > limits.wholeMessageBytes;
     // TOP is optional (RFC 1939 section 7).
     const bool isLater = toBeFetchedLater_.erase(messageNumber) > 0;
+    if (messageNumber == 1 && !isLater) {
+        // A new listing of the whole mailbox begins with message 1.
+        identities_ = {};
+        allowance_ = {};
+    }
     if ((!isLater && listFrom(exchange, topCommand(messageNumber, bodyLines), take)) || tooLarge) {
         return;
     }
@@ -68,11 +73,6 @@ void ListedMailbox::list(Exchange& exchange, std::int32_t messageNumber, std::in
 /** Hands over the lines of a TOP or RETR response and remembers the message; false when it is refused. */
 bool ListedMailbox::listFrom(Exchange& exchange, Command command, const TakeLine& take) {
     const std::int32_t number = command.messageNumber;
-    if (number == 1) {
-        // A new listing of the whole mailbox begins with message 1.
-        identities_ = {};
-        allowance_ = {};
-    }
     allowance_.beginMessage();
     lastMessageFitted_ = true;
     listedBodyLines_ = command.bodyLineLimit;

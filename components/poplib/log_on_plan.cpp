@@ -122,9 +122,21 @@ class LogOn {
         if (!ahead) {
             return refusedUser ? refusedUser : askedFor(passCommand(account_.password));
         }
-        const auto refusedPassword = refusalIn(exchange_.next());
+        if (refusedUser) {
+            skipReplyToPassword();
+        }
+        const auto refused = refusedUser ? refusedUser : refusalIn(exchange_.next());
         session.setMaximumOutstanding(1);
-        return refusedUser ? refusedUser : refusedPassword;
+        return refused;
+    }
+
+    /** Reads the reply to a password that went out behind a refused name, if there is one. */
+    void skipReplyToPassword() {
+        const int error = platform::errorNumberOf([this] { static_cast<void>(exchange_.nextSoon()); });
+        // Whoever has refused the name may hang up without a word about the password.
+        if (error != 0 && error != errors::MailServerTrouble) {
+            throw RuntimeError(error);
+        }
     }
 
     std::optional<LogOnRefused> askedFor(Command command) {

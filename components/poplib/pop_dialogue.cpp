@@ -49,9 +49,10 @@ void POP::dropAnswerAhead() {
 }
 
 Event POP::nextSoon() {
-    waitNoLongerThan(timeouts_.soon);
+    // A box that another handler opens may keep the wait from ending. What has come by then still counts.
+    deadline_.setRemainingTime(timeouts_.soon);
+    progress_ = session_.progress();
     Event event = next();
-    deadlineIsFixed_ = false;
     renewDeadline();
     return event;
 }

@@ -3,6 +3,7 @@
 #include "tests/poplib/pop_fixture.h"
 #include "tests/support/waiting.h"
 
+#include <QDeadlineTimer>
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -129,6 +130,22 @@ TEST_F(PopAhead, AServerThatLosesWhatComesTooEarlyGetsOneCommandAtATimeInANewSes
     EXPECT_EQ(server.connections(), 3U) << "it is not tried again";
 }
 
+TEST_F(PopAhead, ABoxThatStaysOpenLongerThanAReplyMayTakeIsNoLostReply) {
+    mailbox.answer("CAPA", kAnnouncesNothing).on("LIST", support::holdAndSay("+OK\r\n1 10\r\n.\r\n"));
+    poplib::Timeouts timeouts;
+    timeouts.soon = std::chrono::milliseconds(500);
+    pop.setTimeouts(timeouts);
+    ScriptedServer server(mailbox);
+    const support::WhenItHolds box([&] { return server.commands().size() == 5; },
+                                   [&] {
+                                       const QDeadlineTimer open(timeouts.soon * 2);
+                                       server.release();
+                                       support::eventsRunUntil([&] { return open.hasExpired(); });
+                                   });
+    EXPECT_EQ(logOn(server), 0);
+    EXPECT_EQ(server.connections(), 1U);
+}
+
 TEST_F(PopAhead, AServerThatRefusesListIsAskedMessageByMessage) {
     mailbox.answer("CAPA", kAnnouncesNothing).on("LIST", [](Peer& peer) { peer.send("-ERR which?\r\n"); });
     for (const char* const number : {"1", "2", "3"}) {
@@ -157,6 +174,18 @@ TEST_F(PopAhead, AMessageOfWhichTopIsRefusedIsFetchedBehindTheOthers) {
     EXPECT_THAT(server.commands(), Not(Contains("RETR 1")));
     ASSERT_EQ(logOn(), 0);
     EXPECT_EQ(remove(2), 0) << "it can be deleted as any other";
+}
+
+TEST_F(PopAhead, TheOthersCanStillBeDeletedWhenTheFirstMessageIsFetchedBehindThem) {
+    mailbox.answer("TOP 1", "-ERR not this one\r\n");
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(listing(server), 0);
+    EXPECT_THAT(subjects(), ElementsAre("two]", "three]", "1", "one]"));
+    ASSERT_EQ(logOn(), 0);
+    EXPECT_EQ(remove(3), 0);
+    EXPECT_EQ(remove(1), 0);
+    EXPECT_EQ(logOff(), 0);
+    EXPECT_THAT(mailbox.messages(), ElementsAre(support::message("two")));
 }
 
 TEST_F(PopAhead, OneServerWithoutTopAtAllGivesEveryMessageWhole) {

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -212,6 +213,40 @@ TEST_F(UnprovenServer, IsLeftAtOnce) {
     ASSERT_TRUE(server.waitForEndOf(1));
     EXPECT_EQ(server.commands().back(), "*");
     EXPECT_EQ(server.connections(), 1U);
+}
+
+/** The name and the password go out together. */
+class RefusedName : public support::PopTest {
+  protected:
+    Pop3Mailbox mailbox;
+};
+
+TEST_F(RefusedName, CountsWhereTheServerHangsUpBehindIt) {
+    const std::vector<std::pair<std::string, int>> refusals = {
+        {"-ERR who?\r\n", errors::LogOnRefused},
+        {"-ERR [IN-USE] later\r\n", errors::MailServerBusy},
+        {"-ERR [SYS/PERM] never\r\n", errors::LogOnImpossible}};
+    for (const auto& [refusal, error] : refusals) {
+        mailbox.on("USER", [refusal = refusal](Peer& peer) {
+            peer.send(refusal);
+            peer.close();
+        });
+        ScriptedServer server(mailbox);
+        EXPECT_EQ(logOn(server), error) << refusal;
+        EXPECT_EQ(logOff(), 0);
+    }
+}
+
+TEST_F(RefusedName, CountsWhereTheServerSaysNothingOfThePassword) {
+    mailbox.on("USER", [](Peer& peer) {
+        peer.send("-ERR who?\r\n");
+        peer.holdSilent();
+    });
+    poplib::Timeouts timeouts;
+    timeouts.soon = 50ms;
+    pop.setTimeouts(timeouts);
+    ScriptedServer server(mailbox);
+    EXPECT_EQ(logOn(server), errors::LogOnRefused);
 }
 
 } // namespace
