@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 namespace poplib {
 class POP;
@@ -17,10 +18,11 @@ void fetchSummary(poplib::POP& pop);
 void askAhead(poplib::POP& pop, std::int16_t first, std::int16_t last);
 
 /**
- * Fetches once more the summaries of which the server has refused the first lines in between. CurrentMessage
- * is afterwards what it was before. \throws RuntimeError as fetchSummary() does.
+ * Fetches once more the summaries of which the server has refused the first lines in between; before each of
+ * them calls the function, if there is one, with CurrentMessage set. CurrentMessage is afterwards what it was
+ * before. \throws RuntimeError as fetchSummary() does.
  */
-void fetchLateSummaries(poplib::POP& pop);
+void fetchLateSummaries(poplib::POP& pop, const std::function<void()>& beforeEach = nullptr);
 
 /** Assigns to every row of the grid the message with the row's number. */
 void numberTheRows();
