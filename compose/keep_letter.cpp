@@ -76,6 +76,8 @@ bool frmSend::goOnWithKeptLetter() {
                        "on with it? No removes it."),
         email::programTitle(), controls::MessageIcon::Question, controls::MessageButtons::YesNo};
     offer.closingAnswer = controls::MessageAnswer::Yes;
+    // Whoever has pressed Compose may be typing the new letter's address by now.
+    offer.takesBareLetters = false;
     if (controls::showMessageBox(offer) == controls::MessageAnswer::No) {
         keptLetter.remove();
         return false;

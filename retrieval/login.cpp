@@ -49,6 +49,15 @@ void prepareList(const POPLib::POP& pop) {
 struct FillingTheList {
     std::optional<WhileHourglass> waiting;
     std::optional<MSFlexGridLib::WhileNotRedrawing> still;
+    /** Tells in the foot line which message is being received. */
+    std::optional<controls::PacedShowing> receiving;
+
+    /** A failure may come before the number of the message that has caused it is shown. */
+    void showWhereItFailed() {
+        if (receiving) {
+            receiving->showNow();
+        }
+    }
 };
 
 void showMainWindowBusy(FillingTheList& filling) {
@@ -63,12 +72,13 @@ void showMainWindowBusy(FillingTheList& filling) {
     main.bringUp();
 }
 
-void fetchAllSummaries(POPLib::POP& pop) {
-    frmMain& main = mainWindow();
-    controls::PacedShowing receiving([&main] {
-        main.lStats->setText(QStringLiteral("Receiving ") + QString::number(mailbox.CurrentMessage) +
-                             QStringLiteral(" of ") + QString::number(mailbox.MessageCount));
+void fetchAllSummaries(POPLib::POP& pop, FillingTheList& filling) {
+    // This outlives the function when a message cannot be received.
+    controls::PacedShowing& receiving = filling.receiving.emplace([] {
+        mainWindow().lStats->setText(QStringLiteral("Receiving ") + QString::number(mailbox.CurrentMessage) +
+                                     QStringLiteral(" of ") + QString::number(mailbox.MessageCount));
     });
+    const auto progress = [] { mainWindow().barProgress->setProgress(mailbox.CurrentMessage); };
     askAhead(pop, 1, mailbox.MessageCount);
     for (mailbox.CurrentMessage = 1; mailbox.CurrentMessage <= mailbox.MessageCount;
          ++mailbox.CurrentMessage) {
@@ -78,12 +88,17 @@ void fetchAllSummaries(POPLib::POP& pop) {
             receiving.changed();
         }
         fetchSummary(pop);
-        main.barProgress->setProgress(mailbox.CurrentMessage);
+        progress();
         if (isLastNumber(mailbox.CurrentMessage)) {
             break;
         }
     }
-    fetchLateSummaries(pop);
+    // These are fetched whole and can take longer than all the others.
+    fetchLateSummaries(pop, [&] {
+        receiving.showNow();
+        progress();
+    });
+    filling.receiving.reset();
 }
 
 void startCheckTimer() {
@@ -104,7 +119,7 @@ void getAllMail(frmLogin& login, FillingTheList& filling) {
     }
     login.hide();
     showMainWindowBusy(filling);
-    fetchAllSummaries(pop);
+    fetchAllSummaries(pop, filling);
     showTotals();
     numberTheRows();
     filling.waiting.reset();
@@ -151,6 +166,7 @@ void frmLogin::cmdLogin_Click() {
     });
     endWaiting();
     if (error != 0) {
+        filling.showWhereItFailed();
         logInFailed(error);
     }
 }

@@ -51,10 +51,13 @@ void askAhead(POPLib::POP& pop, std::int16_t first, std::int16_t last) {
     pop.listAhead(first, last, kSummaryBodyLines);
 }
 
-void fetchLateSummaries(POPLib::POP& pop) {
+void fetchLateSummaries(POPLib::POP& pop, const std::function<void()>& beforeEach) {
     const std::int16_t after = email::mailbox.CurrentMessage;
     for (const std::int16_t number : pop.messagesToFetchLater()) {
         email::mailbox.CurrentMessage = number;
+        if (beforeEach) {
+            beforeEach();
+        }
         fetchSummary(pop);
     }
     email::mailbox.CurrentMessage = after;

@@ -3,6 +3,7 @@
 #include "email/messages.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace poplib {
 class POP;
@@ -19,10 +20,11 @@ void fetchSummary(poplib::POP& pop);
 void askAhead(poplib::POP& pop, std::int16_t first, std::int16_t last);
 
 /**
- * Fetches once more the summaries of which the server has refused the first lines in between. CurrentMessage
- * is afterwards what it was before. \throws RuntimeError as fetchSummary() does.
+ * Fetches once more the summaries of which the server has refused the first lines in between; before each of
+ * them calls the function, if there is one, with CurrentMessage set. CurrentMessage is afterwards what it was
+ * before. \throws RuntimeError as fetchSummary() does.
  */
-void fetchLateSummaries(poplib::POP& pop);
+void fetchLateSummaries(poplib::POP& pop, const std::function<void()>& beforeEach = nullptr);
 
 /** Whether no message can have a higher number, so that counting on would begin anew. */
 constexpr bool isLastNumber(std::int16_t number) noexcept {

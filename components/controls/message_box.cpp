@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QGridLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
@@ -115,6 +116,22 @@ void makeRoom(QMessageBox& dialog) {
     grid->addItem(new QSpacerItem(std::min(wanted, most), 0), grid->rowCount(), 0, 1, grid->columnCount());
 }
 
+/** Drops the keys that would answer the box by a letter alone. */
+class BareLettersDropped : public QObject {
+  public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        if (event->type() != QEvent::KeyPress) {
+            return false;
+        }
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        constexpr auto commands = Qt::AltModifier | Qt::ControlModifier | Qt::MetaModifier;
+        const QString text = key.text();
+        return !(key.modifiers() & commands) && !text.isEmpty() && text.front().isPrint();
+    }
+};
+
 /** Makes the box look like the program's windows: no icons on buttons, and text on the side where one reads.
  */
 void matchTheWindows(QMessageBox& dialog) {
@@ -152,6 +169,9 @@ MessageAnswer showMessageBox(const MessageBox& box) {
     if (yesNo) {
         dialog.setDefaultButton(buttonFor(box.defaultAnswer));
         dialog.setEscapeButton(buttonFor(box.closingAnswer));
+    }
+    if (!box.takesBareLetters) {
+        dialog.installEventFilter(new BareLettersDropped(&dialog));
     }
     QWidget* const opener = active != nullptr ? active : windowThatIsSeen();
     if (dialog.parentWidget() == nullptr) {

@@ -21,6 +21,11 @@ struct MessageBox {
     MessageAnswer defaultAnswer = MessageAnswer::Yes;
     /** What Escape, or closing the box, answers in a Yes/No box: the answer that loses nothing. */
     MessageAnswer closingAnswer = MessageAnswer::No;
+    /**
+     * Whether a Yes/No box takes a letter without Alt for an answer. Where the user may be writing on when
+     * the box opens, none is meant as one.
+     */
+    bool takesBareLetters = true;
     /** The place on the screen of what the question is about, which the box must not cover; may be empty. */
     QRect leftFree = {};
 };

@@ -103,6 +103,7 @@ TEST_F(KeepLetter, AfterAnEndOfAnyKindComposeOffersToGoOn) {
     compose();
     EXPECT_EQ(boxes.at(0).title, QStringLiteral("Example School E-Mail"));
     EXPECT_EQ(boxes.at(0).buttons, controls::MessageButtons::YesNo);
+    EXPECT_FALSE(boxes.at(0).takesBareLetters) << "the user may be typing an address already";
     expectTheLetter();
     EXPECT_FALSE(mainWindow().isEnabled());
 }

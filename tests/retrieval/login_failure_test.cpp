@@ -4,6 +4,7 @@
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -65,6 +66,32 @@ INSTANTIATE_TEST_SUITE_P(Numbers, LoginFailureTable,
                                          Row{7, "Error 7 Please start program again ", " E-Mail"},
                                          Row{9, "Error 9 Please start program again ", " E-Mail"}),
                          [](const auto& row) { return "Error" + std::to_string(row.param.number); });
+
+namespace {
+constexpr const char* kUnquotedBoundary = "+OK\r\nContent-Type: multipart/mixed; boundary=abc\r\n\r\n.\r\n";
+} // namespace
+
+TEST_F(LoginFailure, TheFootLineTellsWhichMessageHasEndedTheProgram) {
+    QString foot;
+    whileBoxIsOpen = [&](const controls::MessageBox&) { foot = mainWindow().lStats->text(); };
+    Pop3Mailbox mailbox(std::vector<std::string>(12, twoMessages.front()));
+    mailbox.answer("TOP 7", kUnquotedBoundary);
+    ScriptedServer server{mailbox};
+    logIn(server.address());
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Error 5 Please start program again ")));
+    EXPECT_EQ(foot, QStringLiteral("Receiving 7 of 12"));
+}
+
+TEST_F(LoginFailure, TheFootLineTellsOfAMessageThatWasFetchedBehindTheOthers) {
+    QString foot;
+    whileBoxIsOpen = [&](const controls::MessageBox&) { foot = mainWindow().lStats->text(); };
+    Pop3Mailbox mailbox(std::vector<std::string>(12, twoMessages.front()));
+    mailbox.answer("TOP 7", "-ERR not this one\r\n").answer("RETR 7", kUnquotedBoundary);
+    ScriptedServer server{mailbox};
+    logIn(server.address());
+    EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Error 5 Please start program again ")));
+    EXPECT_EQ(foot, QStringLiteral("Receiving 7 of 12"));
+}
 
 TEST_F(LoginFailure, RefusedPasswordIsReportedAndMayBeRetried) {
     Pop3Mailbox mailbox(twoMessages);

@@ -250,6 +250,19 @@ TEST_F(RealMessageBox, EscapeMeansWhatLosesNothing) {
     EXPECT_EQ(show(box, Qt::Key_Escape), controls::MessageAnswer::Yes);
 }
 
+TEST_F(RealMessageBox, ALetterAloneIsNoAnswerWhereTheUserMayBeWritingOn) {
+    controls::MessageBox box{QStringLiteral("Go on?"), QStringLiteral("Title"), controls::MessageIcon::None,
+                             controls::MessageButtons::YesNo};
+    box.takesBareLetters = false;
+    const support::WhenItHolds opened(
+        [] { return QApplication::activeModalWidget() != nullptr; },
+        [] { QTest::keyClicks(QApplication::activeModalWidget(), QStringLiteral("nina@example.org")); });
+    EXPECT_EQ(show(box, Qt::Key_Return), controls::MessageAnswer::Yes);
+    EXPECT_EQ(show(box, Qt::Key_N, Qt::AltModifier), controls::MessageAnswer::No);
+    box.takesBareLetters = true;
+    EXPECT_EQ(show(box, Qt::Key_N), controls::MessageAnswer::No);
+}
+
 TEST_F(RealMessageBox, YesMeansYes) {
     const auto reply = show({QStringLiteral("Sure?"), QStringLiteral("Title"),
                              controls::MessageIcon::Question, controls::MessageButtons::YesNo},
