@@ -81,12 +81,13 @@ void ListedMailbox::mustStillBeTheListedMessage(Exchange& exchange, std::int32_t
     }
 }
 
-/** Whether the message under this number still has the same size, header and first lines. */
+/** Whether the message under this number still has the same size, header and first lines, notes aside. */
 bool ListedMailbox::stillNames(Exchange& exchange, std::int32_t number, const MessageIdentity& identity,
                                const Limits& limits) const {
     const auto size = ask(exchange, listCommand(number));
     const TwoNumbers numbers = size ? twoNumbers(*size) : TwoNumbers();
-    if (!size || numbers.first != number || !identity.size || numbers.second != *identity.size) {
+    // Notes only make a message longer.
+    if (!size || numbers.first != number || !identity.size || numbers.second < *identity.size) {
         return false;
     }
     MessageDigest digest;
@@ -94,6 +95,9 @@ bool ListedMailbox::stillNames(Exchange& exchange, std::int32_t number, const Me
     const bool given = readResponse(exchange, topCommand(number, listedBodyLines_), add) ||
                        (numbers.second <= limits.wholeMessageBytes &&
                         readResponse(exchange, retrCommand(number, listedBodyLines_), add));
+    if (numbers.second - digest.bytesOfNotes() != *identity.size) {
+        return false;
+    }
     // A message that had no lines when it was listed must have none now.
     return (given ? digest.result() : std::string()) == identity.digest;
 }

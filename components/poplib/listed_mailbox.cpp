@@ -82,7 +82,7 @@ bool ListedMailbox::listFrom(Exchange& exchange, Command command, const TakeLine
         identity.size = numberAndSize_.second;
     }
     if (accepted) {
-        identity.digest = readLines(exchange, take);
+        readLines(exchange, take, identity);
     }
     identities_.remember(number, std::move(identity));
     listed_.insert(number);
@@ -90,11 +90,11 @@ bool ListedMailbox::listFrom(Exchange& exchange, Command command, const TakeLine
 }
 
 /**
- * Hands over the lines of an accepted response up to its end, and returns their digest. When memory runs out
- * on the way, the remaining lines are read and dropped, so that the next messages can still be listed, and
- * the digest is empty.
+ * Hands over the lines of an accepted response up to its end, puts their digest into the identity, and takes
+ * the server's notes out of its size. When memory runs out on the way, the remaining lines are read and
+ * dropped, so that the next messages can still be listed, and the digest stays empty.
  */
-std::string ListedMailbox::readLines(Exchange& exchange, const TakeLine& take) {
+void ListedMailbox::readLines(Exchange& exchange, const TakeLine& take, MessageIdentity& identity) {
     MessageDigest digest;
     for (bool ended = false; !ended;) {
         const bool fitted = platform::fitsInMemory([&] {
@@ -109,7 +109,13 @@ std::string ListedMailbox::readLines(Exchange& exchange, const TakeLine& take) {
         });
         lastMessageFitted_ = lastMessageFitted_ && fitted;
     }
-    return lastMessageFitted_ ? digest.result() : std::string();
+    if (!lastMessageFitted_) {
+        return;
+    }
+    identity.digest = digest.result();
+    if (identity.size) {
+        *identity.size -= digest.bytesOfNotes();
+    }
 }
 
 void ListedMailbox::quit(Exchange& exchange) {

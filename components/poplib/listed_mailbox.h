@@ -101,7 +101,7 @@ class ListedMailbox {
 
   private:
     bool listFrom(Exchange& exchange, Command command, const TakeLine& take);
-    std::string readLines(Exchange& exchange, const TakeLine& take);
+    void readLines(Exchange& exchange, const TakeLine& take, MessageIdentity& identity);
 
     // deletion.cpp
     void rememberUniqueIds(Exchange& exchange);

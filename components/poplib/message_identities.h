@@ -10,8 +10,8 @@ namespace poplib {
 
 /** What identifies a message when its number may name another one. */
 struct MessageIdentity {
-    /** Bytes, from the reply to LIST; nothing when there was none. */
-    std::optional<std::int32_t> size;
+    /** Bytes, from the reply to LIST, without the server's notes; nothing when there was no reply. */
+    std::optional<std::int64_t> size;
     /** MessageDigest of the header and the first body lines; empty when these did not come completely. */
     std::string digest;
     /** The server's unique-id (RFC 1939 section 7); empty when none is known. */
