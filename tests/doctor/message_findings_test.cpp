@@ -25,6 +25,9 @@ MessageSeen seen(const std::vector<std::pair<std::string, std::string>>& fields,
     for (const auto& [field, value] : fields) {
         message.header.push_back({field, value});
     }
+    for (poplib::HeaderLine& line : message.header) {
+        line.separator = ": ";
+    }
     message.body = body;
     message.size = static_cast<std::int32_t>(body.size()) + 100;
     message.isWhole = true;
@@ -183,8 +186,8 @@ TEST(DoctorsMessages, AWordOfPartHeadersTakesTextAway) {
 }
 
 TEST(DoctorsMessages, HeadersOfPartsWithinAPartTakeNoTextAway) {
-    const std::string inner = "\r\n--in\r\nContent-Type: text/plain;\r\n\r\none\r\n"
-                              "--in\r\nContent-Type: text/html;\r\n\r\ntwo\r\n--in--";
+    const std::string inner = "\r\n--in\r\nContent-Type: text/plain; charset=utf-8\r\n\r\none\r\n"
+                              "--in\r\nContent-Type: text/html; charset=utf-8\r\n\r\ntwo\r\n--in--\r\n";
     EXPECT_THAT(houseFindings(multipart(part("multipart/alternative; boundary=\"in\"", inner) + kEnd)),
                 IsEmpty());
 }
