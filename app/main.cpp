@@ -94,7 +94,7 @@ int main(int argumentCount, char** arguments) {
         write(stderr, QStringLiteral("brindlewake: %1\n\n%2").arg(wrong->reason, usageText()));
         return kWrongUse;
     }
-    const CommandLine& line = std::get<CommandLine>(read);
+    const auto& line = std::get<CommandLine>(read);
     if (!enter(line.settingsFolder)) {
         return EXIT_FAILURE;
     }

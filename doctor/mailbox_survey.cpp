@@ -84,7 +84,7 @@ class Mailbox {
             }
         });
         if (!given) {
-            refused_.push_back({number, seen.size});
+            refused_.emplace_back(number, seen.size);
             return;
         }
         seen.isWhole = fits && lines < asked;

@@ -260,7 +260,7 @@ std::vector<Finding> findingsOfSize(int number, std::optional<std::int32_t> size
 }
 
 std::vector<Finding> findingsOf(const MessageSeen& message, MailMode mode) {
-    const std::vector<Finding> findings = findingsOfSize(message.number, message.size);
+    std::vector<Finding> findings = findingsOfSize(message.number, message.size);
     if (!findings.empty()) {
         return findings;
     }

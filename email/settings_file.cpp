@@ -72,6 +72,7 @@ void derive(const Line& line, const Settings& settings, DerivedValues& derived) 
 
 std::vector<SettingsLine> settingsLines() {
     std::vector<SettingsLine> lines;
+    lines.reserve(kLines.size());
     for (const Line& line : kLines) {
         lines.push_back({static_cast<int>(lines.size()) + 1, line.text, line.isSection()});
     }

@@ -135,7 +135,7 @@ std::vector<Address> addressesOf(const std::string& typed, AddressCharacters cha
     return addresses;
 }
 
-smtplib::PreparedMessage preparedFrom(smtplib::HeaderFields fields) {
+smtplib::PreparedMessage preparedFrom(const smtplib::HeaderFields& fields) {
     smtplib::PreparedMessage prepared;
     prepared.sender = fields.sender.mailbox();
     prepared.mailboxes = smtplib::distinctMailboxes(fields.recipients, fields.copies);
@@ -173,7 +173,7 @@ smtplib::PreparedMessage messageFor(const Composed& composed, const smtplib::Mes
     smtplib::HeaderFields fields = fieldsOf(message, characters, now);
     Content content = contentOf(composed, offered.eightBit);
     fields.additionalLines = std::move(content.headerLines);
-    smtplib::PreparedMessage prepared = preparedFrom(std::move(fields));
+    smtplib::PreparedMessage prepared = preparedFrom(fields);
     prepared.body = std::move(content.body);
     return prepared;
 }

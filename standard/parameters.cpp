@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <utility>
 
 namespace standard {
 
@@ -213,8 +214,7 @@ StructuredField::StructuredField(std::string_view field) {
             ofOneValue.clear();
             for (Piece& other : pieces) {
                 if (other.number && other.name == name) {
-                    ofOneValue.push_back(std::move(other));
-                    other.name.clear();
+                    ofOneValue.push_back(std::exchange(other, Piece()));
                 }
             }
         }

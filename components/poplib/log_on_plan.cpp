@@ -125,7 +125,7 @@ class LogOn {
         if (refusedUser) {
             skipReplyToPassword();
         }
-        const auto refused = refusedUser ? refusedUser : refusalIn(exchange_.next());
+        auto refused = refusedUser ? refusedUser : refusalIn(exchange_.next());
         session.setMaximumOutstanding(1);
         return refused;
     }
@@ -280,7 +280,7 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
     if (auto* const again = std::get_if<StartAgain>(&met)) {
         return *again;
     }
-    Introduction& server = std::get<Introduction>(met);
+    auto& server = std::get<Introduction>(met);
     const Capabilities& can = server.capabilities;
     if (can.utf8) {
         // Without it some servers give a stub for a message whose header has bytes beyond ASCII.

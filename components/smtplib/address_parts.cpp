@@ -112,7 +112,7 @@ std::string domainOnWire(const AddressToken& token, AddressCharacters allowed) {
     if (inUnicode && !isVisible(token.text)) {
         refuse();
     }
-    const std::string name = inUnicode ? withALabels(token.text) : token.text;
+    std::string name = inUnicode ? withALabels(token.text) : token.text;
     if (token.kind != Kind::Word || !isDomainName(name)) {
         refuse();
     }

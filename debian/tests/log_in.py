@@ -1,5 +1,6 @@
 """Logs in with the installed program, on the display that is there, at a POP3 server of this script's own."""
 
+import contextlib
 import os
 import pathlib
 import socketserver
@@ -27,13 +28,15 @@ class Conversation(socketserver.StreamRequestHandler):
             b"CAPA": b"-ERR\r\n",
         }
         self.wfile.write(b"+OK\r\n")
-        for line in self.rfile:
-            command = line.strip()
-            self.wfile.write(answers.get(command, b"+OK\r\n"))
-            if command == b"UIDL":
-                self.server.listed.set()
-            if command == b"QUIT":
-                return
+        # At the end the program is gone without a word.
+        with contextlib.suppress(ConnectionResetError):
+            for line in self.rfile:
+                command = line.strip()
+                self.wfile.write(answers.get(command, b"+OK\r\n"))
+                if command == b"UIDL":
+                    self.server.listed.set()
+                if command == b"QUIT":
+                    return
 
 
 def window(title):
