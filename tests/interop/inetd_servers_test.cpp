@@ -80,7 +80,7 @@ TEST_P(AtInetdServer, NewMailIsSeenBehindTheOld) {
     logInWith({"one"});
     server->deliver(message("two"));
     mainWindow().cmdGetMail->click();
-    EXPECT_EQ(boxes.size(), 1U);
+    EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_THAT(subjects(), ElementsAre(QStringLiteral("one"), QStringLiteral("two")));
 }
 
@@ -95,15 +95,20 @@ TEST_P(AtInetdServer, TwoHundredMessagesComeInAFewRoundTrips) {
     EXPECT_LE(loginWindow().POP1.roundTrips(), 8U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, AtInetdServer,
-                         testing::Values(Program::Popa3d, Program::SolidPop3d, Program::MailutilsPop3d),
+INSTANTIATE_TEST_SUITE_P(Servers, AtInetdServer, testing::Values(Program::Popa3d, Program::MailutilsPop3d),
                          [](const auto& test) {
-                             switch (test.param) {
-                             case Program::Popa3d:
-                                 return "Popa3d";
-                             case Program::SolidPop3d:
-                                 return "SolidPop3d";
-                             default:
-                                 return "MailutilsPop3d";
-                             }
+                             return test.param == Program::Popa3d ? "Popa3d" : "MailutilsPop3d";
                          });
+
+class AtServerThatOffersApop : public AtInetdServer {};
+
+// It greets with a timestamp though nobody has a secret for APOP. A refused proof is final, so that a wrong
+// password counts once; the administrator is told to switch the timestamp off.
+TEST_P(AtServerThatOffersApop, TheLogOnIsRefusedWithoutASecret) {
+    server->deliver(message("one"));
+    logIn(server->address(), QStringLiteral("bob"));
+    EXPECT_THAT(boxTexts(),
+                ElementsAre(QStringLiteral("Password Or User Name Wrong, Please Try Again 20172")));
+}
+
+INSTANTIATE_TEST_SUITE_P(SolidPop3d, AtServerThatOffersApop, testing::Values(Program::SolidPop3d));
