@@ -1,7 +1,6 @@
 #include "doctor/pop3_survey.h"
 
 #include "components/poplib/reply_text.h"
-#include "doctor/server_names.h"
 #include "platform/error_meanings.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -209,18 +208,11 @@ class Survey {
 void surveyPop3(const QString& name, const Member* member, const LookThrough& lookThrough,
                 const Surveys& surveys) {
     ServerSeen server{protocol(), name};
-    const auto parsed = transport::parseServerName(name, POP::kDefaultPorts);
+    const auto parsed = approach(server, POP::kDefaultPorts, surveys);
     if (!parsed) {
-        // Told among the settings already.
         surveys.report.servers.push_back(server);
         return;
     }
-    server.host = parsed->host;
-    server.port = parsed->port;
-    server.promise = promiseOf(*parsed);
-    surveys.tell(QStringLiteral("Connecting with %1").arg(parsed->host));
-    server.addresses = tryAddresses(*parsed, surveys.patience);
-    addDeafAddresses(server, surveys.report.findings);
     Survey survey(name, server, surveys);
     if (survey.meet()) {
         if (parsed->security == Security::WhenOffered && !server.encryption.isEmpty()) {

@@ -1,5 +1,6 @@
 #include "doctor/servers.h"
 
+#include "doctor/server_names.h"
 #include "platform/error_meanings.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
@@ -201,6 +202,20 @@ QString withScheme(const QString& typed, const transport::ServerName& server, co
     const bool bracketed = parts && (parts->isBracketed || server.host.contains(u':'));
     return scheme + (bracketed ? u'[' + server.host + u']' : server.host) + u':' +
            QString::number(server.port);
+}
+
+std::optional<transport::ServerName> approach(ServerSeen& server, const transport::DefaultPorts& ports,
+                                              const Surveys& surveys) {
+    auto parsed = transport::parseServerName(server.name, ports);
+    if (parsed) {
+        server.host = parsed->host;
+        server.port = parsed->port;
+        server.promise = promiseOf(*parsed);
+        surveys.tell(QStringLiteral("Connecting with %1").arg(parsed->host));
+        server.addresses = tryAddresses(*parsed, surveys.patience);
+        addDeafAddresses(server, surveys.report.findings);
+    }
+    return parsed;
 }
 
 } // namespace doctor

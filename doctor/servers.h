@@ -52,6 +52,13 @@ std::vector<AddressSeen> tryAddresses(const transport::ServerName& server, const
 void addDeafAddresses(const ServerSeen& server, std::vector<Finding>& findings);
 
 /**
+ * Begins the survey of a server: notes what its name says, and tries its addresses. Nothing for a name that
+ * is none, which is told among the settings.
+ */
+std::optional<transport::ServerName> approach(ServerSeen& server, const transport::DefaultPorts& ports,
+                                              const Surveys& surveys);
+
+/**
  * A certificate for the report. `error` is what the program has made of it: 0, or 20322 to 20325.
  */
 CertificateSeen seenCertificate(const transport::Certificate& certificate, int error, const QString& host);

@@ -1,7 +1,6 @@
 #include "doctor/smtp_survey.h"
 
 #include "components/smtplib/smtp.h"
-#include "doctor/server_names.h"
 #include "email/box_texts.h"
 #include "platform/error_meanings.h"
 #include "platform/runtime_error.h"
@@ -194,18 +193,11 @@ class Survey {
 
 void surveySmtp(const QString& name, const smtplib::Account& account, const Surveys& surveys) {
     ServerSeen server{QStringLiteral("SMTP"), name};
-    const auto parsed = transport::parseServerName(name, SMTP::kDefaultPorts);
+    const auto parsed = approach(server, SMTP::kDefaultPorts, surveys);
     if (!parsed) {
-        // Told among the settings already.
         surveys.report.servers.push_back(server);
         return;
     }
-    server.host = parsed->host;
-    server.port = parsed->port;
-    server.promise = promiseOf(*parsed);
-    surveys.tell(QStringLiteral("Connecting with %1").arg(parsed->host));
-    server.addresses = tryAddresses(*parsed, surveys.patience);
-    addDeafAddresses(server, surveys.report.findings);
     Survey survey(name, server, surveys);
     if (survey.meet(account)) {
         if (parsed->security == Security::WhenOffered && !server.encryption.isEmpty()) {
