@@ -2,6 +2,7 @@
 // docs/administrator.md.
 
 #include "email/settings_file.h"
+#include "tests/support/faulty_tls.h"
 #include "tests/support/places.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/scripted_server.h"
@@ -298,14 +299,6 @@ TEST_F(DoctorProgram, WithAServerThatTakesNoPasswordInClear) {
 }
 
 TEST_F(DoctorProgram, WithACertificateThatIsNotGoodOrTlsWhereThereIsNone) {
-    using namespace std::chrono_literals;
-    const mailserver::Authority stranger("A stranger");
-    mailserver::CertificateDescription other = support::loopback();
-    other.names = {"other.example.org"};
-    other.addresses = {};
-    mailserver::CertificateDescription expired = support::loopback();
-    expired.notBefore = -48h;
-    expired.notAfter = -24h;
     const support::TrustedRoot root;
     environment.insert(QStringLiteral("SSL_CERT_FILE"), qEnvironmentVariable("SSL_CERT_FILE"));
     const auto ends = [&](const mailserver::Certificate& certificate) {
@@ -313,9 +306,10 @@ TEST_F(DoctorProgram, WithACertificateThatIsNotGoodOrTlsWhereThereIsNone) {
         fields.POPServer = QStringLiteral("tls://") + popServer.address();
         return examine();
     };
-    EXPECT_EQ(ends(stranger.issue(support::loopback())).grade(20322, "Error 20322"), kStops);
-    EXPECT_EQ(ends(support::testRoot().issue(other)).grade(20323, "Error 20323"), kStops);
-    EXPECT_EQ(ends(support::testRoot().issue(expired)).grade(20324, "Error 20324"), kStops);
+    for (const auto& [name, certificate, error] : support::faultyCertificates()) {
+        const std::string box = "Error " + std::to_string(error);
+        EXPECT_EQ(ends(certificate).grade(error, box.c_str()), kStops) << name;
+    }
     fields.POPServer = QStringLiteral("tls://") + smtpServer.address();
     EXPECT_EQ(examine().grade(20325, "Error 20325"), kStops);
 }

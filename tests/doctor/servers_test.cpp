@@ -3,6 +3,7 @@
 #include "doctor/smtp_survey.h"
 #include "tests/doctor/findings.h"
 #include "tests/support/application.h"
+#include "tests/support/faulty_tls.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/smtp_script.h"
@@ -230,33 +231,18 @@ TEST_F(DoctorsServers, AServerThatTakesNoPasswordInClearStopsMembersWithoutALogO
     EXPECT_EQ(findingWith(20321, report.findings).grade, Grade::Stops);
 }
 
-struct BadCertificate {
-    int number;
-    mailserver::Certificate certificate;
-};
-
 TEST_F(DoctorsServers, ACertificateThatIsNotGoodIsToldWithTheReason) {
-    using namespace std::chrono_literals;
-    const mailserver::Authority stranger("A stranger");
-    mailserver::CertificateDescription other = support::loopback();
-    other.names = {"other.example.org"};
-    other.addresses = {};
-    mailserver::CertificateDescription expired = support::loopback();
-    expired.notBefore = -48h;
-    expired.notAfter = -24h;
-    for (const BadCertificate& bad : {BadCertificate{20322, stranger.issue(support::loopback())},
-                                      {20323, support::testRoot().issue(other)},
-                                      {20324, support::testRoot().issue(expired)}}) {
+    for (const auto& [name, certificate, error] : support::faultyCertificates()) {
         report = {};
         Pop3Mailbox mailbox;
-        mailbox.tlsFromTheStart(TlsIdentity(bad.certificate));
+        mailbox.tlsFromTheStart(TlsIdentity(certificate));
         ScriptedServer server(mailbox);
         pop3(QStringLiteral("tls://") + server.address());
-        EXPECT_EQ(findingWith(bad.number, report.findings).grade, Grade::Stops) << bad.number;
-        ASSERT_TRUE(seen().certificate) << bad.number;
-        EXPECT_FALSE(seen().certificate->isValid) << bad.number;
-        EXPECT_FALSE(seen().certificate->reason.isEmpty()) << bad.number;
-        EXPECT_FALSE(seen().certificate->subject.isEmpty()) << bad.number;
+        EXPECT_EQ(findingWith(error, report.findings).grade, Grade::Stops) << name;
+        ASSERT_TRUE(seen().certificate) << name;
+        EXPECT_FALSE(seen().certificate->isValid) << name;
+        EXPECT_FALSE(seen().certificate->reason.isEmpty()) << name;
+        EXPECT_FALSE(seen().certificate->subject.isEmpty()) << name;
     }
 }
 

@@ -4,7 +4,7 @@
 #include "tests/reader/reader_fixture.h"
 #include "tests/standard/local_zone.h"
 #include "tests/support/file_faults.h"
-#include "tests/support/standard_mode.h"
+#include "tests/support/mail_mode_is.h"
 
 #include <QComboBox>
 
@@ -41,7 +41,7 @@ class StandardMessageWindow : public ReaderTest {
         EXPECT_TRUE(messageWindow().isEnabled());
     }
 
-    support::StandardMode mode_;
+    support::MailModeIs mode_{MailMode::Standard};
 };
 
 const std::string kThreeFiles = multipart(

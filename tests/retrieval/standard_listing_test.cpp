@@ -3,8 +3,8 @@
 #include "email/mailbox.h"
 #include "tests/standard/local_zone.h"
 #include "tests/support/heap.h"
+#include "tests/support/mail_mode_is.h"
 #include "tests/support/pop3_script.h"
-#include "tests/support/standard_mode.h"
 #include "tests/support/window_test.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -42,7 +42,7 @@ class StandardListing : public WindowTest {
     }
 
     support::LocalZone berlin_{"Europe/Berlin"};
-    support::StandardMode mode_;
+    support::MailModeIs mode_{MailMode::Standard};
     Pop3Mailbox mailbox;
     ScriptedServer server{mailbox};
 };
