@@ -1,9 +1,4 @@
-#include "email/credentials.h"
-#include "email/shared_settings.h"
-#include "tests/support/smtp_script.h"
-#include "tests/support/window_test.h"
-#include "windows/frmMain.h"
-#include "windows/frmSend.h"
+#include "tests/compose/send_fixture.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -14,10 +9,7 @@
 #include <filesystem>
 #include <sys/stat.h>
 
-using support::ScriptedServer;
-using support::SmtpMailbox;
 using support::WhenItHolds;
-using support::WindowTest;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -25,28 +17,8 @@ using testing::IsEmpty;
 using testing::Not;
 
 namespace {
-class Send : public WindowTest {
+class Send : public support::SendTest {
   protected:
-    Send() : server(mailbox) {
-        qputenv("BRINDLEWAKE_DRIVE_C", QByteArray::fromStdString(folder.path().string()));
-        auto fields = support::schoolSettings(server.address());
-        fields.SendAttachments = QStringLiteral("yes");
-        writeSettings(fields);
-        startUp();
-        email::credentials.UserName = QStringLiteral("ann");
-        mainWindow().bringUp();
-        mainWindow().cmdCmpose->click();
-    }
-
-    static void write(const QString& to, const QString& subject, const QString& text,
-                      const QString& attachment = QString()) {
-        auto& window = composeWindow();
-        window.tTo->setText(to);
-        window.tSubject->setText(subject);
-        window.tMessage->setPlainText(text);
-        window.txtAttachment->setText(attachment);
-    }
-
     static void press() { composeWindow().cmdSndit->click(); }
 
     void expectFailure(int number) {
@@ -79,10 +51,6 @@ class Send : public WindowTest {
     }
 
     bool waitsAtData() { return !server.keywords().empty() && server.keywords().back() == "DATA"; }
-
-    const QString bob = QStringLiteral("bob@example.org");
-    SmtpMailbox mailbox;
-    ScriptedServer server;
 };
 } // namespace
 

@@ -1,14 +1,9 @@
 // The compose window in the standard way of mail.
 
-#include "email/credentials.h"
-#include "email/shared_settings.h"
 #include "message/kept_letter.h"
+#include "tests/compose/send_fixture.h"
 #include "tests/support/header_of.h"
 #include "tests/support/mail_mode_is.h"
-#include "tests/support/smtp_script.h"
-#include "tests/support/window_test.h"
-#include "windows/frmMain.h"
-#include "windows/frmSend.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -17,9 +12,6 @@
 #include <QTest>
 
 using support::field;
-using support::ScriptedServer;
-using support::SmtpMailbox;
-using support::WindowTest;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -29,18 +21,10 @@ using testing::Not;
 using testing::SizeIs;
 
 namespace {
-class StandardSend : public WindowTest {
+/** The mode comes first: the windows are made in it. */
+class StandardSend : private support::MailModeIs, public support::SendTest {
   protected:
-    StandardSend() : server(mailbox) {
-        qputenv("BRINDLEWAKE_DRIVE_C", QByteArray::fromStdString(folder.path().string()));
-        auto fields = support::schoolSettings(server.address());
-        fields.SendAttachments = QStringLiteral("yes");
-        writeSettings(fields);
-        startUp();
-        email::credentials.UserName = QStringLiteral("ann");
-        mainWindow().bringUp();
-        mainWindow().cmdCmpose->click();
-    }
+    StandardSend() : MailModeIs(MailMode::Standard) {}
 
     /** The server's reply to EHLO, with these extensions. */
     void offer(const std::vector<std::string>& extensions) {
@@ -51,15 +35,6 @@ class StandardSend : public WindowTest {
         mailbox.answer("EHLO", reply + "250 HELP\r\n");
     }
 
-    static void write(const QString& to, const QString& subject, const QString& text,
-                      const QString& attachment = QString()) {
-        auto& window = composeWindow();
-        window.tTo->setText(to);
-        window.tSubject->setText(subject);
-        window.tMessage->setPlainText(text);
-        window.txtAttachment->setText(attachment);
-    }
-
     /** Sends, and returns the header and the body that the server got. */
     std::string sent() {
         composeWindow().cmdSndit->click();
@@ -67,11 +42,6 @@ class StandardSend : public WindowTest {
         EXPECT_THAT(mailbox.messages(), SizeIs(1));
         return mailbox.messages().empty() ? std::string() : mailbox.messages()[0];
     }
-
-    support::MailModeIs standard{MailMode::Standard};
-    const QString bob = QStringLiteral("bob@example.org");
-    SmtpMailbox mailbox;
-    ScriptedServer server;
 };
 
 const QString kText = QStringLiteral("Größe\n.\nend");
