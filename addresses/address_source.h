@@ -41,8 +41,9 @@ class AddressSource {
     AddressSource& operator=(const AddressSource&) = delete;
 
     /**
-     * Begins to look for what was typed, as UTF-8, and gives up the search before. `found` is called once, from the
-     * event loop of the thread that asked and never from within this call; not at all when the search was given up.
+     * Begins to look for what was typed, as UTF-8, and gives up the search before. `found` is called once,
+     * from the event loop of the thread that asked and never from within this call; not at all when the
+     * search was given up.
      */
     virtual void search(std::string typed, std::function<void(Outcome)> found) = 0;
 
