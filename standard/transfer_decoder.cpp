@@ -5,6 +5,7 @@
 #include "standard/quoted_printable.h"
 
 #include <algorithm>
+#include <array>
 #include <gmime/gmime.h>
 #include <string>
 
@@ -67,28 +68,55 @@ std::string_view uuencodedLines(std::string_view content) {
     }
     return content;
 }
+
+struct NamedEncoding {
+    std::string_view name;
+    TransferEncoding encoding;
+};
+
+/** In small letters, without hyphens and blanks. */
+constexpr std::array<NamedEncoding, 14> kNamedEncodings{{
+    {"", TransferEncoding::None},
+    {"7bit", TransferEncoding::None},
+    {"7bits", TransferEncoding::None},
+    {"8bit", TransferEncoding::None},
+    {"8bits", TransferEncoding::None},
+    {"binary", TransferEncoding::None},
+    {"plain", TransferEncoding::None},
+    {"base64", TransferEncoding::Base64},
+    {"quotedprintable", TransferEncoding::QuotedPrintable},
+    {"xuuencode", TransferEncoding::Uuencode},
+    {"uuencode", TransferEncoding::Uuencode},
+    {"uuencoded", TransferEncoding::Uuencode},
+    {"xuue", TransferEncoding::Uuencode},
+    {"uue", TransferEncoding::Uuencode},
+}};
+
+/** The encoding of that name, however its words are joined: senders write `7-bit` and `quoted printable` too.
+ */
+TransferEncoding encodingNamed(std::string_view name) {
+    std::string letters = lowerCase(name);
+    std::erase_if(letters, [](char letter) {
+        return std::string_view("-_ \t").find(letter) != std::string_view::npos;
+    });
+    const auto* const found = std::find_if(kNamedEncodings.begin(), kNamedEncodings.end(),
+                                           [&](const NamedEncoding& named) { return named.name == letters; });
+    return found == kNamedEncodings.end() ? TransferEncoding::Unknown : found->encoding;
+}
 } // namespace
 
 TransferEncoding transferEncodingOf(std::string_view field) {
-    constexpr std::string_view endsWord = "; \t(,";
+    constexpr std::string_view endsName = ";(,";
     field = trimmed(field);
     if (field.starts_with('"')) {
         field.remove_prefix(1);
         field = field.substr(0, field.find('"'));
     }
-    const std::string word = lowerCase(field.substr(0, field.find_first_of(endsWord)));
-    if (word.empty() || word == "7bit" || word == "8bit" || word == "binary" || word == "7-bit" ||
-        word == "8-bit") {
-        return TransferEncoding::None;
-    }
-    if (word == "base64") {
-        return TransferEncoding::Base64;
-    }
-    if (word == "quoted-printable") {
-        return TransferEncoding::QuotedPrintable;
-    }
-    const bool isUuencode = word == "x-uuencode" || word == "uuencode" || word == "x-uue" || word == "uue";
-    return isUuencode ? TransferEncoding::Uuencode : TransferEncoding::Unknown;
+    const std::string_view name = trimmed(field.substr(0, field.find_first_of(endsName)));
+    const std::string_view firstWord = name.substr(0, name.find_first_of(" \t"));
+    // Some write `quoted printable`, some add a word of their own.
+    const TransferEncoding encoding = encodingNamed(name);
+    return encoding == TransferEncoding::Unknown ? encodingNamed(firstWord) : encoding;
 }
 
 bool isDecodable(std::string_view content, TransferEncoding encoding) {

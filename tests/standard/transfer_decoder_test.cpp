@@ -96,6 +96,17 @@ TEST(TransferEncodings, AreKnownInAnyCase) {
     EXPECT_EQ(standard::transferEncodingOf("x-nobody"), Encoding::Unknown);
 }
 
+TEST(TransferEncodings, AreKnownHoweverTheirWordsAreJoined) {
+    EXPECT_EQ(standard::transferEncodingOf("quoted printable"), Encoding::QuotedPrintable);
+    EXPECT_EQ(standard::transferEncodingOf("Quoted_Printable"), Encoding::QuotedPrintable);
+    EXPECT_EQ(standard::transferEncodingOf("base-64"), Encoding::Base64);
+    EXPECT_EQ(standard::transferEncodingOf("8bits"), Encoding::None);
+    EXPECT_EQ(standard::transferEncodingOf("7 bit"), Encoding::None);
+    EXPECT_EQ(standard::transferEncodingOf("plain"), Encoding::None);
+    EXPECT_EQ(standard::transferEncodingOf("base64 and a word"), Encoding::Base64);
+    EXPECT_EQ(standard::transferEncodingOf("quoted nonsense"), Encoding::Unknown);
+}
+
 struct CharsetCase {
     const char* name;
     std::string charset;
