@@ -33,16 +33,24 @@ bool beginsAsSigned(const Entity& part) {
     return start.find(signedData) != std::string::npos;
 }
 
+/** Whether an S/MIME part without a word about it is named as one of certificates alone (RFC 8551
+ * section 3.2.1). */
+bool isNamedAsCertificates(const Entity& part) {
+    return lowerCase(part.name()).ends_with(".p7c");
+}
+
 std::string_view smimeText(const Entity& part) {
     const std::string_view kind = part.typeField().textOf("smime-type");
+    if (sameWord(kind, "certs-only") || (kind.empty() && isNamedAsCertificates(part))) {
+        return "[This message holds certificates (S/MIME).]";
+    }
     if (sameWord(kind, "signed-data") || (kind.empty() && beginsAsSigned(part))) {
         return "[This message is signed (S/MIME), and its text lies inside the signature.]";
     }
     if (sameWord(kind, "compressed-data")) {
         return "[This message is compressed (S/MIME).]";
     }
-    return sameWord(kind, "certs-only") ? "[This message holds certificates (S/MIME).]"
-                                        : "[This message is encrypted (S/MIME).]";
+    return "[This message is encrypted (S/MIME).]";
 }
 
 /** What mail programs mean by types for which the database has something else, or nothing. */

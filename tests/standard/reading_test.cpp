@@ -218,6 +218,11 @@ const Case kMultiparts[] = {
      "Content-Transfer-Encoding: base64\n\nMIAGCSqGSIb3DQEHAqCA\n",
      "[This message is signed (S/MIME), and its text lies inside the signature.]",
      {"smime.p7m (15 bytes)"}},
+    {"CertificatesWithoutAWord",
+     "Content-Type: application/x-pkcs7-mime; name=ann.P7C\n"
+     "Content-Transfer-Encoding: base64\n\nMIAGCSqGSIb3DQEHAqCA\n",
+     "[This message holds certificates (S/MIME).]",
+     {"ann.P7C (15 bytes)"}},
     {"DeliveryReport",
      multipart("report; report-type=delivery-status",
                {kPlain, "Content-Type: message/delivery-status\n\nAction: failed", kMessage}),
