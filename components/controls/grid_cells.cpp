@@ -3,8 +3,14 @@
 #include "platform/reading_order.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QHelpEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QTextLayout>
 #include <QToolTip>
+
+#include <optional>
 
 namespace MSFlexGridLib {
 
@@ -25,7 +31,74 @@ QFont boldFor(const QFont& plain, const QString& text, qreal cellWidth) {
     return bold;
 }
 
+/** Whether the style adds nothing to the text and its background that only the style could paint. */
+bool isPlain(const QStyle& style, const QStyleOptionViewItem& cell) {
+    constexpr QStyleOptionViewItem::ViewItemFeatures adding = QStyleOptionViewItem::HasCheckIndicator |
+                                                              QStyleOptionViewItem::HasDecoration |
+                                                              QStyleOptionViewItem::WrapText;
+    return style.name() == QStringLiteral("fusion") && !cell.features.testAnyFlags(adding) &&
+           !cell.state.testFlag(QStyle::State_HasFocus) && !cell.text.contains(QChar::LineSeparator) &&
+           !cell.text.contains(u'\n');
+}
+
+QPalette::ColorGroup colorsOf(const QStyleOptionViewItem& cell) {
+    if (!cell.state.testFlag(QStyle::State_Enabled)) {
+        return QPalette::Disabled;
+    }
+    return cell.state.testFlag(QStyle::State_Active) ? QPalette::Active : QPalette::Inactive;
+}
+
+/** Where the style puts a cell's text. */
+QRect textPlace(const QStyle& style, const QStyleOptionViewItem& cell) {
+    const int margin = style.pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, cell.widget) + 1;
+    return cell.rect.adjusted(margin, 0, -margin, 0);
+}
+
+/** Lays the text out in one line and returns its height; nothing where the line is wider than the place. */
+std::optional<int> laidOut(QTextLayout& layout, const QStyleOptionViewItem& cell, int width) {
+    QTextOption arrangement(QStyle::visualAlignment(cell.direction, cell.displayAlignment));
+    arrangement.setWrapMode(QTextOption::ManualWrap);
+    arrangement.setTextDirection(cell.direction);
+    layout.setTextOption(arrangement);
+    layout.beginLayout();
+    QTextLine line = layout.createLine();
+    line.setLineWidth(width);
+    layout.endLayout();
+    if (line.naturalTextWidth() > width) {
+        return std::nullopt;
+    }
+    return static_cast<int>(line.height());
+}
+
 } // namespace
+
+void CellPainter::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                        const QModelIndex& index) const {
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    const QStyle& style = cell.widget != nullptr ? *cell.widget->style() : *QApplication::style();
+    const QRect place = textPlace(style, cell);
+    QTextLayout text(cell.text, cell.font);
+    std::optional<int> height;
+    if (isPlain(style, cell) && !cell.text.isEmpty()) {
+        height = laidOut(text, cell, place.width());
+        if (height) {
+            cell.text.clear();
+        }
+    }
+    style.drawControl(QStyle::CE_ItemViewItem, &cell, painter, cell.widget);
+    if (height) {
+        const QRect line =
+            QStyle::alignedRect(cell.direction, cell.displayAlignment, QSize(place.width(), *height), place);
+        painter->save();
+        painter->setClipRect(cell.rect);
+        painter->setPen(cell.palette.color(colorsOf(cell), cell.state.testFlag(QStyle::State_Selected)
+                                                               ? QPalette::HighlightedText
+                                                               : QPalette::Text));
+        text.draw(painter, QPointF(place.x(), line.top()));
+        painter->restore();
+    }
+}
 
 bool CellPainter::helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                             const QModelIndex& index) {

@@ -13,6 +13,11 @@ class CellPainter : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
+    /** Paints what the style paints, and lays a text that fits out only once: the style does it three times.
+     */
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+
     /** Shows a tool tip only for a text that the column cuts off. */
     bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
                    const QModelIndex& index) override;

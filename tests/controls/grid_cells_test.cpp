@@ -2,7 +2,14 @@
 #include "components/controls/msflexgrid.h"
 #include "tests/support/application.h"
 
+#include <QImage>
+#include <QPainter>
+#include <QStyle>
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <ostream>
+#include <string>
 
 namespace {
 
@@ -20,6 +27,13 @@ class OpenPainter : public CellPainter {
         option.rect = cell;
         initStyleOption(&option, grid.model()->index(0, 1));
         return option;
+    }
+
+    /** The cell as the style paints it. */
+    void paintByStyle(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const {
+        QStyleOptionViewItem cell = option;
+        initStyleOption(&cell, index);
+        option.widget->style()->drawControl(QStyle::CE_ItemViewItem, &cell, painter, option.widget);
     }
 };
 
@@ -60,6 +74,89 @@ TEST_F(NewRow, KeepsTheLettersOfATextThatFitsApart) {
     EXPECT_TRUE(option.font.bold());
     EXPECT_EQ(option.font.letterSpacing(), 0);
 }
+
+struct Cell {
+    const char* name;
+    QString text;
+    int column = 1;
+    int width = 200;
+    QStyle::State state = QStyle::State_Enabled | QStyle::State_Active;
+    Qt::LayoutDirection direction = Qt::LeftToRight;
+    bool isNew = false;
+};
+
+/** What each cell is to be told apart by in the name of its test. */
+void PrintTo(const Cell& cell, std::ostream* stream) {
+    *stream << cell.name;
+}
+
+class PaintedCell : public testing::TestWithParam<Cell>, private WithApplication {
+  protected:
+    using Paint = std::function<void(QPainter*, const QStyleOptionViewItem&, const QModelIndex&)>;
+
+    /** The row's height is odd and its place is no corner, so that a line that stands elsewhere shows. */
+    QImage painted(const Paint& paint) {
+        const Cell& cell = GetParam();
+        QImage image(cell.width + 20, 40, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::yellow);
+        QPainter ink(&image);
+        QStyleOptionViewItem option;
+        option.initFrom(&grid);
+        option.widget = &grid;
+        option.font = grid.font();
+        option.rect = QRect(7, 5, cell.width, 27);
+        option.state = cell.state;
+        option.direction = cell.direction;
+        option.displayAlignment = Qt::AlignLeft | Qt::AlignVCenter;
+        option.showDecorationSelected = true;
+        paint(&ink, option, grid.model()->index(0, cell.column));
+        return image;
+    }
+
+    MSFlexGrid grid{5};
+    OpenPainter painter;
+};
+
+TEST_P(PaintedCell, LooksAsTheStylePaintsIt) {
+    grid.setRows(2);
+    grid.setTextMatrix(1, GetParam().column, GetParam().text);
+    grid.setRowNew(1, GetParam().isNew);
+    const QImage byStyle = painted([this](auto... what) { painter.paintByStyle(what...); });
+    const QImage byPainter = painted([this](auto... what) { painter.paint(what...); });
+    EXPECT_EQ(byPainter, byStyle);
+    QImage blank(byStyle.size(), byStyle.format());
+    blank.fill(Qt::yellow);
+    EXPECT_EQ(byStyle == blank, GetParam().text.isEmpty());
+}
+
+constexpr QStyle::State kActive = QStyle::State_Enabled | QStyle::State_Active;
+const Cell kCells[] = {
+    {"Short", QStringLiteral("ann@example.org")},
+    {"Padded", QStringLiteral("ann@example.org        ")},
+    {"Empty", QString()},
+    {"TooWide", QStringLiteral("A subject that is much wider than any cell of that width"), 1, 90},
+    {"AsWideAsTheCell", QStringLiteral("Sun, 22 Nov 2026"), 1, 108},
+    {"Narrow", QStringLiteral("wide"), 1, 24},
+    {"Number", QStringLiteral("17"), 0, 60},
+    {"Size", QStringLiteral("(1200 bytes)"), 4},
+    {"Chosen", QStringLiteral("Hello"), 3, 200, kActive | QStyle::State_Selected},
+    {"ChosenWithFocus", QStringLiteral("Hello"), 3, 200,
+     kActive | QStyle::State_Selected | QStyle::State_HasFocus},
+    {"Resting", QStringLiteral("Hello"), 3, 200, QStyle::State_None},
+    {"RestingAndChosen", QStringLiteral("Hello"), 3, 200, QStyle::State_Selected},
+    {"InAnotherWindow", QStringLiteral("Hello"), 3, 200, QStyle::State_Enabled},
+    {"New", QStringLiteral("Hello"), 3, 200, kActive, Qt::LeftToRight, true},
+    {"NewAndTooWide", QStringLiteral("A subject that is much wider than its cell"), 3, 90, kActive,
+     Qt::LeftToRight, true},
+    {"RightToLeft", QStringLiteral("Hello"), 3, 200, kActive, Qt::RightToLeft},
+    {"HebrewRightToLeft", QStringLiteral("שלום (a) 12"), 3, 200, kActive, Qt::RightToLeft},
+    {"Hebrew", QStringLiteral("שלום (a) 12"), 3},
+    {"Combining", QStringLiteral("e\u0301\u0327 \U0001F600 \u202E x"), 3},
+    {"Tab", QStringLiteral("a\tb"), 3},
+    {"TwoLines", QStringLiteral("a\u2028b\nc"), 3},
+};
+INSTANTIATE_TEST_SUITE_P(AllCells, PaintedCell, testing::ValuesIn(kCells),
+                         [](const auto& cell) { return std::string(cell.param.name); });
 
 TEST_F(NewRow, MayHaveAnEmptyCell) {
     grid.setTextMatrix(1, 1, QString());
