@@ -79,7 +79,6 @@ void fetchAllSummaries(POPLib::POP& pop, FillingTheList& filling) {
                                      QStringLiteral(" of ") + QString::number(mailbox.MessageCount));
     });
     const auto progress = [] { mainWindow().barProgress->setProgress(mailbox.CurrentMessage); };
-    askAhead(pop, 1, mailbox.MessageCount);
     for (mailbox.CurrentMessage = 1; mailbox.CurrentMessage <= mailbox.MessageCount;
          ++mailbox.CurrentMessage) {
         if (mailbox.CurrentMessage == mailbox.MessageCount) {
@@ -114,6 +113,8 @@ void getAllMail(frmLogin& login, FillingTheList& filling) {
     POPLib::POP& pop = login.POP1;
     logOnAndCount(pop);
     prepareList(pop);
+    // A far server's answers need a while, in which the main window is shown.
+    askAhead(pop, 1, mailbox.MessageCount);
     if (mailbox.MessageCount > 0) {
         login.MMControl1.setCommand(email::derived.WavCommand);
     }

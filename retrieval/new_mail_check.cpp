@@ -73,13 +73,13 @@ struct Hourglasses {
 
 void fetchNewMail(frmLogin& login, ListedMail& listed, std::optional<Hourglasses>& waiting) {
     const auto first = static_cast<std::int16_t>(mailbox.LastMessageCount + 1);
+    askAhead(login.POP1, first, mailbox.MessageCount);
     playSoundAgain(login.MMControl1);
     showTotals();
     login.hide();
     enableButtons(false);
     welcomeOnMainWindow();
     mainWindow().MailGrid->setRows(mailbox.MessageCount + 1);
-    askAhead(login.POP1, first, mailbox.MessageCount);
     for (mailbox.CurrentMessage = first; mailbox.CurrentMessage <= mailbox.MessageCount;
          ++mailbox.CurrentMessage) {
         fetchSummary(login.POP1);

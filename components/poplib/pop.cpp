@@ -249,7 +249,13 @@ void POP::retrieve() {
 }
 
 void POP::listAhead(std::int16_t first, std::int16_t last, std::int32_t bodyLines) {
-    asRequest([&] { listed_.listAhead(*this, first, last, bodyLines); });
+    asRequest([&] {
+        listed_.listAhead(*this, first, last, bodyLines);
+        // The answers are on their way while the caller gets ready for them.
+        if (connection_.isOpen() && sendQueued()) {
+            renewDeadline();
+        }
+    });
 }
 
 void POP::openAhead(std::int16_t number) {

@@ -166,8 +166,8 @@ class POP : private Exchange {
 
     /**
      * Tells that the messages from `first` to `last` are going to be listed with these body lines: for each
-     * its size, then its retrieval. With a server that can do it all of that is asked for at once; what the
-     * requests do and raise stays the same, but for messages that have to be fetched whole.
+     * its size, then its retrieval. A server that can do it is asked for all of that at once and before this
+     * returns; what the requests do and raise stays the same, but for messages that have to be fetched whole.
      */
     void listAhead(std::int16_t first, std::int16_t last, std::int32_t bodyLines);
 

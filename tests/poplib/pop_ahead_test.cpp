@@ -238,6 +238,19 @@ TEST_F(PopAhead, AnswersThatNobodyWantsAnyMoreAreReadOver) {
     EXPECT_EQ(logOff(), 0);
 }
 
+TEST_F(PopAhead, TheListingIsAskedForBeforeAnythingIsDoneWithItsAnswers) {
+    ScriptedServer server(mailbox);
+    ASSERT_EQ(logOn(server), 0);
+    const std::size_t heard = server.commands().size();
+    pop.listAhead(1, 3, 25);
+    constexpr std::size_t sizesAndTopsAndUniqueIds = 7;
+    EXPECT_TRUE(support::eventsRunUntil(
+        [&] { return server.commands().size() == heard + sizesAndTopsAndUniqueIds; }));
+    ASSERT_EQ(listOne(1), 0);
+    EXPECT_THAT(subjects(), ElementsAre("one]"));
+    EXPECT_EQ(logOff(), 0);
+}
+
 TEST_F(PopAhead, OpeningOneMessageTakesOneRoundTripBehindTheLogOn) {
     pop.setListing(false);
     ScriptedServer server(mailbox);
