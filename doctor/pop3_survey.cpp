@@ -38,9 +38,9 @@ Finding failing(Grade grade, int error, const QString& said) {
 }
 
 /** What the survey of one server needs, with the client that listens. */
-class Survey {
+class Pop3Survey {
   public:
-    Survey(const QString& name, ServerSeen& server, const Surveys& surveys)
+    Pop3Survey(const QString& name, ServerSeen& server, const Surveys& surveys)
         : name_(name), server_(server), surveys_(surveys) {}
 
     /** Opens a session up to the log-on; false when that has failed. */
@@ -213,7 +213,7 @@ void surveyPop3(const QString& name, const Member* member, const LookThrough& lo
         surveys.report.servers.push_back(server);
         return;
     }
-    Survey survey(name, server, surveys);
+    Pop3Survey survey(name, server, surveys);
     if (survey.meet()) {
         if (parsed->security == Security::WhenOffered && !server.encryption.isEmpty()) {
             survey.tryProof();

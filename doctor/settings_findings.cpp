@@ -155,7 +155,7 @@ void addServers(const SettingsRead& read, std::vector<Finding>& findings) {
 }
 
 /** What to do when the reading has ended with this error. */
-QString adviceFor(int error) {
+QString adviceOnReading(int error) {
     switch (error) {
     case errors::FileNotFound:
         return QStringLiteral(
@@ -187,7 +187,7 @@ void addFailure(const SettingsRead& read, std::vector<Finding>& findings) {
     } else if (read.error == errors::FileNotFound) {
         text = QStringLiteral("There is no tolk.ini in this folder.");
     }
-    Finding finding = aboutLine(Grade::Stops, line, text, adviceFor(read.error));
+    Finding finding = aboutLine(Grade::Stops, line, text, adviceOnReading(read.error));
     finding.number = read.error;
     finding.box = email::boxOfFailedStart(read.error);
     findings.push_back(finding);

@@ -14,7 +14,7 @@
 namespace doctor {
 
 namespace {
-Finding about(Grade grade, const QString& text, const QString& advice) {
+Finding aboutRights(Grade grade, const QString& text, const QString& advice) {
     Finding finding;
     finding.grade = grade;
     finding.about = QStringLiteral("settings");
@@ -32,7 +32,7 @@ bool mayAnybodyWrite(const QString& path) {
 /** What stands behind a file that the program refuses, as far as it can be seen. */
 void addReason(const QFileInfo& file, std::vector<Finding>& findings) {
     const auto stops = [&](const QString& text, const QString& advice) {
-        findings.push_back(about(Grade::Stops, text, advice));
+        findings.push_back(aboutRights(Grade::Stops, text, advice));
         findings.back().number = platform::errors::PathFileAccess;
         findings.back().box = email::boxOfFailedStart(platform::errors::PathFileAccess);
     };
@@ -60,22 +60,22 @@ void addRights(const QFileInfo& file, std::vector<Finding>& findings) {
     const QFileInfo target(file.canonicalFilePath());
     for (const QString& folder : {target.path(), QFileInfo(file.absoluteFilePath()).path()}) {
         if (mayAnybodyWrite(folder)) {
-            findings.push_back(
-                about(Grade::Met,
-                      QStringLiteral("Everybody may write the folder %1, and put another tolk.ini into it.")
-                          .arg(folder),
-                      QStringLiteral("chmod o-w %1").arg(folder)));
+            findings.push_back(aboutRights(
+                Grade::Met,
+                QStringLiteral("Everybody may write the folder %1, and put another tolk.ini into it.")
+                    .arg(folder),
+                QStringLiteral("chmod o-w %1").arg(folder)));
             break;
         }
     }
     if (target.permission(QFile::WriteGroup)) {
-        findings.push_back(about(Grade::Info,
-                                 QStringLiteral("The group %1 may change tolk.ini.").arg(target.group()),
-                                 QStringLiteral("chmod g-w %1, unless the group administers the program.")
-                                     .arg(target.filePath())));
+        findings.push_back(
+            aboutRights(Grade::Info, QStringLiteral("The group %1 may change tolk.ini.").arg(target.group()),
+                        QStringLiteral("chmod g-w %1, unless the group administers the program.")
+                            .arg(target.filePath())));
     }
     if (target.ownerId() != 0 && target.ownerId() != ::geteuid()) {
-        findings.push_back(about(
+        findings.push_back(aboutRights(
             Grade::Info, QStringLiteral("tolk.ini belongs to %1, who may change it.").arg(target.owner()),
             QStringLiteral("Give it to root, unless that user administers the program.")));
     }

@@ -29,9 +29,9 @@ Finding failing(int error, const QString& text) {
     return finding;
 }
 
-class Survey {
+class SmtpSurvey {
   public:
-    Survey(const QString& name, ServerSeen& server, const Surveys& surveys)
+    SmtpSurvey(const QString& name, ServerSeen& server, const Surveys& surveys)
         : name_(name), server_(server), surveys_(surveys) {}
 
     /** Opens a session and ends it; false when that has failed. */
@@ -198,7 +198,7 @@ void surveySmtp(const QString& name, const smtplib::Account& account, const Surv
         surveys.report.servers.push_back(server);
         return;
     }
-    Survey survey(name, server, surveys);
+    SmtpSurvey survey(name, server, surveys);
     if (survey.meet(account)) {
         if (parsed->security == Security::WhenOffered && !server.encryption.isEmpty()) {
             survey.tryProof();

@@ -11,7 +11,7 @@
 namespace doctor {
 
 namespace {
-/** The line above a part that is shown as it came. */
+/** The line above a part that is shownDecoded as it came. */
 constexpr std::string_view kUndecoded = "[This part cannot be decoded.]";
 
 std::string headerOf(const MessageSeen& message) {
@@ -22,7 +22,7 @@ std::string headerOf(const MessageSeen& message) {
     return header;
 }
 
-QString shown(const std::string& field) {
+QString shownDecoded(const std::string& field) {
     return platform::withControlsVisible(platform::fromBytes(field));
 }
 } // namespace
@@ -37,11 +37,11 @@ std::vector<Finding> standardFindingsOf(const MessageSeen& message) {
     finding.grade = Grade::Met;
     finding.about = QStringLiteral("message");
     finding.message = message.number;
-    finding.from = shown(read.fields.from);
-    finding.subject = shown(read.fields.subject);
+    finding.from = shownDecoded(read.fields.from);
+    finding.subject = shownDecoded(read.fields.subject);
     finding.size = message.size;
     if (read.text.find(kUndecoded) != std::string::npos) {
-        finding.text = QStringLiteral("A part of it cannot be decoded, and is shown as it came.");
+        finding.text = QStringLiteral("A part of it cannot be decoded, and is shownDecoded as it came.");
         finding.advice = QStringLiteral("Ask the sender for it once more, as plain text.");
         return {finding};
     }

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 namespace {
-constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kCrLf = "\r\n";
 
 bool isBeyondAscii(char byte) noexcept {
     return static_cast<unsigned char>(byte) >= 0x80;
@@ -34,9 +34,9 @@ std::string canonical(std::string_view text) {
         lines += text.substr(0, plain);
         text.remove_prefix(plain);
         if (text.starts_with('\r') || text.starts_with('\n')) {
-            lines += kLineEnd;
+            lines += kCrLf;
         }
-        text.remove_prefix(text.starts_with(kLineEnd) ? 2 : std::min<std::size_t>(text.size(), 1));
+        text.remove_prefix(text.starts_with(kCrLf) ? 2 : std::min<std::size_t>(text.size(), 1));
     }
     return hasBeyondAscii(lines) ? platform::toBytes(platform::fromBytes(lines)) : lines;
 }
@@ -132,12 +132,12 @@ std::string quotedPrintable(std::string_view text) {
     std::string output;
     output.reserve(text.size() + text.size() / 2);
     while (!text.empty()) {
-        const std::size_t end = std::min(text.find(kLineEnd), text.size());
+        const std::size_t end = std::min(text.find(kCrLf), text.size());
         addQuotedLine(text.substr(0, end), output);
         text.remove_prefix(end);
-        if (text.starts_with(kLineEnd)) {
-            output += kLineEnd;
-            text.remove_prefix(kLineEnd.size());
+        if (text.starts_with(kCrLf)) {
+            output += kCrLf;
+            text.remove_prefix(kCrLf.size());
         }
     }
     return output;

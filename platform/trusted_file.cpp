@@ -33,7 +33,7 @@ bool liesWhereRightsAreKept(const FileDescriptor& file) noexcept {
     return ::fstatfs(file.number(), &system) != 0 || keepsRights(std::int64_t{system.f_type});
 }
 
-struct stat statusOf(const FileDescriptor& file) {
+struct stat statusOrRefusal(const FileDescriptor& file) {
     struct stat status {};
 
     if (::fstat(file.number(), &status) != 0) {
@@ -43,7 +43,7 @@ struct stat statusOf(const FileDescriptor& file) {
 }
 
 bool everybodyMayWrite(const FileDescriptor& fileOrFolder) {
-    return (statusOf(fileOrFolder).st_mode & S_IWOTH) != 0 && liesWhereRightsAreKept(fileOrFolder);
+    return (statusOrRefusal(fileOrFolder).st_mode & S_IWOTH) != 0 && liesWhereRightsAreKept(fileOrFolder);
 }
 
 /** Refuses an entry that another user may have put into a folder where everybody may write. */
@@ -58,9 +58,9 @@ void mustNotBeAStrangers(const struct stat& entry, const FileDescriptor& folder)
  * A name in its folder. The folder is opened once, so that everything asked about the name is asked of the
  * same folder.
  */
-class Place {
+class NameInFolder {
   public:
-    explicit Place(const std::string& path) { go(AT_FDCWD, path); }
+    explicit NameInFolder(const std::string& path) { go(AT_FDCWD, path); }
 
     const FileDescriptor& folder() const noexcept { return folder_; }
 
@@ -133,7 +133,7 @@ FileDescriptor openTrusted(const QString& nativePath) {
     if (path.find('\0') != std::string::npos) {
         refuse();
     }
-    Place place(path);
+    NameInFolder place(path);
     struct stat entry = place.entry();
     for (; S_ISLNK(entry.st_mode); entry = place.entry()) {
         mustNotBeAStrangers(entry, place.folder());
@@ -145,7 +145,7 @@ FileDescriptor openTrusted(const QString& nativePath) {
         refuse();
     }
     FileDescriptor file = place.open();
-    entry = statusOf(file);
+    entry = statusOrRefusal(file);
     if (!S_ISREG(entry.st_mode) || everybodyMayWrite(file)) {
         refuse();
     }

@@ -7,29 +7,28 @@
 namespace errors = platform::errors;
 
 namespace {
-using Then = AfterFailedLogIn;
 
-constexpr std::array<Failure<Then>, 8> kFailures = {{
+constexpr std::array<Failure<AfterFailedLogIn>, 8> kLogInFailures = {{
     // No box: the user has given up the log-on.
-    {errors::GivenUp, {"", ""}, Then::TypePasswordAgain},
+    {errors::GivenUp, {"", ""}, AfterFailedLogIn::TypePasswordAgain},
     {errors::MailServerBusy,
      {"Cannot Re-Enter Mail Server, Please Try Again %1", " Mail Error"},
-     Then::TryAgain},
+     AfterFailedLogIn::TryAgain},
     {errors::LogOnRefused,
      {"Password Or User Name Wrong, Please Try Again %1", " Mail Error"},
-     Then::TypePasswordAgain},
+     AfterFailedLogIn::TypePasswordAgain},
     {errors::MailServerTrouble,
      {"There was trouble connecting with the Mail Server.", " E-Mail"},
-     Then::EndProgram},
-    {errors::HostNotFound, {"Mail Server not found.", " E-Mail"}, Then::EndProgram},
-    {errors::ConnectionRefused, {"Connection refused by host.", " E-Mail"}, Then::EndProgram},
-    {errors::NetworkUnreachable, {"Network is unreachable.", " E-mail"}, Then::EndProgram},
-    {kAnyOtherError, {"Error %1 Please start program again ", " E-Mail"}, Then::EndProgram},
+     AfterFailedLogIn::EndProgram},
+    {errors::HostNotFound, {"Mail Server not found.", " E-Mail"}, AfterFailedLogIn::EndProgram},
+    {errors::ConnectionRefused, {"Connection refused by host.", " E-Mail"}, AfterFailedLogIn::EndProgram},
+    {errors::NetworkUnreachable, {"Network is unreachable.", " E-mail"}, AfterFailedLogIn::EndProgram},
+    {kAnyOtherError, {"Error %1 Please start program again ", " E-Mail"}, AfterFailedLogIn::EndProgram},
 }};
 } // namespace
 
 const Failure<AfterFailedLogIn>& logInFailure(int error) {
-    return failureOf(kFailures, error);
+    return failureOf(kLogInFailures, error);
 }
 
 QString boxOfFailedLogIn(int error) {

@@ -158,44 +158,44 @@ void tellOfFailedCheck(const FailureBox& box, int error) {
     tell(box, error);
 }
 
-enum class Then { TryAgain, KeepWhatHasCome, EndProgram };
+enum class AfterFailedCheck { TryAgain, KeepWhatHasCome, EndProgram };
 
-constexpr std::array<Failure<Then>, 8> kFailures = {{
+constexpr std::array<Failure<AfterFailedCheck>, 8> kCheckFailures = {{
     {errors::MailServerBusy,
      {"Cannot Re-Enter Mail Server, Please Try Again %1", " Mail Error"},
-     Then::TryAgain},
+     AfterFailedCheck::TryAgain},
     {errors::LogOnRefused,
      {"Password Or User Name Wrong, Please Try Again %1", " Mail Error"},
-     Then::TryAgain},
+     AfterFailedCheck::TryAgain},
     {errors::MailServerTrouble,
      {"There Was Trouble Connecting With The Mail Server, Please Try Again Later ", " Mail"},
-     Then::EndProgram},
+     AfterFailedCheck::EndProgram},
     {errors::HostNotFound,
      {"Host Not Found. Please make sure your Settings are correct.", " Mail"},
-     Then::EndProgram},
-    {errors::OutOfMemory, {"Message is too large.", " E-mail"}, Then::KeepWhatHasCome},
+     AfterFailedCheck::EndProgram},
+    {errors::OutOfMemory, {"Message is too large.", " E-mail"}, AfterFailedCheck::KeepWhatHasCome},
     {errors::ConnectionRefused,
      {"Connection Refused by Host. Please Start Program Again ", " Mail Error"},
-     Then::EndProgram},
-    {errors::NetworkUnreachable, {"Network is unreachable.", " E-mail"}, Then::EndProgram},
-    {kAnyOtherError, {"Error %1 Please Start Program Again ", " Mail Error"}, Then::EndProgram},
+     AfterFailedCheck::EndProgram},
+    {errors::NetworkUnreachable, {"Network is unreachable.", " E-mail"}, AfterFailedCheck::EndProgram},
+    {kAnyOtherError, {"Error %1 Please Start Program Again ", " Mail Error"}, AfterFailedCheck::EndProgram},
 }};
 
 void checkFailed(frmLogin& login, int error, const ListedMail& listed) {
-    const Failure<Then>& failure = failureOf(kFailures, error);
+    const Failure<AfterFailedCheck>& failure = failureOf(kCheckFailures, error);
     switch (failure.then) {
-    case Then::TryAgain:
+    case AfterFailedCheck::TryAgain:
         tellOfFailedCheck(failure.box, error);
         login.POP1.leave();
         login.cmdLogin->setEnabled(true);
         letTheListBeUsed(login.POP1);
         break;
-    case Then::KeepWhatHasCome:
+    case AfterFailedCheck::KeepWhatHasCome:
         keepWhatWasFetched(listed);
         tellOfFailedCheck(failure.box, error);
         letTheListBeUsed(login.POP1);
         break;
-    case Then::EndProgram:
+    case AfterFailedCheck::EndProgram:
         tell(failure.box, error);
         platform::endProgram();
         break;

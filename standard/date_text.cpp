@@ -14,7 +14,7 @@ namespace {
 constexpr int kSecondsInMinute = 60;
 constexpr int kSecondsInHour = 3600;
 /** No date has more; a field of megabytes is not cut into words. */
-constexpr std::size_t kLongestField = 200;
+constexpr std::size_t kLongestDate = 200;
 
 std::optional<int> number(std::string_view digits) {
     int value = 0;
@@ -213,7 +213,7 @@ std::optional<QDateTime> isoMoment(std::string_view field) {
 
 std::optional<QDateTime> momentOf(std::string_view field) {
     field = trimmed(field);
-    if (field.size() > kLongestField) {
+    if (field.size() > kLongestDate) {
         return std::nullopt;
     }
     if (auto found = isoMoment(field)) {

@@ -27,7 +27,7 @@ std::optional<std::size_t> endOfName(std::string_view line) {
     return static_cast<std::size_t>(end - line.begin());
 }
 
-std::string_view withoutLineEnd(std::string_view line) {
+std::string_view withoutItsEnd(std::string_view line) {
     line.remove_suffix(line.ends_with('\n') ? 1 : 0);
     line.remove_suffix(line.ends_with('\r') ? 1 : 0);
     return line;
@@ -46,7 +46,7 @@ HeaderFields::HeaderFields(std::string_view bytes, OddLines oddLines) {
     while (start < bytes.size()) {
         const std::size_t lineFeed = bytes.find('\n', start);
         const std::size_t next = lineFeed == std::string_view::npos ? bytes.size() : lineFeed + 1;
-        const std::string_view line = withoutLineEnd(bytes.substr(start, next - start));
+        const std::string_view line = withoutItsEnd(bytes.substr(start, next - start));
         if (line.empty()) {
             start = next;
             break;

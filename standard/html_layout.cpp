@@ -7,7 +7,7 @@ namespace standard {
 namespace {
 constexpr std::string_view kNoBreakSpace = "\xC2\xA0";
 
-bool isWhiteSpace(char character) noexcept {
+bool isHtmlSpace(char character) noexcept {
     return character == ' ' || character == '\t' || character == '\r' || character == '\n' ||
            character == '\f';
 }
@@ -15,7 +15,7 @@ bool isWhiteSpace(char character) noexcept {
 
 void HtmlLayout::addText(std::string_view text) {
     while (!text.empty()) {
-        if (isWhiteSpace(text.front())) {
+        if (isHtmlSpace(text.front())) {
             blank_ = true;
             text.remove_prefix(1);
         } else if (text.starts_with(kNoBreakSpace)) {
@@ -24,7 +24,7 @@ void HtmlLayout::addText(std::string_view text) {
             text.remove_prefix(kNoBreakSpace.size());
         } else {
             const auto* const end = std::find_if(text.begin(), text.end(), [](char character) {
-                return isWhiteSpace(character) || character == kNoBreakSpace.front();
+                return isHtmlSpace(character) || character == kNoBreakSpace.front();
             });
             // The first byte of a no-break space begins other characters too.
             const auto length = std::max<std::size_t>(1, static_cast<std::size_t>(end - text.begin()));

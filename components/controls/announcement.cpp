@@ -7,7 +7,7 @@ namespace controls {
 
 namespace {
 /** Qt asks this for every object that a screen reader comes upon. */
-QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) {
+QAccessibleInterface* announcementForReaders(const QString& /*className*/, QObject* object) {
     auto* const announcement = dynamic_cast<Announcement*>(object);
     return announcement == nullptr ? nullptr : new QAccessibleWidget(announcement, QAccessible::Notification);
 }
@@ -17,7 +17,7 @@ Announcement::Announcement(QWidget* parent) : QWidget(parent) {
     hide();
     // Installed once, however many there are.
     static const bool installed = [] {
-        QAccessible::installFactory(forReaders);
+        QAccessible::installFactory(announcementForReaders);
         return true;
     }();
     static_cast<void>(installed);

@@ -19,7 +19,7 @@ class PasswordBoxForReaders : public QAccessibleWidget {
 };
 
 /** Qt calls this for every object that a screen reader asks for. */
-QAccessibleInterface* forReaders(const QString& /*className*/, QObject* object) {
+QAccessibleInterface* passwordForReaders(const QString& /*className*/, QObject* object) {
     auto* const box = dynamic_cast<PasswordBox*>(object);
     return box == nullptr ? nullptr : new PasswordBoxForReaders(box);
 }
@@ -29,7 +29,7 @@ PasswordBox::PasswordBox(QWidget* parent) : QLineEdit(parent) {
     setEchoMode(Password);
     // Installed once, however many fields there are.
     static const bool installed = [] {
-        QAccessible::installFactory(forReaders);
+        QAccessible::installFactory(passwordForReaders);
         return true;
     }();
     static_cast<void>(installed);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace netcodelib {
@@ -8,5 +9,9 @@ namespace netcodelib {
 inline constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 inline constexpr char kPadding = '=';
+
+/** So many bytes become so many characters. */
+inline constexpr std::size_t kGroupBytes = 3;
+inline constexpr std::size_t kGroupCharacters = 4;
 
 } // namespace netcodelib

@@ -11,8 +11,6 @@
 namespace netcodelib {
 
 namespace {
-constexpr std::size_t kGroupCharacters = 4;
-constexpr std::size_t kGroupBytes = 3;
 constexpr unsigned kBitsPerCharacter = 6;
 
 /**

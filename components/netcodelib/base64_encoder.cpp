@@ -11,8 +11,6 @@ namespace netcodelib {
 
 namespace {
 constexpr std::size_t kTextLineBytes = Base64Encoder::kLineCharacters + 2;
-constexpr std::size_t kGroupBytes = 3;
-constexpr std::size_t kGroupCharacters = 4;
 
 /**
  * The two characters for every value of 12 bits, in the order of memory. 8 KiB fit in a processor's first

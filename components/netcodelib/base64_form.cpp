@@ -11,7 +11,6 @@
 namespace netcodelib {
 
 namespace {
-constexpr std::size_t kGroupCharacters = 4;
 constexpr std::size_t kBoundaryHyphens = 2;
 
 constexpr std::array<bool, 256> kIsLetter = [] {

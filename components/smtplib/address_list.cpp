@@ -15,15 +15,11 @@ namespace {
 using Kind = AddressToken::Kind;
 namespace errors = platform::errors;
 
-[[noreturn]] void refuse() {
-    throw platform::RuntimeError(errors::BadAddress);
-}
-
 /** The words before the angle brackets, with a space between any two. */
 void setDisplayName(Address& address, const std::vector<AddressToken>& words) {
     for (const AddressToken& word : words) {
         if (word.kind == Kind::Literal) {
-            refuse();
+            refuseAddress();
         }
         address.nameWasQuoted = address.nameWasQuoted || word.kind == Kind::Quoted;
         address.displayName += (&word == &words.front() ? "" : " ") + word.text;
@@ -42,7 +38,7 @@ class AddressListParser {
         }
         if (inGroup_) {
             itemBegin_ = groupBegin_;
-            refuse();
+            refuseAddress();
         }
         return std::move(addresses_);
     }
@@ -72,7 +68,7 @@ class AddressListParser {
         } else if (words.empty()) {
             endItem();
         } else {
-            refuse();
+            refuseAddress();
         }
     }
 
@@ -86,7 +82,7 @@ class AddressListParser {
 
     void mustBe(char special) {
         if (!token_.is(special)) {
-            refuse();
+            refuseAddress();
         }
         advance();
     }
@@ -97,7 +93,7 @@ class AddressListParser {
         const AddressToken domain = std::exchange(token_, {});
         advance();
         if (words.size() != 1 || words.front().kind == Kind::Literal) {
-            refuse();
+            refuseAddress();
         }
         Address address;
         address.domain = domainOnWire(domain, characters_);
@@ -106,7 +102,7 @@ class AddressListParser {
         if (address.localPart.size() > kMaximumLocalPartBytes ||
             address.domain.size() > kMaximumDomainBytes ||
             address.localPart.size() + address.domain.size() + bracketsAndSign > kMaximumPathBytes) {
-            refuse();
+            refuseAddress();
         }
         return address;
     }
@@ -121,7 +117,7 @@ class AddressListParser {
             return;
         }
         if (!token_.is(',')) {
-            refuse();
+            refuseAddress();
         }
         beginItem();
     }

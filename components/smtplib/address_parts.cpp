@@ -15,10 +15,6 @@ namespace {
 using Kind = AddressToken::Kind;
 namespace errors = platform::errors;
 
-[[noreturn]] void refuse() {
-    throw platform::RuntimeError(errors::BadAddress);
-}
-
 /** Letters, digits, hyphens; and underscores, which real host names have. */
 bool isDomainLabel(std::string_view label) {
     constexpr std::size_t maximumBytes = 63;
@@ -39,10 +35,6 @@ bool isDomainName(std::string_view name) {
         }
         name.remove_prefix(dot + 1);
     }
-}
-
-bool isBeyondAscii(char character) {
-    return static_cast<unsigned char>(character) >= 0x80;
 }
 
 bool hasBeyondAscii(std::string_view text) {
@@ -70,7 +62,7 @@ void mustBeAllowed(std::string_view localPart, AddressCharacters allowed) {
         return;
     }
     if (allowed == AddressCharacters::Ascii || !isVisible(localPart)) {
-        refuse();
+        refuseAddress();
     }
     if (allowed == AddressCharacters::AnyInDomain) {
         throw platform::RuntimeError(errors::AddressBeyondAscii);
@@ -92,7 +84,7 @@ std::string localPartOnWire(const AddressToken& token, AddressCharacters allowed
     const bool printable = std::all_of(shape.begin(), shape.end(),
                                        [](char character) { return character >= ' ' && character <= '~'; });
     if (token.kind != Kind::Quoted || token.text.empty() || !printable) {
-        refuse();
+        refuseAddress();
     }
     std::string quoted = "\"";
     for (const char character : token.text) {
@@ -110,11 +102,11 @@ std::string domainOnWire(const AddressToken& token, AddressCharacters allowed) {
     }
     const bool inUnicode = allowed != AddressCharacters::Ascii && hasBeyondAscii(token.text);
     if (inUnicode && !isVisible(token.text)) {
-        refuse();
+        refuseAddress();
     }
     std::string name = inUnicode ? withALabels(token.text) : token.text;
     if (token.kind != Kind::Word || !isDomainName(name)) {
-        refuse();
+        refuseAddress();
     }
     return name;
 }

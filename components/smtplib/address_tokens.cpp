@@ -7,22 +7,22 @@
 namespace smtplib {
 
 namespace {
-[[noreturn]] void refuse() {
-    throw platform::RuntimeError(platform::errors::BadAddress);
-}
-
 bool isSpace(char character) noexcept {
     return character == ' ' || character == '\t';
-}
-
-bool isBeyondAscii(char character) noexcept {
-    return static_cast<unsigned char>(character) >= 0x80;
 }
 
 bool isControl(char character) noexcept {
     return (static_cast<unsigned char>(character) < 0x20 && character != '\t') || character == '\x7f';
 }
 } // namespace
+
+void refuseAddress() {
+    throw platform::RuntimeError(platform::errors::BadAddress);
+}
+
+bool isBeyondAscii(char character) noexcept {
+    return static_cast<unsigned char>(character) >= 0x80;
+}
 
 bool isLetterOrDigit(char character) noexcept {
     return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
@@ -61,7 +61,7 @@ AddressToken AddressTokens::next() {
 
 char AddressTokens::take() {
     if (position_ == text_.size() || isControl(text_[position_])) {
-        refuse();
+        refuseAddress();
     }
     return text_[position_++];
 }
@@ -107,7 +107,7 @@ AddressToken AddressTokens::literal() {
     // IP addresses and names of address families. RFC 5322 allows more characters, which no server expects.
     for (char character = take(); character != ']'; character = take()) {
         if (!isLetterOrDigit(character) && character != '.' && character != ':' && character != '-') {
-            refuse();
+            refuseAddress();
         }
         token.text += character;
     }
@@ -122,7 +122,7 @@ AddressToken AddressTokens::word() {
     const auto* const start = text_.begin() + position_;
     const auto* const end = std::find_if_not(start, text_.end(), belongs);
     if (end == start) {
-        refuse();
+        refuseAddress();
     }
     position_ += static_cast<std::size_t>(end - start);
     return {AddressToken::Kind::Word, std::string(start, end)};

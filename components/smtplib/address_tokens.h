@@ -6,6 +6,9 @@
 
 namespace smtplib {
 
+/** \throws RuntimeError 20401: the address is not one that can be sent to. */
+[[noreturn]] void refuseAddress();
+
 /** A part of a list of addresses. */
 struct AddressToken {
     enum class Kind {
@@ -48,6 +51,9 @@ class AddressTokens {
     std::string_view text_;
     std::size_t position_ = 0;
 };
+
+/** Whether the byte is a part of a character that ASCII does not have. */
+bool isBeyondAscii(char character) noexcept;
 
 /** True for ASCII's letters and digits, whatever the locale. */
 bool isLetterOrDigit(char character) noexcept;

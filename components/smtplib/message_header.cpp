@@ -24,7 +24,7 @@ bool isGraphic(char character) noexcept {
     return character > ' ' && character <= '~';
 }
 
-bool isSpace(char character) noexcept {
+bool isSpaceOrTab(char character) noexcept {
     return character == ' ' || character == '\t';
 }
 
@@ -34,14 +34,15 @@ bool isFieldOfOurs(std::string_view name) {
 }
 
 void checkLine(std::string_view line, bool isFirst) {
-    const bool characters = std::all_of(
-        line.begin(), line.end(), [](char character) { return isGraphic(character) || isSpace(character); });
+    const bool characters = std::all_of(line.begin(), line.end(), [](char character) {
+        return isGraphic(character) || isSpaceOrTab(character);
+    });
     // A line of nothing but spaces may be taken for the end of the header.
     const bool visible = std::any_of(line.begin(), line.end(), isGraphic);
     if (!characters || !visible || line.size() > kMaximumTextLineBytes) {
         refuseLine();
     }
-    if (isSpace(line.front()) && !isFirst) {
+    if (isSpaceOrTab(line.front()) && !isFirst) {
         return;
     }
     const std::string_view name = line.substr(0, line.find(':'));

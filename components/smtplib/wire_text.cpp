@@ -5,7 +5,7 @@
 namespace smtplib {
 
 namespace {
-bool continuesCharacter(char byte) noexcept {
+bool isContinuation(char byte) noexcept {
     return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
 }
 
@@ -29,11 +29,11 @@ std::size_t bytesBeforeBreak(std::string_view line) {
     }
     constexpr std::size_t longestCharacter = 4;
     std::size_t end = kMaximumTextLineBytes;
-    while (continuesCharacter(line[end]) && kMaximumTextLineBytes - end < longestCharacter) {
+    while (isContinuation(line[end]) && kMaximumTextLineBytes - end < longestCharacter) {
         --end;
     }
     // Where no character starts within these bytes, the text is not UTF-8.
-    return continuesCharacter(line[end]) ? kMaximumTextLineBytes : end;
+    return isContinuation(line[end]) ? kMaximumTextLineBytes : end;
 }
 } // namespace
 

@@ -24,7 +24,7 @@ using testing::HasSubstr;
 using testing::Not;
 namespace errors = platform::errors;
 
-constexpr const char* kSchemes[] = {"tls://", "starttls://", ""};
+constexpr const char* kEximSchemes[] = {"tls://", "starttls://", ""};
 
 class EncryptedExim : public support::SmtpTest {
   protected:
@@ -80,7 +80,7 @@ class EncryptedExim : public support::SmtpTest {
 TEST_F(EncryptedExim, EveryWayToEncryptHidesPasswordAndMail) {
     startServerWithTls({.account = support::EximAccount(), .answerToStrangers = "550 5.7.1 log on first"});
     std::size_t sent = 0;
-    for (const std::string scheme : kSchemes) {
+    for (const std::string scheme : kEximSchemes) {
         SCOPED_TRACE(scheme);
         ASSERT_EQ(sendTo(scheme), 0) << server->log();
         ++sent;
@@ -140,7 +140,7 @@ TEST_F(EncryptedExim, AWrongPasswordIsOneAttemptAndTheSendersFault) {
     smtp.setAccount({"bob", "mistaken", {}});
     std::size_t attempts = 0;
     startServerWithTls({.account = support::EximAccount(), .answerToStrangers = "550 5.7.1 log on first"});
-    for (const std::string scheme : kSchemes) {
+    for (const std::string scheme : kEximSchemes) {
         SCOPED_TRACE(scheme);
         EXPECT_EQ(sendTo(scheme), errors::SendingLogOnRefused) << server->log();
         EXPECT_EQ(relay->connections(), 1U);

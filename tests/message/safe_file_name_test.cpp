@@ -9,7 +9,7 @@
 
 namespace {
 
-struct Case {
+struct FileNameCase {
     const char* name;
     QString from;
     QString to;
@@ -20,8 +20,8 @@ QString named(const std::string& bytes) {
     return platform::fromBytes(bytes);
 }
 
-const std::vector<Case>& unsafeNames() {
-    static const std::vector<Case> table{
+const std::vector<FileNameCase>& unsafeNames() {
+    static const std::vector<FileNameCase> table{
         {"UpAndAway", named("../x"), named("___x")},
         {"UpWithBackslash", named("..\\..\\x.bat"), named("___.._x.bat")},
         {"FromTheRoot", named("/etc/x"), named("_etc_x")},
@@ -60,7 +60,7 @@ const std::vector<Case>& unsafeNames() {
     return table;
 }
 
-class UnsafeFileName : public testing::TestWithParam<Case> {};
+class UnsafeFileName : public testing::TestWithParam<FileNameCase> {};
 
 TEST_P(UnsafeFileName, BecomesASafeOne) {
     EXPECT_EQ(safeFileName(GetParam().from), GetParam().to);

@@ -45,14 +45,14 @@ Result decoded(std::string_view text, std::size_t pieceBytes = std::string_view:
     return result;
 }
 
-struct Case {
+struct DecoderCase {
     const char* name;
     std::string text;
     Result expected;
 };
 
-const std::vector<Case>& cases() {
-    static const std::vector<Case> table{
+const std::vector<DecoderCase>& cases() {
+    static const std::vector<DecoderCase> table{
         {"Nothing", "", {"", 0}},
         {"OneByte", "Zg==", {"f", 0}},
         {"TwoBytes", "Zm8=", {"fo", 0}},
@@ -98,7 +98,7 @@ const std::vector<Case>& cases() {
     return table;
 }
 
-class Base64DecoderCase : public testing::TestWithParam<Case> {};
+class Base64DecoderCase : public testing::TestWithParam<DecoderCase> {};
 
 TEST_P(Base64DecoderCase, GivesTheSameBytesForPiecesOfEverySize) {
     for (const std::size_t pieceBytes : kPieces) {

@@ -14,7 +14,7 @@ namespace {
 using netcodelib::Base64Encoder;
 using support::randomBytes;
 
-constexpr std::array<std::size_t, 8> kPieces{1, 2, 7, 56, 57, 58, 65'536, std::string_view::npos};
+constexpr std::array<std::size_t, 8> kEncodedPieces{1, 2, 7, 56, 57, 58, 65'536, std::string_view::npos};
 
 std::string encoded(std::string_view bytes, std::size_t pieceBytes = std::string_view::npos) {
     Base64Encoder encoder;
@@ -67,7 +67,7 @@ TEST(Base64Encoder, UsesEveryLetterOfTheAlphabet) {
 TEST(Base64Encoder, GivesTheReferencesTextForEveryLengthInPiecesOfEverySize) {
     const std::string bytes = randomBytes(200, 1);
     for (std::size_t length = 0; length <= bytes.size(); ++length) {
-        for (const std::size_t pieceBytes : kPieces) {
+        for (const std::size_t pieceBytes : kEncodedPieces) {
             const auto part = std::string_view(bytes).substr(0, length);
             ASSERT_EQ(encoded(part, pieceBytes), reference(part)) << length << " in " << pieceBytes;
         }

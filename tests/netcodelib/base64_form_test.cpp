@@ -43,12 +43,12 @@ int errorOf(std::string_view text, std::size_t pieceBytes = std::string_view::np
     });
 }
 
-struct Case {
+struct FormCase {
     const char* name;
     std::string text;
 };
 
-const std::vector<Case> kBase64{
+const std::vector<FormCase> kBase64{
     {"Nothing", ""},
     {"NothingInItsPart", "\r\n--\r\n"},
     {"EmptyLines", "\r\n\r\n--\r\n"},
@@ -80,7 +80,7 @@ const std::vector<Case> kBase64{
     {"LastLettersOfTheAlphabet", "////++++\r\n"},
 };
 
-const std::vector<Case> kOther{
+const std::vector<FormCase> kOther{
     {"OnlyTheBoundary", "--\r\n"},
     {"Json", "\r\n{\"name\": \"value\", \"list\": [1, 2, 3]}\r\n--\r\n"},
     {"JsonInLines", "\r\n{\r\n  \"name\": 1\r\n}\r\n--\r\n"},
@@ -133,9 +133,9 @@ const std::vector<Case> kOther{
     {"WordBehindPadding", "Zg==\r\nRegards\r\n"},
 };
 
-class Base64FormOfBase64 : public testing::TestWithParam<Case> {};
+class Base64FormOfBase64 : public testing::TestWithParam<FormCase> {};
 
-class Base64FormOfOther : public testing::TestWithParam<Case> {};
+class Base64FormOfOther : public testing::TestWithParam<FormCase> {};
 
 TEST_P(Base64FormOfBase64, IsTakenInPiecesOfEverySize) {
     for (const std::size_t pieceBytes : support::kPieceSizes) {
@@ -149,7 +149,7 @@ TEST_P(Base64FormOfOther, IsRefusedInPiecesOfEverySize) {
     }
 }
 
-const auto kNameOf = [](const testing::TestParamInfo<Case>& test) { return test.param.name; };
+const auto kNameOf = [](const testing::TestParamInfo<FormCase>& test) { return test.param.name; };
 INSTANTIATE_TEST_SUITE_P(Texts, Base64FormOfBase64, testing::ValuesIn(kBase64), kNameOf);
 INSTANTIATE_TEST_SUITE_P(Texts, Base64FormOfOther, testing::ValuesIn(kOther), kNameOf);
 

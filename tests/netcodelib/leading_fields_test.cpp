@@ -14,15 +14,15 @@ using netcodelib::LeadingFields;
 
 const std::string kTooLong(LeadingFields::kMaximumLineBytes, 'A');
 
-struct Case {
+struct FieldsCase {
     const char* name;
     std::string text;
     std::string left;
     int error = 0;
 };
 
-const std::vector<Case>& cases() {
-    static const std::vector<Case> table{
+const std::vector<FieldsCase>& fieldsCases() {
+    static const std::vector<FieldsCase> table{
         {"Nothing", "", ""},
         {"OnlyTheEmptyLine", "\r\n", "\r\n"},
         {"EmptyLineFirst", "\r\nZm9v\r\n", "\r\nZm9v\r\n"},
@@ -65,7 +65,7 @@ const std::vector<Case>& cases() {
     return table;
 }
 
-class LeadingFieldsCase : public testing::TestWithParam<Case> {};
+class LeadingFieldsCase : public testing::TestWithParam<FieldsCase> {};
 
 TEST_P(LeadingFieldsCase, LeavesTheEncodedText) {
     for (const std::size_t pieceBytes :
@@ -82,7 +82,7 @@ TEST_P(LeadingFieldsCase, LeavesTheEncodedText) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Texts, LeadingFieldsCase, testing::ValuesIn(cases()),
+INSTANTIATE_TEST_SUITE_P(Texts, LeadingFieldsCase, testing::ValuesIn(fieldsCases()),
                          [](const auto& test) { return test.param.name; });
 
 } // namespace

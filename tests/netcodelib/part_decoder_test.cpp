@@ -14,14 +14,14 @@ namespace {
 
 const std::string kFile = support::randomBytes(67'511, 9);
 
-struct Result {
+struct DecodedPart {
     std::string bytes;
     int error = 0;
 };
 
-Result decoded(std::string_view text, std::size_t pieceBytes) {
+DecodedPart decodedPart(std::string_view text, std::size_t pieceBytes) {
     netcodelib::PartDecoder decoder;
-    Result result;
+    DecodedPart result;
     result.error = platform::errorNumberOf([&] {
         support::forEachPiece(text, pieceBytes,
                               [&](std::string_view piece) { decoder.append(piece, result.bytes); });
@@ -30,13 +30,13 @@ Result decoded(std::string_view text, std::size_t pieceBytes) {
     return result;
 }
 
-struct Case {
+struct PartCase {
     const char* name;
     /** What the stripper leaves of the part's header, without the empty line at its end. */
     std::string restOfHeader;
 };
 
-const std::vector<Case> kRests{
+const std::vector<PartCase> kRests{
     {"Nothing", ""},
     {"Size", " size=35648\r\n"},
     {"SizeAndDates", " size=67511;\r\n creation-date=\"Mon, 04 Mar 2024 10:11:12 GMT\";\r\n"
@@ -50,12 +50,12 @@ const std::vector<Case> kRests{
     {"MachineMode", "\tx-unix-mode=0644\r\n"},
 };
 
-class PartDecoderBehind : public testing::TestWithParam<Case> {};
+class PartDecoderBehind : public testing::TestWithParam<PartCase> {};
 
 TEST_P(PartDecoderBehind, GivesEveryByteOfTheFile) {
     const std::string text = GetParam().restOfHeader + "\r\n" + support::base64Text(kFile) + "--\r\n";
     for (const std::size_t pieceBytes : support::kPieceSizes) {
-        const Result result = decoded(text, pieceBytes);
+        const DecodedPart result = decodedPart(text, pieceBytes);
         EXPECT_EQ(result.error, 0) << pieceBytes;
         EXPECT_TRUE(result.bytes == kFile) << pieceBytes;
     }
@@ -63,7 +63,7 @@ TEST_P(PartDecoderBehind, GivesEveryByteOfTheFile) {
 
 TEST_P(PartDecoderBehind, TextThatIsNotBase64IsRefused) {
     for (const char* text : {"{\"a\": 1}\r\n", "Name: value\r\n\r\nQUJD\r\n", "Gr=C3=BC=C3=9Fe\r\n"}) {
-        EXPECT_EQ(decoded(GetParam().restOfHeader + "\r\n" + text + "--\r\n", 7).error, 20502) << text;
+        EXPECT_EQ(decodedPart(GetParam().restOfHeader + "\r\n" + text + "--\r\n", 7).error, 20502) << text;
     }
 }
 
@@ -73,8 +73,8 @@ INSTANTIATE_TEST_SUITE_P(RestsOfHeaders, PartDecoderBehind, testing::ValuesIn(kR
 TEST(PartDecoder, APartThatHasLostEvenItsEmptyLineIsRefused) {
     // When the encoded text ends in "name=", the stripper takes it for a key and removes everything up to the
     // line end.
-    EXPECT_EQ(decoded("--\r\n", 1).error, 20502);
-    EXPECT_EQ(decoded("\r\n--\r\n", 1).error, 0);
+    EXPECT_EQ(decodedPart("--\r\n", 1).error, 20502);
+    EXPECT_EQ(decodedPart("\r\n--\r\n", 1).error, 0);
 }
 
 } // namespace

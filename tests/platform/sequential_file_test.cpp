@@ -41,7 +41,7 @@ std::vector<std::string> linesOf(std::string_view bytes) {
     return lines;
 }
 
-int errorOfOpening(const QString& path) {
+int errorOfOpeningInput(const QString& path) {
     return errorNumberOf([&] { const SequentialInput input(path); });
 }
 
@@ -105,26 +105,26 @@ TEST(SequentialInput, ALineOfAHundredMegabytesIsErrorSevenAndIsNotHeldInMemory) 
 
 TEST(SequentialInput, AMissingFileIsNotFound) {
     const TemporaryFolder folder;
-    EXPECT_EQ(errorOfOpening(folder.qtPath("f")), errors::FileNotFound);
-    EXPECT_EQ(errorOfOpening(folder.qtPath("no-folder/f")), errors::FileNotFound);
+    EXPECT_EQ(errorOfOpeningInput(folder.qtPath("f")), errors::FileNotFound);
+    EXPECT_EQ(errorOfOpeningInput(folder.qtPath("no-folder/f")), errors::FileNotFound);
 }
 
 TEST(SequentialInput, AFolderIsNoFile) {
     const TemporaryFolder folder;
     std::filesystem::create_directory(folder.path("f"));
-    EXPECT_EQ(errorOfOpening(folder.qtPath("f")), errors::PathFileAccess);
+    EXPECT_EQ(errorOfOpeningInput(folder.qtPath("f")), errors::PathFileAccess);
 }
 
 TEST(SequentialInput, APipeThatNobodyWritesToDoesNotHang) {
     const TemporaryFolder folder;
     ASSERT_EQ(mkfifo(folder.path("f").c_str(), 0600), 0);
     alarm(20); // ends the process should it hang after all
-    EXPECT_EQ(errorOfOpening(folder.qtPath("f")), errors::PathFileAccess);
+    EXPECT_EQ(errorOfOpeningInput(folder.qtPath("f")), errors::PathFileAccess);
     alarm(0);
 }
 
 TEST(SequentialInput, ADeviceIsNoFile) {
-    EXPECT_EQ(errorOfOpening(QStringLiteral("/dev/zero")), errors::PathFileAccess);
+    EXPECT_EQ(errorOfOpeningInput(QStringLiteral("/dev/zero")), errors::PathFileAccess);
 }
 
 TEST(SequentialInput, ALinkToAFileIsFollowed) {
@@ -138,8 +138,8 @@ TEST(SequentialInput, LinksThatLeadInACircleOrNowhereCannotBeOpened) {
     std::filesystem::create_symlink(folder.path("b"), folder.path("a"));
     std::filesystem::create_symlink(folder.path("a"), folder.path("b"));
     std::filesystem::create_symlink(folder.path("nothing"), folder.path("nowhere"));
-    EXPECT_EQ(errorOfOpening(folder.qtPath("a")), errors::PathFileAccess);
-    EXPECT_EQ(errorOfOpening(folder.qtPath("nowhere")), errors::PathFileAccess);
+    EXPECT_EQ(errorOfOpeningInput(folder.qtPath("a")), errors::PathFileAccess);
+    EXPECT_EQ(errorOfOpeningInput(folder.qtPath("nowhere")), errors::PathFileAccess);
 }
 
 /** Takes from this thread the superuser's right to read what permission bits forbid. */
@@ -156,7 +156,7 @@ TEST(SequentialInput, AFileThatMayNotBeReadCannotBeOpened) {
     int error = 0;
     std::thread([&] {
         bound = obeyPermissionBits();
-        error = errorOfOpening(folder.qtPath("f"));
+        error = errorOfOpeningInput(folder.qtPath("f"));
     }).join();
     ASSERT_TRUE(bound);
     EXPECT_EQ(error, errors::PathFileAccess);

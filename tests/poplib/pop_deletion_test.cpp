@@ -18,13 +18,13 @@ using testing::ElementsAre;
 using testing::SizeIs;
 namespace errors = platform::errors;
 
-enum class Ids { Offered, NotOffered };
+enum class IdKind { Offered, NotOffered };
 
 /** A mailbox of four messages, on a server with and without unique-ids. */
-class PopDeletion : public PopTest, public testing::WithParamInterface<Ids> {
+class PopDeletion : public PopTest, public testing::WithParamInterface<IdKind> {
   protected:
     PopDeletion() {
-        if (GetParam() == Ids::NotOffered) {
+        if (GetParam() == IdKind::NotOffered) {
             mailbox.answer("UIDL", "-ERR what is that\r\n");
         }
         pop.setMailServer(server.address());
@@ -145,9 +145,9 @@ TEST_P(PopDeletion, ComparingRaisesNoEventsOfAMessage) {
     EXPECT_THAT(content, testing::IsEmpty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, PopDeletion, testing::Values(Ids::Offered, Ids::NotOffered),
+INSTANTIATE_TEST_SUITE_P(Servers, PopDeletion, testing::Values(IdKind::Offered, IdKind::NotOffered),
                          [](const auto& test) {
-                             return test.param == Ids::Offered ? "WithUidl" : "WithoutUidl";
+                             return test.param == IdKind::Offered ? "WithUidl" : "WithoutUidl";
                          });
 
 namespace {
@@ -157,7 +157,7 @@ class PopIdenticalCopies : public PopDeletion {
         mailbox.remove(4).remove(3);
         mailbox.deliver(message("b")).deliver(message("c"));
         // a, b, b, c: the copies have one unique-id where there are any (RFC 1939 section 7 allows it).
-        if (GetParam() == Ids::Offered) {
+        if (GetParam() == IdKind::Offered) {
             setIds({"a", "b", "b", "c"});
         }
     }
@@ -181,14 +181,14 @@ TEST_P(PopIdenticalCopies, OneOfThemIsDeletedWhileAllAreWhereTheyWere) {
 TEST_P(PopIdenticalCopies, NoneIsDeletedWhenAnotherClientHasTakenOne) {
     ASSERT_EQ(listing(), 0);
     mailbox.remove(2);
-    if (GetParam() == Ids::Offered) {
+    if (GetParam() == IdKind::Offered) {
         setIds({"a", "b", "c"});
     }
     EXPECT_EQ(deleteInASession(2), errors::AnotherMessage);
     EXPECT_THAT(mailbox.messages(), SizeIs(3));
 }
 
-INSTANTIATE_TEST_SUITE_P(Servers, PopIdenticalCopies, testing::Values(Ids::Offered, Ids::NotOffered),
+INSTANTIATE_TEST_SUITE_P(Servers, PopIdenticalCopies, testing::Values(IdKind::Offered, IdKind::NotOffered),
                          [](const auto& test) {
-                             return test.param == Ids::Offered ? "WithUidl" : "WithoutUidl";
+                             return test.param == IdKind::Offered ? "WithUidl" : "WithoutUidl";
                          });

@@ -19,8 +19,8 @@ using testing::ElementsAreArray;
 using testing::SizeIs;
 namespace errors = platform::errors;
 
-const std::vector<std::string> kMessages{"From: ann@example.org\r\nSubject: one\r\n\r\nHello\r\n.\r\n",
-                                         "Subject: two\r\nX: a\r\n b\r\n\r\n"};
+const std::vector<std::string> kLostMessages{"From: ann@example.org\r\nSubject: one\r\n\r\nHello\r\n.\r\n",
+                                             "Subject: two\r\nX: a\r\n b\r\n\r\n"};
 
 support::Conversation ending(Ending how) {
     return [how](Peer& peer) { how == Ending::Reset ? peer.reset() : peer.close(); };
@@ -37,7 +37,7 @@ class LossAfterCommand : public PopLoss,
 
 TEST_P(LossAfterCommand, IsTroubleAndALaterAttemptWorks) {
     const auto [command, how] = GetParam();
-    Pop3Mailbox mailbox(kMessages);
+    Pop3Mailbox mailbox(kLostMessages);
     mailbox.on(command, ending(how));
     ScriptedServer server(mailbox);
     pop.setMailServer(server.address());
@@ -62,7 +62,7 @@ INSTANTIATE_TEST_SUITE_P(Commands, LossAfterCommand,
 class LossAfterByte : public PopLoss, public testing::WithParamInterface<Ending> {};
 
 TEST_P(LossAfterByte, IsTroubleAndNoEventIsMadeUp) {
-    ScriptedServer server{Pop3Mailbox(kMessages)};
+    ScriptedServer server{Pop3Mailbox(kLostMessages)};
     pop.setMailServer(server.address());
     ASSERT_EQ(listing(), 0);
     // The server counts a byte after it has sent it, so the client may be ahead of the count.
@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(Bytes, LossAfterByte, testing::Values(Ending::Close, En
                          [](const auto& test) { return nameOf(test.param); });
 
 TEST_F(PopLoss, WhatTheServerSentBeforeItHungUpIsUsed) {
-    Pop3Mailbox mailbox(kMessages);
+    Pop3Mailbox mailbox(kLostMessages);
     mailbox.on("TOP 1", [](Peer& peer) {
         peer.send("+OK\r\n" + support::stuffed("Subject: " + std::string(500'000, 'x') + "\r\n\r\nbody\r\n"));
         peer.close();
@@ -109,7 +109,7 @@ TEST_F(PopLoss, WhatTheServerSentBeforeItHungUpIsUsed) {
 }
 
 TEST_F(PopLoss, AServerThatHangsUpBetweenTwoRequestsIsTroubleOnlyForTheNext) {
-    Pop3Mailbox mailbox(kMessages);
+    Pop3Mailbox mailbox(kLostMessages);
     mailbox.on("STAT", [](Peer& peer) {
         peer.send("+OK 2 100\r\n");
         peer.close();
@@ -122,7 +122,7 @@ TEST_F(PopLoss, AServerThatHangsUpBetweenTwoRequestsIsTroubleOnlyForTheNext) {
 }
 
 TEST_F(PopLoss, AConnectionThatBrokeUnnoticedDoesNotKeepANewSessionOut) {
-    Pop3Mailbox mailbox(kMessages);
+    Pop3Mailbox mailbox(kLostMessages);
     mailbox.on("STAT", [](Peer& peer) {
         peer.send("+OK 2 100\r\n");
         peer.close();

@@ -20,12 +20,12 @@ using testing::Not;
 using testing::SizeIs;
 namespace errors = platform::errors;
 
-const std::string kMessage = "Subject: a\r\n\r\nbody\r\n";
+const std::string kRetrieved = "Subject: a\r\n\r\nbody\r\n";
 
 class PopRetrieval : public support::PopTest {};
 
 TEST_F(PopRetrieval, ReportsTotalsAndSizesAsTheServerTellsThem) {
-    Pop3Mailbox mailbox({kMessage, kMessage + kMessage});
+    Pop3Mailbox mailbox({kRetrieved, kRetrieved + kRetrieved});
     mailbox.answer("LIST 2", "+OK 2 2147483647 octets\r\n");
     ScriptedServer server(mailbox);
     ASSERT_EQ(logOn(server), 0);
@@ -76,13 +76,13 @@ TEST_F(PopRetrieval, WorksWithoutAnyListener) {
     pop.Header = nullptr;
     pop.Transfer = nullptr;
     pop.PITrail = nullptr;
-    ScriptedServer server{Pop3Mailbox({kMessage})};
+    ScriptedServer server{Pop3Mailbox({kRetrieved})};
     pop.setMailServer(server.address());
     EXPECT_EQ(listing(), 0);
 }
 
 TEST_F(PopRetrieval, ServesMessagesThatTheTotalsDidNotAnnounce) {
-    Pop3Mailbox mailbox({kMessage});
+    Pop3Mailbox mailbox({kRetrieved});
     mailbox.answer("STAT", "+OK 0 0\r\n");
     ScriptedServer server(mailbox);
     ASSERT_EQ(logOn(server), 0);
@@ -93,7 +93,7 @@ TEST_F(PopRetrieval, ServesMessagesThatTheTotalsDidNotAnnounce) {
 }
 
 TEST_F(PopRetrieval, AWholeMessageThatTheServerRefusesIsAnErrorOfItsOwn) {
-    Pop3Mailbox mailbox({kMessage});
+    Pop3Mailbox mailbox({kRetrieved});
     mailbox.answer("RETR", "-ERR no such message\r\n");
     ScriptedServer server(mailbox);
     ASSERT_EQ(logOn(server), 0);
@@ -103,7 +103,7 @@ TEST_F(PopRetrieval, AWholeMessageThatTheServerRefusesIsAnErrorOfItsOwn) {
 }
 
 TEST_F(PopRetrieval, AListedMessageThatTheServerRefusesHasNoLines) {
-    Pop3Mailbox mailbox({kMessage});
+    Pop3Mailbox mailbox({kRetrieved});
     mailbox.answer("TOP", "-ERR\r\n").answer("RETR", "-ERR\r\n");
     ScriptedServer server(mailbox);
     ASSERT_EQ(logOn(server), 0);
@@ -113,7 +113,7 @@ TEST_F(PopRetrieval, AListedMessageThatTheServerRefusesHasNoLines) {
 }
 
 TEST_F(PopRetrieval, ASizeThatTheServerRefusesToTellIsNone) {
-    Pop3Mailbox mailbox({kMessage, kMessage});
+    Pop3Mailbox mailbox({kRetrieved, kRetrieved});
     mailbox.answer("LIST 1", "-ERR no such message\r\n").answer("LIST 2", "+OK 2 0\r\n");
     ScriptedServer server(mailbox);
     ASSERT_EQ(logOn(server), 0);
@@ -124,7 +124,7 @@ TEST_F(PopRetrieval, ASizeThatTheServerRefusesToTellIsNone) {
 }
 
 TEST_F(PopRetrieval, AnErrorOfAListenerReachesTheCallerAndClosesTheSession) {
-    ScriptedServer server{Pop3Mailbox({kMessage})};
+    ScriptedServer server{Pop3Mailbox({kRetrieved})};
     ASSERT_EQ(logOn(server), 0);
     pop.Header = [](const std::string&, const std::string&) {
         throw platform::RuntimeError(errors::SubscriptOutOfRange);
@@ -185,7 +185,7 @@ const std::vector<Surplus>& surpluses() {
 class SurplusAnswer : public PopRetrieval, public testing::WithParamInterface<Surplus> {};
 
 TEST_P(SurplusAnswer, IsNeverTakenForTheAnswerToTheNextCommand) {
-    Pop3Mailbox mailbox({kMessage, "Subject: b\r\n\r\n"});
+    Pop3Mailbox mailbox({kRetrieved, "Subject: b\r\n\r\n"});
     mailbox.answer(GetParam().command, GetParam().bytes);
     ScriptedServer server(mailbox);
     pop.setMailServer(server.address());
@@ -233,7 +233,7 @@ class EndlessAnswer : public PopRetrieval, public testing::WithParamInterface<En
 
 TEST_P(EndlessAnswer, IsGivenUpAtItsLimit) {
     const Endless& answer = GetParam();
-    Pop3Mailbox mailbox({kMessage});
+    Pop3Mailbox mailbox({kRetrieved});
     mailbox.on(answer.command, [&answer](Peer& peer) {
         peer.send(answer.start);
         for (;;) {

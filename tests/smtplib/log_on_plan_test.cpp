@@ -27,7 +27,7 @@ using testing::ElementsAre;
 namespace errors = platform::errors;
 
 // AUTH PLAIN with both names of kBobOfExample.
-constexpr const char* kPlain = "C AUTH PLAIN AGJvYgBzZWNyZXQ=";
+constexpr const char* kPlanPlain = "C AUTH PLAIN AGJvYgBzZWNyZXQ=";
 constexpr const char* kOtherPlain = "C AUTH PLAIN AGJvYkBleGFtcGxlLm9yZwBzZWNyZXQ=";
 
 /** The mechanisms that are tried when the server refuses each, in this order. */
@@ -75,14 +75,14 @@ TEST(SmtpLogOn, ReadsTheOfferOfOldAndInAnyCase) {
     for (const char* const auth :
          {"S 250 AUTH=PLAIN LOGIN", "S 250 AUTH=LOGIN PLAIN", "S 250 auth=Plain", "S 250 Auth plain",
           "S 250 AUTH  LOGIN   PLAIN ", "S 250 AUTH =PLAIN", "S 250 AUTH LOGIN=PLAIN"}) {
-        expectError(offering(auth) + Lines{kPlain, "S 235 in"} + kTaken, 0);
+        expectError(offering(auth) + Lines{kPlanPlain, "S 235 in"} + kTaken, 0);
     }
 }
 
 TEST(SmtpLogOn, AMechanismThatIsRefusedMakesRoomForTheNext) {
     for (const char* const answer : {"S 504 not known", "S 534 too weak", "S 538 encrypt first"}) {
         expectError(offering("S 250 AUTH PLAIN LOGIN") +
-                        Lines{kPlain, answer, "C AUTH LOGIN", "S 334 VXNlcm5hbWU6", "C Ym9i",
+                        Lines{kPlanPlain, answer, "C AUTH LOGIN", "S 334 VXNlcm5hbWU6", "C Ym9i",
                               "S 334 UGFzc3dvcmQ6", "C c2VjcmV0", "S 235 in"} +
                         kTaken,
                     0);
@@ -92,12 +92,12 @@ TEST(SmtpLogOn, AMechanismThatIsRefusedMakesRoomForTheNext) {
 TEST(SmtpLogOn, ThatIsRefusedIsTriedByNoOtherMechanism) {
     for (const char* const answer :
          {"S 535 wrong", "S 535-5.7.8 wrong\r\n535 name", "S 550 no", "S 500 what?"}) {
-        expectError(offering("S 250 AUTH PLAIN LOGIN CRAM-MD5") + Lines{kPlain, answer} + kTaken, 0);
+        expectError(offering("S 250 AUTH PLAIN LOGIN CRAM-MD5") + Lines{kPlanPlain, answer} + kTaken, 0);
     }
 }
 
 TEST(SmtpLogOn, ThatIsRefusedIsTriedOnceWithTheOtherName) {
-    const Lines refused = offering("S 250 AUTH PLAIN LOGIN") + Lines{kPlain, "S 535 wrong", kOtherPlain};
+    const Lines refused = offering("S 250 AUTH PLAIN LOGIN") + Lines{kPlanPlain, "S 535 wrong", kOtherPlain};
     expectError(refused + Lines{"S 235 in"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
     expectError(refused + Lines{"S 535 wrong"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
     expectError(refused + Lines{"S 535 wrong"} + kMail + Lines{"S 550 no"}, errors::SendingLogOnRefused,
@@ -113,7 +113,7 @@ TEST(SmtpLogOn, ThatIsRefusedIsTriedOnceWithTheOtherName) {
 }
 
 TEST(SmtpLogOn, AHangUpAtTheOtherNameIsARefusal) {
-    const Lines refused = offering("S 250 AUTH PLAIN") + Lines{kPlain, "S 535 wrong", kOtherPlain};
+    const Lines refused = offering("S 250 AUTH PLAIN") + Lines{kPlanPlain, "S 535 wrong", kOtherPlain};
     expectError(refused, errors::SendingLogOnRefused, Channel::Encrypted, kBobOfExample);
     expectError(refused + Lines{"S 421 enough"}, errors::SendingLogOnRefusedForNow, Channel::Encrypted,
                 kBobOfExample);
@@ -121,11 +121,11 @@ TEST(SmtpLogOn, AHangUpAtTheOtherNameIsARefusal) {
 
 TEST(SmtpLogOn, HasNoOtherNameToTryWhereThatIsTheSameOrTheRefusalIsForNow) {
     const Lines offered = offering("S 250 AUTH PLAIN");
-    expectError(offered + Lines{kPlain, "S 535 wrong"} + kTaken, 0, Channel::Encrypted,
+    expectError(offered + Lines{kPlanPlain, "S 535 wrong"} + kTaken, 0, Channel::Encrypted,
                 {"bob", "secret", "bob"});
-    expectError(offered + Lines{kPlain, "S 454 later"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
-    expectError(offered + Lines{kPlain, "S 504 no"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
-    expectError(offered + Lines{kPlain, "S 235 in"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
+    expectError(offered + Lines{kPlanPlain, "S 454 later"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
+    expectError(offered + Lines{kPlanPlain, "S 504 no"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
+    expectError(offered + Lines{kPlanPlain, "S 235 in"} + kTaken, 0, Channel::Encrypted, kBobOfExample);
 }
 
 struct Answers {
@@ -177,7 +177,7 @@ const std::vector<Answers>& answers() {
 class SmtpLogOnAnswers : public testing::TestWithParam<Answers> {};
 
 TEST_P(SmtpLogOnAnswers, ComeToANumber) {
-    expectError(offering("S 250 AUTH LOGIN PLAIN") + Lines{kPlain, GetParam().logOn} + GetParam().message,
+    expectError(offering("S 250 AUTH LOGIN PLAIN") + Lines{kPlanPlain, GetParam().logOn} + GetParam().message,
                 GetParam().error);
 }
 
@@ -214,14 +214,14 @@ TEST(SmtpLogOn, EncryptionThatAServerDemandsIsMissedOnlyInClear) {
     }
     expectError(offering("S 250 HELP") + kMail + demand, errors::SendingLogOnImpossible);
     // Some offer AUTH and demand encryption for it.
-    expectError(offering("S 250 AUTH PLAIN") + Lines{kPlain} + demand + kMail + demand,
+    expectError(offering("S 250 AUTH PLAIN") + Lines{kPlanPlain} + demand + kMail + demand,
                 errors::EncryptionNotOffered, Channel::InClearToThisComputer);
 }
 
 TEST(SmtpLogOn, WhatIsTooLargeIsNotAMatterOfTheLogOn) {
     for (const char* const answer : {"S 552 no", "S 534 no", "S 550 5.3.4 no", "S 554-5.3.4 no\r\n554 no"}) {
         expectError(offering("S 250 HELP") + kMail + Lines{answer}, errors::MessageTooLarge);
-        expectError(offering("S 250 AUTH PLAIN") + Lines{kPlain, "S 535 no"} + kMail + Lines{answer},
+        expectError(offering("S 250 AUTH PLAIN") + Lines{kPlanPlain, "S 535 no"} + kMail + Lines{answer},
                     errors::MessageTooLarge);
     }
 }

@@ -32,16 +32,16 @@ TEST(MessageHeader, ALineEndInTheSubjectIsRefused) {
     }
 }
 
-struct Lines {
+struct HeaderLines {
     const char* name;
     std::string text;
 };
 
-std::string linesName(const testing::TestParamInfo<Lines>& test) {
+std::string linesName(const testing::TestParamInfo<HeaderLines>& test) {
     return test.param.name;
 }
 
-class AdditionalLinesRefused : public testing::TestWithParam<Lines> {};
+class AdditionalLinesRefused : public testing::TestWithParam<HeaderLines> {};
 
 TEST_P(AdditionalLinesRefused, AreRefusedAlsoBehindGoodOnes) {
     HeaderFields fields = plainFields();
@@ -52,18 +52,19 @@ TEST_P(AdditionalLinesRefused, AreRefusedAlsoBehindGoodOnes) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Lines, AdditionalLinesRefused,
-    testing::Values(Lines{"WithoutEnd", "X-A: b"}, Lines{"LineFeedOnly", "X-A: b\n"},
-                    Lines{"BareCarriageReturn", "X-A: b\rX-C: d\r\n"},
-                    Lines{"BareLineFeed", "X-A: b\nX-C: d\r\n"}, Lines{"Nul", std::string("X-A: \0\r\n", 8)},
-                    Lines{"EmptyLine", "\r\nbody\r\n"}, Lines{"EmptyLineBehind", "X-A: b\r\n\r\nbody: c\r\n"},
-                    Lines{"LineOfBlanks", "X-A: b\r\n \t\r\n"}, Lines{"NoColon", "X-A\r\n"},
-                    Lines{"NoName", ": a\r\n"}, Lines{"BlankInTheName", "X A: b\r\n"},
-                    Lines{"BeyondAscii", "X-A: \xc3\xa4\r\n"}, Lines{"Escape", "X-A: \x1b\r\n"},
-                    Lines{"TooLong", "X-A: " + std::string(994, 'x') + "\r\n"},
-                    Lines{"SecondFrom", "From: a@x.org\r\n"}, Lines{"SecondDateInOtherCase", "dATE: now\r\n"},
-                    Lines{"To", "To: a@x.org\r\n"}, Lines{"Copies", "Cc: a@x.org\r\n"},
-                    Lines{"Subject", "Subject: a\r\n"}, Lines{"MessageId", "Message-Id: <a@b>\r\n"}),
+    HeaderLines, AdditionalLinesRefused,
+    testing::Values(
+        HeaderLines{"WithoutEnd", "X-A: b"}, HeaderLines{"LineFeedOnly", "X-A: b\n"},
+        HeaderLines{"BareCarriageReturn", "X-A: b\rX-C: d\r\n"},
+        HeaderLines{"BareLineFeed", "X-A: b\nX-C: d\r\n"}, HeaderLines{"Nul", std::string("X-A: \0\r\n", 8)},
+        HeaderLines{"EmptyLine", "\r\nbody\r\n"}, HeaderLines{"EmptyLineBehind", "X-A: b\r\n\r\nbody: c\r\n"},
+        HeaderLines{"LineOfBlanks", "X-A: b\r\n \t\r\n"}, HeaderLines{"NoColon", "X-A\r\n"},
+        HeaderLines{"NoName", ": a\r\n"}, HeaderLines{"BlankInTheName", "X A: b\r\n"},
+        HeaderLines{"BeyondAscii", "X-A: \xc3\xa4\r\n"}, HeaderLines{"Escape", "X-A: \x1b\r\n"},
+        HeaderLines{"TooLong", "X-A: " + std::string(994, 'x') + "\r\n"},
+        HeaderLines{"SecondFrom", "From: a@x.org\r\n"}, HeaderLines{"SecondDateInOtherCase", "dATE: now\r\n"},
+        HeaderLines{"To", "To: a@x.org\r\n"}, HeaderLines{"Copies", "Cc: a@x.org\r\n"},
+        HeaderLines{"Subject", "Subject: a\r\n"}, HeaderLines{"MessageId", "Message-Id: <a@b>\r\n"}),
     linesName);
 
 TEST(MessageHeader, AContinuationLineNeedsALineBeforeIt) {

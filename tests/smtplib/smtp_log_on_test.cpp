@@ -25,8 +25,8 @@ using testing::SizeIs;
 using testing::StartsWith;
 namespace errors = platform::errors;
 
-constexpr const char* kPlain = "AUTH PLAIN AGJvYgBzZWNyZXQ=";
-constexpr const char* kOtherPlain = "AUTH PLAIN AGJvYkBleGFtcGxlLm9yZwBzZWNyZXQ=";
+constexpr const char* kAnnsPlain = "AUTH PLAIN AGJvYgBzZWNyZXQ=";
+constexpr const char* kOthersPlain = "AUTH PLAIN AGJvYkBleGFtcGxlLm9yZwBzZWNyZXQ=";
 
 class SmtpLogOnAtAServer : public support::EncryptedSmtpTest {
   protected:
@@ -52,7 +52,7 @@ TEST_F(SmtpLogOnAtAServer, ComesBeforeTheMessage) {
     mailbox.answer("AUTH", "235 in\r\n");
     ScriptedServer server(overTls(validIdentity(), mailbox));
     EXPECT_EQ(send(server, "tls://"), 0);
-    EXPECT_EQ(server.commands().at(1), kPlain);
+    EXPECT_EQ(server.commands().at(1), kAnnsPlain);
     EXPECT_THAT(server.commands().at(2), StartsWith("MAIL "));
     EXPECT_THAT(mailbox.messages(), SizeIs(1));
 }
@@ -69,7 +69,7 @@ TEST_F(SmtpLogOnAtAServer, ThatIsRefusedDoesNotKeepTheMessageBack) {
     smtp.setAccount({"bob", "secret", "bob@example.org"});
     ScriptedServer server(mailbox);
     EXPECT_EQ(send(server, ""), 0);
-    EXPECT_THAT(logOns(server), ElementsAre(kPlain, kOtherPlain));
+    EXPECT_THAT(logOns(server), ElementsAre(kAnnsPlain, kOthersPlain));
     EXPECT_THAT(mailbox.messages(), SizeIs(1));
 }
 

@@ -27,7 +27,7 @@ std::string stuffed(std::string_view text, std::size_t pieceBytes) {
     return output;
 }
 
-struct Case {
+struct WireTextCase {
     const char* name;
     std::string text;
     std::string wire;
@@ -44,7 +44,7 @@ std::string repeated(std::string_view text, std::size_t times) {
 const std::string kNul(1, '\0');
 const std::string kEnd = "\r\n";
 
-const std::vector<Case> kWireTexts{
+const std::vector<WireTextCase> kWireTexts{
     {"Nothing", "", ""},
     {"OneLine", "a\r\n", "a\r\n"},
     {"NoFinalLineEnd", "a", "a\r\n"},
@@ -83,7 +83,7 @@ const std::vector<Case> kWireTexts{
      repeated(repeated("1234567 ", 124) + kEnd, 8) + repeated("1234567 ", 8) + kEnd},
 };
 
-const std::vector<Case> kStuffedTexts{
+const std::vector<WireTextCase> kStuffedTexts{
     {"Nothing", "", ""},
     {"NoDots", "a\r\nb\r\n", "a\r\nb\r\n"},
     {"DotInLine", "a.b\r\n", "a.b\r\n"},
@@ -95,7 +95,7 @@ const std::vector<Case> kStuffedTexts{
 };
 
 template <std::string (*Made)(std::string_view, std::size_t)>
-void checkInPieces(const Case& test) {
+void checkInPieces(const WireTextCase& test) {
     for (const std::size_t pieceBytes : support::kPieceSizes) {
         EXPECT_EQ(Made(test.text, pieceBytes), test.wire) << "in pieces of " << pieceBytes;
     }
@@ -114,7 +114,7 @@ TEST(ReadyLines, AreNoneWhereOneLineIsNotReady) {
     }
 }
 
-class WireTextOf : public testing::TestWithParam<Case> {};
+class WireTextOf : public testing::TestWithParam<WireTextCase> {};
 
 TEST_P(WireTextOf, IsTheSameInPiecesOfAnySize) {
     checkInPieces<wireTextOf>(GetParam());
@@ -127,7 +127,7 @@ TEST_P(WireTextOf, NeedsNothingDoneToItAgain) {
 INSTANTIATE_TEST_SUITE_P(Texts, WireTextOf, testing::ValuesIn(kWireTexts),
                          [](const auto& test) { return test.param.name; });
 
-class StuffedTextOf : public testing::TestWithParam<Case> {};
+class StuffedTextOf : public testing::TestWithParam<WireTextCase> {};
 
 TEST_P(StuffedTextOf, IsTheSameInPiecesOfAnySize) {
     checkInPieces<stuffed>(GetParam());

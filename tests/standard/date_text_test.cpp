@@ -6,20 +6,20 @@
 #include <string>
 
 namespace {
-struct Case {
+struct DateCase {
     const char* name;
     const char* field;
     const char* text;
 };
 
-class DateText : public testing::TestWithParam<Case> {};
+class DateText : public testing::TestWithParam<DateCase> {};
 
 TEST_P(DateText, IsLocalTimeOrTheFieldAsItStands) {
     const support::LocalZone berlin("Europe/Berlin");
     EXPECT_EQ(standard::dateText(GetParam().field), GetParam().text);
 }
 
-const Case kCases[] = {
+const DateCase kDateCases[] = {
     {"InWinter", "Sat, 21 Nov 2026 17:42:00 +0100", "2026-11-21 17:42"},
     {"InSummer", "Tue, 21 Jul 2026 17:42:00 +0200", "2026-07-21 17:42"},
     {"OfAnotherZone", "Sat, 21 Nov 2026 23:42:10 -0500", "2026-11-22 05:42"},
@@ -57,7 +57,7 @@ const Case kCases[] = {
     {"IsoNoSuchDay", "2026-02-30T16:42:00Z", "2026-02-30T16:42:00Z"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Dates, DateText, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Dates, DateText, testing::ValuesIn(kDateCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(DateTextOfStrangers, IsNotSearchedWhenItIsLongerThanAnyDate) {

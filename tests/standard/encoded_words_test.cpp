@@ -5,19 +5,19 @@
 #include <string>
 
 namespace {
-struct Case {
+struct WordsCase {
     const char* name;
     std::string field;
     std::string text;
 };
 
-class EncodedWords : public testing::TestWithParam<Case> {};
+class EncodedWords : public testing::TestWithParam<WordsCase> {};
 
 TEST_P(EncodedWords, AreDecoded) {
     EXPECT_EQ(standard::decodedText(GetParam().field), GetParam().text);
 }
 
-const Case kCases[] = {
+const WordsCase kWordsCases[] = {
     {"PlainText", "Just words", "Just words"},
     {"Q", "=?utf-8?Q?Caf=C3=A9_bar?=", "Café bar"},
     {"B", "=?UTF-8?b?Q2Fmw6k=?=", "Café"},
@@ -59,7 +59,7 @@ const Case kCases[] = {
     {"Gb2312MeansTheLargerSet", "=?gb2312?B?gTCBMA==?=", "\xC2\x80"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Fields, EncodedWords, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Fields, EncodedWords, testing::ValuesIn(kWordsCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(EncodedWordsOfStrangers, MayHaveFiveThousandCharacters) {

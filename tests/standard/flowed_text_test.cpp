@@ -5,20 +5,20 @@
 #include <string>
 
 namespace {
-struct Case {
+struct FlowedCase {
     const char* name;
     std::string text;
     bool deleteBlanks;
     std::string rejoined;
 };
 
-class FlowedText : public testing::TestWithParam<Case> {};
+class FlowedText : public testing::TestWithParam<FlowedCase> {};
 
 TEST_P(FlowedText, IsRejoined) {
     EXPECT_EQ(standard::rejoined(GetParam().text, GetParam().deleteBlanks), GetParam().rejoined);
 }
 
-const Case kCases[] = {
+const FlowedCase kFlowedCases[] = {
     {"FixedLines", "a\r\nb\r\n", false, "a\r\nb\r\n"},
     {"FlowedLines", "a \r\nb \r\nc\r\nd\r\n", false, "a b c\r\nd\r\n"},
     {"DelSp", "a \r\nb  \r\nc\r\n", true, "ab c\r\n"},
@@ -32,6 +32,6 @@ const Case kCases[] = {
     {"FlowedLastLine", "a \r\n", false, "a "},
 };
 
-INSTANTIATE_TEST_SUITE_P(Texts, FlowedText, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Texts, FlowedText, testing::ValuesIn(kFlowedCases),
                          [](const auto& test) { return std::string(test.param.name); });
 } // namespace

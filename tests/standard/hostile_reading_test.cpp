@@ -31,12 +31,12 @@ std::string nested(int depth) {
     return text + "\ninside\n";
 }
 
-struct Case {
+struct HostileCase {
     const char* name;
     std::function<std::string()> message;
 };
 
-class HostileMail : public testing::TestWithParam<Case> {};
+class HostileMail : public testing::TestWithParam<HostileCase> {};
 
 TEST_P(HostileMail, TakesTimeInProportion) {
     const std::string message = GetParam().message();
@@ -49,7 +49,7 @@ TEST_P(HostileMail, TakesTimeInProportion) {
 
 const std::string kMixed = "Content-Type: multipart/mixed; boundary=b\n\n";
 
-const Case kCases[] = {
+const HostileCase kHostileCases[] = {
     {"DeepMultiparts", [] { return nested(support::kSanitized ? 5'000 : 50'000); }},
     {"ManyParts", [] { return kMixed + repeated("--b\n\n", 1'000'000); }},
     {"ManyPartsWithTexts", [] { return kMixed + repeated("--b\n\nx\n", 200'000); }},
@@ -70,7 +70,7 @@ const Case kCases[] = {
      [] { return "Content-Type: text/plain; format=flowed\n\n" + repeated("> \n>> \n", 300'000); }},
 };
 
-INSTANTIATE_TEST_SUITE_P(Messages, HostileMail, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Messages, HostileMail, testing::ValuesIn(kHostileCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(HostileMail, HasItsLastPartsInOne) {

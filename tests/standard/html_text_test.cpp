@@ -10,19 +10,19 @@
 namespace {
 using standard::textOfHtml;
 
-struct Case {
+struct HtmlCase {
     const char* name;
     std::string document;
     std::string text;
 };
 
-class HtmlText : public testing::TestWithParam<Case> {};
+class HtmlText : public testing::TestWithParam<HtmlCase> {};
 
 TEST_P(HtmlText, IsLegible) {
     EXPECT_EQ(textOfHtml(GetParam().document), GetParam().text);
 }
 
-const Case kCases[] = {
+const HtmlCase kHtmlCases[] = {
     {"PlainText", "Just words", "Just words"},
     {"Nothing", "", ""},
     {"WhiteSpaceIsOneBlank", " a \r\n\t b ", "a b"},
@@ -87,7 +87,7 @@ const Case kCases[] = {
     {"EndTagWithoutStart", "</ul></blockquote></table></pre></td>a", "a"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Documents, HtmlText, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Documents, HtmlText, testing::ValuesIn(kHtmlCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 std::string repeated(const std::string& piece, int times) {

@@ -11,20 +11,20 @@ std::string event(const std::string& lines) {
            "END:VEVENT\r\nEND:VCALENDAR\r\n";
 }
 
-struct Case {
+struct InvitationCase {
     const char* name;
     std::string calendar;
     std::string text;
 };
 
-class Invitation : public testing::TestWithParam<Case> {};
+class Invitation : public testing::TestWithParam<InvitationCase> {};
 
 TEST_P(Invitation, SaysWhatWhereAndWhen) {
     const support::LocalZone berlin("Europe/Berlin");
     EXPECT_EQ(standard::invitationText(GetParam().calendar), GetParam().text);
 }
 
-const Case kCases[] = {
+const InvitationCase kInvitationCases[] = {
     {"Whole", event("DTSTART;TZID=Europe/Berlin:20261203T153000\r\nSUMMARY:Tea\r\nLOCATION:Room 1\r\n"),
      "Tea\r\nWhere: Room 1\r\nWhen: 2026-12-03 15:30\r\n"},
     {"LocalTime", event("DTSTART:20261203T153000\r\n"), "When: 2026-12-03 15:30\r\n"},
@@ -54,7 +54,7 @@ const Case kCases[] = {
     {"Nothing", "", ""},
 };
 
-INSTANTIATE_TEST_SUITE_P(Calendars, Invitation, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Calendars, Invitation, testing::ValuesIn(kInvitationCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(InvitationOfStrangers, HasAFewEventsOnly) {

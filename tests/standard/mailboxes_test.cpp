@@ -11,19 +11,19 @@ using standard::messageIdsOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct Case {
+struct MailboxesCase {
     const char* name;
     std::string field;
     std::string text;
 };
 
-class MailboxesText : public testing::TestWithParam<Case> {};
+class MailboxesText : public testing::TestWithParam<MailboxesCase> {};
 
 TEST_P(MailboxesText, IsAsAPersonTypesIt) {
     EXPECT_EQ(mailboxesText(GetParam().field), GetParam().text);
 }
 
-const Case kCases[] = {
+const MailboxesCase kMailboxesCases[] = {
     {"Address", "ann@example.org", "ann@example.org"},
     {"AngleBrackets", "<ann@example.org>", "ann@example.org"},
     {"Name", "Ann Lee <ann@example.org>", "Ann Lee <ann@example.org>"},
@@ -45,7 +45,7 @@ const Case kCases[] = {
     {"Nothing", "", ""},
 };
 
-INSTANTIATE_TEST_SUITE_P(Fields, MailboxesText, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Fields, MailboxesText, testing::ValuesIn(kMailboxesCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(MessageIds, StandBetweenAngleBrackets) {

@@ -7,19 +7,19 @@
 namespace {
 using standard::StructuredField;
 
-struct Case {
+struct ParameterCase {
     const char* name;
     std::string field;
     std::string fileName;
 };
 
-class FileNameOf : public testing::TestWithParam<Case> {};
+class FileNameOf : public testing::TestWithParam<ParameterCase> {};
 
 TEST_P(FileNameOf, AFieldIsDecoded) {
     EXPECT_EQ(StructuredField(GetParam().field).textOf("filename"), GetParam().fileName);
 }
 
-const Case kCases[] = {
+const ParameterCase kParameterCases[] = {
     {"Quoted", "attachment; filename=\"a b.txt\"", "a b.txt"},
     {"Unquoted", "attachment; filename=a.txt; size=3", "a.txt"},
     {"UnquotedWithBlanks", "attachment; filename=my file (1).txt; size=3", "my file (1).txt"},
@@ -56,7 +56,7 @@ const Case kCases[] = {
     {"None", "attachment", ""},
 };
 
-INSTANTIATE_TEST_SUITE_P(Fields, FileNameOf, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Fields, FileNameOf, testing::ValuesIn(kParameterCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(StructuredField, HasItsValueInLowerCase) {

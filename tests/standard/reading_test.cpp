@@ -36,14 +36,14 @@ const std::string kCalendar =
 const std::string kMessage =
     "Content-Type: message/rfc822\n\nSubject: inner\nContent-Type: text/plain\n\ninner text";
 
-struct Case {
+struct ReadingCase {
     const char* name;
     std::string mail;
     std::string text;
     std::vector<std::string> attachments;
 };
 
-class Reading : public testing::TestWithParam<Case> {};
+class Reading : public testing::TestWithParam<ReadingCase> {};
 
 TEST_P(Reading, GivesTextAndAttachments) {
     const support::ReadMail mail = readMail(GetParam().mail);
@@ -51,7 +51,7 @@ TEST_P(Reading, GivesTextAndAttachments) {
     EXPECT_EQ(mail.attachments(), GetParam().attachments);
 }
 
-const Case kTexts[] = {
+const ReadingCase kTexts[] = {
     {"PlainText", "Subject: x\n\na\nb\n", "a\r\nb\r\n", {}},
     {"NoText", "Subject: x\n", "", {}},
     {"QuotedPrintable",
@@ -118,7 +118,7 @@ const Case kTexts[] = {
 INSTANTIATE_TEST_SUITE_P(Texts, Reading, testing::ValuesIn(kTexts),
                          [](const auto& test) { return std::string(test.param.name); });
 
-const Case kMultiparts[] = {
+const ReadingCase kMultiparts[] = {
     {"Mixed", multipart("mixed", {kPlain, kFile}), "plain", {"f.pdf (4 bytes)"}},
     {"AllTextsInTheirOrder",
      multipart("mixed", {"\none\n", kFile, "\ntwo", "Content-Type: text/html\n\nthree"}),
@@ -252,7 +252,7 @@ INSTANTIATE_TEST_SUITE_P(Multiparts, Reading, testing::ValuesIn(kMultiparts),
 const std::string kTwoParts = "\none\n--cut\n\ntwo\n--cut--\n";
 const std::string kBothTexts = "one\r\n\r\ntwo";
 
-const Case kBoundaries[] = {
+const ReadingCase kBoundaries[] = {
     {"Unquoted", "Content-Type: multipart/mixed; boundary=cut\n\n--cut\n" + kTwoParts, kBothTexts, {}},
     {"Folded", "Content-Type: multipart/mixed;\n\tboundary=\"cut\"\n\n--cut\n" + kTwoParts, kBothTexts, {}},
     {"InUpperCase", "CONTENT-TYPE: MULTIPART/MIXED; BOUNDARY=\"cut\"\n\n--cut\n" + kTwoParts, kBothTexts, {}},

@@ -9,23 +9,23 @@
 namespace {
 using Encoding = TransferEncoding;
 
-struct Case {
+struct TransferCase {
     const char* name;
     Encoding encoding;
     std::string content;
     std::string bytes;
 };
 
-class Decoded : public testing::TestWithParam<Case> {};
+class Decoded : public testing::TestWithParam<TransferCase> {};
 
 TEST_P(Decoded, GivesTheBytesAndTheirNumber) {
-    const Case& given = GetParam();
+    const TransferCase& given = GetParam();
     EXPECT_EQ(standard::decoded(given.content, given.encoding), given.bytes);
     EXPECT_EQ(standard::decodedSize(given.content, given.encoding),
               static_cast<std::int64_t>(given.bytes.size()));
 }
 
-const Case kCases[] = {
+const TransferCase kTransferCases[] = {
     {"Base64", Encoding::Base64, "SGVsbG8gd29y\r\nbGQ=\r\n", "Hello world"},
     {"Base64OfTwoPaddingSigns", Encoding::Base64, "SGVsbA==", "Hell"},
     {"Base64WithoutPadding", Encoding::Base64, "SGVsbG8", "Hello"},
@@ -58,7 +58,7 @@ const Case kCases[] = {
     {"Unknown", Encoding::Unknown, "a=41\r\n", "a=41\r\n"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Contents, Decoded, testing::ValuesIn(kCases),
+INSTANTIATE_TEST_SUITE_P(Contents, Decoded, testing::ValuesIn(kTransferCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(Decoding, HandsOverLargeContentsInPieces) {

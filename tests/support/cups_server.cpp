@@ -18,19 +18,12 @@
 namespace support {
 
 namespace {
-constexpr const char* kExecutable = "/usr/sbin/cupsd";
-constexpr std::chrono::seconds kStartTime{20};
-
-/** The build tree, where its path fits into a socket's and into the configuration. */
-std::filesystem::path parentFolder() {
-    const std::string build = buildFolder();
-    const bool usable = build.size() <= 64 && build.find(' ') == std::string_view::npos;
-    return usable ? std::filesystem::path(build) : std::filesystem::temp_directory_path();
-}
+constexpr const char* kCupsExecutable = "/usr/sbin/cupsd";
+constexpr std::chrono::seconds kCupsStartTime{20};
 
 /** The printing library asks for its server's name once only, so all servers of a process share one. */
 const std::string& socketPath() {
-    static const TemporaryFolder folder(parentFolder());
+    static const TemporaryFolder folder(folderForServers());
     static const std::string path = folder.path("socket").string();
     return path;
 }
@@ -48,7 +41,7 @@ bool answers() {
 } // namespace
 
 std::string CupsServer::whyUnavailable() {
-    return access(kExecutable, X_OK) == 0 ? "" : "CUPS is not installed on this computer.";
+    return access(kCupsExecutable, X_OK) == 0 ? "" : "CUPS is not installed on this computer.";
 }
 
 void CupsServer::takeThePlaceOfTheSystem() {
@@ -59,16 +52,16 @@ void CupsServer::takeThePlaceOfTheSystem() {
     }
 }
 
-CupsServer::CupsServer(Queue queue) : folder_(parentFolder()) {
+CupsServer::CupsServer(Queue queue) : folder_(folderForServers()) {
     takeThePlaceOfTheSystem();
     writeConfiguration(queue);
     process_.setProcessChannelMode(QProcess::MergedChannels);
     process_.setStandardOutputFile(folder_.qtPath("output"));
     process_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    process_.start(QString::fromLatin1(kExecutable),
+    process_.start(QString::fromLatin1(kCupsExecutable),
                    {QStringLiteral("-f"), QStringLiteral("-c"), folder_.qtPath("cupsd.conf"),
                     QStringLiteral("-s"), folder_.qtPath("cups-files.conf")});
-    const QDeadlineTimer deadline(kStartTime);
+    const QDeadlineTimer deadline(kCupsStartTime);
     while (!answers()) {
         // Each look at the process is also the pause between two attempts to connect.
         if (process_.waitForFinished(10) || process_.state() == QProcess::NotRunning ||

@@ -28,23 +28,15 @@
 namespace support {
 
 namespace {
-constexpr const char* kExecutable = "/usr/sbin/dovecot";
+constexpr const char* kDovecotExecutable = "/usr/sbin/dovecot";
 constexpr const char* kPop3Program = "/usr/lib/dovecot/pop3";
 /** The superuser's mail folder belongs to nobody, because Dovecot reads no mail as the superuser. */
 constexpr uid_t kNobody = 65534;
-constexpr std::chrono::seconds kStartTime{20};
+constexpr std::chrono::seconds kDovecotStartTime{20};
 constexpr std::chrono::seconds kLogTime{20};
 
 bool isSuperuser() {
     return geteuid() == 0;
-}
-
-/** The build tree where the sockets' paths fit in (108 bytes, Dovecot's own names included) and need no
- * quoting. */
-std::filesystem::path parentFolder() {
-    const std::string build = buildFolder();
-    const bool usable = build.size() <= 64 && build.find(' ') == std::string_view::npos;
-    return usable ? std::filesystem::path(build) : std::filesystem::temp_directory_path();
 }
 
 /** How many connections have ended without a log-on, or with one, as the log says. */
@@ -61,14 +53,14 @@ std::size_t endedConnections(const std::string& log) {
     // The parent may have died before its death could be asked for.
     if (getppid() == parent && descriptor >= 0 && dup2(descriptor, STDOUT_FILENO) >= 0 &&
         dup2(descriptor, STDERR_FILENO) >= 0) {
-        execl(kExecutable, kExecutable, "-F", "-c", configuration, nullptr);
+        execl(kDovecotExecutable, kDovecotExecutable, "-F", "-c", configuration, nullptr);
     }
     _exit(127);
 }
 } // namespace
 
 std::string DovecotServer::whyUnavailable() {
-    if (access(kExecutable, X_OK) != 0 || access(kPop3Program, X_OK) != 0) {
+    if (access(kDovecotExecutable, X_OK) != 0 || access(kPop3Program, X_OK) != 0) {
         return "Dovecot with POP3 is not installed on this computer.";
     }
     if (getpwuid(geteuid()) == nullptr || getgrgid(getegid()) == nullptr) {
@@ -79,7 +71,7 @@ std::string DovecotServer::whyUnavailable() {
 
 DovecotServer::DovecotServer(const Account& account) : DovecotServer(Options{.account = account}) {}
 
-DovecotServer::DovecotServer(Options options) : options_(std::move(options)), folder_(parentFolder()) {
+DovecotServer::DovecotServer(Options options) : options_(std::move(options)), folder_(folderForServers()) {
     makeMailFolder();
     if (options_.certificate) {
         mailserver::writeTo(folder_.path(), "certificate", *options_.certificate);
@@ -174,7 +166,7 @@ bool DovecotServer::start() {
     if (process_ == 0) {
         becomeDovecot(configurationPath.c_str(), outputPath.c_str(), parent);
     }
-    const QDeadlineTimer deadline(kStartTime);
+    const QDeadlineTimer deadline(kDovecotStartTime);
     while (!deadline.hasExpired()) {
         if (greets(port_, "+OK", deadline)) {
             return true;

@@ -21,10 +21,10 @@
 namespace support {
 
 namespace {
-constexpr const char* kExecutable = "/usr/sbin/exim4";
+constexpr const char* kEximExecutable = "/usr/sbin/exim4";
 /** Exim delivers no mail as the superuser. Dovecot's Maildir belongs to nobody then. */
-constexpr uid_t kNobody = 65534;
-constexpr std::chrono::seconds kStartTime{20};
+constexpr uid_t kNobodyAtExim = 65534;
+constexpr std::chrono::seconds kEximStartTime{20};
 constexpr std::chrono::seconds kDeliveryTime{60};
 // Exim reaches its folders through these descriptors, so that whoever it becomes need not be allowed to pass
 // through the folders above. Low numbers would be taken for its own files.
@@ -43,7 +43,7 @@ bool openAs(int number, const char* folder) {
     const int descriptor = open(output, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
     if (descriptor >= 0 && dup2(descriptor, STDOUT_FILENO) >= 0 && dup2(descriptor, STDERR_FILENO) >= 0 &&
         openAs(kOwnFolder, ownFolder) && openAs(kMaildir, maildir)) {
-        execl(kExecutable, kExecutable, "-bdf", "-q1h", "-C", kConfigurationPath, nullptr);
+        execl(kEximExecutable, kEximExecutable, "-bdf", "-q1h", "-C", kConfigurationPath, nullptr);
     }
     _exit(127);
 }
@@ -64,7 +64,7 @@ bool openAs(int number, const char* folder) {
 
 /** To the user that Exim becomes. */
 void giveAway(const std::filesystem::path& path) {
-    if (geteuid() == 0 && chown(path.c_str(), kNobody, kNobody) != 0) {
+    if (geteuid() == 0 && chown(path.c_str(), kNobodyAtExim, kNobodyAtExim) != 0) {
         throw std::runtime_error("cannot give away " + path.string());
     }
 }
@@ -84,7 +84,7 @@ std::size_t filesIn(const std::filesystem::path& folder, std::string_view ending
 } // namespace
 
 std::string EximServer::whyUnavailable() {
-    return access(kExecutable, X_OK) == 0 ? std::string() : "Exim is not installed on this computer.";
+    return access(kEximExecutable, X_OK) == 0 ? std::string() : "Exim is not installed on this computer.";
 }
 
 EximServer::EximServer(std::filesystem::path maildir) : EximServer(std::move(maildir), Options()) {}
@@ -119,8 +119,8 @@ std::string EximServer::configuration() const {
     const bool superuser = geteuid() == 0;
     return eximConfiguration(options_, {.folder = pathOf(kOwnFolder),
                                         .maildir = pathOf(kMaildir),
-                                        .user = std::to_string(superuser ? kNobody : geteuid()),
-                                        .group = std::to_string(superuser ? kNobody : getegid()),
+                                        .user = std::to_string(superuser ? kNobodyAtExim : geteuid()),
+                                        .group = std::to_string(superuser ? kNobodyAtExim : getegid()),
                                         .port = port_,
                                         .tlsPort = tlsPort_,
                                         .sizeLimit = kSizeLimit});
@@ -146,7 +146,7 @@ bool EximServer::start() {
         guardGroup(process_, ends[0]);
     }
     close(ends[0]);
-    const QDeadlineTimer deadline(kStartTime);
+    const QDeadlineTimer deadline(kEximStartTime);
     while (!deadline.hasExpired()) {
         if (greets(port_, "220 ", deadline)) {
             return true;

@@ -10,7 +10,7 @@
 namespace support {
 
 namespace {
-sockaddr_in loopback(std::uint16_t port) {
+sockaddr_in loopbackPlace(std::uint16_t port) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(port);
@@ -37,7 +37,7 @@ class Socket {
 
 std::uint16_t freePort() {
     const Socket listener;
-    sockaddr_in address = loopback(0);
+    sockaddr_in address = loopbackPlace(0);
     socklen_t length = sizeof address;
     auto* const generic = reinterpret_cast<sockaddr*>(&address);
     if (bind(listener.descriptor(), generic, length) != 0 ||
@@ -49,7 +49,7 @@ std::uint16_t freePort() {
 
 bool greets(std::uint16_t port, std::string_view greeting, const QDeadlineTimer& deadline) {
     const Socket client;
-    const sockaddr_in address = loopback(port);
+    const sockaddr_in address = loopbackPlace(port);
     if (connect(client.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
         return false;
     }

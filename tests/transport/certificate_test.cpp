@@ -73,7 +73,7 @@ Certificate withoutIntermediate() {
     return certificate;
 }
 
-struct Case {
+struct CertificateCase {
     const char* name;
     std::function<Certificate()> certificate;
     const char* host;
@@ -81,11 +81,12 @@ struct Case {
     Outcome outcome;
 };
 
-Case issued(const char* name, const CertificateDescription& description, const char* host, Outcome outcome) {
+CertificateCase issued(const char* name, const CertificateDescription& description, const char* host,
+                       Outcome outcome) {
     return {name, [description] { return testRoot().issue(description); }, host, outcome};
 }
 
-std::vector<Case> cases() {
+std::vector<CertificateCase> cases() {
     using enum Outcome;
     const std::string withNul("mail.here.test\0.example.org", 27);
     const CertificateDescription good = named({kHost});
@@ -132,7 +133,8 @@ std::vector<Case> cases() {
     };
 }
 
-class CertificateOf : public support::EncryptionFixture, public testing::WithParamInterface<Case> {};
+class CertificateOf : public support::EncryptionFixture,
+                      public testing::WithParamInterface<CertificateCase> {};
 
 TEST_P(CertificateOf, AServerIsLookedAtWhereItHasToProveItsName) {
     const TlsIdentity identity(GetParam().certificate(), {.ciphers = "DEFAULT:@SECLEVEL=0"});

@@ -23,7 +23,7 @@ using transport::Outcome;
 using transport::Protection;
 using transport::Security;
 
-constexpr const char* kHost = "mail.here.test";
+constexpr const char* kResumedHost = "mail.here.test";
 
 /** A certificate for every name below here.test, and for 127.0.0.1. */
 mailserver::CertificateDescription here() {
@@ -43,7 +43,7 @@ class Resumption : public support::EncryptionFixture, public testing::WithParamI
     }
 
     /** A whole session. */
-    Outcome visit(ScriptedServer& server, Security security, const char* host = kHost) {
+    Outcome visit(ScriptedServer& server, Security security, const char* host = kResumedHost) {
         const std::size_t earlier = server.connections();
         const Outcome outcome = openEncrypted(server, security, host);
         if (outcome == Outcome::Done) {
@@ -68,7 +68,7 @@ TEST_P(Resumption, SavesTheSecondConnectionTheHandshake) {
             EXPECT_EQ(resumed(server, number), number > 0) << number;
             EXPECT_EQ(connection.protection().serverProven, transport::mustBeProven(security));
             EXPECT_FALSE(connection.protection().encryption.isEmpty());
-            EXPECT_EQ(server.tls(number).serverName, kHost);
+            EXPECT_EQ(server.tls(number).serverName, kResumedHost);
         }
     }
 }
@@ -132,7 +132,7 @@ TEST_P(Resumption, ABareNamesSessionProvesNothing) {
 
 TEST_P(Resumption, TicketsBelongToTheNameThatWasTyped) {
     ScriptedServer server(hello(identity()));
-    ASSERT_EQ(visit(server, Security::FromTheStart, kHost), Outcome::Done);
+    ASSERT_EQ(visit(server, Security::FromTheStart, kResumedHost), Outcome::Done);
     ASSERT_EQ(visit(server, Security::FromTheStart, "pop.here.test"), Outcome::Done);
     EXPECT_FALSE(resumed(server, 1)) << "another name has proven nothing";
     EXPECT_EQ(visit(server, Security::FromTheStart, "a.pop.here.test"), Outcome::OtherName);

@@ -14,7 +14,7 @@ using transport::ServerName;
 constexpr transport::DefaultPorts kPop3{110, 995, 110};
 constexpr transport::DefaultPorts kSmtp{25, 465, 587};
 
-struct Case {
+struct ServerNameCase {
     const char* name;
     const char* typed;
     /** Empty when the text names no server. */
@@ -22,8 +22,8 @@ struct Case {
     std::uint16_t port;
 };
 
-const std::vector<Case>& cases() {
-    static const std::vector<Case> table{
+const std::vector<ServerNameCase>& serverNames() {
+    static const std::vector<ServerNameCase> table{
         {"Host", "mail.example.org", "mail.example.org", 110},
         {"HostAndPort", "mail.example.org:1110", "mail.example.org", 1110},
         {"BlanksAround", "  mail.example.org \t", "mail.example.org", 110},
@@ -60,10 +60,10 @@ const std::vector<Case>& cases() {
     return table;
 }
 
-class ServerNameCase : public testing::TestWithParam<Case> {};
+class ServerNameReading : public testing::TestWithParam<ServerNameCase> {};
 
-TEST_P(ServerNameCase, IsReadAsHostAndPort) {
-    const Case& expected = GetParam();
+TEST_P(ServerNameReading, IsReadAsHostAndPort) {
+    const ServerNameCase& expected = GetParam();
     const auto name = parseServerName(QString::fromLatin1(expected.typed), kPop3);
     if (*expected.host == '\0') {
         EXPECT_EQ(name, std::nullopt);
@@ -74,7 +74,7 @@ TEST_P(ServerNameCase, IsReadAsHostAndPort) {
     EXPECT_EQ(name->port, expected.port);
 }
 
-INSTANTIATE_TEST_SUITE_P(Names, ServerNameCase, testing::ValuesIn(cases()),
+INSTANTIATE_TEST_SUITE_P(Names, ServerNameReading, testing::ValuesIn(serverNames()),
                          [](const auto& test) { return test.param.name; });
 
 struct SpellingCase {
