@@ -118,8 +118,8 @@ int openDisplay(const std::filesystem::path& folder, Teller& teller) {
     static char name[] = "brindlewake";
     static char* arguments[] = {name, nullptr};
     const QGuiApplication application(noArguments, arguments);
-    teller.begin("open the display");
-    teller.end(Outcome::Ok);
+    teller.begin(QGuiApplication::platformName().toStdString());
+    teller.end(Outcome::Ok, QGuiApplication::platformName().toStdString());
     return EXIT_SUCCESS;
 }
 
@@ -180,7 +180,8 @@ class SelfTest {
         const std::string fault = watchProcess(
             [&](Teller& teller) { return openDisplay(folder, teller); },
             [&opened](const Note& note) { opened = note.kind == Note::Kind::Ends; }, interruptions_, until_);
-        lines_.tell(opened ? Outcome::Ok : Outcome::NotHere, step, opened ? "" : fault);
+        lines_.tell(opened ? Outcome::Ok : Outcome::NotHere, step,
+                    opened ? "" : "it cannot be opened: " + fault);
     }
 
     const SelfTestOrder& order_;
