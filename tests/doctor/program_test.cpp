@@ -63,6 +63,18 @@ TEST_F(DoctorProgram, ChangesIntoTheFolderOfTheSettingsFirst) {
     EXPECT_TRUE(missing.errors.contains("none"));
 }
 
+TEST_F(DoctorProgram, ATypedHostIsToldSinceItTakesThePlaceOfTheSettings) {
+    writeWork(fields);
+    const QString typed = QStringLiteral("ann@plain://") + popServer.address();
+    const auto looksAs = [&](const QString& name) {
+        return run({QStringLiteral("--doctor"), QStringLiteral("--json"), QStringLiteral("--user=") + name,
+                    QStringLiteral("--password-stdin")},
+                   QByteArray(kPassword) + "\n");
+    };
+    EXPECT_EQ(looksAs(typed).grade(0, "members send as @127.0.0.1"), QStringLiteral("info"));
+    EXPECT_EQ(looksAs(QStringLiteral("ann")).grade(0, "typed behind the @"), QString());
+}
+
 TEST_F(DoctorProgram, WrongUseIsStatus2WithTheUsageAndNoWindow) {
     for (const QStringList& wrong : {QStringList{QStringLiteral("--unknown")},
                                      {QStringLiteral("word")},
