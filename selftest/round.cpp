@@ -15,10 +15,7 @@ Round::Round(std::vector<Step> steps, std::string exit, Teller& teller, const Se
     : steps_(std::move(steps)),
       exit_(std::move(exit)),
       teller_(teller),
-      scene_{order, places, servers, Boxes([this](const QString& text) {
-                 // Told at once, since the program may end behind this box.
-                 teller_.end(Outcome::Failed, "a box says \"" + text.toStdString() + '"');
-             })} {}
+      scene_{order, places, servers, Boxes([this](const QString& text) { takeWrongBox(text); })} {}
 
 void Round::begin() {
     doNext();
@@ -41,6 +38,8 @@ void Round::doNext() {
 void Round::run(const Step& step) {
     teller_.begin(step.name);
     try {
+        const QString stray = std::exchange(strayBox_, {});
+        require(stray.isEmpty(), stray);
         step.run(scene_);
         const QString missing = scene_.boxes.takeMissing();
         require(missing.isEmpty(), missing);
@@ -51,11 +50,26 @@ void Round::run(const Step& step) {
         teller_.end(Outcome::Failed, why.what());
     }
     scene_.boxes.takeMissing();
+    if (teller_.hasFailed()) {
+        // Further boxes have come of the same failure.
+        strayBox_.clear();
+    }
+}
+
+void Round::takeWrongBox(const QString& text) {
+    const QString said = QStringLiteral("a box says \"%1\"").arg(text);
+    if (teller_.isInStep()) {
+        // Told at once, since the program may end behind this box.
+        teller_.end(Outcome::Failed, said.toStdString());
+    } else {
+        strayBox_ = said;
+    }
 }
 
 void Round::pressExit() {
     teller_.beginLast(exit_);
     try {
+        require(strayBox_.isEmpty(), strayBox_);
         press("frmMain", "cmdExit");
         teller_.end(Outcome::Failed, "Exit does not end it");
     } catch (const Failure& why) {

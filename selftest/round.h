@@ -5,6 +5,8 @@
 #include "selftest/private_folder.h"
 #include "selftest/teller.h"
 
+#include <QString>
+
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -50,10 +52,13 @@ class Round {
     void doNext();
     void run(const Step& step);
     void pressExit();
+    void takeWrongBox(const QString& text);
 
     std::vector<Step> steps_;
     std::string exit_;
     std::size_t next_ = 0;
+    /** What a box says that has come between two steps; the next one has failed with it. */
+    QString strayBox_;
     Teller& teller_;
     Scene scene_;
 };

@@ -42,6 +42,9 @@ class Teller {
     /** The step that has begun last has ended. Of several calls only the first one counts. */
     void end(Outcome outcome, const std::string& why = {});
 
+    /** A step has begun and not ended. */
+    bool isInStep() const noexcept { return open_; }
+
     bool hasFailed() const noexcept { return hasFailed_; }
 
   private:

@@ -59,8 +59,7 @@ TEST(WavePlayer, WithoutASoundDeviceItIsSilentOnTheStandardErrorToo) {
 
 TEST(WavePlayer, TellsWhyNothingIsToBeHeard) {
     const support::TemporaryFolder folder;
-    EXPECT_EQ(controls::playWaveAndTell(folder.qtPath("none.wav")),
-              QStringLiteral("there is no such file"));
+    EXPECT_EQ(controls::playWaveAndTell(folder.qtPath("none.wav")), QStringLiteral("there is no such file"));
     // The sound system reads the file before it looks for a device.
     folder.write("broken.wav", "no sound");
     EXPECT_FALSE(controls::playWaveAndTell(folder.qtPath("broken.wav")).isEmpty());
