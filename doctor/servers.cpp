@@ -167,7 +167,8 @@ QString adviceFor(int error, const QString& protocol) {
                  protocol == QLatin1String("POP3") ? QStringLiteral("STLS") : QStringLiteral("STARTTLS"));
     case errors::CertificateNotTrusted:
         return QStringLiteral(
-            "Let the server send the whole chain, and install your root certificate on this computer.");
+            "Let the server send the whole chain, and install on this computer the package ca-certificates "
+            "and, where the authority is your own, its root certificate.");
     case errors::CertificateForOtherName:
         return QStringLiteral("Write the name that stands in the certificate into %1.").arg(line);
     case errors::CertificateNotValidNow:
