@@ -71,6 +71,7 @@ struct Options {
     QCommandLineOption user{QStringLiteral("user"), {}, QStringLiteral("NAME")};
     QCommandLineOption passwordStdin{QStringLiteral("password-stdin")};
     QCommandLineOption json{QStringLiteral("json")};
+    QCommandLineOption selfTest{QStringLiteral("self-test")};
 };
 
 Task taskOf(const QCommandLineParser& parser, const Options& options) {
@@ -79,6 +80,9 @@ Task taskOf(const QCommandLineParser& parser, const Options& options) {
     }
     if (parser.isSet(options.version)) {
         return Task::TellVersion;
+    }
+    if (parser.isSet(options.selfTest)) {
+        return Task::TestItself;
     }
     return parser.isSet(options.doctor) ? Task::Examine : Task::ShowWindows;
 }
@@ -111,6 +115,11 @@ std::optional<QString> faultOfAll(const QCommandLineParser& parser, const Option
             return QStringLiteral("--%1 goes with --doctor only.").arg(option->names().constLast());
         }
     }
+    for (const QCommandLineOption* option : {&options.doctor, &options.settingsFolder}) {
+        if (parser.isSet(*option) && parser.isSet(options.selfTest)) {
+            return QStringLiteral("--%1 does not go with --self-test.").arg(option->names().constLast());
+        }
+    }
     const bool passwordComes = parser.isSet(options.passwordStdin);
     if (passwordComes && !parser.isSet(options.user)) {
         return QStringLiteral("--password-stdin goes with --user only.");
@@ -132,7 +141,7 @@ std::variant<CommandLine, WrongUse> readCommandLine(const QStringList& arguments
     const Options options;
     QCommandLineParser parser;
     parser.addOptions({options.help, options.version, options.mail, options.settingsFolder, options.doctor,
-                       options.user, options.passwordStdin, options.json});
+                       options.user, options.passwordStdin, options.json, options.selfTest});
     if (!parser.parse(withoutQtOptions(arguments))) {
         return WrongUse{parser.errorText()};
     }
@@ -177,6 +186,10 @@ QString usageText() {
         "  --user=NAME            with --doctor: log on as this member, and look through the mailbox\n"
         "  --password-stdin       with --user: the password is the first line of the standard input\n"
         "  --json                 with --doctor: tell it as one object of JSON\n"
+        "  --self-test            use the program's windows once, out of sight, at servers of its own on "
+        "this\n"
+        "                         computer, tell each step, and end; the status is 1 when a step has "
+        "failed\n"
         "\n"
         "Options of Qt's, such as -platform and -style, may be added. Wrong use ends with status 2.\n");
 }

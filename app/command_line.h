@@ -8,7 +8,7 @@
 #include <variant>
 
 /** What the program is asked to do. */
-enum class Task { ShowWindows, TellUsage, TellVersion, Examine };
+enum class Task { ShowWindows, TellUsage, TellVersion, Examine, TestItself };
 
 /** The options that the program was started with. */
 struct CommandLine {

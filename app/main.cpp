@@ -1,6 +1,7 @@
 #include "app/command_line.h"
 #include "app/examination.h"
 #include "app/second_start.h"
+#include "app/self_test.h"
 #include "app/version.h"
 #include "message/mail_mode.h"
 #include "platform/program.h"
@@ -17,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <unistd.h>
 
 namespace {
@@ -43,7 +45,8 @@ bool enter(const QString& folder) {
     return false;
 }
 
-int showWindows(int argumentCount, char** arguments) {
+/** Runs the program until it ends. What comes before the windows finds an application object already. */
+int showWindows(int argumentCount, char** arguments, const std::function<void()>& beforeWindows = {}) {
     // Otherwise Qt logs a warning for each letter of the password, since its field gives screen readers no
     // text.
     QLoggingCategory::setFilterRules(QStringLiteral("qt.accessibility.atspi.warning=false"));
@@ -55,6 +58,9 @@ int showWindows(int argumentCount, char** arguments) {
     if (const auto status = start.statusToEndWith()) {
         // Without destructors, as platform::endProgram() does.
         std::_Exit(*status);
+    }
+    if (beforeWindows) {
+        beforeWindows();
     }
     const LoadedWindows windows;
     runHandler([] {
@@ -77,6 +83,10 @@ int perform(const CommandLine& line, int argumentCount, char** arguments) {
     }
     case Task::Examine:
         return examine(line, arguments);
+    case Task::TestItself:
+        return testItself([argumentCount, arguments](const std::function<void()>& beforeWindows) {
+            return showWindows(argumentCount, arguments, beforeWindows);
+        });
     case Task::ShowWindows:
         break;
     }

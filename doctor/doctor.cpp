@@ -23,6 +23,21 @@ void append(std::vector<Finding> more, Report& report) {
     std::ranges::move(more, std::back_inserter(report.findings));
 }
 
+/** The host of a name that was typed as name@host is another than the settings have. */
+void addTypedHost(Report& report) {
+    if (!email::serversOfFile) {
+        return;
+    }
+    Finding finding;
+    finding.about = QStringLiteral("settings");
+    finding.text =
+        QStringLiteral("The host that was typed behind the @ takes the place of lines 3 and 4: the "
+                       "servers are %1 and %2, and members send as %3.")
+            .arg(email::settings.POPServer, email::sendingServer(), email::derived.AtDomain);
+    finding.advice = QStringLiteral("What is said of lines 3 and 4 holds for what was typed.");
+    report.findings.push_back(finding);
+}
+
 void examineServers(const Order& order, Report& report) {
     Surveys surveys{report, order.patience, order.progress};
     surveys.secrets.addPassword(platform::toBytes(order.password));
@@ -58,6 +73,7 @@ Report examine(const Order& order) {
         if (!order.user.isEmpty()) {
             email::takeTypedUserName(order.user);
             email::credentials.Password = order.password;
+            addTypedHost(report);
         }
         examineServers(order, report);
     }

@@ -1,7 +1,6 @@
 #include "doctor/pop3_survey.h"
 
 #include "components/poplib/reply_text.h"
-#include "platform/error_meanings.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
 #include "retrieval/log_in_failures.h"
@@ -22,15 +21,15 @@ const QString& protocol() {
     return name;
 }
 
-/** A failure at the log-in, as members see it. `said` is the server's last word. */
+/** A failure at the log-in, as members see it. `said` is the server's last word, which may be a good one. */
 Finding failing(Grade grade, int error, const QString& said) {
     Finding finding;
     finding.grade = grade;
     finding.about = protocol();
     finding.number = error;
     finding.box = boxOfFailedLogIn(error);
-    finding.text = QString::fromStdString(platform::meaningOf(error));
-    if (!said.isEmpty()) {
+    finding.text = meaningForAdministrators(error);
+    if (said.startsWith(QLatin1String("-ERR"))) {
         finding.text += QStringLiteral(" The server has said: ") + said;
     }
     finding.advice = adviceFor(error, protocol());
@@ -122,6 +121,12 @@ class Pop3Survey {
         const poplib::Capabilities& can = met.capabilities;
         for (const std::string& line : can.lines) {
             server_.offers.append(surveys_.said(line));
+        }
+        for (const char* const command : {"TOP", "UIDL"}) {
+            // They are used in any case, and may well work where they are not announced.
+            if (std::find(can.lines.begin(), can.lines.end(), command) != can.lines.end()) {
+                server_.uses.append(QLatin1String(command));
+            }
         }
         if (can.utf8) {
             server_.uses.append(QStringLiteral("UTF8"));

@@ -146,6 +146,11 @@ void addEndOfCertificate(const ServerSeen& server, std::vector<Finding>& finding
     }
 }
 
+QString meaningForAdministrators(int error) {
+    QString meaning = QString::fromStdString(platform::meaningOf(error));
+    return meaning.remove(QStringLiteral(" Tell the administrator."));
+}
+
 QString adviceFor(int error, const QString& protocol) {
     const QString line =
         protocol == QLatin1String("POP3") ? QStringLiteral("line 3") : QStringLiteral("line 4");
@@ -157,12 +162,13 @@ QString adviceFor(int error, const QString& protocol) {
     case errors::NetworkUnreachable:
         return QStringLiteral("Connect the computer, and install all files of the program.");
     case errors::EncryptionNotOffered:
-        return QStringLiteral(
-                   "Write tls:// before the name in %1, or let the server offer STLS and STARTTLS.")
-            .arg(line);
+        return QStringLiteral("Write tls:// before the name in %1, or let the server offer %2.")
+            .arg(line,
+                 protocol == QLatin1String("POP3") ? QStringLiteral("STLS") : QStringLiteral("STARTTLS"));
     case errors::CertificateNotTrusted:
         return QStringLiteral(
-            "Let the server send the whole chain, and install your root certificate on this computer.");
+            "Let the server send the whole chain, and install on this computer the package ca-certificates "
+            "and, where the authority is your own, its root certificate.");
     case errors::CertificateForOtherName:
         return QStringLiteral("Write the name that stands in the certificate into %1.").arg(line);
     case errors::CertificateNotValidNow:
@@ -184,8 +190,9 @@ QString adviceFor(int error, const QString& protocol) {
     case errors::SendingTimedOut:
     case errors::SendingOutOfStep:
     case errors::SendingLost:
-        return QStringLiteral(
-                   "Correct scheme and port in %1: a server that says nothing mostly waits for TLS.")
+        return QStringLiteral("Correct scheme and port in %1: a server that says nothing mostly waits for "
+                              "TLS, and one of "
+                              "another kind says what makes no sense here.")
             .arg(line);
     default:
         return QStringLiteral("Look into the server's log.");

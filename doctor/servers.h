@@ -69,6 +69,9 @@ void addEndOfCertificate(const ServerSeen& server, std::vector<Finding>& finding
 /** Why the program refuses a certificate with this error, 20322 to 20324, in words. */
 QString whyRefused(int error, const QString& host);
 
+/** What the error means, without the advice to tell the administrator, who reads this. */
+QString meaningForAdministrators(int error);
+
 /** What an administrator may do about an error of a server. */
 QString adviceFor(int error, const QString& protocol);
 

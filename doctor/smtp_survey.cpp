@@ -2,7 +2,6 @@
 
 #include "components/smtplib/smtp.h"
 #include "email/box_texts.h"
-#include "platform/error_meanings.h"
 #include "platform/runtime_error.h"
 
 #include <QElapsedTimer>
@@ -24,7 +23,7 @@ Finding failing(int error, const QString& text) {
     finding.about = QStringLiteral("SMTP");
     finding.number = error;
     finding.box = email::boxOfFailedSending(error);
-    finding.text = text.isEmpty() ? QString::fromStdString(platform::meaningOf(error)) : text;
+    finding.text = text.isEmpty() ? meaningForAdministrators(error) : text;
     finding.advice = adviceFor(error, finding.about);
     return finding;
 }
@@ -116,7 +115,8 @@ class SmtpSurvey {
 
     void addFailure(int error) {
         Finding finding = failing(error, {});
-        if (!lastSaid_.isEmpty()) {
+        // A good word of the server's has nothing to do with it.
+        if (lastSaid_.startsWith(u'4') || lastSaid_.startsWith(u'5')) {
             finding.text += QStringLiteral(" The server has said: ") + lastSaid_;
         }
         if (error == errors::SendingTimedOut) {
@@ -174,8 +174,19 @@ class SmtpSurvey {
                     "The server does not know the name and the password, so it may refuse the sender or a "
                     "recipient. It has said: ") +
                     lastSaid_));
+            adviseOnRefusal();
         } else if (opened.logOn == LogOnState::LoggedOn) {
             server_.logOn = QStringLiteral("accepted");
+        }
+    }
+
+    /** When the server for mail does not take the password either, it is most likely mistyped. */
+    void adviseOnRefusal() {
+        std::vector<Finding>& findings = surveys_.report.findings;
+        if (std::any_of(findings.begin(), findings.end(),
+                        [](const Finding& finding) { return finding.number == errors::LogOnRefused; })) {
+            findings.back().advice =
+                QStringLiteral("Type the password again: the server for mail has refused it, too.");
         }
     }
 

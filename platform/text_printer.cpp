@@ -28,6 +28,15 @@ std::unique_ptr<TextPrinter> makeDefaultPrinter() {
     return std::unique_ptr<TextPrinter>(make());
 }
 
+std::unique_ptr<TextPrinter> makeFilePrinter(const QString& file) {
+    using MakePrinter = TextPrinter* (*)(const QString&);
+    const auto make = functionIn<MakePrinter>(kPrintingLibrary, "brindlewakeMakeFilePrinter");
+    if (make == nullptr) {
+        throw RuntimeError(errors::PrinterError);
+    }
+    return std::unique_ptr<TextPrinter>(make(file));
+}
+
 QString defaultPrinterName() {
     QString name;
     const auto write = functionIn<void (*)(QString&)>(kPrintingLibrary, "brindlewakeDefaultPrinterName");

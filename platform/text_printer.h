@@ -61,6 +61,12 @@ std::unique_ptr<TextPrinter> makeDefaultPrinter();
 /** The default printer's name; empty when there is none, or no printing library. Begins no document. */
 QString defaultPrinterName();
 
+/**
+ * Begins a document that is written into this file as PDF.
+ * \throws RuntimeError 482 when the file cannot be written, or without the printing library.
+ */
+std::unique_ptr<TextPrinter> makeFilePrinter(const QString& file);
+
 /** Replaces the default printer by a function, for tests. An empty one brings the real one back. */
 void replaceDefaultPrinter(std::function<std::unique_ptr<TextPrinter>()> standIn);
 

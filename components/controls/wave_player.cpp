@@ -28,20 +28,30 @@ class SoundLibrary {
     SoundLibrary() : library_(QString(kSoundLibrary), 0) {
         const auto create = reinterpret_cast<int (*)(ca_context**)>(library_.resolve("ca_context_create"));
         play_ = reinterpret_cast<Play>(library_.resolve("ca_context_play"));
+        text_ = reinterpret_cast<const char* (*)(int)>(library_.resolve("ca_strerror"));
         silenceAlsa();
         if (create == nullptr || play_ == nullptr || create(&context_) != 0) {
             context_ = nullptr;
         }
     }
 
-    void play(const QByteArray& path) const {
-        if (context_ != nullptr) {
-            play_(context_, 0, "media.filename", path.constData(), static_cast<const char*>(nullptr));
+    /** Returns why nothing is to be heard; empty when something is. */
+    QString play(const QByteArray& path) const {
+        if (context_ == nullptr) {
+            return QStringLiteral("there is no library for sounds, libcanberra");
         }
+        const int fault =
+            play_(context_, 0, "media.filename", path.constData(), static_cast<const char*>(nullptr));
+        return fault == 0 ? QString() : textOf(fault);
     }
 
   private:
     using Play = int (*)(ca_context*, std::uint32_t, ...);
+
+    QString textOf(int fault) const {
+        return QStringLiteral("the sound system says: ") +
+               (text_ != nullptr ? QString::fromUtf8(text_(fault)) : QString::number(fault));
+    }
 
     /** Keeps ALSA, which the sound library uses, from reporting a missing device on the standard error. */
     void silenceAlsa() {
@@ -55,8 +65,14 @@ class SoundLibrary {
     QLibrary library_;
     QLibrary alsa_{QStringLiteral("asound"), 2};
     Play play_ = nullptr;
+    const char* (*text_)(int) = nullptr;
     ca_context* context_ = nullptr;
 };
+
+const SoundLibrary& soundLibrary() {
+    static const SoundLibrary library;
+    return library;
+}
 } // namespace
 
 bool hasSoundLibrary() {
@@ -70,9 +86,15 @@ void playWave(const QString& fileName) {
     }
     // Another thread, since the sound system may take a while to answer and would block the windows.
     QThreadPool::globalInstance()->start([path = QFile::encodeName(file.absoluteFilePath())] {
-        static const SoundLibrary library;
-        library.play(path);
+        // The new mail is in the list, whether or not it can be heard.
+        static_cast<void>(soundLibrary().play(path));
     });
+}
+
+QString playWaveAndTell(const QString& fileName) {
+    const QFileInfo file(fileName);
+    return file.isFile() ? soundLibrary().play(QFile::encodeName(file.absoluteFilePath()))
+                         : QStringLiteral("there is no such file");
 }
 
 } // namespace controls

@@ -5,6 +5,16 @@
 #include <QPrinterInfo>
 
 #include <memory>
+#include <utility>
+
+namespace {
+/** Begins a document on the printer; the caller owns what is returned. */
+platform::TextPrinter* begun(std::unique_ptr<QPrinter> printer) {
+    printer->setDocName(QStringLiteral("Message"));
+    printer->setCreator(QStringLiteral("Brindlewake"));
+    return std::make_unique<printing::PaperPrinter>(std::move(printer)).release();
+}
+} // namespace
 
 /**
  * The function that platform::makeDefaultPrinter() looks up in this library; the caller owns the printer.
@@ -16,10 +26,16 @@ extern "C" __attribute__((visibility("default"))) platform::TextPrinter* brindle
     if (info.isNull()) {
         throw platform::RuntimeError(platform::errors::PrinterError);
     }
-    auto printer = std::make_unique<QPrinter>(info, QPrinter::HighResolution);
-    printer->setDocName(QStringLiteral("Message"));
-    printer->setCreator(QStringLiteral("Brindlewake"));
-    return std::make_unique<printing::PaperPrinter>(std::move(printer)).release();
+    return begun(std::make_unique<QPrinter>(info, QPrinter::HighResolution));
+}
+
+/** The same for platform::makeFilePrinter(). \throws RuntimeError 482 when the file cannot be written. */
+extern "C" __attribute__((visibility("default"))) platform::TextPrinter*
+brindlewakeMakeFilePrinter(const QString& file) {
+    auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+    printer->setOutputFormat(QPrinter::PdfFormat);
+    printer->setOutputFileName(file);
+    return begun(std::move(printer));
 }
 
 extern "C" __attribute__((visibility("default"))) void brindlewakeDefaultPrinterName(QString& name) {

@@ -73,6 +73,14 @@ TEST(CommandLine, TakesWhatTheDoctorIsToDo) {
     EXPECT_EQ(rightUse({"--doctor", "--user", "ann"}).user, QStringLiteral("ann"));
 }
 
+TEST(CommandLine, TakesTheTestOfTheProgramWithAWayOfReadingMail) {
+    EXPECT_EQ(rightUse({"--self-test"}).task, Task::TestItself);
+    CommandLine wanted;
+    wanted.task = Task::TestItself;
+    wanted.mail = MailMode::Standard;
+    EXPECT_EQ(rightUse({"--self-test", "--mail=standard", "-platform", "xcb"}), wanted);
+}
+
 TEST(CommandLine, PassesOverOptionsOfQt) {
     EXPECT_EQ(rightUse({"-platform", "offscreen", "-style=fusion", "--style", "windows", "-reverse",
                         "-display", ":1", "-qwindowtitle", "--doctor", "-qmljsdebugger=port:1"}),
@@ -105,6 +113,12 @@ TEST(CommandLine, RefusesEveryWrongUse) {
         {"--json"},
         {"--password-stdin"},
         {"--password-stdin", "--user=ann"},
+        {"--self-test", "--doctor"},
+        {"--self-test", "--json"},
+        {"--self-test", "--user=ann"},
+        {"--self-test", "--settings-folder=/srv"},
+        {"--self-test=yes"},
+        {"--self-test", "word"},
     };
     for (const auto& words : wrong) {
         EXPECT_FALSE(wrongUse(words).empty()) << words.front();

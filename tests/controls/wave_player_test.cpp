@@ -57,4 +57,12 @@ TEST(WavePlayer, WithoutASoundDeviceItIsSilentOnTheStandardErrorToo) {
     EXPECT_EQ(folder.read("errors"), "");
 }
 
+TEST(WavePlayer, TellsWhyNothingIsToBeHeard) {
+    const support::TemporaryFolder folder;
+    EXPECT_EQ(controls::playWaveAndTell(folder.qtPath("none.wav")), QStringLiteral("there is no such file"));
+    // The sound system reads the file before it looks for a device.
+    folder.write("broken.wav", "no sound");
+    EXPECT_FALSE(controls::playWaveAndTell(folder.qtPath("broken.wav")).isEmpty());
+}
+
 } // namespace

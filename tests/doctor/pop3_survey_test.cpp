@@ -1,82 +1,30 @@
-#include "doctor/mailbox_survey.h"
-#include "doctor/pop3_survey.h"
-#include "doctor/smtp_survey.h"
 #include "tests/doctor/findings.h"
-#include "tests/support/application.h"
-#include "tests/support/faulty_tls.h"
+#include "tests/doctor/surveyed_servers.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/scripted_server.h"
-#include "tests/support/smtp_script.h"
 #include "tests/support/trusted_root.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <string>
-
 namespace {
 using doctor::Finding;
 using doctor::Grade;
-using doctor::Report;
-using support::BeginTls;
 using support::Close;
+using support::DoctorsServers;
 using support::ExpectLine;
 using support::findingOf;
 using support::findingWith;
-using support::HoldSilent;
 using support::Pop3Mailbox;
 using support::Script;
 using support::ScriptedServer;
 using support::Send;
-using support::SmtpMailbox;
 using support::TlsIdentity;
 using testing::Contains;
 using testing::IsEmpty;
 using testing::Not;
 
 constexpr const char* kMessage = "From: ann@example.org\r\nSubject: one\r\nDate: today\r\n\r\nbody\r\n";
-
-class DoctorsServers : public testing::Test {
-  protected:
-    DoctorsServers() { support::application(); }
-
-    doctor::Surveys surveys() {
-        using namespace std::chrono_literals;
-        doctor::Surveys all{report, {2s, 500ms, 500ms}};
-        all.secrets.addPassword(member.password);
-        return all;
-    }
-
-    void pop3(const QString& name, bool logsOn = true, MailMode mode = MailMode::House) {
-        const doctor::Surveys all = surveys();
-        doctor::surveyPop3(
-            name, logsOn ? &member : nullptr,
-            [&](poplib::POP& pop, doctor::ServerSeen&) { doctor::surveyMailbox(pop, mode, all); }, all);
-    }
-
-    void smtp(const QString& name, bool logsOn = true) {
-        doctor::surveySmtp(name,
-                           logsOn ? smtplib::Account{member.user, member.password, {}} : smtplib::Account(),
-                           surveys());
-    }
-
-    const doctor::ServerSeen& seen() const { return report.servers.back(); }
-
-    std::vector<Finding> stops() const {
-        std::vector<Finding> found;
-        for (const Finding& finding : report.findings) {
-            if (finding.grade == Grade::Stops) {
-                found.push_back(finding);
-            }
-        }
-        return found;
-    }
-
-    support::TrustedRoot root;
-    Report report;
-    doctor::Member member{"ann", std::string(mailserver::kDemoPassword)};
-};
 
 TEST_F(DoctorsServers, AGoodPop3ServerIsToldWithAllThatItIs) {
     Pop3Mailbox mailbox({kMessage, kMessage});
@@ -95,7 +43,9 @@ TEST_F(DoctorsServers, AGoodPop3ServerIsToldWithAllThatItIs) {
     EXPECT_TRUE(seen().certificate->names.contains(QStringLiteral("localhost")));
     EXPECT_FALSE(seen().certificate->validUntil.isEmpty());
     EXPECT_TRUE(seen().offers.contains(QStringLiteral("UTF8")));
-    EXPECT_TRUE(seen().uses.contains(QStringLiteral("SCRAM-SHA-256")));
+    for (const char* const used : {"TOP", "UIDL", "UTF8", "SCRAM-SHA-256"}) {
+        EXPECT_TRUE(seen().uses.contains(QLatin1String(used))) << used;
+    }
     EXPECT_EQ(seen().logOn, QStringLiteral("accepted"));
     EXPECT_EQ(seen().messages, 2);
     EXPECT_GT(seen().bytes.value_or(0), 0);
@@ -231,42 +181,6 @@ TEST_F(DoctorsServers, AServerThatTakesNoPasswordInClearStopsMembersWithoutALogO
     EXPECT_EQ(findingWith(20321, report.findings).grade, Grade::Stops);
 }
 
-TEST_F(DoctorsServers, ACertificateThatIsNotGoodIsToldWithTheReason) {
-    for (const auto& [name, certificate, error] : support::faultyCertificates()) {
-        report = {};
-        Pop3Mailbox mailbox;
-        mailbox.tlsFromTheStart(TlsIdentity(certificate));
-        ScriptedServer server(mailbox);
-        pop3(QStringLiteral("tls://") + server.address());
-        EXPECT_EQ(findingWith(error, report.findings).grade, Grade::Stops) << name;
-        ASSERT_TRUE(seen().certificate) << name;
-        EXPECT_FALSE(seen().certificate->isValid) << name;
-        EXPECT_FALSE(seen().certificate->reason.isEmpty()) << name;
-        EXPECT_FALSE(seen().certificate->subject.isEmpty()) << name;
-    }
-}
-
-TEST_F(DoctorsServers, ACertificateThatNobodyLooksAtIsToldAllTheSame) {
-    const mailserver::Authority stranger("A stranger");
-    Pop3Mailbox mailbox;
-    mailbox.offers({.stls = true}).encryptsWith(TlsIdentity(stranger.issue(support::loopback())));
-    ScriptedServer server(mailbox);
-    pop3(server.address());
-    EXPECT_THAT(stops(), IsEmpty());
-    ASSERT_TRUE(seen().certificate);
-    EXPECT_FALSE(seen().certificate->isValid);
-    EXPECT_TRUE(seen().certificate->reason.contains(QStringLiteral("nobody whom this computer trusts")));
-    EXPECT_EQ(seen().logOn, QStringLiteral("accepted"));
-}
-
-TEST_F(DoctorsServers, ACertificateThatEndsSoonIsMet) {
-    Pop3Mailbox mailbox;
-    mailbox.tlsFromTheStart(TlsIdentity(support::trustedCertificate()));
-    ScriptedServer server(mailbox);
-    pop3(QStringLiteral("tls://") + server.address());
-    EXPECT_EQ(findingOf("is valid until", report.findings).grade, Grade::Met);
-}
-
 TEST_F(DoctorsServers, WhatIsNoServerHasItsNumber) {
     const support::RefusingPort refusing;
     pop3(refusing.address());
@@ -281,58 +195,5 @@ TEST_F(DoctorsServers, WhatIsNoServerHasItsNumber) {
     ScriptedServer inClear(Script{Send{"+OK ready\r\n"}, ExpectLine{}});
     pop3(QStringLiteral("tls://") + inClear.address());
     EXPECT_EQ(findingWith(20325, report.findings).grade, Grade::Stops);
-}
-
-TEST_F(DoctorsServers, AGoodSmtpServerIsToldAndGetsNoMessage) {
-    SmtpMailbox mailbox;
-    mailbox.offers({.startTls = true, .mechanisms = {"PLAIN"}})
-        .encryptsWith(TlsIdentity(support::trustedCertificate()));
-    ScriptedServer server(mailbox);
-    smtp(QStringLiteral("starttls://") + server.address());
-    EXPECT_THAT(stops(), IsEmpty());
-    EXPECT_FALSE(seen().greeting.isEmpty());
-    EXPECT_TRUE(seen().encryption.startsWith(QStringLiteral("TLS 1.")));
-    ASSERT_TRUE(seen().certificate);
-    EXPECT_TRUE(seen().certificate->isValid);
-    EXPECT_TRUE(seen().uses.contains(QStringLiteral("AUTH PLAIN")));
-    EXPECT_FALSE(seen().offers.isEmpty());
-    EXPECT_EQ(seen().logOn, QStringLiteral("accepted"));
-    EXPECT_THAT(server.keywords(), Not(Contains("MAIL")));
-    EXPECT_THAT(mailbox.messages(), IsEmpty());
-}
-
-TEST_F(DoctorsServers, WithoutAMemberNobodyLogsOnForSending) {
-    SmtpMailbox mailbox;
-    mailbox.offers({.mechanisms = {"SCRAM-SHA-256"}});
-    ScriptedServer server(mailbox);
-    smtp(server.address(), false);
-    EXPECT_THAT(server.keywords(), Not(Contains("AUTH")));
-    EXPECT_TRUE(seen().logOn.isEmpty());
-    EXPECT_THAT(stops(), IsEmpty());
-}
-
-TEST_F(DoctorsServers, AnSmtpServerThatDoesNotKnowThePasswordStopsMembersWithError20417) {
-    SmtpMailbox mailbox;
-    mailbox.offers({.mechanisms = {"PLAIN"}}).allowOnly("bob", "other");
-    ScriptedServer server(mailbox);
-    smtp(server.address());
-    EXPECT_EQ(findingWith(20417, report.findings).box,
-              QStringLiteral("Unable to send message. Error# 20417"));
-    EXPECT_EQ(findingWith(20417, report.findings).grade, Grade::Stops);
-}
-
-TEST_F(DoctorsServers, AnSmtpServerWithoutAWayThatMayBeUsedStopsMembersWithError20418) {
-    SmtpMailbox mailbox;
-    mailbox.offers({.mechanisms = {"GSSAPI"}});
-    ScriptedServer server(mailbox);
-    smtp(server.address(), false);
-    EXPECT_EQ(findingWith(20418, report.findings).grade, Grade::Stops);
-}
-
-TEST_F(DoctorsServers, ASilentSmtpServerStopsMembersWithError20433) {
-    ScriptedServer server(Script{HoldSilent{}});
-    smtp(server.address());
-    EXPECT_TRUE(findingWith(20433, report.findings).text.contains(QStringLiteral("five minutes")));
-    EXPECT_EQ(findingWith(20433, report.findings).grade, Grade::Stops);
 }
 } // namespace
