@@ -102,14 +102,25 @@ class LdapConversation final : public Conversation {
 
     std::string takeBytesToSend() override { return stream_.takeWritten(); }
 
-    void receive(std::string_view bytes) override { stream_.giveToRead(bytes); }
+    void receive(std::string_view bytes) override {
+        // What begins otherwise is another protocol, whose bytes the library would take for a length.
+        constexpr char sequence = 0x30;
+        isBroken_ = isBroken_ || (!hasHeard_ && !bytes.empty() && bytes.front() != sequence);
+        hasHeard_ = hasHeard_ || !bytes.empty();
+        stream_.giveToRead(bytes);
+    }
 
     std::optional<Message> next() override {
         while (!isBroken_) {
             timeval atOnce{};
             LDAPMessage* raw = nullptr;
+            const std::size_t unread = stream_.unread();
             const int type = ldap_result(handle_.get(), LDAP_RES_ANY, LDAP_MSG_ONE, &atOnce, &raw);
             const std::unique_ptr<LDAPMessage, FreeMessage> message(raw);
+            if (type == 0 && stream_.unread() < unread && stream_.unread() > 0) {
+                // It has passed something over, and its time was up then.
+                continue;
+            }
             if (type == 0) {
                 return std::nullopt;
             }
@@ -168,6 +179,8 @@ class LdapConversation final : public Conversation {
     std::unique_ptr<LDAP, Unbind> handle_;
     /** The number of what was asked last. */
     int asked_ = -1;
+    /** Something has come from the server. */
+    bool hasHeard_ = false;
     bool isBroken_ = true;
 };
 } // namespace
