@@ -339,6 +339,21 @@ TEST_F(DoctorProgram, WhereNothingListens) {
     EXPECT_EQ(examine().grade(25062, "Connection refused by host."), kStops);
 }
 
+TEST_F(DoctorProgram, WithADirectoryThatIsNotThereWhereMembersCanSearchIt) {
+    const support::RefusingPort refusing;
+    fields.LDAPServer = refusing.address();
+    fields.AddressLookup = QStringLiteral("Directory Server");
+    fields.ShowDatabase = QStringLiteral("no");
+    EXPECT_EQ(examine().json().value(QStringLiteral("servers")).toArray().size(), 2);
+    fields.ShowDatabase = QStringLiteral("yes");
+    const Ended ended = examine();
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.json().value(QStringLiteral("servers")).toArray().size(), 3);
+    EXPECT_EQ(ended.grade(25062, "The directory server refused the connection."), kMet);
+    fields.AddressLookup = QStringLiteral("directory server");
+    EXPECT_EQ(examine().json().value(QStringLiteral("servers")).toArray().size(), 2);
+}
+
 TEST_F(DoctorProgram, WithoutItsLibraries) {
     // A second name in another folder: the libraries are looked for beside it.
     filesystem::create_directories(folder.path("other/bin"));
@@ -350,6 +365,7 @@ TEST_F(DoctorProgram, WithoutItsLibraries) {
     EXPECT_EQ(ended.grade(25052, "Network is unreachable."), kStops);
     EXPECT_EQ(ended.grade(20325, "libbrindlewake_tls.so"), kStops);
     EXPECT_EQ(ended.grade(482, "libbrindlewake_printing.so"), kMet);
+    EXPECT_EQ(ended.grade(53, "libbrindlewake_directory.so"), kMet);
     EXPECT_EQ(run({QStringLiteral("--version")}).status, 0);
 }
 
