@@ -20,6 +20,8 @@ struct Mailbox {
     std::int16_t MessageCount = 0;
     /** The message count at the end of the last retrieval; messages with higher numbers are new mail. */
     std::int16_t LastMessageCount = 0;
+    /** The last record that was filled since the log-on. Deletions leave the records where they are. */
+    std::int16_t LastRecord = 0;
     /** Bytes of the whole mailbox, as the server reports them. */
     std::int32_t MailboxBytes = 0;
     bool NewMailFound = false;

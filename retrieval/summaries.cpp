@@ -33,6 +33,7 @@ void fetchSummary(POPLib::POP& pop) {
     email::MessageSummary& summary = email::mailbox.Messages.at(email::mailbox.CurrentMessage);
     summary.Size = pop.currentMessageSize().value_or(0);
     email::resetForListing(summary);
+    email::mailbox.LastRecord = std::max(email::mailbox.LastRecord, email::mailbox.CurrentMessage);
     loginWindow().StandardHeader.begin();
     pop.setBodyLineLimit(kSummaryBodyLines);
     pop.issueRequest(poplib::Request::RetrieveCurrentMessage);

@@ -2,6 +2,7 @@
 
 #include "platform/nested_wait.h"
 #include "windows/frmAbout.h"
+#include "windows/frmFind.h"
 #include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -28,7 +29,7 @@ struct LoadedWindows::Windows {
     using Slots = std::tuple<std::unique_ptr<Window>...>;
 
     /** The program's windows from the topmost one down; empty for those that are not loaded. */
-    Slots<frmSend, frmFrom, frmSetup, frmMain, frmLogin, frmAbout> fromTheTop;
+    Slots<frmFind, frmSend, frmFrom, frmSetup, frmMain, frmLogin, frmAbout> fromTheTop;
     /** Size and place of each window when it was hidden last, by its object name. */
     std::map<QString, QByteArray> places;
     QString attachFolder;
@@ -108,6 +109,10 @@ LoadedWindows::~LoadedWindows() {
 
 frmAbout& aboutWindow() {
     return loaded<frmAbout>();
+}
+
+frmFind& findWindow() {
+    return loaded<frmFind>();
 }
 
 frmFrom& messageWindow() {

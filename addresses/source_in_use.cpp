@@ -1,0 +1,50 @@
+#include "addresses/source_in_use.h"
+
+#include "addresses/personal_book.h"
+#include "email/mailbox.h"
+#include "email/shared_settings.h"
+#include "platform/drives.h"
+#include "platform/runtime_error.h"
+#include "platform/text.h"
+
+#include <utility>
+
+namespace addresses {
+
+namespace {
+/** Bytes of a From line that are read. */
+constexpr std::size_t kMostFromBytes = 4'000;
+
+std::function<std::unique_ptr<AddressSource>()>& standInForTests() {
+    static std::function<std::unique_ptr<AddressSource>()> standIn;
+    return standIn;
+}
+
+PersonalSources personalSources() {
+    PersonalSources sources;
+    // On a drive that stands for nothing there are no cards.
+    const int error = platform::errorNumberOf(
+        [&] { sources.cardFolder = platform::nativePath(QStringLiteral("C:\\Contacts")); });
+    if (error != 0) {
+        sources.cardFolder.clear();
+    }
+    for (int number = email::mailbox.LastRecord; number > 0; --number) {
+        const std::string& from = email::mailbox.Messages.at(number).From;
+        sources.senders.push_back(from.substr(0, platform::wholeCharacters(from, kMostFromBytes)));
+    }
+    return sources;
+}
+} // namespace
+
+std::unique_ptr<AddressSource> makeSourceInUse() {
+    if (const auto& standIn = standInForTests()) {
+        return standIn();
+    }
+    return makePersonalBook(personalSources());
+}
+
+void replaceSourceInUse(std::function<std::unique_ptr<AddressSource>()> standIn) {
+    standInForTests() = std::move(standIn);
+}
+
+} // namespace addresses
