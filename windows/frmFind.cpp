@@ -76,7 +76,7 @@ void frmFind::layOut() {
     rows->addLayout(foot);
 
     setTabSequence({txtFind, lstFound, cmdUse, cmdClose});
-    resizeToText(104, 24);
+    resizeToText(104, 22);
 }
 
 void frmFind::resizeEvent(QResizeEvent* event) {

@@ -41,6 +41,8 @@ class frmFind : public Form {
     QPushButton* cmdClose;
     controls::Timer* tmrFind;
 
+    bool standsAtTheFoot() const override { return true; }
+
     /** Lets the arrows and the page keys in the text field move the mark in the list. */
     bool eventFilter(QObject* control, QEvent* event) override;
 
