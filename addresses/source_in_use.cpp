@@ -12,9 +12,6 @@
 namespace addresses {
 
 namespace {
-/** Bytes of a From line that are read. */
-constexpr std::size_t kMostFromBytes = 4'000;
-
 std::function<std::unique_ptr<AddressSource>()>& standInForTests() {
     static std::function<std::unique_ptr<AddressSource>()> standIn;
     return standIn;
@@ -28,10 +25,7 @@ PersonalSources personalSources() {
     if (error != 0) {
         sources.cardFolder.clear();
     }
-    for (int number = email::mailbox.LastRecord; number > 0; --number) {
-        const std::string& from = email::mailbox.Messages.at(number).From;
-        sources.senders.push_back(from.substr(0, platform::wholeCharacters(from, kMostFromBytes)));
-    }
+    sources.senders.assign(email::mailbox.Senders.rbegin(), email::mailbox.Senders.rend());
     return sources;
 }
 } // namespace

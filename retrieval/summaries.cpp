@@ -6,6 +6,7 @@
 #include "mailbox/mailbox_list.h"
 #include "message/mail_mode.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 #include "windows/frmLogin.h"
 #include "windows/windows.h"
 
@@ -26,6 +27,17 @@ void takeStandardHeader(email::MessageSummary& summary) {
         summary.Date = std::move(fields.date);
     }
 }
+
+/** Keeps the sender for the address book, which the records of the table would lose after deletions. */
+void rememberSender(const std::string& from) {
+    constexpr std::size_t mostBytes = 1'000;
+    constexpr std::size_t mostSenders = email::MessageTable::kLargest;
+    std::deque<std::string>& senders = email::mailbox.Senders;
+    senders.push_back(from.substr(0, platform::wholeCharacters(from, mostBytes)));
+    if (senders.size() > mostSenders) {
+        senders.pop_front();
+    }
+}
 } // namespace
 
 void fetchSummary(POPLib::POP& pop) {
@@ -33,12 +45,12 @@ void fetchSummary(POPLib::POP& pop) {
     email::MessageSummary& summary = email::mailbox.Messages.at(email::mailbox.CurrentMessage);
     summary.Size = pop.currentMessageSize().value_or(0);
     email::resetForListing(summary);
-    email::mailbox.LastRecord = std::max(email::mailbox.LastRecord, email::mailbox.CurrentMessage);
     loginWindow().StandardHeader.begin();
     pop.setBodyLineLimit(kSummaryBodyLines);
     pop.issueRequest(poplib::Request::RetrieveCurrentMessage);
     const bool fitted = pop.lastMessageFitted() && platform::fitsInMemory([&] {
                             takeStandardHeader(summary);
+                            rememberSender(summary.From);
                             writeRow(email::mailbox.CurrentMessage, summary);
                         });
     if (!fitted) {
