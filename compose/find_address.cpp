@@ -17,10 +17,12 @@ namespace {
 constexpr int kPauseInTypingMs = 250;
 
 /** What the line says of a search that has come to its end. */
-QString resultOf(const addresses::Outcome& outcome) {
+QString resultOf(const addresses::Outcome& outcome, const QString& typed) {
     QString text = QString::number(outcome.found.size()) + QStringLiteral(" found");
     if (outcome.found.empty()) {
-        text = QStringLiteral("Nobody found");
+        // A directory tells nobody of all its people.
+        text = typed.trimmed().isEmpty() ? QStringLiteral("Please type some letters")
+                                         : QStringLiteral("Nobody found");
     } else if (outcome.more) {
         text = QStringLiteral("More than %1 found: please type more letters").arg(outcome.found.size());
     }
@@ -162,7 +164,7 @@ void frmFind::show(const addresses::Outcome& outcome) {
         lstFound->setCurrentCell(0, 0);
         lstFound->scrollToTop();
     }
-    tell(resultOf(outcome));
+    tell(resultOf(outcome, txtFind->text()));
 }
 
 void frmFind::cmdUse_Click() {

@@ -2,6 +2,7 @@
 
 #include "components/controls/announcement.h"
 #include "components/controls/line_box.h"
+#include "email/mailbox.h"
 #include "platform/program.h"
 #include "platform/runtime_error.h"
 #include "tests/compose/send_fixture.h"
@@ -11,6 +12,8 @@
 #include <QApplication>
 #include <QLabel>
 #include <QTest>
+
+#include <filesystem>
 
 using addresses::FoundAddress;
 using addresses::Outcome;
@@ -64,7 +67,69 @@ class FindAddress : public SendTest {
 
     support::ScriptedAddresses source;
 };
+
+/** The same with the program's own sources. */
+class FindInOwnSources : public SendTest {
+  protected:
+    FindInOwnSources() {
+        composeWindow().cmdSendto->show();
+        email::mailbox.Senders = {"Ann Smith <ann@example.net>", "\"Miller, Bob\" <bob@example.net>"};
+    }
+
+    /** Opens the window and waits for what everybody comes to. */
+    static QStringList everybody() {
+        composeWindow().cmdSendto->click();
+        EXPECT_TRUE(eventsRunUntil([] { return findWindow().lblFinding->text() != text("Searching..."); }));
+        QStringList rows;
+        for (int row = 1; row < findWindow().lstFound->Rows(); ++row) {
+            rows.append(findWindow().lstFound->TextMatrix(row, 1));
+        }
+        return rows;
+    }
+};
 } // namespace
+
+TEST_F(FindInOwnSources, TheSendersAndTheCardsOfTheMembersOwnDriveAreFound) {
+    std::filesystem::create_directory(folder.path("Contacts"));
+    folder.write("Contacts/a.vcf", "BEGIN:VCARD\nVERSION:4.0\nFN:Cat\nEMAIL:cat@example.net\nEND:VCARD\nx");
+    EXPECT_THAT(everybody(),
+                ElementsAre(text("bob@example.net"), text("ann@example.net"), text("cat@example.net")));
+    EXPECT_EQ(findWindow().lblFinding->text(), text("3 found"));
+    findWindow().txtFind->setText(text("miller"));
+    QTest::keyClick(findWindow().txtFind, Qt::Key_Return);
+    ASSERT_TRUE(eventsRunUntil([] { return findWindow().lstFound->Row() == 1; }));
+    QTest::keyClick(findWindow().txtFind, Qt::Key_Return);
+    EXPECT_EQ(composeWindow().tTo->text(), text("\"Miller, Bob\" <bob@example.net>"));
+    EXPECT_EQ(folder.entries(), 2U) << "the settings and the cards: nothing is stored";
+}
+
+TEST_F(FindInOwnSources, AnotherSpellingOfTheDirectoryIsThePersonalBook) {
+    for (const char* lookUp : {"directory server", "Directory Server ", "", "Personal Address Book"}) {
+        email::settings.AddressLookup = text(lookUp);
+        EXPECT_THAT(everybody(), SizeIs(2)) << lookUp;
+        findWindow().close();
+    }
+}
+
+TEST_F(FindInOwnSources, TheDirectoryIsAskedWhereTheSettingsSayExactlySo) {
+    email::settings.AddressLookup = text("Directory Server");
+    email::settings.LDAPServer = text("not a name");
+    EXPECT_THAT(everybody(), IsEmpty());
+    EXPECT_EQ(findWindow().lblFinding->text(), text("Please type some letters"));
+    findWindow().txtFind->setText(text("ann"));
+    ASSERT_TRUE(eventsRunUntil([] { return findWindow().lblFinding->text() != text("Searching..."); }));
+    EXPECT_THAT(findWindow().lblFinding->text().toStdString(), testing::StartsWith("Nobody found. "));
+    EXPECT_EQ(findWindow().lstFound->Rows(), 1);
+    EXPECT_THAT(boxes, IsEmpty());
+}
+
+TEST_F(FindInOwnSources, ClosedAtOnceWhileTheCardsAreReadItLeavesNothingBehind) {
+    composeWindow().cmdSendto->click();
+    const QPointer<QWidget> window = &findWindow();
+    findWindow().close();
+    ASSERT_TRUE(eventsRunUntil([&window] { return window.isNull(); }));
+    EXPECT_TRUE(composeWindow().isEnabled());
+}
 
 TEST_F(FindAddress, StandsAboveTheComposeWindowWithTheKeyboardInItsField) {
     open();
@@ -75,6 +140,14 @@ TEST_F(FindAddress, StandsAboveTheComposeWindowWithTheKeyboardInItsField) {
     EXPECT_EQ(line(), text("Searching..."));
     EXPECT_FALSE(findWindow().cmdUse->isEnabled());
     EXPECT_THAT(boxes, IsEmpty());
+}
+
+TEST_F(FindAddress, LeavesTheFieldsInViewAboveIt) {
+    open();
+    for (const QWidget* field : {composeWindow().tTo, composeWindow().tCc}) {
+        EXPECT_LT(field->mapToGlobal(field->rect().bottomLeft()).y(), findWindow().frameGeometry().top());
+    }
+    EXPECT_EQ(findWindow().frameGeometry().bottom(), composeWindow().frameGeometry().bottom());
 }
 
 TEST_F(FindAddress, TypingSearchesOnceAfterAPause) {
@@ -111,6 +184,7 @@ TEST_F(FindAddress, TheLineTellsHowManyWereFoundAndAScreenReaderHearsIt) {
     };
 
     const std::vector<Case> cases{
+        {{{}, false, {}}, "Please type some letters"},
         {{{}, false, {}}, "Nobody found"},
         {{{kAnn}, false, {}}, "1 found"},
         {{{kAnn, kBob}, false, {}}, "2 found"},
