@@ -1,6 +1,7 @@
 // OpenLDAP's library does the protocol. It is loaded at the first search, with all that it needs.
 
 #include "components/directory/conversation.h"
+#include "components/directory/ldap_gate.h"
 #include "components/directory/ldap_stream.h"
 
 #include <array>
@@ -102,13 +103,7 @@ class LdapConversation final : public Conversation {
 
     std::string takeBytesToSend() override { return stream_.takeWritten(); }
 
-    void receive(std::string_view bytes) override {
-        // What begins otherwise is another protocol, whose bytes the library would take for a length.
-        constexpr char sequence = 0x30;
-        isBroken_ = isBroken_ || (!hasHeard_ && !bytes.empty() && bytes.front() != sequence);
-        hasHeard_ = hasHeard_ || !bytes.empty();
-        stream_.giveToRead(bytes);
-    }
+    void receive(std::string_view bytes) override { stream_.giveToRead(gate_.pass(bytes)); }
 
     std::optional<Message> next() override {
         while (!isBroken_) {
@@ -121,10 +116,10 @@ class LdapConversation final : public Conversation {
                 // It has passed something over, and its time was up then.
                 continue;
             }
-            if (type == 0) {
+            if (type == 0 && !gate_.hasEnded()) {
                 return std::nullopt;
             }
-            if (type < 0 || ldap_msgid(raw) == LDAP_RES_UNSOLICITED) {
+            if (type <= 0) {
                 break;
             }
             if (ldap_msgid(raw) == asked_ && type == LDAP_RES_SEARCH_ENTRY) {
@@ -140,7 +135,9 @@ class LdapConversation final : public Conversation {
         return Message{};
     }
 
-    bool hasUnreadBytes() const override { return stream_.unread() > 0; }
+    bool hasUnreadBytes() const override {
+        return stream_.unread() > 0 || gate_.holdsBack() || gate_.hasEnded();
+    }
 
   private:
     static bool limitMessages(Sockbuf* buffer) {
@@ -175,12 +172,11 @@ class LdapConversation final : public Conversation {
         return message;
     }
 
+    LdapGate gate_;
     LdapStream stream_;
     std::unique_ptr<LDAP, Unbind> handle_;
     /** The number of what was asked last. */
     int asked_ = -1;
-    /** Something has come from the server. */
-    bool hasHeard_ = false;
     bool isBroken_ = true;
 };
 } // namespace

@@ -1,118 +1,36 @@
-#include "addresses/directory_source.h"
-#include "tests/support/looked_up.h"
-#include "tests/support/scripted_server.h"
-#include "tests/support/trusted_root.h"
+#include "tests/addresses/directory_fixture.h"
 #include "tests/transport/resolver.h"
 
 #include <gmock/gmock.h>
 
-#include <chrono>
-#include <memory>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {
 
-using addresses::AddressSource;
-using addresses::DirectorySettings;
-using addresses::makeDirectorySource;
 using addresses::mostFound;
 using addresses::Outcome;
-using support::BeginTls;
-using support::Close;
+using support::ann;
+using support::attribute;
 using support::Conversation;
-using support::HoldSilent;
+using support::entry;
+using support::lastSaying;
 using support::lookedUp;
+using support::lookedUpAt;
+using support::message;
 using support::Peer;
-using support::Reset;
-using support::Script;
+using support::result;
+using support::saying;
 using support::ScriptedServer;
-using support::Send;
-using support::TlsIdentity;
+using support::searchDone;
+using support::sourceFor;
+using support::startTlsAnswer;
+using support::tlv;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 using namespace std::chrono_literals;
 using namespace std::string_literals;
-
-// LDAP as a server writes it (RFC 4511), in BER.
-
-std::string tlv(char tag, const std::string& value) {
-    std::string length;
-    if (value.size() < 0x80) {
-        length = static_cast<char>(value.size());
-    } else {
-        length = {'\x84', static_cast<char>(value.size() >> 24U), static_cast<char>(value.size() >> 16U),
-                  static_cast<char>(value.size() >> 8U), static_cast<char>(value.size())};
-    }
-    return tag + length + value;
-}
-
-std::string message(int number, const std::string& operation) {
-    return tlv('\x30', tlv('\x02', std::string(1, static_cast<char>(number))) + operation);
-}
-
-std::string result(char tag, int code, const std::string& said = {}) {
-    return tlv(tag,
-               tlv('\x0a', std::string(1, static_cast<char>(code))) + tlv('\x04', "") + tlv('\x04', said));
-}
-
-std::string searchDone(int number, int code) {
-    return message(number, result('\x65', code));
-}
-
-std::string startTlsAnswer(int code) {
-    return message(1, result('\x78', code));
-}
-
-std::string attribute(const std::string& name, const std::vector<std::string>& values) {
-    std::string set;
-    for (const std::string& value : values) {
-        set += tlv('\x04', value);
-    }
-    return tlv('\x30', tlv('\x04', name) + tlv('\x31', set));
-}
-
-std::string entry(int number, const std::string& attributes) {
-    return message(number, tlv('\x64', tlv('\x04', "uid=ann") + tlv('\x30', attributes)));
-}
-
-std::string ann(int number) {
-    return entry(number, attribute("cn", {"Ann"}) + attribute("mail", {"ann@example.org"}));
-}
-
-/** Says this as soon as it has been asked something. */
-Conversation saying(std::string bytes, std::size_t pieceBytes = 0) {
-    return [bytes = std::move(bytes), pieceBytes](Peer& peer) {
-        peer.awaitBytes();
-        peer.send(bytes, pieceBytes);
-        peer.holdSilent();
-    };
-}
-
-/** Says this and hangs up. */
-Conversation lastSaying(std::string bytes) {
-    return [bytes = std::move(bytes)](Peer& peer) {
-        peer.awaitBytes();
-        peer.send(bytes);
-        peer.close();
-    };
-}
-
-Conversation silent() {
-    return Script{HoldSilent{}};
-}
-
-std::unique_ptr<AddressSource> sourceFor(const QString& server, std::chrono::milliseconds patience = 10s) {
-    return makeDirectorySource({server.toStdString(), "dc=example", "ann", "secret", patience});
-}
-
-Outcome lookedUpAt(const ScriptedServer& server, const char* scheme = "plain://",
-                   std::chrono::milliseconds patience = 10s) {
-    return lookedUp(*sourceFor(QString::fromLatin1(scheme) + server.address(), patience), "ann");
-}
 
 constexpr const char* kFailed =
     "The connection to the directory server failed. Try again later. Error# 20302";
@@ -180,6 +98,20 @@ TEST(DirectorySource, ReadsNoMoreThanFiftyOneEntries) {
     EXPECT_THAT(outcome.found, SizeIs(mostFound));
     EXPECT_TRUE(outcome.more);
     EXPECT_EQ(outcome.trouble, "");
+}
+
+TEST(DirectorySource, ThatBreaksASearchOffShowsWhatItHasFound) {
+    for (const int limit : {3, 4, 11}) {
+        const ScriptedServer some(saying(ann(1) + searchDone(1, limit)));
+        const Outcome found = lookedUpAt(some);
+        EXPECT_THAT(found.found, SizeIs(1)) << limit;
+        EXPECT_TRUE(found.more) << limit;
+        EXPECT_EQ(found.trouble, "") << limit;
+        const ScriptedServer none(saying(searchDone(1, limit)));
+        const Outcome nothing = lookedUpAt(none);
+        EXPECT_FALSE(nothing.more) << limit;
+        EXPECT_THAT(nothing.trouble, HasSubstr("Type more of the name.")) << limit;
+    }
 }
 
 TEST(DirectorySource, EndsWithAServerThatSendsWithoutEnd) {
@@ -275,90 +207,6 @@ TEST(DirectorySource, TellsWhyThereIsNoConnection) {
     for (const auto& one : cases) {
         EXPECT_EQ(lookedUp(*sourceFor(one.server), "ann").trouble, one.trouble);
     }
-}
-
-TEST(DirectorySource, WaitsNoLongerThanItMay) {
-    const support::TrustedRoot trusted;
-    const ScriptedServer server(silent());
-    for (const char* const scheme : {"plain://", "", "starttls://", "tls://"}) {
-        EXPECT_EQ(lookedUpAt(server, scheme, 100ms).trouble,
-                  "The directory server did not answer in time. Try again later. Error# 20302")
-            << scheme;
-    }
-    const ScriptedServer endless([](Peer& peer) {
-        peer.awaitBytes();
-        peer.trickle(ann(1) + std::string(100'000, 'a'), 1ms);
-    });
-    EXPECT_THAT(lookedUpAt(endless, "plain://", 500ms).found, SizeIs(1));
-}
-
-TEST(DirectorySource, TellsNothingOfASearchThatWasGivenUp) {
-    support::application();
-    ScriptedServer server(silent());
-    const auto source = sourceFor(QStringLiteral("plain://") + server.address());
-    bool isTold = false;
-    const auto tell = [&isTold](const Outcome& /*outcome*/) { isTold = true; };
-    source->search("ann", tell);
-    source->giveUp();
-    source->search("", tell);
-    source->giveUp();
-    source->search("ann", tell);
-    ASSERT_TRUE(support::eventsRunUntil([&server] { return server.connections() > 0; }));
-    source->giveUp();
-    EXPECT_TRUE(server.waitForEndOf(1));
-    source->giveUp();
-    EXPECT_FALSE(isTold);
-}
-
-TEST(DirectorySource, TellsOnlyOfTheLastSearch) {
-    const ScriptedServer server(std::vector<Conversation>{silent(), saying(ann(1) + searchDone(1, 0))});
-    const auto source = sourceFor(QStringLiteral("plain://") + server.address());
-    bool isTold = false;
-    support::application();
-    source->search("bob", [&isTold](const Outcome& /*outcome*/) { isTold = true; });
-    ASSERT_TRUE(support::eventsRunUntil([&server] { return server.connections() > 0; }));
-    EXPECT_THAT(lookedUp(*source, "ann").found, SizeIs(1));
-    EXPECT_FALSE(isTold);
-}
-
-TEST(DirectorySource, MayBeDestroyedAtAnyTime) {
-    support::application();
-    ScriptedServer server(std::vector<Conversation>{silent(), saying(startTlsAnswer(0)), silent()});
-    for (const char* const scheme : {"plain://", "starttls://", "tls://"}) {
-        const std::size_t before = server.connections();
-        auto source = sourceFor(QString::fromLatin1(scheme) + server.address());
-        source->search("ann", [](const Outcome& /*outcome*/) { ADD_FAILURE() << "told"; });
-        ASSERT_TRUE(support::eventsRunUntil([&] { return server.connections() > before; }));
-        source.reset();
-    }
-    EXPECT_TRUE(server.waitForEndOf(3));
-    auto source = sourceFor(QString());
-    source->search("", [](const Outcome& /*outcome*/) { ADD_FAILURE() << "told"; });
-    source.reset();
-    support::eventsRunUntil([turns = 0]() mutable { return ++turns > 20; });
-}
-
-TEST(DirectorySource, MayBeDestroyedByWhomItTells) {
-    support::application();
-    const ScriptedServer server(saying(ann(1) + searchDone(1, 0)));
-    const std::pair<QString, const char*> cases[] = {
-        {QStringLiteral("plain://") + server.address(), "ann"}, {server.address(), ""}, {QString(), "ann"}};
-    for (const auto& [name, typed] : cases) {
-        auto source = sourceFor(name);
-        source->search(typed, [&source](const Outcome& /*outcome*/) { source.reset(); });
-        EXPECT_TRUE(support::eventsRunUntil([&source] { return source == nullptr; }));
-    }
-}
-
-TEST(DirectorySource, MayBeAskedAgainByWhomItTells) {
-    support::application();
-    const ScriptedServer server(saying(ann(1) + searchDone(1, 0)));
-    const auto source = sourceFor(QStringLiteral("plain://") + server.address());
-    std::size_t found = 0;
-    source->search("ann", [&](const Outcome& /*outcome*/) {
-        source->search("ann", [&found](const Outcome& outcome) { found = outcome.found.size(); });
-    });
-    EXPECT_TRUE(support::eventsRunUntil([&found] { return found == 1; }));
 }
 
 } // namespace

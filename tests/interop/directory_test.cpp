@@ -1,11 +1,8 @@
 // Addresses that are looked up in a real directory.
 
-#include "addresses/directory_source.h"
-#include "tests/support/looked_up.h"
+#include "tests/interop/directory_fixture.h"
+#include "tests/support/environment.h"
 #include "tests/support/occurrences.h"
-#include "tests/support/recording_relay.h"
-#include "tests/support/slapd_server.h"
-#include "tests/support/trusted_root.h"
 
 #include <QDir>
 #include <gmock/gmock.h>
@@ -28,48 +25,13 @@ using support::person;
 using support::persons;
 using support::SlapdOptions;
 using support::SlapdServer;
-using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::SizeIs;
 
-constexpr const char* kPassword = "correct horse";
-
-/** Nobody is to be searched for who has not logged on. */
-constexpr const char* kOnlyLoggedOn = "require authc\n";
-constexpr const char* kMayLogOn = "access to attrs=userPassword by anonymous auth by * none\n"
-                                  "access to * by users read by anonymous search\n";
-
-class Directory : public testing::Test {
-  protected:
-    void SetUp() override {
-        if (const std::string reason = SlapdServer::whyUnavailable(); !reason.empty()) {
-            GTEST_SKIP() << reason;
-        }
-        support::application();
-    }
-
-    static DirectorySettings settingsFor(const QString& server) {
-        return {server.toStdString(), support::kSlapdBase, "ann", kPassword};
-    }
-
-    static Outcome lookedUpAt(const QString& server, const std::string& typed) {
-        return lookedUp(*makeDirectorySource(settingsFor(server)), typed);
-    }
-
-    static SlapdOptions withAnn() {
-        return {.entries = person("ann", "Ann Miller", "ann@example.org", kPassword),
-                .certificate = support::trustedCertificate()};
-    }
-
-    static FoundAddress found(const std::string& name, const std::string& address) {
-        return {name, address, "Directory Server"};
-    }
-
-    support::TrustedRoot trustedRoot;
-};
+using Directory = support::DirectoryTest;
 
 TEST_F(Directory, IsSearchedUnderEverySpelling) {
     const SlapdServer server(withAnn());
@@ -254,72 +216,6 @@ TEST_F(Directory, IsSearchedWithoutAFileOfTheCurrentFolder) {
     const SlapdServer server(withAnn());
     EXPECT_THAT(lookedUpAt(server.address(), "ann").found, SizeIs(1));
     EXPECT_TRUE(QDir::setCurrent(before));
-}
-
-TEST_F(Directory, ThatDemandsALogOnIsShownThePasswordOverAProvenConnection) {
-    SlapdOptions options = withAnn();
-    options.serverLines = kOnlyLoggedOn;
-    options.databaseLines = kMayLogOn;
-    const SlapdServer server(options);
-    const support::RecordingRelay upgraded(server.address());
-    for (const QString& name : {QStringLiteral("starttls://") + upgraded.address(),
-                                QStringLiteral("tls://") + server.tlsAddress()}) {
-        const auto source = makeDirectorySource(settingsFor(name));
-        for (int times = 0; times < 2; ++times) {
-            const Outcome outcome = lookedUp(*source, "ann");
-            EXPECT_EQ(outcome.trouble, "");
-            EXPECT_THAT(outcome.found, SizeIs(1));
-        }
-    }
-    EXPECT_EQ(occurrences(server.log(), "BIND dn=\"uid=ann,dc=example,dc=org\" method=128"), 4U);
-    EXPECT_THAT(upgraded.clientBytes(), AllOf(Not(IsEmpty()), Not(HasSubstr(kPassword))));
-}
-
-TEST_F(Directory, ThatDemandsALogOnIsShownNothingOverAnyOtherConnection) {
-    SlapdOptions options = withAnn();
-    options.serverLines = kOnlyLoggedOn;
-    options.databaseLines = kMayLogOn;
-    const SlapdServer server(options);
-    for (const QString& scheme : {QString(), QStringLiteral("plain://")}) {
-        support::RecordingRelay relay(server.address());
-        const Outcome outcome = lookedUpAt(scheme + relay.address(), "ann");
-        EXPECT_THAT(outcome.found, IsEmpty());
-        EXPECT_THAT(outcome.trouble,
-                    HasSubstr("The directory does not let you search. Tell the administrator."));
-        EXPECT_THAT(relay.clientBytes(), AllOf(Not(IsEmpty()), Not(HasSubstr(kPassword))));
-    }
-    EXPECT_THAT(server.log(), Not(HasSubstr("BIND")));
-}
-
-TEST_F(Directory, ThatRefusesTheLogOnIsNotAskedAgain) {
-    SlapdOptions options = withAnn();
-    options.serverLines = kOnlyLoggedOn;
-    options.databaseLines = kMayLogOn;
-    const SlapdServer server(options);
-    DirectorySettings settings = settingsFor(QStringLiteral("tls://") + server.tlsAddress());
-    settings.password = "another secret";
-    const auto source = makeDirectorySource(settings);
-    for (int times = 0; times < 3; ++times) {
-        EXPECT_EQ(lookedUp(*source, "ann").trouble,
-                  "The directory refused your name or password. Tell the administrator. (LDAP result 49)");
-    }
-    EXPECT_EQ(occurrences(server.log(), " BIND dn="), 1U) << server.log();
-    EXPECT_THAT(server.log(), Not(HasSubstr(settings.password)));
-}
-
-TEST_F(Directory, IsNotLoggedOnToWithoutNeedOrWithoutAPassword) {
-    const SlapdServer open(withAnn());
-    EXPECT_THAT(lookedUpAt(QStringLiteral("tls://") + open.tlsAddress(), "ann").found, SizeIs(1));
-    EXPECT_THAT(open.log(), Not(HasSubstr("BIND")));
-
-    SlapdOptions options = withAnn();
-    options.serverLines = kOnlyLoggedOn;
-    const SlapdServer closed(options);
-    DirectorySettings settings = settingsFor(QStringLiteral("tls://") + closed.tlsAddress());
-    settings.password.clear();
-    EXPECT_THAT(lookedUp(*makeDirectorySource(settings), "ann").trouble,
-                HasSubstr("does not let you search"));
-    EXPECT_THAT(closed.log(), Not(HasSubstr("BIND")));
 }
 
 TEST_F(Directory, ThatIsKilledMeanwhileIsToldAndMayComeBack) {
