@@ -32,10 +32,11 @@ QString folded(const std::string& text) {
 
 /** An encoded word of which the end is cut off could not be decoded any more, so it is no name. */
 std::string nameOf(const std::string& name) {
+    constexpr int blankAtTheCut = 1;
     std::string shown = nameForShowing(name);
-    const bool isCodeCut = shown.find("=?") != std::string::npos && name.find(shown) == 0 &&
-                           shown.size() < name.size() && !shown.ends_with("?=");
-    return isCodeCut ? std::string() : shown;
+    const bool isAsLongAsMayBe = platform::fromBytes(shown).size() >= mostNameLetters - blankAtTheCut;
+    const bool isCode = shown.find("=?") != std::string::npos && !shown.ends_with("?=");
+    return isAsLongAsMayBe && isCode ? std::string() : shown;
 }
 
 /** Everybody, each address once. */

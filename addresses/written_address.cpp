@@ -27,6 +27,18 @@ std::string quoted(std::string_view name) {
     }
     return text + '"';
 }
+
+/** In upper case, as they go over the wire; none when the text is no list of addresses. */
+std::vector<std::string> mailboxesOf(std::string_view typed) {
+    std::vector<smtplib::Address> read;
+    const int error = platform::errorNumberOf(
+        [&] { read = smtplib::parseAddressList(typed, smtplib::AddressCharacters::Any); });
+    std::vector<std::string> mailboxes;
+    for (const smtplib::Address& address : error == 0 ? read : std::vector<smtplib::Address>()) {
+        mailboxes.push_back(platform::upperCase(address.mailbox()));
+    }
+    return mailboxes;
+}
 } // namespace
 
 std::string writtenAddress(const FoundAddress& found) {
@@ -38,12 +50,9 @@ std::string writtenAddress(const FoundAddress& found) {
 }
 
 bool hasAddress(std::string_view typed, std::string_view address) {
-    std::vector<smtplib::Address> there;
-    const int error = platform::errorNumberOf(
-        [&] { there = smtplib::parseAddressList(typed, smtplib::AddressCharacters::Any); });
-    return error == 0 && std::ranges::any_of(there, [address](const smtplib::Address& one) {
-               return platform::upperCase(one.mailbox()) == platform::upperCase(address);
-           });
+    const std::vector<std::string> there = mailboxesOf(typed);
+    const std::vector<std::string> wanted = mailboxesOf(address);
+    return !wanted.empty() && std::ranges::find(there, wanted.front()) != there.end();
 }
 
 } // namespace addresses

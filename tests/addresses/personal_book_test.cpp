@@ -4,10 +4,12 @@
 #include "tests/support/temporary_folder.h"
 #include "tests/support/waiting.h"
 
+#include <QCoreApplication>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <sys/stat.h>

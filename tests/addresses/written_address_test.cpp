@@ -86,6 +86,8 @@ TEST(WrittenAddress, OfAQuotedLocalPartIsReadBackToo) {
 TEST(WrittenAddress, IsFoundInAListThatHasItAndInNoOther) {
     EXPECT_TRUE(hasAddress("Ann <a@x.org>, b@x.org", "B@X.org"));
     EXPECT_TRUE(hasAddress("Us: a@x.org;", "a@x.org"));
+    EXPECT_TRUE(hasAddress("a@b\xC3\xBCro.example", "a@xn--bro-hoa.example"));
+    EXPECT_TRUE(hasAddress("a@xn--bro-hoa.example", "a@b\xC3\xBCro.example"));
     EXPECT_FALSE(hasAddress("aa@x.org", "a@x.org"));
     EXPECT_FALSE(hasAddress("", "a@x.org"));
     EXPECT_FALSE(hasAddress("a@x.org, half", "a@x.org")) << "a list that is no list yet has nothing";
