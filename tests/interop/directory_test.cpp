@@ -185,6 +185,13 @@ TEST_F(Directory, WithoutEncryptionIsAskedInClearOnlyUnderABareName) {
 }
 
 TEST_F(Directory, IsNotSpokenToAsTheLibrarysOwnSettingsSay) {
+    SlapdOptions options = withAnn();
+    auto expired = support::loopback();
+    expired.notBefore = -std::chrono::hours(2);
+    expired.notAfter = -std::chrono::minutes(1);
+    options.certificate = support::testRoot().issue(expired);
+    options.entries += persons(1, 5);
+    const SlapdServer server(options);
     const support::TemporaryFolder folder;
     folder.write("ldaprc",
                  "TLS_REQCERT never\nURI ldap://192.0.2.1\nBASE dc=evil\nDEREF always\nSIZELIMIT 1\n"
@@ -194,13 +201,6 @@ TEST_F(Directory, IsNotSpokenToAsTheLibrarysOwnSettingsSay) {
     const EnvironmentVariable reqcert("LDAPTLS_REQCERT", "never");
     const EnvironmentVariable uri("LDAPURI", "ldap://192.0.2.1");
     const EnvironmentVariable limit("LDAPSIZELIMIT", "1");
-    SlapdOptions options = withAnn();
-    auto expired = support::loopback();
-    expired.notBefore = -std::chrono::hours(2);
-    expired.notAfter = -std::chrono::minutes(1);
-    options.certificate = support::testRoot().issue(expired);
-    options.entries += persons(1, 5);
-    const SlapdServer server(options);
     EXPECT_THAT(lookedUpAt(QStringLiteral("tls://") + server.tlsAddress(), "ann").trouble,
                 HasSubstr("Error# 20324"));
     EXPECT_THAT(lookedUpAt(server.address(), "person").found, SizeIs(5));
@@ -208,12 +208,13 @@ TEST_F(Directory, IsNotSpokenToAsTheLibrarysOwnSettingsSay) {
 }
 
 TEST_F(Directory, IsSearchedWithoutAFileOfTheCurrentFolder) {
+    // It would read that file, too.
+    const SlapdServer server(withAnn());
     const support::TemporaryFolder folder;
     // Whoever opens it waits for ever.
     ASSERT_EQ(mkfifo(folder.path("ldaprc").c_str(), 0600), 0);
     const QString before = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(folder.qtPath("")));
-    const SlapdServer server(withAnn());
     EXPECT_THAT(lookedUpAt(server.address(), "ann").found, SizeIs(1));
     EXPECT_TRUE(QDir::setCurrent(before));
 }
