@@ -100,16 +100,8 @@ void frmSend::cmdAttach_Click() {
     }
 }
 
-void frmSend::cmdSendto_Click() {
-    controls::showMessage(QStringLiteral("No address look-up is available here. Please type the address."),
-                          email::programTitle());
-}
-
-void frmSend::cmdCCto_Click() {
-    cmdSendto_Click();
-}
-
 void frmSend::Form_Unload() {
+    closeFinding();
     removeKeptLetter();
     tTo->clear();
     tCc->clear();
@@ -125,6 +117,7 @@ void frmSend::closeEvent(QCloseEvent* event) {
     }
     event->ignore();
     runHandler([this] {
+        closeFinding();
         hide();
         giveControlBack();
     });

@@ -99,6 +99,7 @@ void frmSend::cmdSndit_Click() {
         return;
     }
     const platform::WhileTrue sending(sending_);
+    closeFinding();
     const int error = platform::errorNumberOf([this] { send(); });
     if (error == 0) {
         return;

@@ -34,7 +34,7 @@ settings_text() {
         "Institution=Example School" \
         "[Application Options]" \
         "PlayWav=yes" \
-        "ShowDatabase=no" \
+        "ShowDatabase=yes" \
         "SendAttachments=yes" \
         'SaveDirectory=C:\' \
         "AllowPrinting=yes" \

@@ -1,5 +1,6 @@
 #include "doctor/doctor.h"
 
+#include "doctor/directory_survey.h"
 #include "doctor/mailbox_survey.h"
 #include "doctor/places.h"
 #include "doctor/pop3_survey.h"
@@ -51,6 +52,10 @@ void examineServers(const Order& order, Report& report) {
                    ? smtplib::Account()
                    : smtplib::Account{member.user, member.password, platform::toBytes(who.NameAtHost)},
                surveys);
+    const email::Settings& is = email::settings;
+    if (email::isYes(is.ShowDatabase) && is.AddressLookup == QLatin1String("Directory Server")) {
+        surveyDirectory(is.LDAPServer, is.LDAPSearchBase, order.user.isEmpty() ? nullptr : &member, surveys);
+    }
 }
 } // namespace
 

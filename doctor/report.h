@@ -75,7 +75,7 @@ struct CertificateSeen {
 
 /** What was seen of one server. */
 struct ServerSeen {
-    /** "POP3" or "SMTP". */
+    /** "POP3", "SMTP" or "LDAP". */
     QString protocol;
     /** As it is written in the settings. */
     QString name;

@@ -28,6 +28,25 @@ QString meaningOfServer(const SettingsRead& read, const QString& key) {
                : meaningOfName(read.settings.SMTPServer, smtplib::SMTP::kDefaultPorts);
 }
 
+/** Where Find Address looks, and what that has to do with the directory server. */
+QString meaningOfLookUp(const QString& key, const email::Settings& is) {
+    const bool inDirectory = is.AddressLookup == QLatin1String("Directory Server");
+    if (!email::isYes(is.ShowDatabase)) {
+        return QStringLiteral("Not used: there are no Find Address buttons.");
+    }
+    if (key == QLatin1String("AddressLookup")) {
+        return inDirectory ? QStringLiteral("Find Address asks the directory server.")
+                           : QStringLiteral("Find Address looks among the senders of waiting mail and in "
+                                            "the members' cards below C:\\Contacts\\.");
+    }
+    if (!inDirectory) {
+        return QStringLiteral("Not used: Find Address looks in the members' own address books.");
+    }
+    return key == QLatin1String("LDAPServer")
+               ? QStringLiteral("Find Address asks this server.")
+               : QStringLiteral("Find Address searches the directory below this place.");
+}
+
 QString meaningOfSwitch(const QString& key, const email::Settings& is) {
     if (key == QLatin1String("ShowSetup")) {
         return onOrOff(is.ShowSetup, "The login window has a Setup button.",
@@ -72,7 +91,7 @@ QString meaningOf(const QString& key, const SettingsRead& read) {
         return meaningOfInterval(is);
     }
     if (key.startsWith(QLatin1String("LDAP")) || key == QLatin1String("AddressLookup")) {
-        return QStringLiteral("Kept in the setup window; nothing uses it.");
+        return meaningOfLookUp(key, is);
     }
     return meaningOfSwitch(key, is);
 }

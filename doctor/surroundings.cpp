@@ -1,5 +1,6 @@
 #include "doctor/surroundings.h"
 
+#include "addresses/directory_troubles.h"
 #include "components/controls/message_box.h"
 #include "components/controls/picture.h"
 #include "components/controls/wave_player.h"
@@ -109,6 +110,11 @@ void addFonts(std::vector<Finding>& findings) {
               shown.fixedPitch() ? QString() : QStringLiteral("Install fonts-dejavu-core.")));
 }
 
+/** What the window of Find Address tells without its library. */
+QString lineOfFindAddress(int /*error*/) {
+    return QString::fromStdString(addresses::troubleOf({addresses::DirectoryEnd::Kind::NoLibrary}));
+}
+
 struct OwnLibrary {
     const char* file;
     /** A function that it has. */
@@ -120,7 +126,7 @@ struct OwnLibrary {
 };
 
 void addLibraries(std::vector<Finding>& findings) {
-    const std::array<OwnLibrary, 5> libraries = {{
+    const std::array<OwnLibrary, 6> libraries = {{
         {"libbrindlewake_network.so", "brindlewakeMakeTcpStream", Grade::Stops,
          "there is no connection in clear", errors::NetworkUnreachable, boxOfFailedLogIn},
         {"libbrindlewake_tls.so", "brindlewakeMakeTlsStream", Grade::Stops, "nothing can be encrypted",
@@ -132,6 +138,8 @@ void addLibraries(std::vector<Finding>& findings) {
          errors::PrinterError, controls::textOfError},
         {"libbrindlewake_standard.so", "brindlewakeStandardReader", Grade::Met,
          "nothing can be read with --mail=standard", errors::FileNotFound, email::boxOfFailedOpening},
+        {"libbrindlewake_directory.so", "brindlewakeMakeConversation", Grade::Met,
+         "Find Address asks no directory", errors::FileNotFound, lineOfFindAddress},
     }};
     for (const OwnLibrary& library : libraries) {
         if (platform::symbolIn(library.file, library.function) == nullptr) {

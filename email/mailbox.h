@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
+#include <string>
 #include <vector>
 
 namespace email {
@@ -20,6 +22,9 @@ struct Mailbox {
     std::int16_t MessageCount = 0;
     /** The message count at the end of the last retrieval; messages with higher numbers are new mail. */
     std::int16_t LastMessageCount = 0;
+    /** The starts of the From lines that were listed since the log-on, the newest last; deletions take none
+     * out. */
+    std::deque<std::string> Senders;
     /** Bytes of the whole mailbox, as the server reports them. */
     std::int32_t MailboxBytes = 0;
     bool NewMailFound = false;

@@ -39,6 +39,7 @@ void prepareList(const POPLib::POP& pop) {
     // An empty list keeps one blank row below the titles.
     main.MailGrid->setRows(mailbox.MessageCount == 0 ? 2 : mailbox.MessageCount + 1);
     mailbox.LastMessageCount = pop.messageCount();
+    mailbox.Senders.clear();
     main.barProgress->setMin(0);
     if (pop.messageCount() != 0) {
         main.barProgress->setMax(pop.messageCount());

@@ -6,6 +6,7 @@
 #include "mailbox/mailbox_list.h"
 #include "message/mail_mode.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 #include "windows/frmLogin.h"
 #include "windows/windows.h"
 
@@ -26,6 +27,17 @@ void takeStandardHeader(email::MessageSummary& summary) {
         summary.Date = std::move(fields.date);
     }
 }
+
+/** Keeps the sender for the address book, which the records of the table would lose after deletions. */
+void rememberSender(const std::string& from) {
+    constexpr std::size_t mostBytes = 1'000;
+    constexpr std::size_t mostSenders = email::MessageTable::kLargest;
+    std::deque<std::string>& senders = email::mailbox.Senders;
+    senders.push_back(from.substr(0, platform::wholeCharacters(from, mostBytes)));
+    if (senders.size() > mostSenders) {
+        senders.pop_front();
+    }
+}
 } // namespace
 
 void fetchSummary(POPLib::POP& pop) {
@@ -38,6 +50,7 @@ void fetchSummary(POPLib::POP& pop) {
     pop.issueRequest(poplib::Request::RetrieveCurrentMessage);
     const bool fitted = pop.lastMessageFitted() && platform::fitsInMemory([&] {
                             takeStandardHeader(summary);
+                            rememberSender(summary.From);
                             writeRow(email::mailbox.CurrentMessage, summary);
                         });
     if (!fitted) {

@@ -73,6 +73,9 @@ class Form : public QWidget {
     /** The window that control was taken from last; null when there was none or it no longer exists. */
     const Form* opener() const { return opener_; }
 
+    /** Whether the window stands at the foot of its opener, whose fields stay in view then. */
+    virtual bool standsAtTheFoot() const { return false; }
+
   protected:
     Form(const QString& objectName, const QString& caption);
 

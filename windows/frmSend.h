@@ -29,8 +29,6 @@ class frmSend : public Form {
     void Form_Unload() override;
     void cmdCancel_Click();
     void cmdAttach_Click();
-    void cmdSendto_Click();
-    void cmdCCto_Click();
     /**
      * Shows the window and returns true when it is open or is sending a message. Returns true also while the
      * user is asked whether to go on with a kept letter. The caller must not fill the window in then.
@@ -38,6 +36,10 @@ class frmSend : public Form {
     bool showIfInUse();
     /** Shows the window, with the focus in the field. The opener is disabled until this window is closed. */
     void openFrom(Form& opener, QWidget& field);
+
+    // compose/find_address.cpp
+    void cmdSendto_Click();
+    void cmdCCto_Click();
 
     // compose/keep_letter.cpp
     /**
@@ -90,6 +92,10 @@ class frmSend : public Form {
     /** Shows or hides both Find Address buttons. Without them the fields are as wide as the subject field. */
     void showFindAddress(bool shown);
 
+    // compose/find_address.cpp
+    /** Closes the window that finds addresses for this one, if it is open. */
+    void closeFinding();
+
     // compose/send.cpp
     void send();
     void transmit(ComposedMessage message);
@@ -101,6 +107,7 @@ class frmSend : public Form {
     void removeKeptLetter();
 
     QGridLayout* fields_;
+    QPointer<Form> finding_;
     /** The digest of what the file holds, so that the same is not written again; 0 for no file. */
     std::size_t keptDigest_ = 0;
     /** Milliseconds that it took to write the letter the last time. */

@@ -2,6 +2,7 @@
 
 #include "platform/nested_wait.h"
 #include "windows/frmAbout.h"
+#include "windows/frmFind.h"
 #include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -28,7 +29,7 @@ struct LoadedWindows::Windows {
     using Slots = std::tuple<std::unique_ptr<Window>...>;
 
     /** The program's windows from the topmost one down; empty for those that are not loaded. */
-    Slots<frmSend, frmFrom, frmSetup, frmMain, frmLogin, frmAbout> fromTheTop;
+    Slots<frmFind, frmSend, frmFrom, frmSetup, frmMain, frmLogin, frmAbout> fromTheTop;
     /** Size and place of each window when it was hidden last, by its object name. */
     std::map<QString, QByteArray> places;
     QString attachFolder;
@@ -110,6 +111,10 @@ frmAbout& aboutWindow() {
     return loaded<frmAbout>();
 }
 
+frmFind& findWindow() {
+    return loaded<frmFind>();
+}
+
 frmFrom& messageWindow() {
     return loaded<frmFrom>();
 }
@@ -155,13 +160,18 @@ const Form* openerOf(const Form& window) {
     return is(slotOf<frmSetup>()) || is(slotOf<frmMain>()) ? slotOf<frmLogin>().get() : nullptr;
 }
 
-/** Moves the window to the middle of its opener, or of the screen when null, but not over the screen's edge.
+/**
+ * Moves the window to the middle of its opener, or to its foot, or to the middle of the screen when null, but
+ * not over the screen's edge.
  */
 void standInTheMiddle(Form& window, const Form* opener) {
     const QRect screen = (opener != nullptr ? opener : &window)->screen()->availableGeometry();
     const QSize frame = opener != nullptr ? opener->frameGeometry().size() - opener->size() : QSize(0, 0);
     QRect place(QPoint(0, 0), window.size() + frame);
     place.moveCenter(opener != nullptr ? opener->frameGeometry().center() : screen.center());
+    if (opener != nullptr && window.standsAtTheFoot()) {
+        place.moveBottom(opener->frameGeometry().bottom());
+    }
     place.moveRight(std::min(place.right(), screen.right()));
     place.moveBottom(std::min(place.bottom(), screen.bottom()));
     place.moveLeft(std::max(place.left(), screen.left()));

@@ -6,6 +6,7 @@
 
 class Form;
 class frmAbout;
+class frmFind;
 class frmFrom;
 class frmLogin;
 class frmMain;
@@ -16,6 +17,7 @@ class frmSetup;
 // (Form_Load has run) before the accessor returns.
 
 frmAbout& aboutWindow();
+frmFind& findWindow();
 frmFrom& messageWindow();
 frmLogin& loginWindow();
 frmMain& mainWindow();

@@ -33,7 +33,7 @@ DomainName=example.org
 Institution=Listening School
 [Application Options]
 PlayWav=no
-ShowDatabase=no
+ShowDatabase=yes
 SendAttachments=no
 SaveDirectory=C:\\
 AllowPrinting=no
@@ -179,16 +179,20 @@ class Computer:
         self.program = self.start(str(self.build / "brindlewake"))
         self.focus("Listening School E-Mail")
 
-    def focus(self, title):
-        """Waits for the window with exactly that title, and gives it the keyboard, as nobody manages windows here."""
+    def windows_titled(self, title):
+        """The visible windows with exactly that title, the newest one last."""
+        if self.program.poll() is not None:
+            raise SystemExit(f"the program has ended with {self.program.returncode}")
         search = ["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"]
+        found = subprocess.run(search, env=self.environment, capture_output=True, text=True).stdout.split()
+        return sorted(found, key=int)
 
-        def window():
-            if self.program.poll() is not None:
-                raise SystemExit(f"the program has ended with {self.program.returncode}")
-            return subprocess.run(search, env=self.environment, capture_output=True, text=True).stdout.split()
+    def wait_for_windows(self, title, count):
+        wait_until(f'{count} windows "{title}"', lambda: len(self.windows_titled(title)) == count)
 
-        self.press("windowfocus", "--sync", wait_until(f'the window "{title}"', window)[0])
+    def focus(self, title):
+        """Waits for a window with exactly that title, and gives it the keyboard, as nobody manages windows here."""
+        self.press("windowfocus", "--sync", wait_until(f'the window "{title}"', lambda: self.windows_titled(title))[-1])
 
     def end(self):
         for process in reversed(self.processes):

@@ -79,6 +79,7 @@ TEST_F(DoctorProgram, WithoutItsLibraries) {
     EXPECT_EQ(ended.grade(25052, "Network is unreachable."), kStops);
     EXPECT_EQ(ended.grade(20325, "libbrindlewake_tls.so"), kStops);
     EXPECT_EQ(ended.grade(482, "libbrindlewake_printing.so"), kMet);
+    EXPECT_EQ(ended.grade(53, "libbrindlewake_directory.so"), kMet);
     EXPECT_EQ(run({QStringLiteral("--version")}).status, 0);
 }
 
@@ -104,5 +105,20 @@ TEST_F(DoctorProgram, WithAMessageThatEndsTheLogIn) {
     EXPECT_EQ(ended.status, 1);
     EXPECT_EQ(ended.grade(5, "Error 5 Please start program again"), kStops);
     EXPECT_EQ(ended.finding(5).value(QStringLiteral("message")).toInt(), 2);
+}
+
+TEST_F(DoctorProgram, WithADirectoryThatIsNotThereWhereMembersCanSearchIt) {
+    const support::RefusingPort refusing;
+    fields.LDAPServer = refusing.address();
+    fields.AddressLookup = QStringLiteral("Directory Server");
+    fields.ShowDatabase = QStringLiteral("no");
+    EXPECT_EQ(examine().json().value(QStringLiteral("servers")).toArray().size(), 2);
+    fields.ShowDatabase = QStringLiteral("yes");
+    const Ended ended = examine();
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.json().value(QStringLiteral("servers")).toArray().size(), 3);
+    EXPECT_EQ(ended.grade(25062, "The directory server refused the connection."), kMet);
+    fields.AddressLookup = QStringLiteral("directory server");
+    EXPECT_EQ(examine().json().value(QStringLiteral("servers")).toArray().size(), 2);
 }
 } // namespace

@@ -156,6 +156,16 @@ TEST_F(MessageDeletion, TheWindowRestsWhileTheServerWorks) {
     expectFailure(20332);
 }
 
+TEST_F(MessageDeletion, TakesNobodyOutOfTheAddressBookAndNewMailComesBehind) {
+    logInWith(3);
+    deleteRow(1);
+    EXPECT_THAT(email::mailbox.Senders, ElementsAre("a@example.org", "b@example.org", "c@example.org"));
+    mailbox.deliver(message(4));
+    mainWindow().cmdGetMail->click();
+    EXPECT_THAT(email::mailbox.Senders,
+                ElementsAre("a@example.org", "b@example.org", "c@example.org", "d@example.org"));
+}
+
 TEST_F(MessageDeletion, TheTableOfMessagesIsNotCompacted) {
     logInWith(4);
     deleteRow(1);

@@ -47,6 +47,12 @@ std::uint16_t freePort() {
     return ntohs(address.sin_port);
 }
 
+bool takesConnections(std::uint16_t port) {
+    const Socket client;
+    const sockaddr_in address = loopback(port);
+    return connect(client.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
 bool greets(std::uint16_t port, std::string_view greeting, const QDeadlineTimer& deadline) {
     const Socket client;
     const sockaddr_in address = loopbackPlace(port);

@@ -3,6 +3,7 @@
 #include "tests/support/places.h"
 #include "tests/support/window_test.h"
 #include "windows/frmAbout.h"
+#include "windows/frmFind.h"
 #include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -261,6 +262,13 @@ INSTANTIATE_TEST_SUITE_P(Windows, Looks,
                                          WindowCase{"Login", []() -> Form& { return loginWindow(); }},
                                          WindowCase{"About", []() -> Form& { return aboutWindow(); }},
                                          WindowCase{"Compose", []() -> Form& { return composeWindow(); }},
+                                         WindowCase{"Find",
+                                                    []() -> Form& {
+                                                        findWindow().lblFinding->setText(
+                                                            QStringLiteral("Nobody found"));
+                                                        findWindow().cmdUse->setEnabled(true);
+                                                        return findWindow();
+                                                    }},
                                          WindowCase{"Message",
                                                     []() -> Form& {
                                                         messageWindow().barFind->setVisible(true);

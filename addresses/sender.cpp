@@ -1,0 +1,60 @@
+#include "addresses/sender.h"
+
+#include "components/smtplib/address_list.h"
+#include "platform/runtime_error.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace addresses {
+
+namespace {
+std::string_view trimmed(std::string_view text) {
+    constexpr std::string_view spaces = " \t\r\n";
+    const std::size_t first = std::min(text.find_first_not_of(spaces), text.size());
+    text.remove_prefix(first);
+    return text.substr(0, text.find_last_not_of(spaces) + 1);
+}
+
+std::string withoutQuotes(std::string_view name) {
+    constexpr std::size_t bothQuotes = 2;
+    if (name.size() < bothQuotes || !name.starts_with('"') || !name.ends_with('"')) {
+        return std::string(name);
+    }
+    name = name.substr(1, name.size() - bothQuotes);
+    std::string plain;
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        at += name[at] == '\\' && at + 1 < name.size() ? 1 : 0;
+        plain += name[at];
+    }
+    return plain;
+}
+
+/** What stands in the first comment, as in "ann@example.org (Ann Smith)". */
+std::string commentIn(std::string_view from) {
+    const std::size_t opening = from.find('(');
+    const std::size_t closing = opening == std::string_view::npos ? opening : from.find(')', opening);
+    return closing == std::string_view::npos
+               ? std::string()
+               : std::string(trimmed(from.substr(opening + 1, closing - opening - 1)));
+}
+} // namespace
+
+std::optional<Sender> senderOf(std::string_view from) {
+    std::vector<smtplib::Address> read;
+    const int error = platform::errorNumberOf(
+        [&] { read = smtplib::parseAddressList(from, smtplib::AddressCharacters::Any); });
+    if (error == 0 && !read.empty()) {
+        const smtplib::Address& first = read.front();
+        return Sender{first.displayName.empty() ? commentIn(from) : first.displayName, first.mailbox()};
+    }
+    const std::size_t closing = from.rfind('>');
+    const std::size_t opening = from.rfind('<', closing);
+    if (closing == std::string_view::npos || opening == std::string_view::npos) {
+        return std::nullopt;
+    }
+    return Sender{withoutQuotes(trimmed(from.substr(0, opening))),
+                  std::string(trimmed(from.substr(opening + 1, closing - opening - 1)))};
+}
+
+} // namespace addresses
