@@ -62,7 +62,7 @@ TEST(DirectorySource, TellsOfWhatIsNoDirectory) {
 
     for (const auto& one : cases) {
         const ScriptedServer server(saying(one.bytes));
-        const Outcome outcome = lookedUpAt(server, "plain://", 2s);
+        const Outcome outcome = lookedUpAt(server, "plain://", 300ms);
         EXPECT_THAT(outcome.found, IsEmpty()) << one.what;
         EXPECT_THAT(outcome.trouble, HasSubstr(" Error# 20302")) << one.what;
     }
