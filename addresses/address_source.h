@@ -20,7 +20,7 @@ struct FoundAddress {
 };
 
 /** What a search has come to. */
-struct Outcome {
+struct FoundAddresses {
     /** At most `mostFound`, in the order in which they are shown. */
     std::vector<FoundAddress> found;
     /** There are more, which only a longer text would show. */
@@ -45,7 +45,7 @@ class AddressSource {
      * from the event loop of the thread that asked and never from within this call; not at all when the
      * search was given up.
      */
-    virtual void search(std::string typed, std::function<void(Outcome)> found) = 0;
+    virtual void search(std::string typed, std::function<void(FoundAddresses)> found) = 0;
 
     /** Gives up the search that runs, if there is one. Returns at once. */
     virtual void giveUp() = 0;

@@ -20,8 +20,8 @@ std::string nameOf(const directory::Entry& entry) {
 }
 } // namespace
 
-Outcome foundIn(const std::vector<directory::Entry>& entries) {
-    Outcome outcome;
+FoundAddresses foundIn(const std::vector<directory::Entry>& entries) {
+    FoundAddresses outcome;
     for (const directory::Entry& entry : entries) {
         const std::string name = nameOf(entry);
         std::size_t ofThisEntry = 0;

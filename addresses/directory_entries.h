@@ -16,6 +16,6 @@ inline constexpr std::size_t mostOfOneEntry = 5;
  * showing, in the order of the directory. An address that stands there twice is found once under each name.
  * `more` is set where there are more than mostFound.
  */
-Outcome foundIn(const std::vector<directory::Entry>& entries);
+FoundAddresses foundIn(const std::vector<directory::Entry>& entries);
 
 } // namespace addresses

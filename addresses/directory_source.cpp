@@ -18,7 +18,7 @@ class DirectorySource final : public AddressSource {
   public:
     explicit DirectorySource(DirectorySettings settings) : settings_(std::move(settings)) {}
 
-    void search(std::string typed, std::function<void(Outcome)> found) override {
+    void search(std::string typed, std::function<void(FoundAddresses)> found) override {
         giveUp();
         found_ = std::move(found);
         filter_ = directoryFilter(typed);
@@ -67,7 +67,7 @@ class DirectorySource final : public AddressSource {
             logOn();
             return;
         }
-        Outcome outcome = foundIn(answer.entries);
+        FoundAddresses outcome = foundIn(answer.entries);
         if (answer.end.kind == DirectoryEnd::Kind::Answered && isLimit(answer.end.code) &&
             !answer.entries.empty()) {
             outcome.more = true;
@@ -98,11 +98,11 @@ class DirectorySource final : public AddressSource {
     }
 
     /** Tells what is known without a search. */
-    void tellLater(Outcome outcome) {
-        known_ = std::make_shared<Outcome>(std::move(outcome));
+    void tellLater(FoundAddresses outcome) {
+        known_ = std::make_shared<FoundAddresses>(std::move(outcome));
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
-            [this, weak = std::weak_ptr<Outcome>(known_)] {
+            [this, weak = std::weak_ptr<FoundAddresses>(known_)] {
                 // Nobody has given the search up, so this source is there.
                 if (const auto known = weak.lock()) {
                     tell(*known);
@@ -112,14 +112,14 @@ class DirectorySource final : public AddressSource {
     }
 
     /** Ends the search. Whoever is told may destroy this source. */
-    void tell(Outcome outcome) {
+    void tell(FoundAddresses outcome) {
         const auto found = std::exchange(found_, nullptr);
         giveUp();
         found(std::move(outcome));
     }
 
     DirectorySettings settings_;
-    std::function<void(Outcome)> found_;
+    std::function<void(FoundAddresses)> found_;
     std::string filter_;
     std::optional<DirectorySession> session_;
     bool hasLoggedOn_ = false;
@@ -127,7 +127,7 @@ class DirectorySource final : public AddressSource {
     bool demandsLogOn_ = false;
     /** What was told of a log-on that was refused. */
     std::string refusal_;
-    std::shared_ptr<Outcome> known_;
+    std::shared_ptr<FoundAddresses> known_;
 };
 } // namespace
 

@@ -143,7 +143,7 @@ class PersonalBook : public AddressSource {
         }
     }
 
-    void search(std::string typed, std::function<void(Outcome)> found) override {
+    void search(std::string typed, std::function<void(FoundAddresses)> found) override {
         const std::size_t number = ++searches_;
         asked_.emplace(Asked{std::move(typed), std::move(found)});
         QMetaObject::invokeMethod(
@@ -161,7 +161,7 @@ class PersonalBook : public AddressSource {
   private:
     struct Asked {
         std::string typed;
-        std::function<void(Outcome)> found;
+        std::function<void(FoundAddresses)> found;
     };
 
     static Book unreadBook() { return {{}, "The address book could not be read."}; }
@@ -180,9 +180,9 @@ class PersonalBook : public AddressSource {
         asked.found(look(asked.typed));
     }
 
-    Outcome look(const std::string& typed) const {
+    FoundAddresses look(const std::string& typed) const {
         const QStringList words = folded(typed).simplified().split(u' ', Qt::SkipEmptyParts);
-        Outcome outcome{{}, false, book_->trouble};
+        FoundAddresses outcome{{}, false, book_->trouble};
         for (const People::Person& person : book_->people) {
             const bool hasAll = std::ranges::all_of(
                 words, [&person](const QString& word) { return person.searched.contains(word); });

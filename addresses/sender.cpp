@@ -9,14 +9,14 @@
 namespace addresses {
 
 namespace {
-std::string_view trimmed(std::string_view text) {
+std::string_view withoutBlanks(std::string_view text) {
     constexpr std::string_view spaces = " \t\r\n";
     const std::size_t first = std::min(text.find_first_not_of(spaces), text.size());
     text.remove_prefix(first);
     return text.substr(0, text.find_last_not_of(spaces) + 1);
 }
 
-std::string withoutQuotes(std::string_view name) {
+std::string unquoted(std::string_view name) {
     constexpr std::size_t bothQuotes = 2;
     if (name.size() < bothQuotes || !name.starts_with('"') || !name.ends_with('"')) {
         return std::string(name);
@@ -36,7 +36,7 @@ std::string commentIn(std::string_view from) {
     const std::size_t closing = opening == std::string_view::npos ? opening : from.find(')', opening);
     return closing == std::string_view::npos
                ? std::string()
-               : std::string(trimmed(from.substr(opening + 1, closing - opening - 1)));
+               : std::string(withoutBlanks(from.substr(opening + 1, closing - opening - 1)));
 }
 } // namespace
 
@@ -53,8 +53,8 @@ std::optional<Sender> senderOf(std::string_view from) {
     if (closing == std::string_view::npos || opening == std::string_view::npos) {
         return std::nullopt;
     }
-    return Sender{withoutQuotes(trimmed(from.substr(0, opening))),
-                  std::string(trimmed(from.substr(opening + 1, closing - opening - 1)))};
+    return Sender{unquoted(withoutBlanks(from.substr(0, opening))),
+                  std::string(withoutBlanks(from.substr(opening + 1, closing - opening - 1)))};
 }
 
 } // namespace addresses

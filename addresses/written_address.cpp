@@ -17,7 +17,7 @@ bool isWordCharacter(char character) {
            static_cast<unsigned char>(character) >= firstBeyondAscii;
 }
 
-std::string quoted(std::string_view name) {
+std::string inQuotes(std::string_view name) {
     std::string text = "\"";
     for (const char character : name) {
         if (character == '"' || character == '\\') {
@@ -46,7 +46,7 @@ std::string writtenAddress(const FoundAddress& found) {
         return found.address;
     }
     const bool onlyWords = std::ranges::all_of(found.name, isWordCharacter);
-    return (onlyWords ? found.name : quoted(found.name)) + " <" + found.address + '>';
+    return (onlyWords ? found.name : inQuotes(found.name)) + " <" + found.address + '>';
 }
 
 bool hasAddress(std::string_view typed, std::string_view address) {

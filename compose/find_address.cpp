@@ -17,7 +17,7 @@ namespace {
 constexpr int kPauseInTypingMs = 250;
 
 /** What the line says of a search that has come to its end. */
-QString resultOf(const addresses::Outcome& outcome, const QString& typed) {
+QString resultOf(const addresses::FoundAddresses& outcome, const QString& typed) {
     QString text = QString::number(outcome.found.size()) + QStringLiteral(" found");
     if (outcome.found.empty()) {
         // A directory tells nobody of all its people.
@@ -132,7 +132,7 @@ void frmFind::search() {
     tmrFind->setEnabled(false);
     searching_ = true;
     lblFinding->setText(QStringLiteral("Searching..."));
-    const auto whenFound = [this](const addresses::Outcome& outcome) {
+    const auto whenFound = [this](const addresses::FoundAddresses& outcome) {
         runHandler([this, &outcome] { show(outcome); });
     };
     const int error = platform::errorNumberOf([&] {
@@ -147,7 +147,7 @@ void frmFind::search() {
     }
 }
 
-void frmFind::show(const addresses::Outcome& outcome) {
+void frmFind::show(const addresses::FoundAddresses& outcome) {
     searching_ = false;
     found_ = outcome.found;
     lstFound->setRows(static_cast<int>(found_.size()) + 1);

@@ -27,7 +27,7 @@ namespace {
 constexpr int kServerLine = 17;
 constexpr int kBaseLine = 18;
 
-QString protocol() {
+QString ldap() {
     return QStringLiteral("LDAP");
 }
 
@@ -49,7 +49,7 @@ DirectoryAnswer answerTo(const std::function<void(DirectorySession::Told)>& ask)
 Finding met(int line, int number, const std::string& box, const QString& text, const QString& advice) {
     Finding finding;
     finding.grade = Grade::Met;
-    finding.about = protocol();
+    finding.about = ldap();
     finding.line = line;
     finding.number = number;
     finding.box = QString::fromStdString(box);
@@ -60,7 +60,7 @@ Finding met(int line, int number, const std::string& box, const QString& text, c
 
 Finding information(const QString& text, const QString& advice = {}) {
     Finding finding;
-    finding.about = protocol();
+    finding.about = ldap();
     finding.text = text;
     finding.advice = advice;
     return finding;
@@ -83,7 +83,7 @@ QString adviceForOpening(int error) {
     case errors::MailServerTrouble:
         return QStringLiteral("Correct scheme and port: tls:// for 636, starttls:// for 389.");
     default:
-        return adviceFor(error, protocol());
+        return adviceFor(error, ldap());
     }
 }
 
@@ -228,7 +228,7 @@ void tryProof(transport::ServerName name, ServerSeen& server, const Surveys& sur
 } // namespace
 
 void surveyDirectory(const QString& name, const QString& base, const Member* member, const Surveys& surveys) {
-    ServerSeen server{protocol(), name};
+    ServerSeen server{ldap(), name};
     const auto parsed = approach(server, addresses::kDirectoryPorts, surveys);
     if (!parsed) {
         surveys.report.findings.push_back(met(kServerLine, errors::HostNotFound, addresses::troubleOfName(),

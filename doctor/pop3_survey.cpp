@@ -16,7 +16,7 @@ using transport::Security;
 namespace errors = platform::errors;
 
 namespace {
-const QString& protocol() {
+const QString& pop3() {
     static const QString name = QStringLiteral("POP3");
     return name;
 }
@@ -25,14 +25,14 @@ const QString& protocol() {
 Finding failing(Grade grade, int error, const QString& said) {
     Finding finding;
     finding.grade = grade;
-    finding.about = protocol();
+    finding.about = pop3();
     finding.number = error;
     finding.box = boxOfFailedLogIn(error);
     finding.text = meaningForAdministrators(error);
     if (said.startsWith(QLatin1String("-ERR"))) {
         finding.text += QStringLiteral(" The server has said: ") + said;
     }
-    finding.advice = adviceFor(error, protocol());
+    finding.advice = adviceFor(error, pop3());
     return finding;
 }
 
@@ -170,7 +170,7 @@ class Pop3Survey {
                                "encrypted, and this one is not.");
         } else if (showsPassword) {
             Finding finding;
-            finding.about = protocol();
+            finding.about = pop3();
             finding.text = QStringLiteral("The password crosses the network in clear.");
             finding.advice = QStringLiteral("Encrypt the connection: tls:// before the name in line 3.");
             add(std::move(finding));
@@ -212,7 +212,7 @@ class Pop3Survey {
 
 void surveyPop3(const QString& name, const Member* member, const LookThrough& lookThrough,
                 const Surveys& surveys) {
-    ServerSeen server{protocol(), name};
+    ServerSeen server{pop3(), name};
     const auto parsed = approach(server, POP::kDefaultPorts, surveys);
     if (!parsed) {
         surveys.report.servers.push_back(server);

@@ -57,7 +57,7 @@ class frmFind : public Form {
     void search();
     /** Ends the search that runs, and the pause before one. */
     void giveUp();
-    void show(const addresses::Outcome& outcome);
+    void show(const addresses::FoundAddresses& outcome);
     void take(const addresses::FoundAddress& found);
     void tell(const QString& text);
     void tellMarkedRow();

@@ -9,8 +9,8 @@
 namespace {
 
 using addresses::FoundAddress;
+using addresses::FoundAddresses;
 using addresses::foundIn;
-using addresses::Outcome;
 using directory::Entry;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -68,7 +68,7 @@ TEST(DirectoryEntries, WithManyAddressesOfferFive) {
     for (int count = 0; count < 1000; ++count) {
         many.push_back("ann" + std::to_string(count) + "@example.org");
     }
-    const Outcome outcome = foundIn({entryOf("Ann", many), entryOf("Bob", {"bob@example.org"})});
+    const FoundAddresses outcome = foundIn({entryOf("Ann", many), entryOf("Bob", {"bob@example.org"})});
     ASSERT_THAT(outcome.found, SizeIs(6));
     EXPECT_EQ(outcome.found[4], found("Ann", "ann4@example.org"));
     EXPECT_EQ(outcome.found[5], found("Bob", "bob@example.org"));
@@ -76,7 +76,7 @@ TEST(DirectoryEntries, WithManyAddressesOfferFive) {
 }
 
 TEST(DirectoryEntries, ThatSayTheSameTwiceAreFoundOnce) {
-    const Outcome outcome =
+    const FoundAddresses outcome =
         foundIn({entryOf("Ann", {"ann@example.org", "ann@example.org"}), entryOf("Ann", {"ann@example.org"}),
                  entryOf("Office", {"ann@example.org"})});
     EXPECT_THAT(outcome.found,

@@ -87,8 +87,8 @@ sourceFor(const QString& server, std::chrono::milliseconds patience = std::chron
     return addresses::makeDirectorySource({server.toStdString(), "dc=example", "ann", "secret", patience});
 }
 
-inline addresses::Outcome lookedUpAt(const ScriptedServer& server, const char* scheme = "plain://",
-                                     std::chrono::milliseconds patience = std::chrono::seconds(10)) {
+inline addresses::FoundAddresses lookedUpAt(const ScriptedServer& server, const char* scheme = "plain://",
+                                            std::chrono::milliseconds patience = std::chrono::seconds(10)) {
     return lookedUp(*sourceFor(QString::fromLatin1(scheme) + server.address(), patience), "ann");
 }
 

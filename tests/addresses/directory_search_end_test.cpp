@@ -11,7 +11,7 @@
 
 namespace {
 
-using addresses::Outcome;
+using addresses::FoundAddresses;
 using support::ann;
 using support::Conversation;
 using support::lookedUp;
@@ -46,7 +46,7 @@ TEST(DirectorySearch, TellsNothingOfASearchThatWasGivenUp) {
     ScriptedServer server(silent());
     const auto source = sourceFor(QStringLiteral("plain://") + server.address());
     bool isTold = false;
-    const auto tell = [&isTold](const Outcome& /*outcome*/) { isTold = true; };
+    const auto tell = [&isTold](const FoundAddresses& /*outcome*/) { isTold = true; };
     source->search("ann", tell);
     source->giveUp();
     source->search("", tell);
@@ -64,7 +64,7 @@ TEST(DirectorySearch, TellsOnlyOfTheLastSearch) {
     const auto source = sourceFor(QStringLiteral("plain://") + server.address());
     bool isTold = false;
     support::application();
-    source->search("bob", [&isTold](const Outcome& /*outcome*/) { isTold = true; });
+    source->search("bob", [&isTold](const FoundAddresses& /*outcome*/) { isTold = true; });
     ASSERT_TRUE(support::eventsRunUntil([&server] { return server.connections() > 0; }));
     EXPECT_THAT(lookedUp(*source, "ann").found, SizeIs(1));
     EXPECT_FALSE(isTold);
@@ -76,13 +76,13 @@ TEST(DirectorySearch, MayBeDestroyedAtAnyTime) {
     for (const char* const scheme : {"plain://", "starttls://", "tls://"}) {
         const std::size_t before = server.connections();
         auto source = sourceFor(QString::fromLatin1(scheme) + server.address());
-        source->search("ann", [](const Outcome& /*outcome*/) { ADD_FAILURE() << "told"; });
+        source->search("ann", [](const FoundAddresses& /*outcome*/) { ADD_FAILURE() << "told"; });
         ASSERT_TRUE(support::eventsRunUntil([&] { return server.connections() > before; }));
         source.reset();
     }
     EXPECT_TRUE(server.waitForEndOf(3));
     auto source = sourceFor(QString());
-    source->search("", [](const Outcome& /*outcome*/) { ADD_FAILURE() << "told"; });
+    source->search("", [](const FoundAddresses& /*outcome*/) { ADD_FAILURE() << "told"; });
     source.reset();
     support::eventsRunUntil([turns = 0]() mutable { return ++turns > 20; });
 }
@@ -94,7 +94,7 @@ TEST(DirectorySearch, MayBeDestroyedByWhomItTells) {
         {QStringLiteral("plain://") + server.address(), "ann"}, {server.address(), ""}, {QString(), "ann"}};
     for (const auto& [name, typed] : cases) {
         auto source = sourceFor(name);
-        source->search(typed, [&source](const Outcome& /*outcome*/) { source.reset(); });
+        source->search(typed, [&source](const FoundAddresses& /*outcome*/) { source.reset(); });
         EXPECT_TRUE(support::eventsRunUntil([&source] { return source == nullptr; }));
     }
 }
@@ -104,8 +104,8 @@ TEST(DirectorySearch, MayBeAskedAgainByWhomItTells) {
     const ScriptedServer server(saying(ann(1) + searchDone(1, 0)));
     const auto source = sourceFor(QStringLiteral("plain://") + server.address());
     std::size_t found = 0;
-    source->search("ann", [&](const Outcome& /*outcome*/) {
-        source->search("ann", [&found](const Outcome& outcome) { found = outcome.found.size(); });
+    source->search("ann", [&](const FoundAddresses& /*outcome*/) {
+        source->search("ann", [&found](const FoundAddresses& outcome) { found = outcome.found.size(); });
     });
     EXPECT_TRUE(support::eventsRunUntil([&found] { return found == 1; }));
 }

@@ -8,8 +8,8 @@
 
 namespace {
 
+using addresses::FoundAddresses;
 using addresses::mostFound;
-using addresses::Outcome;
 using support::ann;
 using support::attribute;
 using support::Conversation;
@@ -38,7 +38,7 @@ constexpr const char* kFailed =
 TEST(DirectorySource, TakesWhatComesInPiecesOfEverySize) {
     for (const std::size_t piece : {std::size_t{1}, std::size_t{2}, std::size_t{7}, std::size_t{0}}) {
         const ScriptedServer server(saying(ann(1) + searchDone(1, 0), piece));
-        const Outcome outcome = lookedUpAt(server);
+        const FoundAddresses outcome = lookedUpAt(server);
         EXPECT_THAT(outcome.found, SizeIs(1));
         EXPECT_EQ(outcome.trouble, "");
     }
@@ -62,7 +62,7 @@ TEST(DirectorySource, TellsOfWhatIsNoDirectory) {
 
     for (const auto& one : cases) {
         const ScriptedServer server(saying(one.bytes));
-        const Outcome outcome = lookedUpAt(server, "plain://", 300ms);
+        const FoundAddresses outcome = lookedUpAt(server, "plain://", 300ms);
         EXPECT_THAT(outcome.found, IsEmpty()) << one.what;
         EXPECT_THAT(outcome.trouble, HasSubstr(" Error# 20302")) << one.what;
     }
@@ -72,7 +72,7 @@ TEST(DirectorySource, TellsOfAConnectionThatBreaksAndShowsWhatCameBefore) {
     const std::string whole = ann(1) + searchDone(1, 0);
     for (std::size_t bytes = 0; bytes < whole.size(); bytes += 3) {
         const ScriptedServer server(lastSaying(whole.substr(0, bytes)));
-        const Outcome outcome = lookedUpAt(server);
+        const FoundAddresses outcome = lookedUpAt(server);
         EXPECT_THAT(outcome.found, SizeIs(bytes < ann(1).size() ? 0 : 1)) << bytes;
         EXPECT_EQ(outcome.trouble, kFailed) << bytes;
     }
@@ -83,7 +83,7 @@ TEST(DirectorySource, PassesOverMessagesThatNobodyHasAskedFor) {
     const std::string intermediate = message(1, tlv('\x79', tlv('\x81', "something")));
     const ScriptedServer server(
         saying(ann(7) + searchDone(7, 0) + reference + intermediate + ann(1) + searchDone(1, 0)));
-    const Outcome outcome = lookedUpAt(server);
+    const FoundAddresses outcome = lookedUpAt(server);
     EXPECT_EQ(outcome.trouble, "");
     EXPECT_THAT(outcome.found, SizeIs(1));
 }
@@ -94,7 +94,7 @@ TEST(DirectorySource, ReadsNoMoreThanFiftyOneEntries) {
         endless += entry(1, attribute("mail", {"ann" + std::to_string(count) + "@example.org"}));
     }
     const ScriptedServer server(saying(endless));
-    const Outcome outcome = lookedUpAt(server);
+    const FoundAddresses outcome = lookedUpAt(server);
     EXPECT_THAT(outcome.found, SizeIs(mostFound));
     EXPECT_TRUE(outcome.more);
     EXPECT_EQ(outcome.trouble, "");
@@ -103,12 +103,12 @@ TEST(DirectorySource, ReadsNoMoreThanFiftyOneEntries) {
 TEST(DirectorySource, ThatBreaksASearchOffShowsWhatItHasFound) {
     for (const int limit : {3, 4, 11}) {
         const ScriptedServer some(saying(ann(1) + searchDone(1, limit)));
-        const Outcome found = lookedUpAt(some);
+        const FoundAddresses found = lookedUpAt(some);
         EXPECT_THAT(found.found, SizeIs(1)) << limit;
         EXPECT_TRUE(found.more) << limit;
         EXPECT_EQ(found.trouble, "") << limit;
         const ScriptedServer none(saying(searchDone(1, limit)));
-        const Outcome nothing = lookedUpAt(none);
+        const FoundAddresses nothing = lookedUpAt(none);
         EXPECT_FALSE(nothing.more) << limit;
         EXPECT_THAT(nothing.trouble, HasSubstr("Type more of the name.")) << limit;
     }
@@ -135,7 +135,7 @@ TEST(DirectorySource, TakesEntriesAsStrangersMakeThem) {
         entry(1, attribute("cn", {std::string(100'000, '\xff')}) + attribute("mail", {"bob@example.org"})) +
         message(1, tlv('\x64', "\x04\x7f")) + entry(1, "") + entry(1, attribute("mail", {})) +
         searchDone(1, 0)));
-    const Outcome outcome = lookedUpAt(server);
+    const FoundAddresses outcome = lookedUpAt(server);
     ASSERT_THAT(outcome.found, SizeIs(6));
     EXPECT_EQ(outcome.found[0].name, "");
     EXPECT_EQ(outcome.found[5].address, "bob@example.org");
@@ -158,7 +158,7 @@ TEST(DirectorySource, UnderABareNameGoesOnInClearWhereEncryptionFails) {
 
     for (const auto& one : cases) {
         const ScriptedServer server(std::vector<Conversation>{one.first, inClear});
-        const Outcome outcome = lookedUpAt(server, "");
+        const FoundAddresses outcome = lookedUpAt(server, "");
         EXPECT_EQ(outcome.trouble, "") << one.what;
         EXPECT_THAT(outcome.found, SizeIs(1)) << one.what;
         EXPECT_EQ(server.connections(), 2U) << one.what;
@@ -181,7 +181,7 @@ TEST(DirectorySource, ThatHasToBeEncryptedNeverGoesOnInClear) {
 
     for (const auto& one : cases) {
         const ScriptedServer server(std::vector<Conversation>{one.first, saying(ann(1) + searchDone(1, 0))});
-        const Outcome outcome = lookedUpAt(server, "starttls://");
+        const FoundAddresses outcome = lookedUpAt(server, "starttls://");
         EXPECT_THAT(outcome.trouble, HasSubstr(one.number)) << one.what;
         EXPECT_THAT(outcome.found, IsEmpty()) << one.what;
         EXPECT_EQ(server.connections(), 1U) << one.what;

@@ -19,7 +19,7 @@ namespace {
 
 using addresses::AddressSource;
 using addresses::FoundAddress;
-using addresses::Outcome;
+using addresses::FoundAddresses;
 using support::eventsRunUntil;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -27,7 +27,7 @@ using testing::SizeIs;
 
 namespace files = std::filesystem;
 
-std::string card(const std::string& name, const std::string& address) {
+std::string namedCard(const std::string& name, const std::string& address) {
     return "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:" + name + "\r\nEMAIL:" + address + "\r\nEND:VCARD\r\n";
 }
 
@@ -50,15 +50,15 @@ class PersonalBook : public testing::Test {
     }
 
     /** What a search comes to. */
-    static Outcome found(AddressSource& source, const std::string& typed) {
-        std::optional<Outcome> outcome;
-        source.search(typed, [&outcome](Outcome one) { outcome = std::move(one); });
+    static FoundAddresses found(AddressSource& source, const std::string& typed) {
+        std::optional<FoundAddresses> outcome;
+        source.search(typed, [&outcome](FoundAddresses one) { outcome = std::move(one); });
         EXPECT_FALSE(outcome.has_value()) << "never from within the call";
         EXPECT_TRUE(eventsRunUntil([&outcome] { return outcome.has_value(); }));
-        return outcome.value_or(Outcome());
+        return outcome.value_or(FoundAddresses());
     }
 
-    static std::vector<std::string> addressesOf(const Outcome& outcome) {
+    static std::vector<std::string> addressesOf(const FoundAddresses& outcome) {
         std::vector<std::string> all;
         for (const FoundAddress& one : outcome.found) {
             all.push_back(one.address);
@@ -72,10 +72,10 @@ class PersonalBook : public testing::Test {
 } // namespace
 
 TEST_F(PersonalBook, HasWhoWroteTheNewestFirstAndThenTheCardsByTheirNames) {
-    write("b.vcf", card("zed", "zed@x.org"));
-    write("c.vcf", card("Bob", "bob@x.org"));
+    write("b.vcf", namedCard("zed", "zed@x.org"));
+    write("c.vcf", namedCard("Bob", "bob@x.org"));
     const auto source = book({"Cat <cat@x.org>", "ann@x.org (Ann)"});
-    const Outcome everybody = found(*source, "");
+    const FoundAddresses everybody = found(*source, "");
     EXPECT_EQ(everybody.found, (std::vector<FoundAddress>{{"Cat", "cat@x.org", "Mail"},
                                                           {"Ann", "ann@x.org", "Mail"},
                                                           {"Bob", "bob@x.org", "Address book"},
@@ -85,7 +85,7 @@ TEST_F(PersonalBook, HasWhoWroteTheNewestFirstAndThenTheCardsByTheirNames) {
 }
 
 TEST_F(PersonalBook, CountsAnAddressOnceWithItsNewestName) {
-    write("a.vcf", card("Card", "ann@x.org") + card("Named", "bob@x.org"));
+    write("a.vcf", namedCard("Card", "ann@x.org") + namedCard("Named", "bob@x.org"));
     const auto source = book({"New <Ann@X.org>", "Old <ann@x.org>", "bob@x.org"});
     EXPECT_EQ(found(*source, "").found,
               (std::vector<FoundAddress>{{"New", "Ann@X.org", "Mail"}, {"Named", "bob@x.org", "Mail"}}));
@@ -122,7 +122,7 @@ TEST_F(PersonalBook, ShowsFiftyAndTellsThatThereAreMore) {
         senders.push_back("p" + std::to_string(count) + "@x.org");
     }
     const auto source = book(senders);
-    const Outcome all = found(*source, "");
+    const FoundAddresses all = found(*source, "");
     EXPECT_THAT(all.found, SizeIs(addresses::mostFound));
     EXPECT_TRUE(all.more);
     EXPECT_FALSE(found(*source, "p1").more);
@@ -131,11 +131,11 @@ TEST_F(PersonalBook, ShowsFiftyAndTellsThatThereAreMore) {
 }
 
 TEST_F(PersonalBook, OffersOnlyWhatCanBeSentToAndShown) {
-    write("a.vcf", card("No sign", "nobody") + card("Too long", std::string(300, 'x') + "@x.org"));
+    write("a.vcf", namedCard("No sign", "nobody") + namedCard("Too long", std::string(300, 'x') + "@x.org"));
     const auto source =
         book({"not an address", "Bell\a \xE2\x80\xAE" + std::string(100, 'x') + " <ann@x.org>", "",
               "\"J=?\" <j@x.org>", "=?utf-8?Q?" + std::string(100, 'x') + "?= <code@x.org>"});
-    const Outcome outcome = found(*source, "");
+    const FoundAddresses outcome = found(*source, "");
     ASSERT_THAT(addressesOf(outcome), ElementsAre("ann@x.org", "j@x.org", "code@x.org"));
     EXPECT_EQ(outcome.found[0].name, "Bell " + std::string(59, 'x'));
     EXPECT_EQ(outcome.found[1].name, "J=?");
@@ -146,10 +146,10 @@ TEST_F(PersonalBook, OffersOnlyWhatCanBeSentToAndShown) {
 TEST_F(PersonalBook, GivesUpASearchForTheNextOneAndForNone) {
     const auto source = book({"ann@x.org"});
     bool answered = false;
-    source->search("ann", [&answered](const Outcome&) { answered = true; });
+    source->search("ann", [&answered](const FoundAddresses&) { answered = true; });
     EXPECT_THAT(addressesOf(found(*source, "")), ElementsAre("ann@x.org"));
     EXPECT_FALSE(answered);
-    source->search("ann", [&answered](const Outcome&) { answered = true; });
+    source->search("ann", [&answered](const FoundAddresses&) { answered = true; });
     source->giveUp();
     QCoreApplication::processEvents();
     EXPECT_FALSE(answered);
@@ -158,29 +158,29 @@ TEST_F(PersonalBook, GivesUpASearchForTheNextOneAndForNone) {
 TEST_F(PersonalBook, EndsWhileItsCardsAreRead) {
     std::string many;
     for (int count = 0; count < 10'000; ++count) {
-        many += card("x", "x@x.org");
+        many += namedCard("x", "x@x.org");
     }
     for (int count = 0; count < 20; ++count) {
         write(std::to_string(count) + ".vcf", many);
     }
     auto source = book();
-    source->search("", [](const Outcome&) { FAIL() << "nobody waits for it"; });
+    source->search("", [](const FoundAddresses&) { FAIL() << "nobody waits for it"; });
     source.reset();
     QCoreApplication::processEvents();
 }
 
 TEST_F(PersonalBook, ReadsItsCardsOnceForEachOpening) {
-    write("a.vcf", card("Ann", "ann@x.org"));
+    write("a.vcf", namedCard("Ann", "ann@x.org"));
     const auto source = book();
     EXPECT_THAT(addressesOf(found(*source, "")), ElementsAre("ann@x.org"));
-    write("b.vcf", card("Bob", "bob@x.org"));
+    write("b.vcf", namedCard("Bob", "bob@x.org"));
     EXPECT_THAT(addressesOf(found(*source, "")), ElementsAre("ann@x.org"));
     EXPECT_THAT(addressesOf(found(*book(), "")), ElementsAre("ann@x.org", "bob@x.org"));
 }
 
 TEST_F(PersonalBook, TellsHowManyCardsCouldNotBeRead) {
-    write("a.vcf", card("Ann", "ann@x.org") + "BEGIN:VCARD\r\n");
-    EXPECT_EQ(found(*book(), "").trouble, "1 card could not be read.");
+    write("a.vcf", namedCard("Ann", "ann@x.org") + "BEGIN:VCARD\r\n");
+    EXPECT_EQ(found(*book(), "").trouble, "1 namedCard could not be read.");
     write("b.vcf", "nonsense");
     EXPECT_EQ(found(*book(), "").trouble, "2 cards could not be read.");
 }
@@ -196,9 +196,9 @@ TEST_F(PersonalBook, WithoutCardsOrAFolderHasNoTrouble) {
 TEST_F(PersonalBook, TellsThatAFolderCannotBeRead) {
     files::remove(cards());
     files::create_directory(folder.path("elsewhere"));
-    folder.write("elsewhere/a.vcf", card("Ann", "ann@x.org"));
+    folder.write("elsewhere/a.vcf", namedCard("Ann", "ann@x.org"));
     files::create_directory_symlink(folder.path("elsewhere"), cards());
-    const Outcome outcome = found(*book(), "");
+    const FoundAddresses outcome = found(*book(), "");
     EXPECT_THAT(outcome.found, IsEmpty());
     EXPECT_EQ(outcome.trouble, "A folder of the address book could not be read.");
 }
@@ -221,9 +221,9 @@ class CardFolder : public PersonalBook {
 } // namespace
 
 TEST_F(CardFolder, HasTheFilesOfCardsAtAnyDepthWithEndingsOfEitherCase) {
-    write("b.VCF", card("b", "b@x.org"));
-    write("a/c.Vcf", card("ac", "ac@x.org"));
-    write("a/b/c.vcf", card("abc", "abc@x.org"));
+    write("b.VCF", namedCard("b", "b@x.org"));
+    write("a/c.Vcf", namedCard("ac", "ac@x.org"));
+    write("a/b/c.vcf", namedCard("abc", "abc@x.org"));
     write("notes.txt", "x");
     write("vcf", "x");
     write(".hidden.vcf", "x");
@@ -236,15 +236,15 @@ TEST_F(CardFolder, HasTheFilesOfCardsAtAnyDepthWithEndingsOfEitherCase) {
 }
 
 TEST_F(CardFolder, FollowsNoLinkAndWaitsForNoPipe) {
-    folder.write("outside.vcf", card("outside", "o@x.org"));
+    folder.write("outside.vcf", namedCard("outside", "o@x.org"));
     files::create_directory(folder.path("outside"));
-    folder.write("outside/a.vcf", card("outside", "o@x.org"));
+    folder.write("outside/a.vcf", namedCard("outside", "o@x.org"));
     files::create_symlink(folder.path("outside.vcf"), cards() / "link.vcf");
     files::create_directory_symlink(folder.path("outside"), cards() / "link");
     files::create_directory_symlink(cards(), cards() / "circle");
     ASSERT_EQ(::mkfifo((cards() / "pipe.vcf").c_str(), 0600), 0);
     files::create_directory(cards() / "folder.vcf");
-    write("z.vcf", card("z", "z@x.org"));
+    write("z.vcf", namedCard("z", "z@x.org"));
     const auto result = read();
     EXPECT_THAT(namesIn(result), ElementsAre("z"));
     EXPECT_EQ(result.unreadable, 0U);
@@ -252,7 +252,7 @@ TEST_F(CardFolder, FollowsNoLinkAndWaitsForNoPipe) {
 }
 
 TEST_F(CardFolder, PassesOverAFileThatIsTooLongAndCountsIt) {
-    const std::string one = card("a", "a@x.org");
+    const std::string one = namedCard("a", "a@x.org");
     write("a.vcf", one);
     write("b.vcf", one + std::string(1U << 20U, '\n'));
     write("c.vcf", one + std::string((1U << 20U) - one.size(), '\n'));
@@ -263,7 +263,7 @@ TEST_F(CardFolder, PassesOverAFileThatIsTooLongAndCountsIt) {
 }
 
 TEST_F(CardFolder, EndsAtEachOfItsLimits) {
-    const std::string one = card("x", "x@x.org");
+    const std::string one = namedCard("x", "x@x.org");
     for (const char* name : {"a.vcf", "b.vcf", "c.vcf", "d/e/f.vcf"}) {
         write(name, one);
     }
@@ -286,7 +286,7 @@ TEST_F(CardFolder, EndsAtEachOfItsLimits) {
 }
 
 TEST_F(CardFolder, IsNotReadOnceItIsToStop) {
-    write("a.vcf", card("a", "a@x.org"));
+    write("a.vcf", namedCard("a", "a@x.org"));
     std::stop_source stop;
     stop.request_stop();
     EXPECT_THAT(addresses::readCardFolder(folder.qtPath("Contacts"), stop.get_token()).cards, IsEmpty());

@@ -151,19 +151,19 @@ TEST_P(FileOfCards, TellsItsCardsAndHowManyCannotBeRead) {
 }
 
 namespace {
-const std::string ann = card("FN:Ann\r\n");
-const std::string bob = card("FN:Bob\r\n", "4.0");
+const std::string kCardOfAnn = card("FN:Ann\r\n");
+const std::string kCardOfBob = card("FN:Bob\r\n", "4.0");
 const std::string begin = "BEGIN:VCARD\r\nVERSION:3.0\r\n";
 } // namespace
 
 INSTANTIATE_TEST_SUITE_P(
     Vcard, FileOfCards,
     testing::Values(
-        UnreadableCase{"Several", ann + bob + ann, {"Ann", "Bob", "Ann"}, 0},
+        UnreadableCase{"Several", kCardOfAnn + kCardOfBob + kCardOfAnn, {"Ann", "Bob", "Ann"}, 0},
         UnreadableCase{"Empty", "", {}, 0}, UnreadableCase{"Blank", " \r\n\n\t", {}, 0},
         UnreadableCase{"NoCardAtAll", "Dear Ann,\r\n", {}, 1},
         UnreadableCase{"BinaryRubbish", std::string("\xFF\xD8\0\1\n\n", 6), {}, 1},
-        UnreadableCase{"ByteOrderMark", "\xEF\xBB\xBF" + ann, {"Ann"}, 0},
+        UnreadableCase{"ByteOrderMark", "\xEF\xBB\xBF" + kCardOfAnn, {"Ann"}, 0},
         UnreadableCase{"Utf16",
                        std::string("\xFF\xFE"
                                    "B\0E\0G\0I\0N\0",
@@ -171,22 +171,22 @@ INSTANTIATE_TEST_SUITE_P(
                        {},
                        1},
         UnreadableCase{"Version21", card("FN:Ann\r\n", "2.1"), {"Ann"}, 0},
-        UnreadableCase{"OtherVersion", card("FN:Ann\r\n", "5.0") + bob, {"Bob"}, 1},
-        UnreadableCase{"NoVersion", "BEGIN:VCARD\r\nFN:Ann\r\nEND:VCARD\r\n" + bob, {"Bob"}, 1},
+        UnreadableCase{"OtherVersion", card("FN:Ann\r\n", "5.0") + kCardOfBob, {"Bob"}, 1},
+        UnreadableCase{"NoVersion", "BEGIN:VCARD\r\nFN:Ann\r\nEND:VCARD\r\n" + kCardOfBob, {"Bob"}, 1},
         UnreadableCase{"VersionBehind", "BEGIN:VCARD\r\nFN:Ann\r\nVERSION:4.0\r\nEND:VCARD\r\n", {"Ann"}, 0},
         UnreadableCase{"NoEnd", begin + "FN:Ann\r\n", {}, 1},
-        UnreadableCase{"NoEndBeforeTheNext", begin + "FN:Ann\r\n" + bob, {"Bob"}, 1},
+        UnreadableCase{"NoEndBeforeTheNext", begin + "FN:Ann\r\n" + kCardOfBob, {"Bob"}, 1},
         UnreadableCase{"NoLineEndBehindTheEnd", begin + "FN:Ann\r\nEND:VCARD", {"Ann"}, 0},
-        UnreadableCase{"OneInsideAnother", begin + bob + "FN:Ann\r\nEND:VCARD\r\n", {"Bob"}, 1},
-        UnreadableCase{"AnEndTooMany", ann + "END:VCARD\r\n" + bob, {"Ann", "Bob"}, 0},
+        UnreadableCase{"OneInsideAnother", begin + kCardOfBob + "FN:Ann\r\nEND:VCARD\r\n", {"Bob"}, 1},
+        UnreadableCase{"AnEndTooMany", kCardOfAnn + "END:VCARD\r\n" + kCardOfBob, {"Ann", "Bob"}, 0},
         UnreadableCase{
             "LettersOfEitherCase", "begin:vcard\r\nversion:4.0\r\nfn:Ann\r\nEnd:vCard\r\n", {"Ann"}, 0},
         UnreadableCase{
             "SpacesBehind", "BEGIN:VCARD \r\nVERSION: 4.0 \r\nFN:Ann\r\nEND:VCARD \r\n", {"Ann"}, 0},
-        UnreadableCase{"TextBetween", ann + "\r\nhello\r\n\r\n" + bob, {"Ann", "Bob"}, 0},
+        UnreadableCase{"TextBetween", kCardOfAnn + "\r\nhello\r\n\r\n" + kCardOfBob, {"Ann", "Bob"}, 0},
         UnreadableCase{
             "AnotherKindOfComponent", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nEND:VCALENDAR\r\n", {}, 1},
-        UnreadableCase{"CutInTheMiddle", (ann + bob).substr(0, ann.size() + 20), {"Ann"}, 1}),
+        UnreadableCase{"CutInTheMiddle", (kCardOfAnn + kCardOfBob).substr(0, kCardOfAnn.size() + 20), {"Ann"}, 1}),
     [](const auto& one) { return std::string(one.param.what); });
 
 TEST(Vcard, WithThousandsOfPropertiesIsUnreadableAndTheNextOneIsNot) {
@@ -194,7 +194,7 @@ TEST(Vcard, WithThousandsOfPropertiesIsUnreadableAndTheNextOneIsNot) {
     for (int count = 0; count < 3'000; ++count) {
         lines += "TEL:1\r\n";
     }
-    const CardsRead read = readCards(card(lines) + ann);
+    const CardsRead read = readCards(card(lines) + kCardOfAnn);
     EXPECT_THAT(read.cards, ElementsAre(Card{"Ann", {}}));
     EXPECT_EQ(read.unreadable, 1U);
 }

@@ -13,13 +13,13 @@ namespace {
 using addresses::hasAddress;
 using addresses::writtenAddress;
 
-struct Case {
+struct WrittenCase {
     const char* what;
     std::string name;
     std::string written;
 };
 
-class WrittenAddress : public testing::TestWithParam<Case> {};
+class WrittenAddress : public testing::TestWithParam<WrittenCase> {};
 
 } // namespace
 
@@ -43,37 +43,37 @@ TEST_P(WrittenAddress, IsReadBackAsTheSameNameAndGoesOutInBothWaysOfMail) {
 
 INSTANTIATE_TEST_SUITE_P(
     Names, WrittenAddress,
-    testing::Values(Case{"None", "", "ann@example.org"},
-                    Case{"Words", "Ann Smith", "Ann Smith <ann@example.org>"},
-                    Case{"Comma", "Smith, Ann", "\"Smith, Ann\" <ann@example.org>"},
-                    Case{"Dot", "Ann M. Smith", "\"Ann M. Smith\" <ann@example.org>"},
-                    Case{"Quotes", "Ann \"A\" Smith", R"("Ann \"A\" Smith" <ann@example.org>)"},
-                    Case{"Backslash", "a\\b", R"("a\\b" <ann@example.org>)"},
-                    Case{"OnlyABackslash", "\\", R"("\\" <ann@example.org>)"},
-                    Case{"Comment", "Ann (Sales)", "\"Ann (Sales)\" <ann@example.org>"},
-                    Case{"Angle", "Ann <ann@example.net>", "\"Ann <ann@example.net>\" <ann@example.org>"},
-                    Case{"Group", "Us: all;", "\"Us: all;\" <ann@example.org>"},
-                    Case{"Brackets", "[x]", "\"[x]\" <ann@example.org>"},
-                    Case{"AddressSign", "@ann", "\"@ann\" <ann@example.org>"},
-                    Case{"Signs", "Ann & Bob's", "Ann & Bob's <ann@example.org>"},
-                    Case{"BeyondAscii", "Zo\xC3\xAB M\xC3\xBCller",
-                         "Zo\xC3\xAB M\xC3\xBCller <ann@example.org>"},
-                    Case{"BeyondAsciiWithAComma", "M\xC3\xBCller, Zo\xC3\xAB",
-                         "\"M\xC3\xBCller, Zo\xC3\xAB\" <ann@example.org>"},
-                    Case{"FourBytes", "\xF0\x9F\x90\xA6", "\xF0\x9F\x90\xA6 <ann@example.org>"},
-                    Case{"RightToLeft", "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D",
-                         "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D <ann@example.org>"},
-                    Case{"EncodedWord", "=?utf-8?Q?Zo=C3=AB?=", "=?utf-8?Q?Zo=C3=AB?= <ann@example.org>"},
-                    Case{"Longest", std::string(64, '"'),
-                         '"' +
-                             [] {
-                                 std::string escaped;
-                                 for (int count = 0; count < 64; ++count) {
-                                     escaped += "\\\"";
-                                 }
-                                 return escaped;
-                             }() +
-                             "\" <ann@example.org>"}),
+    testing::Values(
+        WrittenCase{"None", "", "ann@example.org"},
+        WrittenCase{"Words", "Ann Smith", "Ann Smith <ann@example.org>"},
+        WrittenCase{"Comma", "Smith, Ann", "\"Smith, Ann\" <ann@example.org>"},
+        WrittenCase{"Dot", "Ann M. Smith", "\"Ann M. Smith\" <ann@example.org>"},
+        WrittenCase{"Quotes", "Ann \"A\" Smith", R"("Ann \"A\" Smith" <ann@example.org>)"},
+        WrittenCase{"Backslash", "a\\b", R"("a\\b" <ann@example.org>)"},
+        WrittenCase{"OnlyABackslash", "\\", R"("\\" <ann@example.org>)"},
+        WrittenCase{"Comment", "Ann (Sales)", "\"Ann (Sales)\" <ann@example.org>"},
+        WrittenCase{"Angle", "Ann <ann@example.net>", "\"Ann <ann@example.net>\" <ann@example.org>"},
+        WrittenCase{"Group", "Us: all;", "\"Us: all;\" <ann@example.org>"},
+        WrittenCase{"Brackets", "[x]", "\"[x]\" <ann@example.org>"},
+        WrittenCase{"AddressSign", "@ann", "\"@ann\" <ann@example.org>"},
+        WrittenCase{"Signs", "Ann & Bob's", "Ann & Bob's <ann@example.org>"},
+        WrittenCase{"BeyondAscii", "Zo\xC3\xAB M\xC3\xBCller", "Zo\xC3\xAB M\xC3\xBCller <ann@example.org>"},
+        WrittenCase{"BeyondAsciiWithAComma", "M\xC3\xBCller, Zo\xC3\xAB",
+                    "\"M\xC3\xBCller, Zo\xC3\xAB\" <ann@example.org>"},
+        WrittenCase{"FourBytes", "\xF0\x9F\x90\xA6", "\xF0\x9F\x90\xA6 <ann@example.org>"},
+        WrittenCase{"RightToLeft", "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D",
+                    "\xD7\xA9\xD7\x9C\xD7\x95\xD7\x9D <ann@example.org>"},
+        WrittenCase{"EncodedWord", "=?utf-8?Q?Zo=C3=AB?=", "=?utf-8?Q?Zo=C3=AB?= <ann@example.org>"},
+        WrittenCase{"Longest", std::string(64, '"'),
+                    '"' +
+                        [] {
+                            std::string escaped;
+                            for (int count = 0; count < 64; ++count) {
+                                escaped += "\\\"";
+                            }
+                            return escaped;
+                        }() +
+                        "\" <ann@example.org>"}),
     [](const auto& one) { return std::string(one.param.what); });
 
 TEST(WrittenAddress, OfAQuotedLocalPartIsReadBackToo) {

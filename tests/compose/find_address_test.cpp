@@ -4,7 +4,7 @@
 #include "tests/compose/find_fixture.h"
 
 using addresses::FoundAddress;
-using addresses::Outcome;
+using addresses::FoundAddresses;
 using support::eventsRunUntil;
 using support::kAnn;
 using support::kBob;
@@ -65,7 +65,7 @@ TEST_F(FindAddress, TheFirstOneFoundIsMarked) {
 
 TEST_F(FindAddress, TheLineTellsHowManyWereFoundAndAScreenReaderHearsIt) {
     struct Case {
-        Outcome outcome;
+        FoundAddresses outcome;
         const char* line;
     };
 

@@ -23,7 +23,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr const char* kPassword = "secret-as-can-be";
+constexpr const char* kPasswordOfAnn = "secret-as-can-be";
 
 class DoctorsDirectory : public testing::Test {
   protected:
@@ -39,11 +39,11 @@ class DoctorsDirectory : public testing::Test {
         using namespace std::chrono_literals;
         report = {};
         doctor::Surveys all{report, {10s, 10s, 1s}};
-        all.secrets.addPassword(kPassword);
-        const doctor::Member member{"ann", kPassword};
+        all.secrets.addPassword(kPasswordOfAnn);
+        const doctor::Member member{"ann", kPasswordOfAnn};
         doctor::surveyDirectory(name, QString::fromLatin1(base), logsOn ? &member : nullptr, all);
         ASSERT_EQ(report.servers.size(), 1U);
-        EXPECT_FALSE(doctor::asText(report).contains(QLatin1String(kPassword)));
+        EXPECT_FALSE(doctor::asText(report).contains(QLatin1String(kPasswordOfAnn)));
         // Mail can be sent and read without a directory.
         EXPECT_EQ(report.status(), 0);
     }
@@ -51,7 +51,7 @@ class DoctorsDirectory : public testing::Test {
     static SlapdOptions withAnn() {
         auto certificate = support::loopback();
         certificate.notAfter = std::chrono::hours(24 * 365);
-        return {.entries = person("ann", "Ann Miller", "ann@example.org", kPassword),
+        return {.entries = person("ann", "Ann Miller", "ann@example.org", kPasswordOfAnn),
                 .certificate = support::testRoot().issue(certificate)};
     }
 

@@ -58,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             entries.push_back(message->entry);
         }
     }
-    const addresses::Outcome outcome = addresses::foundIn(entries);
+    const addresses::FoundAddresses outcome = addresses::foundIn(entries);
     fuzz::require(outcome.found.size() <= addresses::mostFound, "no more is found than can be shown");
     for (const addresses::FoundAddress& found : outcome.found) {
         checkText(found.name);

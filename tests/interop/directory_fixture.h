@@ -27,7 +27,7 @@ class DirectoryTest : public testing::Test {
         return {server.toStdString(), kSlapdBase, "ann", kPassword};
     }
 
-    static addresses::Outcome lookedUpAt(const QString& server, const std::string& typed) {
+    static addresses::FoundAddresses lookedUpAt(const QString& server, const std::string& typed) {
         return lookedUp(*addresses::makeDirectorySource(settingsFor(server)), typed);
     }
 

@@ -11,8 +11,8 @@
 namespace {
 
 using addresses::DirectorySettings;
+using addresses::FoundAddresses;
 using addresses::makeDirectorySource;
-using addresses::Outcome;
 using support::lookedUp;
 using support::occurrences;
 using support::SlapdOptions;
@@ -40,7 +40,7 @@ TEST_F(DirectoryLogOn, ThatDemandsALogOnIsShownThePasswordOverAProvenConnection)
                                 QStringLiteral("tls://") + server.tlsAddress()}) {
         const auto source = makeDirectorySource(settingsFor(name));
         for (int times = 0; times < 2; ++times) {
-            const Outcome outcome = lookedUp(*source, "ann");
+            const FoundAddresses outcome = lookedUp(*source, "ann");
             EXPECT_EQ(outcome.trouble, "");
             EXPECT_THAT(outcome.found, SizeIs(1));
         }
@@ -56,7 +56,7 @@ TEST_F(DirectoryLogOn, ThatDemandsALogOnIsShownNothingOverAnyOtherConnection) {
     const SlapdServer server(options);
     for (const QString& scheme : {QString(), QStringLiteral("plain://")}) {
         support::RecordingRelay relay(server.address());
-        const Outcome outcome = lookedUpAt(scheme + relay.address(), "ann");
+        const FoundAddresses outcome = lookedUpAt(scheme + relay.address(), "ann");
         EXPECT_THAT(outcome.found, IsEmpty());
         EXPECT_THAT(outcome.trouble,
                     HasSubstr("The directory does not let you search. Tell the administrator."));

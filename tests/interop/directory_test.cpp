@@ -16,8 +16,8 @@ namespace {
 
 using addresses::DirectorySettings;
 using addresses::FoundAddress;
+using addresses::FoundAddresses;
 using addresses::makeDirectorySource;
-using addresses::Outcome;
 using support::EnvironmentVariable;
 using support::lookedUp;
 using support::occurrences;
@@ -38,7 +38,7 @@ TEST_F(Directory, IsSearchedUnderEverySpelling) {
     for (const QString& name :
          {QStringLiteral("plain://") + server.address(), server.address(),
           QStringLiteral("starttls://") + server.address(), QStringLiteral("tls://") + server.tlsAddress()}) {
-        const Outcome outcome = lookedUpAt(name, "mil ANN");
+        const FoundAddresses outcome = lookedUpAt(name, "mil ANN");
         EXPECT_EQ(outcome.trouble, "") << name.toStdString();
         EXPECT_THAT(outcome.found, ElementsAre(found("Ann Miller", "ann@example.org")));
         EXPECT_FALSE(outcome.more);
@@ -59,7 +59,7 @@ TEST_F(Directory, FindsWordsInEveryNameAndNothingElse) {
         EXPECT_THAT(lookedUpAt(server.address(), typed).found, ElementsAre(ann)) << typed;
     }
     for (const char* typed : {"hidden", "nomail", "a*r", "*)(uid=*", "ann bob", "zzz"}) {
-        const Outcome outcome = lookedUpAt(server.address(), typed);
+        const FoundAddresses outcome = lookedUpAt(server.address(), typed);
         EXPECT_THAT(outcome.found, IsEmpty()) << typed;
         EXPECT_EQ(outcome.trouble, "") << typed;
     }
@@ -69,7 +69,7 @@ TEST_F(Directory, FindsWordsInEveryNameAndNothingElse) {
 
 TEST_F(Directory, IsNotAskedWhereNothingWasTyped) {
     const SlapdServer server(withAnn());
-    const Outcome outcome = lookedUpAt(server.address(), " \t ");
+    const FoundAddresses outcome = lookedUpAt(server.address(), " \t ");
     EXPECT_THAT(outcome.found, IsEmpty());
     EXPECT_EQ(outcome.trouble, "");
     EXPECT_THAT(server.log(), Not(HasSubstr("SRCH")));
@@ -77,18 +77,18 @@ TEST_F(Directory, IsNotAskedWhereNothingWasTyped) {
 
 TEST_F(Directory, WithMoreThanFiftyEntriesShowsFiftyAndSaysSo) {
     const SlapdServer server({.entries = persons(1, 60)});
-    const Outcome sixty = lookedUpAt(server.address(), "person");
+    const FoundAddresses sixty = lookedUpAt(server.address(), "person");
     EXPECT_THAT(sixty.found, SizeIs(50));
     EXPECT_TRUE(sixty.more);
     EXPECT_EQ(sixty.trouble, "");
-    const Outcome eleven = lookedUpAt(server.address(), "person1");
+    const FoundAddresses eleven = lookedUpAt(server.address(), "person1");
     EXPECT_THAT(eleven.found, SizeIs(11));
     EXPECT_FALSE(eleven.more);
 }
 
 TEST_F(Directory, WithALimitOfItsOwnShowsWhatItGives) {
     const SlapdServer server({.entries = persons(1, 20), .databaseLines = "sizelimit 7\n"});
-    const Outcome outcome = lookedUpAt(server.address(), "person");
+    const FoundAddresses outcome = lookedUpAt(server.address(), "person");
     EXPECT_THAT(outcome.found, SizeIs(7));
     EXPECT_TRUE(outcome.more);
     EXPECT_EQ(outcome.trouble, "");
@@ -133,7 +133,7 @@ TEST_F(Directory, DoesNotLookBehindAliases) {
              "ou: way\naliasedObjectName: ou=people,dc=example,dc=org\n\n"});
     DirectorySettings settings = settingsFor(server.address());
     settings.base = "ou=here,dc=example,dc=org";
-    const Outcome outcome = lookedUp(*makeDirectorySource(settings), "bob");
+    const FoundAddresses outcome = lookedUp(*makeDirectorySource(settings), "bob");
     EXPECT_THAT(outcome.found, IsEmpty());
     EXPECT_EQ(outcome.trouble, "");
 }
@@ -163,7 +163,7 @@ TEST_F(Directory, ProvesItsNameWhereTheSpellingDemandsIt) {
         const SlapdServer server(options);
         for (const QString& name : {QStringLiteral("starttls://") + server.address(),
                                     QStringLiteral("tls://") + server.tlsAddress()}) {
-            const Outcome outcome = lookedUpAt(name, "ann");
+            const FoundAddresses outcome = lookedUpAt(name, "ann");
             EXPECT_THAT(outcome.trouble, HasSubstr(one.trouble));
             EXPECT_THAT(outcome.found, IsEmpty());
         }
@@ -225,8 +225,8 @@ TEST_F(Directory, ThatIsKilledMeanwhileIsToldAndMayComeBack) {
     EXPECT_THAT(lookedUp(*source, "ann").found, SizeIs(1));
     server->freeze();
     bool isTold = false;
-    Outcome outcome;
-    source->search("ann", [&](Outcome told) {
+    FoundAddresses outcome;
+    source->search("ann", [&](FoundAddresses told) {
         isTold = true;
         outcome = std::move(told);
     });

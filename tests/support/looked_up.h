@@ -23,13 +23,13 @@ inline std::ostream& operator<<(std::ostream& stream, const FoundAddress& found)
 namespace support {
 
 /** What a place finds; the test fails when it tells nothing in time. */
-inline addresses::Outcome lookedUp(addresses::AddressSource& source, const std::string& typed) {
+inline addresses::FoundAddresses lookedUp(addresses::AddressSource& source, const std::string& typed) {
     application();
-    std::optional<addresses::Outcome> told;
-    source.search(typed, [&told](addresses::Outcome outcome) { told = std::move(outcome); });
+    std::optional<addresses::FoundAddresses> told;
+    source.search(typed, [&told](addresses::FoundAddresses outcome) { told = std::move(outcome); });
     EXPECT_FALSE(told) << "told from within the call";
     EXPECT_TRUE(eventsRunUntil([&told] { return told.has_value(); })) << "nothing was told";
-    return told.value_or(addresses::Outcome());
+    return told.value_or(addresses::FoundAddresses());
 }
 
 } // namespace support

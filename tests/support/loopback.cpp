@@ -49,7 +49,7 @@ std::uint16_t freePort() {
 
 bool takesConnections(std::uint16_t port) {
     const Socket client;
-    const sockaddr_in address = loopback(port);
+    const sockaddr_in address = loopbackPlace(port);
     return connect(client.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 

@@ -30,7 +30,7 @@ class ScriptedAddresses {
     bool isAsked() const { return static_cast<bool>(found_); }
 
     /** Answers the search that runs. */
-    void answer(addresses::Outcome outcome) { std::exchange(found_, {})(std::move(outcome)); }
+    void answer(addresses::FoundAddresses outcome) { std::exchange(found_, {})(std::move(outcome)); }
 
     /** The texts that were searched for. */
     std::vector<std::string> asked;
@@ -49,7 +49,7 @@ class ScriptedAddresses {
         Source(const Source&) = delete;
         Source& operator=(const Source&) = delete;
 
-        void search(std::string typed, std::function<void(addresses::Outcome)> found) override {
+        void search(std::string typed, std::function<void(addresses::FoundAddresses)> found) override {
             if (script_.trouble) {
                 script_.trouble();
             }
@@ -63,7 +63,7 @@ class ScriptedAddresses {
         ScriptedAddresses& script_;
     };
 
-    std::function<void(addresses::Outcome)> found_;
+    std::function<void(addresses::FoundAddresses)> found_;
 };
 
 } // namespace support
