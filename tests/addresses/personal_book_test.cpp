@@ -180,7 +180,7 @@ TEST_F(PersonalBook, ReadsItsCardsOnceForEachOpening) {
 
 TEST_F(PersonalBook, TellsHowManyCardsCouldNotBeRead) {
     write("a.vcf", namedCard("Ann", "ann@x.org") + "BEGIN:VCARD\r\n");
-    EXPECT_EQ(found(*book(), "").trouble, "1 namedCard could not be read.");
+    EXPECT_EQ(found(*book(), "").trouble, "1 card could not be read.");
     write("b.vcf", "nonsense");
     EXPECT_EQ(found(*book(), "").trouble, "2 cards could not be read.");
 }
