@@ -186,7 +186,8 @@ INSTANTIATE_TEST_SUITE_P(
         UnreadableCase{"TextBetween", kCardOfAnn + "\r\nhello\r\n\r\n" + kCardOfBob, {"Ann", "Bob"}, 0},
         UnreadableCase{
             "AnotherKindOfComponent", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nEND:VCALENDAR\r\n", {}, 1},
-        UnreadableCase{"CutInTheMiddle", (kCardOfAnn + kCardOfBob).substr(0, kCardOfAnn.size() + 20), {"Ann"}, 1}),
+        UnreadableCase{
+            "CutInTheMiddle", (kCardOfAnn + kCardOfBob).substr(0, kCardOfAnn.size() + 20), {"Ann"}, 1}),
     [](const auto& one) { return std::string(one.param.what); });
 
 TEST(Vcard, WithThousandsOfPropertiesIsUnreadableAndTheNextOneIsNot) {
