@@ -172,7 +172,12 @@ Parameter joined(std::vector<Piece> pieces) {
     for (const Piece& piece : pieces) {
         bytes += piece.encoded ? withoutPercents(piece.value) : piece.value;
     }
-    parameter.value = decodedText(toUtf8(bytes, charset));
+    // Encoded words stand as they are written where they are meant; behind percent signs they are the name's
+    // own letters.
+    const bool holdsWords = std::any_of(pieces.begin(), pieces.end(), [](const Piece& piece) {
+        return piece.value.find("=?") != std::string::npos;
+    });
+    parameter.value = holdsWords ? decodedText(toUtf8(bytes, charset)) : toUtf8(bytes, charset);
     return parameter;
 }
 } // namespace

@@ -47,6 +47,7 @@ const ParameterCase kParameterCases[] = {
     {"Pieces", "attachment; filename*0=\"a\"; filename*1=\"b.txt\"", "ab.txt"},
     {"PiecesInDisorder", "attachment; filename*2=c; filename*0=a; filename*1=b", "abc"},
     {"PieceMissing", "attachment; filename*0=a; filename*2=c", "ac"},
+    {"ExtendedThatLooksLikeAWord", "attachment; filename*=utf-8''%3D%3Futf-8%3FQ%3Fa%3F%3D", "=?utf-8?Q?a?="},
     {"EncodedPieces", "attachment; filename*0*=utf-8''%c3; filename*1*=%a4; filename*2=.txt", "ä.txt"},
     {"WordCutBetweenPieces", "attachment; filename*0=\"=?utf-8?B?w6\"; filename*1=\"Q=?=.txt\"", "ä.txt"},
     {"PercentInAPlainName", "attachment; filename=\"a%20b.txt\"", "a%20b.txt"},
