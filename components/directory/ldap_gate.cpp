@@ -7,8 +7,9 @@
 namespace directory {
 
 namespace {
-/** What a server may say: to a log-on, entries and the end of a search, references, to StartTLS, and more. */
-constexpr std::string_view kAnswers = "\x61\x64\x65\x73\x78\x79";
+/** The tags of what a server may say: to a log-on, entries and the end of a search, references, to StartTLS,
+ * and more. */
+constexpr std::string_view kAnswers = "adesxy";
 
 std::size_t numberIn(std::string_view bytes) {
     std::size_t number = 0;
@@ -63,7 +64,7 @@ bool LdapGate::isComplete() {
     // The number 0 is that of what nobody has asked for: the end of the session (RFC 4511 section 4.4.1).
     hasEnded_ = length < operation + 1 - number || length > Conversation::kMostMessageBytes ||
                 numberIn(head.substr(number + 2, numberBytes)) == 0 ||
-                kAnswers.find(head[operation]) == kAnswers.npos;
+                kAnswers.find(head[operation]) == std::string_view::npos;
     rest_ = hasEnded_ ? 0 : length - (operation + 1 - number);
     return !hasEnded_;
 }

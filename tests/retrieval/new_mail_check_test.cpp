@@ -3,6 +3,7 @@
 #include "email/shared_settings.h"
 #include "tests/support/pop3_script.h"
 #include "tests/support/window_test.h"
+#include "windows/frmFind.h"
 #include "windows/frmFrom.h"
 #include "windows/frmLogin.h"
 #include "windows/frmMain.h"
@@ -418,6 +419,27 @@ TEST_F(NewMailCheck, NewMailTakesTheKeyboardFromNobodyWhoIsWriting) {
     EXPECT_TRUE(composeWindow().tTo->hasFocus());
     EXPECT_FALSE(mainWindow().isEnabled());
     EXPECT_EQ(mainWindow().MailGrid->Rows(), 3);
+}
+
+TEST_F(NewMailCheck, NewMailTakesTheKeyboardFromNobodyWhoFindsAnAddress) {
+    logInWith(1);
+    email::settings.ShowDatabase = QStringLiteral("yes");
+    mainWindow().cmdCmpose->click();
+    composeWindow().cmdSendto->click();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&findWindow()));
+    mailbox.deliver(message("2"));
+    mainWindow().tmrCheckMail_Timer();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(mainWindow().MailGrid->Rows(), 3);
+    EXPECT_TRUE(findWindow().isActiveWindow());
+    EXPECT_TRUE(findWindow().txtFind->hasFocus());
+    EXPECT_FALSE(composeWindow().isEnabled());
+    EXPECT_FALSE(mainWindow().isEnabled());
+    findWindow().cmdClose->click();
+    EXPECT_TRUE(composeWindow().isEnabled());
+    EXPECT_FALSE(mainWindow().isEnabled());
+    composeWindow().cmdCancel->click();
+    EXPECT_TRUE(mainWindow().isEnabled());
 }
 
 TEST_F(NewMailCheck, WhatACheckBringsIsNewUntilItIsOpened) {
