@@ -101,6 +101,9 @@ class Form : public QWidget {
     /** Escape closes the window, as its frame does. */
     void closeOnEscape();
 
+    /** See KeptFocus::neverGive(). */
+    void neverGiveTheKeyboardTo(const QWidget& control) { keptFocus_.neverGive(control); }
+
     /** The Tab key walks through the controls in this order. */
     static void setTabSequence(std::initializer_list<QWidget*> controls);
 

@@ -26,6 +26,7 @@ frmMain::frmMain() : Form(QStringLiteral("frmMain"), QStringLiteral("Brindlewake
     cmdCmpose = named<QPushButton>("cmdCmpose", QStringLiteral("&Compose Mail"), Frame1);
     cmdGetMail = named<QPushButton>("cmdGetMail", QStringLiteral("&Get New Mail"), Frame1);
     cmdExit = named<QPushButton>("cmdExit", QStringLiteral("E&xit"), Frame1);
+    neverGiveTheKeyboardTo(*cmdExit);
     connectHandler(cmdRead, &QPushButton::clicked, this, &frmMain::cmdRead_Click);
     connectHandler(cmdDelete, &QPushButton::clicked, this, &frmMain::cmdDelete_Click);
     connectHandler(cmdCmpose, &QPushButton::clicked, this, &frmMain::cmdCmpose_Click);

@@ -20,6 +20,12 @@ void KeptFocus::focusChanged(const QWidget* before, QWidget* now) {
     if (now == nullptr || now == &window_ || now->window() != &window_) {
         return;
     }
+    // A window that becomes active while its place is disabled gets another control from Qt, as Exit, which
+    // the next space would press.
+    if (before == nullptr && lost_ && now == neverGiven_) {
+        window_.setFocus();
+        return;
+    }
     // Qt, not the user, moves the focus away from a disabled control.
     const bool handedOn = before != nullptr && before == place_ && !before->isEnabled();
     if (!handedOn) {

@@ -16,6 +16,10 @@ class KeptFocus : public QObject {
     /** Remembers the window's focus widget, also in a window that has not been active yet. */
     void remember();
 
+    /** While the focus widget is disabled, this control does not get the keyboard because the window becomes
+     * active. */
+    void neverGive(const QWidget& control) noexcept { neverGiven_ = &control; }
+
   protected:
     bool eventFilter(QObject* control, QEvent* event) override;
 
@@ -27,4 +31,5 @@ class KeptFocus : public QObject {
     QWidget& window_;
     QPointer<QWidget> place_;
     bool lost_ = false;
+    const QWidget* neverGiven_ = nullptr;
 };

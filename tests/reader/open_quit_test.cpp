@@ -21,3 +21,20 @@ TEST_F(ReaderTest, AMessageThatHasComeIsShownHoweverTheServerEndsTheSession) {
         EXPECT_TRUE(mainWindow().isEnabled());
     }
 }
+
+TEST_F(ReaderTest, AWindowThatBecomesActiveWhileAMessageIsOpenedDoesNotOfferExit) {
+    logInWith({"Subject: a\r\n\r\ntext\r\n"});
+    frmMain& main = mainWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
+    main.MailGrid->setFocus();
+    main.MailGrid->setEnabled(false);
+    QWidget other;
+    other.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    other.close();
+    main.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&main));
+    EXPECT_FALSE(main.cmdExit->hasFocus());
+    main.MailGrid->setEnabled(true);
+    EXPECT_TRUE(main.MailGrid->hasFocus());
+}
