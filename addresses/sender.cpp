@@ -2,20 +2,13 @@
 
 #include "components/smtplib/address_list.h"
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
-#include <algorithm>
 #include <vector>
 
 namespace addresses {
 
 namespace {
-std::string_view withoutBlanks(std::string_view text) {
-    constexpr std::string_view spaces = " \t\r\n";
-    const std::size_t first = std::min(text.find_first_not_of(spaces), text.size());
-    text.remove_prefix(first);
-    return text.substr(0, text.find_last_not_of(spaces) + 1);
-}
-
 std::string unquoted(std::string_view name) {
     constexpr std::size_t bothQuotes = 2;
     if (name.size() < bothQuotes || !name.starts_with('"') || !name.ends_with('"')) {
@@ -36,7 +29,7 @@ std::string commentIn(std::string_view from) {
     const std::size_t closing = opening == std::string_view::npos ? opening : from.find(')', opening);
     return closing == std::string_view::npos
                ? std::string()
-               : std::string(withoutBlanks(from.substr(opening + 1, closing - opening - 1)));
+               : std::string(platform::trimmed(from.substr(opening + 1, closing - opening - 1)));
 }
 } // namespace
 
@@ -53,8 +46,8 @@ std::optional<Sender> senderOf(std::string_view from) {
     if (closing == std::string_view::npos || opening == std::string_view::npos) {
         return std::nullopt;
     }
-    return Sender{unquoted(withoutBlanks(from.substr(0, opening))),
-                  std::string(withoutBlanks(from.substr(opening + 1, closing - opening - 1)))};
+    return Sender{unquoted(platform::trimmed(from.substr(0, opening))),
+                  std::string(platform::trimmed(from.substr(opening + 1, closing - opening - 1)))};
 }
 
 } // namespace addresses

@@ -16,15 +16,13 @@ constexpr std::size_t kMostProperties = 2'000;
 constexpr std::size_t kMostAddressesOfACard = 20;
 constexpr int kNotPreferred = 101;
 
-std::string trimmed(std::string_view text) {
-    constexpr std::string_view spaces = " \t\r\n";
-    const std::size_t first = std::min(text.find_first_not_of(spaces), text.size());
-    text.remove_prefix(first);
-    return std::string(text.substr(0, text.find_last_not_of(spaces) + 1));
+/** The value as a person reads it. */
+std::string plainText(std::string_view value) {
+    return std::string(platform::trimmed(textOfValue(value)));
 }
 
 bool is(const CardProperty& property, std::string_view name, std::string_view value) {
-    return property.name == name && platform::upperCase(trimmed(property.value)) == value;
+    return property.name == name && platform::upperCase(platform::trimmed(property.value)) == value;
 }
 
 /** 1 for the most preferred one up to 100 (RFC 6350 section 5.3), then those that are not preferred. */
@@ -52,7 +50,7 @@ std::string spokenName(std::string_view value) {
             continue;
         }
         for (const std::string_view part : partsOfValue(parts[index], ',')) {
-            const std::string word = trimmed(textOfValue(part));
+            const std::string word = plainText(part);
             name += (name.empty() || word.empty() ? "" : " ") + word;
         }
     }
@@ -61,7 +59,7 @@ std::string spokenName(std::string_view value) {
 
 std::string addressOf(const CardProperty& property) {
     constexpr std::string_view scheme = "MAILTO:";
-    std::string address = trimmed(textOfValue(property.value));
+    std::string address = plainText(property.value);
     if (platform::upperCase(std::string_view(address).substr(0, scheme.size())) == scheme) {
         address.erase(0, scheme.size());
     }
@@ -74,18 +72,18 @@ class OpenCard {
     void add(const CardProperty& property) {
         ++properties_;
         if (property.name == "VERSION") {
-            const std::string version = trimmed(property.value);
+            const std::string_view version = platform::trimmed(property.value);
             versionIsKnown_ = version == "2.1" || version == "3.0" || version == "4.0";
         } else if (property.name == "EMAIL") {
             addAddress(property);
         } else if (property.name == "FN") {
-            offerName(0, trimmed(textOfValue(property.value)));
+            offerName(0, plainText(property.value));
         } else if (property.name == "N") {
             offerName(1, spokenName(property.value));
         } else if (property.name == "ORG") {
-            offerName(2, trimmed(textOfValue(partsOfValue(property.value, ';').front())));
+            offerName(2, plainText(partsOfValue(property.value, ';').front()));
         } else if (property.name == "NICKNAME") {
-            offerName(3, trimmed(textOfValue(partsOfValue(property.value, ',').front())));
+            offerName(3, plainText(partsOfValue(property.value, ',').front()));
         }
     }
 

@@ -143,6 +143,13 @@ std::string_view mid(std::string_view text, std::int64_t start, std::int64_t len
     return text.substr(static_cast<std::size_t>(start - 1), static_cast<std::size_t>(length));
 }
 
+std::string_view trimmed(std::string_view text) noexcept {
+    constexpr std::string_view whiteSpace = " \t\r\n";
+    const std::size_t start = std::min(text.find_first_not_of(whiteSpace), text.size());
+    text.remove_prefix(start);
+    return text.substr(0, text.find_last_not_of(whiteSpace) + 1);
+}
+
 QString trimmedSpaces(const QString& text) {
     const QChar space = u' ';
     qsizetype first = 0;

@@ -44,6 +44,9 @@ std::string_view mid(std::string_view text, std::int64_t start, std::int64_t len
 /** The text without the spaces (U+0020) at its ends; other white space stays. */
 QString trimmedSpaces(const QString& text);
 
+/** The text without spaces, tabs and line ends at its ends. */
+std::string_view trimmed(std::string_view text) noexcept;
+
 /**
  * The text cut, or padded with spaces on the right, to `width` characters as a person counts them: a letter
  * with its combining marks is one and is never cut in two.

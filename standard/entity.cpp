@@ -2,8 +2,6 @@
 
 #include "standard/transfer_decoder.h"
 
-#include <algorithm>
-
 namespace standard {
 
 namespace {
@@ -39,17 +37,6 @@ Delimiter delimiterOf(std::string_view line, std::string_view boundary) {
     return closes ? Delimiter::Closing : Delimiter::Between;
 }
 
-/** The line end before a boundary belongs to the boundary. */
-std::string_view withoutLineEnd(std::string_view part) {
-    if (part.ends_with('\n')) {
-        part.remove_suffix(1);
-    }
-    if (part.ends_with('\r')) {
-        part.remove_suffix(1);
-    }
-    return part;
-}
-
 std::vector<std::string_view> cutAt(std::string_view body, std::string_view boundary, std::size_t most) {
     std::vector<std::string_view> parts;
     constexpr std::size_t none = std::string_view::npos;
@@ -60,6 +47,7 @@ std::vector<std::string_view> cutAt(std::string_view body, std::string_view boun
         const Delimiter delimiter = delimiterOf(line, boundary);
         if (delimiter != Delimiter::None && parts.size() + 1 < most) {
             if (partFrom != none) {
+                // The line end before a boundary belongs to the boundary.
                 parts.push_back(withoutLineEnd(body.substr(partFrom, at - partFrom)));
                 partFrom = none;
             }

@@ -27,12 +27,6 @@ std::optional<std::size_t> endOfName(std::string_view line) {
     return static_cast<std::size_t>(end - line.begin());
 }
 
-std::string_view withoutItsEnd(std::string_view line) {
-    line.remove_suffix(line.ends_with('\n') ? 1 : 0);
-    line.remove_suffix(line.ends_with('\r') ? 1 : 0);
-    return line;
-}
-
 /** Lines that mailboxes in one file have before a header, quoted or not. */
 bool isOfMailbox(std::string_view line) noexcept {
     return line.starts_with("From ") || line.starts_with(">From ");
@@ -46,7 +40,7 @@ HeaderFields::HeaderFields(std::string_view bytes, OddLines oddLines) {
     while (start < bytes.size()) {
         const std::size_t lineFeed = bytes.find('\n', start);
         const std::size_t next = lineFeed == std::string_view::npos ? bytes.size() : lineFeed + 1;
-        const std::string_view line = withoutItsEnd(bytes.substr(start, next - start));
+        const std::string_view line = withoutLineEnd(bytes.substr(start, next - start));
         if (line.empty()) {
             start = next;
             break;
@@ -109,11 +103,10 @@ bool sameWord(std::string_view one, std::string_view other) noexcept {
                       [](char left, char right) { return lower(left) == lower(right); });
 }
 
-std::string_view trimmed(std::string_view text) noexcept {
-    constexpr std::string_view whiteSpace = " \t\r\n";
-    const std::size_t start = std::min(text.find_first_not_of(whiteSpace), text.size());
-    text.remove_prefix(start);
-    return text.substr(0, text.find_last_not_of(whiteSpace) + 1);
+std::string_view withoutLineEnd(std::string_view line) noexcept {
+    line.remove_suffix(line.ends_with('\n') ? 1 : 0);
+    line.remove_suffix(line.ends_with('\r') ? 1 : 0);
+    return line;
 }
 
 std::string lowerCase(std::string_view text) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/text.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -57,8 +59,10 @@ std::string unfolded(std::string_view value);
 /** Whether two words of the protocol are the same; only the letters a to z have cases. */
 bool sameWord(std::string_view one, std::string_view other) noexcept;
 
-/** The text without spaces, tabs and line ends at its ends. */
-std::string_view trimmed(std::string_view text) noexcept;
+/** The line without the line feed, and the carriage return before it, that it may end in. */
+std::string_view withoutLineEnd(std::string_view line) noexcept;
+
+using platform::trimmed;
 
 /** The text with the letters A to Z in lower case. */
 std::string lowerCase(std::string_view text);
