@@ -26,6 +26,7 @@ void Capabilities::add(std::string_view line) {
     const std::string keyword = platform::upperCase(takeWord(line));
     stls = stls || keyword == "STLS";
     user = user || keyword == "USER";
+    top = top || keyword == "TOP";
     pipelining = pipelining || keyword == "PIPELINING";
     utf8 = utf8 || keyword == "UTF8";
     if (keyword == "LOGIN-DELAY") {

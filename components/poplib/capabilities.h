@@ -17,6 +17,7 @@ struct Capabilities {
     bool stls = false;
     bool user = false;
     bool utf8 = false;
+    bool top = false;
     /** Commands may be sent ahead of their replies (RFC 2449 section 6.6). */
     bool pipelining = false;
     /** Least seconds between two log-ons of one user, as announced (RFC 2449 section 6.7). */

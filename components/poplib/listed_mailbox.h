@@ -57,6 +57,9 @@ class ListedMailbox {
     /** The messages that list() was to fetch later, and has not fetched since. */
     const std::set<std::int32_t>& toBeFetchedLater() const noexcept { return toBeFetchedLater_; }
 
+    /** Takes over in this session what list() was to fetch later in the one before. */
+    void fetchLater(std::set<std::int32_t> messages) { toBeFetchedLater_ = std::move(messages); }
+
     /**
      * The size of a message in bytes; nothing when the server refuses LIST. list() uses it again. Raises what
      * askSize() raises.

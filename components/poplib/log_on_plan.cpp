@@ -292,7 +292,7 @@ std::variant<OpenMailbox, LogOnRefused, StartAgain> logOn(Exchange& exchange, co
     std::variant<OpenMailbox, StartAgain> opened;
     if (can.pipelining || !terms.listing) {
         const bool pipelines = (can.pipelining || server.known.pipelines) && terms.pipelines;
-        opened = OpenMailbox{totalsOf(ask(exchange, statCommand())), pipelines, {}, {}};
+        opened = OpenMailbox{totalsOf(ask(exchange, statCommand())), pipelines, can.top, {}, {}};
     } else {
         opened = openByTrying(exchange, terms);
     }

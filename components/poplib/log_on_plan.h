@@ -46,6 +46,8 @@ struct OpenMailbox {
     MailboxTotals totals;
     /** The server answers commands that are sent ahead of the replies to others. */
     bool pipelines = false;
+    /** The server has announced TOP, so that it should not refuse it for a message. */
+    bool givesFirstLines = false;
     /** The sizes of the messages, where they had to be asked for. */
     SizeTexts sizes;
     /** What a later session need not ask for. */

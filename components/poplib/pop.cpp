@@ -29,8 +29,7 @@ int numberOf(const LogOnRefused& refused) {
 }
 } // namespace
 
-template <class Action>
-void POP::asRequest(const Action& action) {
+void POP::asRequest(const std::function<void()>& action) {
     requests_.run(
         [&] {
             givenUp_ = false;
@@ -80,7 +79,7 @@ void POP::issueRequest(Request request) {
         break;
     case Request::LogOffAndDisconnect:
         // A request that runs further down the stack still needs the session.
-        if (!requests_.isRunning() && (logOnRefused_ || connection_.isOpen())) {
+        if (!requests_.isRunning() && hasSession()) {
             asRequest([this] { logOff(); });
         }
         break;
@@ -159,6 +158,7 @@ void POP::logOn() {
     auto& opened = std::get<OpenMailbox>(outcome);
     totals_ = opened.totals;
     pipelines_ = opened.pipelines;
+    givesFirstLines_ = opened.givesFirstLines;
     known_ = std::move(opened.known);
     listed_.takeSizes(std::move(opened.sizes));
 }
@@ -182,8 +182,14 @@ bool POP::look(std::int32_t bodyLines, const ListedMailbox::TakeLine& take) {
     return given;
 }
 
+/** A server that was told to end the session ahead may have hung up before its last replies are read. */
+bool POP::hasSession() const {
+    return logOnRefused_ || connection_.isOpen() || !askedAhead_.empty();
+}
+
 void POP::connect(const transport::ServerName& server) {
     session_ = Pop3Session(limits_.listingBytes);
+    askedAhead_.clear();
     const transport::Outcome outcome = connection_.open(server, QDeadlineTimer(timeouts_.answer));
     if (outcome != transport::Outcome::Done) {
         throw RuntimeError(numberOf(outcome));
@@ -246,28 +252,6 @@ void POP::retrieve() {
     } else if (!readResponse(*this, retrCommand(currentMessage_), takeWhole)) {
         throw RuntimeError(errors::MessageNotGiven);
     }
-}
-
-void POP::listAhead(std::int16_t first, std::int16_t last, std::int32_t bodyLines) {
-    asRequest([&] {
-        listed_.listAhead(*this, first, last, bodyLines);
-        // The answers are on their way while the caller gets ready for them.
-        if (connection_.isOpen() && sendQueued()) {
-            renewDeadline();
-        }
-    });
-}
-
-void POP::openAhead(std::int16_t number) {
-    asRequest([&] { askAhead({listCommand(number), retrCommand(number), quitCommand()}); });
-}
-
-std::vector<std::int16_t> POP::messagesToFetchLater() const {
-    std::vector<std::int16_t> numbers;
-    for (const std::int32_t number : listed_.toBeFetchedLater()) {
-        numbers.push_back(static_cast<std::int16_t>(number));
-    }
-    return numbers;
 }
 
 void POP::deleteCurrent() {

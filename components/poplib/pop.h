@@ -176,9 +176,10 @@ class POP : private Exchange {
 
     /**
      * Messages without their lines, since the server has refused TOP for them in the midst of a listing. They
-     * are fetched whole when they are retrieved once more, behind the listing.
+     * are fetched whole when they are retrieved once more, behind the listing. Where the server was asked to
+     * end the session behind it, another one is opened for them. Blocks and raises as a log-on does then.
      */
-    std::vector<std::int16_t> messagesToFetchLater() const;
+    std::vector<std::int16_t> messagesToFetchLater();
 
     /** Forgets what was learnt of the server: it is asked anew, and taken for one that can do what it offers.
      */
@@ -186,6 +187,7 @@ class POP : private Exchange {
         known_ = {};
         isWithoutCapabilities_ = false;
         isWithoutPipelining_ = false;
+        isWithoutQuitAhead_ = false;
     }
 
     /** False when memory ran out for the message listed last: some of its events were not raised. */
@@ -200,12 +202,12 @@ class POP : private Exchange {
     /** Most commands that are outstanding at once. */
     static constexpr std::size_t kMaximumAhead = 512;
 
-    template <class Action>
-    void asRequest(const Action& action);
+    void asRequest(const std::function<void()>& action);
     void rememberTrouble(int error);
     void logOn();
     template <class Plan>
     auto overConnections(const Plan& plan);
+    bool hasSession() const;
     void connect(const transport::ServerName& server);
     void startAgain(const LogOnTerms& terms);
     void logOff();
@@ -218,9 +220,6 @@ class POP : private Exchange {
     Pop3Session& session() override { return session_; }
 
     void encrypt() override;
-    Event ask(Command command) override;
-    void askAhead(std::vector<Command> commands) override;
-    void dropAnswerAhead();
     Event next() override;
     Event nextSoon() override;
     Event awaitEvent();
@@ -230,6 +229,13 @@ class POP : private Exchange {
     void waitNoLongerThan(std::chrono::milliseconds time);
     void renewDeadline();
     void closeSession();
+
+    // pop_ahead.cpp
+    Event ask(Command command) override;
+    void askAhead(std::vector<Command> commands) override;
+    void dropAnswerAhead();
+    bool isToldToEnd() const;
+    void logOnOnceMore();
 
     Timeouts timeouts_;
     Limits limits_;
@@ -256,7 +262,11 @@ class POP : private Exchange {
     bool isWithoutCapabilities_ = false;
     /** It has not answered commands that were sent ahead. */
     bool isWithoutPipelining_ = false;
+    /** It has refused TOP for a message, which is fetched whole in the same session from then on. */
+    bool isWithoutQuitAhead_ = false;
     bool listing_ = false;
+    /** The server of this session has announced that it gives the first lines of messages. */
+    bool givesFirstLines_ = false;
     /** The server of this session answers commands that are sent ahead. */
     bool pipelines_ = false;
     /** The commands that were given to the session ahead, and whose replies nobody has asked for yet. */

@@ -16,38 +16,6 @@ Event POP::next() {
     return event;
 }
 
-Event POP::ask(Command command) {
-    // What was asked ahead and is not wanted after all comes before the answer that is.
-    while (!askedAhead_.empty() && askedAhead_.front() != command.sent) {
-        dropAnswerAhead();
-    }
-    if (askedAhead_.empty()) {
-        return Exchange::ask(std::move(command));
-    }
-    askedAhead_.pop_front();
-    return next();
-}
-
-void POP::askAhead(std::vector<Command> commands) {
-    if (!pipelines_) {
-        return;
-    }
-    session_.setMaximumOutstanding(kMaximumAhead);
-    for (Command& command : commands) {
-        askedAhead_.push_back(command.sent);
-        session_.submit(std::move(command));
-    }
-}
-
-/** Reads an answer that nobody asks for any more. */
-void POP::dropAnswerAhead() {
-    askedAhead_.pop_front();
-    next();
-    while (session_.isInResponse()) {
-        next();
-    }
-}
-
 Event POP::nextSoon() {
     // A box that another handler opens may keep the wait from ending. What has come by then still counts.
     deadline_.setRemainingTime(timeouts_.soon);
@@ -163,6 +131,7 @@ void POP::closeSession() {
     logOnRefused_ = false;
     deadlineIsFixed_ = false;
     pipelines_ = false;
+    givesFirstLines_ = false;
     askedAhead_.clear();
     listed_.endSession();
     // The rest of a half-read response must not reach a later request.

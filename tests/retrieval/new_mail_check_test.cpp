@@ -244,7 +244,7 @@ TEST_F(NewMailCheck, MemoryThatRunsOutAtTheQuitCostsNothing) {
     logInWith(1);
     const std::int32_t bytesBefore = email::mailbox.MailboxBytes;
     mailbox.deliver(message("2"));
-    runOutOfMemoryAt("QUIT");
+    runOutOfMemoryAt("+OK good-bye");
     mainWindow().tmrCheckMail_Timer();
     EXPECT_THAT(boxTexts(), IsEmpty());
     EXPECT_EQ(email::mailbox.LastMessageCount, 2);
