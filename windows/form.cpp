@@ -125,6 +125,7 @@ void Form::prepare() {
     }
     // Painting loads fonts and styles and computes the layout.
     grab();
+    controls::makeRoomForPicture(*this);
 }
 
 void Form::bringUp() {

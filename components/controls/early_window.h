@@ -8,4 +8,7 @@ namespace controls {
  */
 void makeSystemWindow(QWidget& widget);
 
+/** Gets the memory that the window's picture on the screen will need. It has a system window already. */
+void makeRoomForPicture(QWidget& widget);
+
 } // namespace controls
