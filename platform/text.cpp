@@ -179,6 +179,9 @@ QString fitted(const QString& text, int width) {
 }
 
 QString withControlsVisible(const QString& text) {
+    if (std::none_of(text.begin(), text.end(), isControlCharacter)) {
+        return text;
+    }
     QString shown;
     shown.reserve(text.size());
     for (const QChar character : text) {

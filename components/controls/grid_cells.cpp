@@ -82,6 +82,10 @@ void CellPainter::paint(QPainter* painter, const QStyleOptionViewItem& option,
     std::optional<int> height;
     if (isPlain(style, cell) && !cell.text.isEmpty()) {
         height = laidOut(text, cell, place.width());
+        if (!height) {
+            text.setText(cell.fontMetrics.elidedText(cell.text, cell.textElideMode, place.width()));
+            height = laidOut(text, cell, place.width());
+        }
         if (height) {
             cell.text.clear();
         }
