@@ -1,6 +1,7 @@
 #include "email/header_events.h"
 #include "platform/runtime_error.h"
 #include "platform/text.h"
+#include "tests/support/sanitizer.h"
 
 #include <gtest/gtest.h>
 
@@ -259,7 +260,7 @@ TEST(HeaderEvents, WhatIsRememberedBetweenLinesChangesNoResult) {
         return texts.at(std::uniform_int_distribution<std::size_t>(0, texts.size() - 1)(random));
     };
     HeaderEvents events;
-    for (int message = 0; message < 20'000; ++message) {
+    for (int message = 0; message < support::fewerIfSanitized(20'000, 5); ++message) {
         MessageSummary remembered;
         MessageSummary literal;
         for (int line = 0; line < 8; ++line) {

@@ -5,6 +5,7 @@
 #include "tests/platform/file_steps.h"
 #include "tests/support/application.h"
 #include "tests/support/file_faults.h"
+#include "tests/support/sanitizer.h"
 #include "tests/support/temporary_folder.h"
 
 #include <QEventLoop>
@@ -148,11 +149,11 @@ TEST_F(KeptFileTest, WheneverTheProcessEndsTheOldContentIsThereOrTheNew) {
     }
 }
 
-TEST_F(KeptFileTest, KilledAtTwoHundredRandomMomentsItIsAlwaysWhole) {
+TEST_F(KeptFileTest, KilledAtRandomMomentsItIsAlwaysWhole) {
     std::mt19937 random(4711);
     std::uniform_int_distribution<useconds_t> microseconds(0, 20'000);
     file.writeNow("first");
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < support::fewerIfSanitized(200, 4); ++round) {
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
         if (child == 0) {

@@ -99,7 +99,7 @@ std::string repeated(const std::string& piece, int times) {
 }
 
 /** Bytes of a document; the sanitizers make everything many times slower. */
-constexpr std::size_t kDocumentBytes = support::kSanitized ? 300'000 : 4'000'000;
+constexpr std::size_t kDocumentBytes = support::fewerIfSanitized(4'000'000U, 40U);
 
 /** A document that is slow or large for a careless reader. */
 class HostileHtml : public testing::TestWithParam<std::string> {};
