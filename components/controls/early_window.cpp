@@ -16,6 +16,9 @@ void makeSystemWindow(QWidget& widget) {
 
 void makeRoomForPicture(QWidget& widget) {
     QBackingStore* const store = widget.backingStore();
+    if (store == nullptr) {
+        return;
+    }
     // One column more than the window has: Qt paints the whole window when it is shown and the sizes differ.
     const QRect all(QPoint(0, 0), widget.size() + QSize(1, 0));
     store->resize(all.size());

@@ -177,7 +177,8 @@ class POP : private Exchange {
     /**
      * Messages without their lines, since the server has refused TOP for them in the midst of a listing. They
      * are fetched whole when they are retrieved once more, behind the listing. Where the server was asked to
-     * end the session behind it, another one is opened for them. Blocks and raises as a log-on does then.
+     * end the session behind it, another one is opened for them; should that fail, there are none. Blocks as
+     * a log-on does then, and raises 20102 while another request is running and 20352 when it is given up.
      */
     std::vector<std::int16_t> messagesToFetchLater();
 

@@ -1,6 +1,7 @@
 // What the POP3 client asks ahead, and what becomes of the answers.
 
 #include "components/poplib/pop.h"
+#include "platform/runtime_error.h"
 
 #include <set>
 #include <utility>
@@ -72,16 +73,22 @@ bool POP::isToldToEnd() const {
     return !askedAhead_.empty() && askedAhead_.back() == quitCommand().sent;
 }
 
-/** Opens another session for the messages that were to be fetched behind the others. */
+/**
+ * Opens another session for the messages that were to be fetched behind the others. Where the server lets
+ * nobody in so soon again, they stay without their lines: no message ends a listing.
+ */
 void POP::logOnOnceMore() {
-    // The server may not let anybody in so soon again. The next listing then does with one session.
     isWithoutQuitAhead_ = true;
     const MailboxTotals totals = totals_;
     std::set<std::int32_t> later = listed_.toBeFetchedLater();
     logOff();
-    logOn();
+    const int error = platform::errorNumberOf([this] { logOn(); });
     totals_ = totals;
-    listed_.fetchLater(std::move(later));
+    if (error == 0) {
+        listed_.fetchLater(std::move(later));
+    } else {
+        closeSession();
+    }
 }
 
 } // namespace poplib

@@ -86,16 +86,29 @@ TEST_F(PopQuitAhead, AServerThatHasRefusedTopIsNotToldToEndItsNextSessionAhead) 
     EXPECT_EQ(server.connections(), 3U);
 }
 
-TEST_F(PopQuitAhead, ASecondSessionThatIsRefusedIsNotNeededByTheNextListing) {
+TEST_F(PopQuitAhead, WhereTheSecondSessionIsRefusedTheListingIsWithoutThoseLinesAndTheNextOneIsWhole) {
     mailbox.answer("TOP 2", "-ERR not this one\r\n").on("PASS", [](Peer& peer) {
-        peer.send(peer.connection() == 1 ? "-ERR [IN-USE] still locked\r\n" : "+OK\r\n");
+        peer.send(peer.connection() == 1 ? "-ERR [LOGIN-DELAY] too soon\r\n" : "+OK\r\n");
     });
     ScriptedServer server(mailbox);
-    EXPECT_EQ(listing(server), errors::MailServerBusy);
-    ASSERT_EQ(logOff(), 0);
+    ASSERT_EQ(listing(server), 0);
+    EXPECT_THAT(subjects(), ElementsAre("one]", "three]"));
+    EXPECT_EQ(pop.messageCount(), 3);
     ASSERT_EQ(listing(), 0);
     EXPECT_THAT(subjects(), ElementsAre("one]", "three]", "2", "two]"));
     EXPECT_EQ(server.connections(), 3U);
+}
+
+TEST_F(PopQuitAhead, TheSecondSessionCanBeGivenUp) {
+    mailbox.answer("TOP 2", "-ERR not this one\r\n").on("PASS", [](Peer& peer) {
+        peer.connection() == 1 ? peer.holdSilent() : peer.send("+OK\r\n");
+    });
+    ScriptedServer server(mailbox);
+    const support::WhenItHolds waiting(
+        [&] { return server.connections() == 2 && server.keywords().back() == "PASS"; },
+        [&] { pop.giveUp(); });
+    EXPECT_EQ(listing(server), errors::GivenUp);
+    EXPECT_EQ(logOff(), 0);
 }
 
 TEST_F(PopQuitAhead, AMessageThatIsGoneBeforeItIsFetchedHasNoLines) {
