@@ -1,12 +1,9 @@
 // Answers in the standard way of mail: a message from a real Dovecot is opened, answered and forwarded
 // through a real Exim, and what arrives is looked at.
 
-#include "tests/support/dovecot_server.h"
-#include "tests/support/exim_server.h"
+#include "tests/interop/real_servers_fixture.h"
 #include "tests/support/mail_mode_is.h"
-#include "tests/support/window_test.h"
 #include "windows/frmFrom.h"
-#include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 
@@ -14,12 +11,9 @@
 #include <QPushButton>
 #include <QTest>
 
-#include <memory>
 #include <string>
 #include <vector>
 
-using support::DovecotServer;
-using support::EximServer;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -36,27 +30,16 @@ const std::string kOriginal = "From: =?utf-8?Q?M=C3=BCller=2C_Ann?= <ann@example
                               "Gr\xc3\xbc\xc3\x9f"
                               "e\r\n.dot\r\n";
 
-class AnswerThroughExim : public support::WindowTest {
+class AnswerThroughExim : public support::BetweenRealServers {
   protected:
     void SetUp() override {
-        for (const std::string& reason : {DovecotServer::whyUnavailable(), EximServer::whyUnavailable()}) {
-            if (!reason.empty()) {
-                GTEST_SKIP() << reason;
-            }
+        BetweenRealServers::SetUp();
+        if (IsSkipped()) {
+            return;
         }
         qputenv("BRINDLEWAKE_DRIVE_C", QByteArray::fromStdString(folder.path().string()));
-        dovecot = std::make_unique<DovecotServer>();
         dovecot->deliver(kOriginal);
-        exim = std::make_unique<EximServer>(dovecot->maildir());
-        email::SettingsFields fields = support::schoolSettings(dovecot->address());
-        fields.SMTPServer = exim->address();
-        fields.SendAttachments = QStringLiteral("yes");
-        writeSettings(fields);
-        startUp();
-        loginWindow().tUser->setText(QStringLiteral("bob"));
-        loginWindow().tpwd->setText(QStringLiteral("secret"));
-        loginWindow().cmdLogin->click();
-        ASSERT_THAT(boxTexts(), IsEmpty());
+        logInAsBob();
         doubleClick(1);
         ASSERT_TRUE(QTest::qWaitFor([] { return messageWindow().isVisible(); }));
     }
@@ -65,7 +48,7 @@ class AnswerThroughExim : public support::WindowTest {
     std::string arrived() {
         composeWindow().cmdSndit->click();
         EXPECT_THAT(boxTexts(), ElementsAre(QStringLiteral("Your message has been sent."))) << exim->log();
-        EXPECT_EQ(exim->awaitMessages(1), 1U) << exim->log();
+        EXPECT_EQ(exim->awaitMessages(2), 2U) << "the original and its answer\n" << exim->log();
         const std::vector<std::string> messages = dovecot->messages();
         return messages.empty() ? std::string() : messages.back();
     }
@@ -77,8 +60,6 @@ class AnswerThroughExim : public support::WindowTest {
     }
 
     support::MailModeIs standard{MailMode::Standard};
-    std::unique_ptr<DovecotServer> dovecot;
-    std::unique_ptr<EximServer> exim;
 };
 } // namespace
 

@@ -2,13 +2,9 @@
 
 #include "components/poplib/pop.h"
 #include "email/mailbox.h"
-#include "email/settings.h"
 #include "platform/runtime_error.h"
-#include "tests/support/dovecot_server.h"
-#include "tests/support/exim_server.h"
+#include "tests/interop/real_servers_fixture.h"
 #include "tests/support/random_bytes.h"
-#include "tests/support/window_test.h"
-#include "windows/frmLogin.h"
 #include "windows/frmMain.h"
 #include "windows/frmSend.h"
 
@@ -21,7 +17,6 @@
 #include <filesystem>
 #include <map>
 
-using support::DovecotServer;
 using support::EximServer;
 using testing::Each;
 using testing::ElementsAre;
@@ -76,13 +71,12 @@ std::string readByPython(const std::string& message) {
     return python.readAllStandardOutput().toStdString();
 }
 
-class SendThroughExim : public support::WindowTest {
+class SendThroughExim : public support::BetweenRealServers {
   protected:
     void SetUp() override {
-        for (const std::string& reason : {DovecotServer::whyUnavailable(), EximServer::whyUnavailable()}) {
-            if (!reason.empty()) {
-                GTEST_SKIP() << reason;
-            }
+        BetweenRealServers::SetUp();
+        if (IsSkipped()) {
+            return;
         }
         for (const char letter : {'C', 'D'}) {
             const std::string name(1, letter);
@@ -90,22 +84,8 @@ class SendThroughExim : public support::WindowTest {
             qputenv(("BRINDLEWAKE_DRIVE_" + name).c_str(),
                     QByteArray::fromStdString(folder.path(name).string()));
         }
-        dovecot = std::make_unique<DovecotServer>();
-        exim = std::make_unique<EximServer>(dovecot->maildir());
         logInAsBob();
         mainWindow().cmdCmpose->click();
-    }
-
-    void logInAsBob() {
-        email::SettingsFields fields = support::schoolSettings(dovecot->address());
-        fields.SMTPServer = exim->address();
-        fields.SendAttachments = QStringLiteral("yes");
-        writeSettings(fields);
-        startUp();
-        loginWindow().tUser->setText(QStringLiteral("bob"));
-        loginWindow().tpwd->setText(QStringLiteral("secret"));
-        loginWindow().cmdLogin->click();
-        ASSERT_THAT(boxTexts(), IsEmpty());
     }
 
     static void write(const QString& to, const QString& subject, const QString& text) {
@@ -145,8 +125,6 @@ class SendThroughExim : public support::WindowTest {
         return message;
     }
 
-    std::unique_ptr<DovecotServer> dovecot;
-    std::unique_ptr<EximServer> exim;
     const QString bob = QStringLiteral("bob@example.org");
 };
 } // namespace
