@@ -2,8 +2,6 @@
 
 #include "tests/retrieval/new_mail_check_fixture.h"
 
-#include <QLabel>
-
 using support::NewMailCheck;
 using support::Peer;
 using testing::IsEmpty;
