@@ -1,6 +1,7 @@
 #include "components/controls/early_window.h"
 
 #include <QBackingStore>
+#include <QGuiApplication>
 #include <QPainter>
 #include <QWidget>
 #include <QWindow>
@@ -16,7 +17,8 @@ void makeSystemWindow(QWidget& widget) {
 
 void makeRoomForPicture(QWidget& widget) {
     QBackingStore* const store = widget.backingStore();
-    if (store == nullptr) {
+    // Elsewhere a picture may belong to a surface, as under Wayland, where a hidden window has none.
+    if (store == nullptr || QGuiApplication::platformName() != QStringLiteral("xcb")) {
         return;
     }
     // One column more than the window has: Qt paints the whole window when it is shown and the sizes differ.

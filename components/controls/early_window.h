@@ -8,7 +8,10 @@ namespace controls {
  */
 void makeSystemWindow(QWidget& widget);
 
-/** Gets the memory that the window's picture on the screen will need. It has a system window already. */
+/**
+ * Under X11, gets the memory that the window's picture on the screen will need. It has a system window
+ * already.
+ */
 void makeRoomForPicture(QWidget& widget);
 
 } // namespace controls
