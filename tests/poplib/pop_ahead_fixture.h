@@ -11,6 +11,7 @@
 
 namespace support {
 
+// Replies to CAPA.
 inline constexpr const char* kAnnouncesNothing = "+OK\r\nUSER\r\n.\r\n";
 inline constexpr const char* kAnnouncesNoTop = "+OK\r\nUSER\r\nPIPELINING\r\n.\r\n";
 

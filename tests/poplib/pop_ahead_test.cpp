@@ -172,6 +172,17 @@ TEST_F(PopAhead, AnErrorInTheMidstEndsTheSessionAtOnceAndNothingMoreIsRaised) {
     EXPECT_EQ(pop.roundTrips(), 4U) << "CAPA, since the session failed; this was no fault of the server's";
 }
 
+TEST_F(PopAhead, AnErrorInTheMidstIsFollowedByNoQuit) {
+    mailbox.answer("CAPA", kAnnouncesNoTop);
+    pop.Header = [](const std::string&, const std::string&) {
+        throw platform::RuntimeError(errors::InvalidProcedureCall);
+    };
+    ScriptedServer server(mailbox);
+    EXPECT_EQ(listing(server), errors::InvalidProcedureCall);
+    EXPECT_TRUE(server.waitForEndOf(1));
+    EXPECT_THAT(server.keywords(), Not(Contains("QUIT")));
+}
+
 TEST_F(PopAhead, AnswersThatNobodyWantsAnyMoreAreReadOver) {
     mailbox.answer("CAPA", kAnnouncesNoTop);
     ScriptedServer server(mailbox);
