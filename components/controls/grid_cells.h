@@ -13,7 +13,9 @@ class CellPainter : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
 
-    /** Paints what the style paints, and lays a text that fits out only once: the style does it three times.
+    /**
+     * Paints what the style paints, with less work: a text that fits is laid out once instead of three times,
+     * and one that is too wide twice instead of four times.
      */
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;

@@ -189,6 +189,7 @@ bool POP::hasSession() const {
 
 void POP::connect(const transport::ServerName& server) {
     session_ = Pop3Session(limits_.listingBytes);
+    // Whoever had the session before may have left it without the log-off.
     askedAhead_.clear();
     const transport::Outcome outcome = connection_.open(server, QDeadlineTimer(timeouts_.answer));
     if (outcome != transport::Outcome::Done) {
